@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+/*!
+ * What a reader of a CSPro dictionary should know about how it was read: something was passed over,
+ * dropped or changed although the dictionary was loaded without an error.
+ *
+ * Format: CSPro data dictionary (.dcf), text form.
+ */
+struct CSProProblem {
+    enum class Kind {
+        ItemWithoutLength, /*!< the item has no "Len", or none above 0; \c text: its length */
+        ItemDropped, /*!< "Occurrences" is 0 or less; \c text: that number */
+        RecordTypeRepeated, /*!< \c text: the record-type value that an earlier record has too */
+        ValueSetIgnored, /*!< the item has a value set already */
+        ValueSetWithoutItem, /*!< no item stands before the value set */
+        ValueSetOnLastOccurrence, /*!< the other occurrences of the item were left without it */
+        DecimalCodesDropped, /*!< the value set was dropped; \c text: its first decimal code */
+        DecimalCodesConverted, /*!< codes became 0; \c text: the first decimal code */
+        CodesNotInteger, /*!< the value set was dropped; \c text: its first code that is no integer */
+        TooManyItems, /*!< loading ended here; \c text: the limit */
+    };
+
+    Kind kind = Kind::ItemWithoutLength;
+    int line = 0; /*!< line of the section's header, from 1 */
+    QString name; /*!< name of the item or record concerned */
+    QString valueSet; /*!< name of the value set concerned; empty when there is none */
+    QString text; /*!< see the kinds */
+};

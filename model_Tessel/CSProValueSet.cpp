@@ -1,0 +1,200 @@
+#include <model_Tessel/CSProValueSet.h>
+
+#include <model_Tessel/BoundedSort_p.h>
+#include <model_Tessel/Constants.h>
+#include <model_Tessel/ErrorManager.h>
+
+#include <QHash>
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+// Runs an operation over codes; whatever goes wrong in it becomes error 101.
+template <typename Operation> auto guarded(Operation operation)
+{
+    try {
+        return operation();
+    } catch (...) {
+        throw new OxErrorManager(ClassNameCSProValueSet, PointerNULL);
+    }
+}
+
+TValueSetItem& checked(TValueSetItem* item)
+{
+    if (!item)
+        throw std::invalid_argument("null entry in a value set");
+    return *item;
+}
+
+bool isDigitsOnly(const QChar* first, const QChar* last)
+{
+    return std::all_of(first, last, [](QChar character) { return character.isDigit(); });
+}
+
+template <typename Key, typename Compare>
+void sortByKeys(QList<TValueSetItem*>& items, std::vector<Key>& keys, Compare before)
+{
+    boundedSort(keys, before);
+    std::transform(keys.begin(), keys.end(), items.begin(), [](const Key& key) { return key.item; });
+}
+
+struct NumericKey {
+    double code; // NaN for what is not an integer
+    TValueSetItem* item;
+};
+
+struct TextKey {
+    int code; // the same for equal codes; -1 for a null entry
+    TValueSetItem* item;
+};
+
+} // namespace
+
+TValueSetItem::TValueSetItem()
+    : code(QChar(ushort(3))) // kept: hosts tell an entry without a code by it
+{
+}
+
+TValueSetItem::~TValueSetItem() = default;
+
+TCSProValueSet::TCSProValueSet()
+    : items(new QList<TValueSetItem*>)
+{
+}
+
+TCSProValueSet::~TCSProValueSet() = default;
+
+void TCSProValueSet::addItem(TValueSetItem* item)
+{
+    items->append(item);
+}
+
+int TCSProValueSet::getCount() const
+{
+    return items->size();
+}
+
+TValueSetItem* TCSProValueSet::getValueSetItem(int index) const
+{
+    return items->at(index);
+}
+
+void TCSProValueSet::setValueSetItem(int index, TValueSetItem* item)
+{
+    try {
+        if (index < 0 || index > items->size())
+            throw std::out_of_range("position outside the value set");
+        items->insert(index, item); // kept: inserts, does not replace
+    } catch (...) {
+        throw new OxErrorManager(ClassNameCSProValueSet, ItemNotStored, QString::number(index));
+    }
+}
+
+bool TCSProValueSet::validateItems(int mode)
+{
+    return guarded([&] {
+        if (!isNumeric || (mode != 0 && mode != 1))
+            return true;
+        return std::all_of(items->cbegin(), items->cend(), [mode](TValueSetItem* item) {
+            const QString& code = checked(item).code;
+            return mode == 0 ? !IsDecimal(code) : IsNumeric2(code);
+        });
+    });
+}
+
+void TCSProValueSet::itemsAsNumberZero()
+{
+    guarded([&] {
+        if (!isNumeric)
+            return;
+        for (TValueSetItem* item : qAsConst(*items)) {
+            if (!IsNumeric2(checked(item).code))
+                item->code = QStringLiteral("0");
+        }
+    });
+}
+
+void TCSProValueSet::itemsAsInteger()
+{
+    guarded([&] {
+        if (!isNumeric)
+            return;
+        for (TValueSetItem* item : qAsConst(*items)) {
+            if (IsDecimal(checked(item).code))
+                item->code = QString::number(double(item->code.toFloat()), 'f', 0);
+        }
+    });
+}
+
+void TCSProValueSet::sortItems()
+{
+    // Codes are converted once; what the comparators make of them stays the same.
+    if (isNumeric) {
+        std::vector<NumericKey> keys;
+        keys.reserve(static_cast<std::size_t>(items->size()));
+        for (TValueSetItem* item : qAsConst(*items)) {
+            bool isInteger = false;
+            const double code = item ? item->code.toInt(&isInteger) : 0;
+            keys.push_back({ isInteger ? code : std::numeric_limits<double>::quiet_NaN(), item });
+        }
+        sortByKeys(*items, keys, [](const NumericKey& first, const NumericKey& second) {
+            return !(first.code >= second.code); // true when either is not a number
+        });
+    } else {
+        std::vector<TextKey> keys;
+        keys.reserve(static_cast<std::size_t>(items->size()));
+        QHash<QString, int> numbers;
+        numbers.reserve(items->size());
+        for (TValueSetItem* item : qAsConst(*items)) {
+            int number = -1;
+            if (item) {
+                int& known = numbers[item->code];
+                if (known == 0)
+                    known = numbers.size();
+                number = known;
+            }
+            keys.push_back({ number, item });
+        }
+        // Kept: any two different codes come before each other.
+        sortByKeys(*items, keys, [](const TextKey& first, const TextKey& second) {
+            return first.code != second.code || first.code < 0;
+        });
+    }
+}
+
+bool IsNumeric2(const QString& text)
+{
+    bool isInteger = false;
+    text.toInt(&isInteger);
+    return isInteger;
+}
+
+bool IsDecimal(const QString& text)
+{
+    const int point = text.indexOf(QLatin1Char('.'));
+    return point >= 0 && isDigitsOnly(text.constData(), text.constData() + point)
+        && isDigitsOnly(text.constData() + point + 1, text.constData() + text.size());
+}
+
+int CompareCodes(void* first, void* second)
+{
+    if (!first || !second)
+        return -1;
+    const int order = QString::compare(static_cast<const TValueSetItem*>(first)->code,
+        static_cast<const TValueSetItem*>(second)->code, Qt::CaseSensitive);
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
+}
+
+bool CompareCodesNumeric(void* first, void* second)
+{
+    if (!first || !second)
+        return true;
+    const QString& firstCode = static_cast<const TValueSetItem*>(first)->code;
+    const QString& secondCode = static_cast<const TValueSetItem*>(second)->code;
+    return !IsNumeric2(firstCode) || !IsNumeric2(secondCode)
+        || firstCode.toDouble() < secondCode.toDouble();
+}

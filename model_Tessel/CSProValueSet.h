@@ -1,0 +1,86 @@
+#pragma once
+
+#include <model_Tessel/model_Tessel_global.h>
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+/*!
+ * One entry of a value set: a code, or one bound of a range, and its label.
+ *
+ * Format: a "Value=" line of a CSPro data dictionary, text form.
+ */
+class MODEL_TESSEL_EXPORT TValueSetItem : public QObject {
+public:
+    TValueSetItem();
+    ~TValueSetItem() override;
+
+    QString label;
+    QString code; /*!< starts as the character of code 3 */
+    int type = 0; /*!< 0 ordinary, 1 missing, 2 not applicable */
+    bool special = false; /*!< describes a special value */
+
+private:
+    Q_DISABLE_COPY(TValueSetItem)
+};
+
+/*!
+ * The codes of an item with their labels.
+ *
+ * Format: section "[ValueSet]" of a CSPro data dictionary, text form.
+ * Ownership: entries are never deleted by the library.
+ */
+class MODEL_TESSEL_EXPORT TCSProValueSet : public QObject {
+    Q_OBJECT
+
+public:
+    TCSProValueSet();
+    ~TCSProValueSet() override;
+
+    void addItem(TValueSetItem* item);
+    int getCount() const;
+    /*! Entry \a index, from 0; the index is not checked. */
+    TValueSetItem* getValueSetItem(int index) const;
+    /*!
+     * Inserts \a item before position \a index, from 0 to the number of entries; throws an error
+     * object of code 211 when it cannot.
+     */
+    void setValueSetItem(int index, TValueSetItem* item);
+
+    /*!
+     * Mode 0: false when a code is decimal; mode 1: false when a code is not an integer; true in
+     * any other mode and for a set that is not numeric. Throws an error object of code 101.
+     */
+    bool validateItems(int mode);
+    /*! Gives every entry of a numeric set whose code is not an integer the code "0". */
+    void itemsAsNumberZero();
+    /*! Rounds every decimal code of a numeric set. */
+    void itemsAsInteger();
+    /*!
+     * Sorts the entries in place: numeric sets by CompareCodesNumeric(), others by CompareCodes().
+     * Neither is an order, so what comes out depends on what goes in; O(n log n) all the same.
+     */
+    void sortItems();
+
+    QString label;
+    QString name;
+    QString reservedText;
+    bool isNumeric = true; /*!< false for the set of an alphanumeric item */
+    QList<TValueSetItem*>* items;
+
+private:
+    Q_DISABLE_COPY(TCSProValueSet)
+};
+
+/*! True when \a text reads as a decimal int. */
+MODEL_TESSEL_EXPORT bool IsNumeric2(const QString& text);
+/*! True when \a text is digits, one point and digits, of which either may be missing. */
+MODEL_TESSEL_EXPORT bool IsDecimal(const QString& text);
+/*! Three-way comparison of the codes of two TValueSetItem; -1 when either is null. */
+MODEL_TESSEL_EXPORT int CompareCodes(void* first, void* second);
+/*!
+ * True when the code of TValueSetItem \a first is the smaller number; also when either is null or
+ * not an integer.
+ */
+MODEL_TESSEL_EXPORT bool CompareCodesNumeric(void* first, void* second);

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+#include <cmath>
+#include <limits>
+
+// Whole part of a double; a NaN and what an int cannot hold give the smallest int.
+inline int truncatedToInt(double value)
+{
+    constexpr double low = std::numeric_limits<int>::min();
+    constexpr double high = std::numeric_limits<int>::max();
+    const double whole = std::trunc(value);
+    return whole >= low && whole <= high ? static_cast<int>(whole)
+                                         : std::numeric_limits<int>::min();
+}
+
+// A number in at most six significant digits, as QString::number(value, 'g', 6) writes it. Whole
+// numbers of up to six digits, nearly all codes, are written without its cost.
+inline QString shortNumberText(double value)
+{
+    if (std::abs(value) < 1e6 && value == std::trunc(value) && !(value == 0 && std::signbit(value)))
+        return QString::number(static_cast<int>(value));
+    return QString::number(value, 'g', 6);
+}
