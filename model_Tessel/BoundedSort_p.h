@@ -10,10 +10,10 @@
  * Introsort for comparators that are no order, with the result of libstdc++'s std::sort wherever
  * that stays inside the list.
  *
- * Median-of-three quicksort with unguarded partitions, heap sort below a depth of twice the floor of
- * log2 of the count, and a final insertion sort with runs of 16. A comparator that answers yes in
- * both directions lets the unguarded loops run out of the list; here they stop at its ends, and from
- * then on every step keeps to its own range, so that O(n log n) comparisons are enough.
+ * Median-of-three quicksort with unguarded partitions, heap sort below a depth of twice the floor
+ * of log2 of the count, and a final insertion sort with runs of 16. A comparator that answers yes
+ * in both directions lets the unguarded loops run out of the list; here they stop at its ends, and
+ * from then on every step keeps to its own range, so that O(n log n) comparisons are enough.
  */
 template <typename Element, typename Compare> class BoundedSort {
 public:

@@ -5,10 +5,11 @@
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/DebugLog_p.h>
 #include <model_Tessel/ErrorManager.h>
+#include <model_Tessel/TextLines_p.h>
 
 #include <QApplication>
 #include <QFile>
-#include <QTextStream>
+#include <QTextCodec>
 
 #include <exception>
 #include <memory>
@@ -167,28 +168,26 @@ TCSPro::~TCSPro()
 
 void TCSPro::loadFromFile(const QString& path)
 {
-    QStringList lines;
-    QFile file(path);
+    QTextCodec* codec = m_codec.isEmpty() ? nullptr : QTextCodec::codecForName(m_codec);
     // Text mode drops carriage returns byte by byte, which would tear wide encodings apart.
-    const QIODevice::OpenMode textMode
-        = m_codec.isEmpty() ? QIODevice::Text : QIODevice::NotOpen;
-    if (file.open(QIODevice::ReadOnly | textMode)) {
-        QTextStream stream(&file);
-        if (!m_codec.isEmpty())
-            stream.setCodec(m_codec.constData());
-        while (!stream.atEnd())
-            lines.append(stream.readLine());
-    }
-    loadFromStr(&lines);
+    const QIODevice::OpenMode textMode = codec ? QIODevice::NotOpen : QIODevice::Text;
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly | textMode))
+        parse(TextLines(file, codec ? codec : QTextCodec::codecForLocale()).lines());
 }
 
 void TCSPro::loadFromStr(QStringList* lines)
 {
+    parse(*lines);
+}
+
+template <typename Lines> void TCSPro::parse(const Lines& lines)
+{
     int index = 0;
     try {
-        const int count = lines->size();
+        const int count = static_cast<int>(lines.size());
         for (; index < count; ++index)
-            processSection(lines, index);
+            parseSection(lines, index);
         return;
     } catch (OxErrorManager* error) {
         delete error;
@@ -227,23 +226,30 @@ const QVector<CSProProblem>& TCSPro::problems() const
     return m_problems;
 }
 
-void TCSPro::processSection(QStringList* lines, int& index)
+// A section that starts at the line index; any other line is passed over.
+template <typename Lines> void TCSPro::parseSection(const Lines& lines, int& index)
 {
-    const QString header = lines->at(index).trimmed();
-    if (header.size() < 2 || header.at(0) != QLatin1Char('['))
+    const QStringView header = QStringView(lines.at(index)).trimmed();
+    if (header.size() < 2 || header.front() != QLatin1Char('['))
         return;
-    switch (getItemType(header)) {
+    const int line = index + 1;
+    switch (getItemType(header.toString())) {
     case DictionarySection:
-        processDictionary(lines, index);
+        readDictionary(gatherSection(lines, index));
         break;
     case RecordSection:
-        processRecord(lines, index);
+        readRecord(gatherSection(lines, index), line);
         break;
     case ItemSection:
-        processItem(lines, index);
+        readItem(gatherSection(lines, index), line);
         break;
     case ValueSetSection:
-        processValueSet(lines, index);
+        if (ignoresValueSets()) {
+            int end = index; // kept: an ignored set's lines are left to the loop over all lines
+            ignoreValueSet(gatherSection(lines, end), line);
+        } else {
+            readValueSet(gatherSection(lines, index), line);
+        }
         break;
     default:
         break;
@@ -273,16 +279,8 @@ int TCSPro::getItemType(const QString& header)
 QStringList* TCSPro::getSection(QStringList* lines, int& index)
 {
     auto section = std::make_unique<QStringList>();
-    const int count = lines->size();
-    int next = index + 1;
-    // Kept: a header behind blanks does not end the section.
-    for (; next < count && !lines->at(next).startsWith(QLatin1Char('[')); ++next) {
-        QString line = lines->at(next).trimmed();
-        if (!line.isEmpty())
-            section->append(std::move(line));
-    }
-    if (index + 1 < count)
-        index = next - 1;
+    for (const QStringView line : gatherSection(*lines, index))
+        section->append(line.toString());
     return section.release();
 }
 
@@ -292,7 +290,7 @@ QString TCSPro::processLine(const QStringList& section, const QString& key, cons
     try {
         for (const QString& line : section) {
             if (line.contains(key))
-                return csproValue(&line);
+                return csproValue(line);
         }
     } catch (const std::exception& error) {
         TESSEL_DEBUG << error.what();
@@ -304,15 +302,39 @@ int TCSPro::processLineToInt(const QStringList& section, const QString& key, int
 {
     for (const QString& line : section) {
         if (line.contains(key))
-            return csproNumber(&line, defaultValue);
+            return csproNumber(line, defaultValue);
     }
     return defaultValue;
 }
 
 void TCSPro::processDictionary(QStringList* lines, int& index)
 {
-    const std::unique_ptr<const QStringList> section(getSection(lines, index));
-    const CSProKeyFinder::Lines line = dictionaryKeys().find(*section);
+    readDictionary(gatherSection(*lines, index));
+}
+
+void TCSPro::processRecord(QStringList* lines, int& index)
+{
+    const int line = index + 1;
+    readRecord(gatherSection(*lines, index), line);
+}
+
+void TCSPro::processItem(QStringList* lines, int& index)
+{
+    const int line = index + 1;
+    readItem(gatherSection(*lines, index), line);
+}
+
+void TCSPro::processValueSet(QStringList* lines, int& index)
+{
+    if (ignoresValueSets())
+        return;
+    const int line = index + 1;
+    readValueSet(gatherSection(*lines, index), line);
+}
+
+void TCSPro::readDictionary(const Section& section)
+{
+    const CSProKeyFinder::Lines line = dictionaryKeys().find(section);
     version = csproValue(line[DictionaryVersion]);
     label = csproValue(line[DictionaryLabel]);
     name = csproValue(line[DictionaryName]);
@@ -323,11 +345,9 @@ void TCSPro::processDictionary(QStringList* lines, int& index)
     decimalChar = csproValue(line[DictionaryDecimalChar]);
 }
 
-void TCSPro::processRecord(QStringList* lines, int& index)
+void TCSPro::readRecord(const Section& section, int headerLine)
 {
-    const int headerLine = index + 1;
-    const std::unique_ptr<const QStringList> section(getSection(lines, index));
-    const CSProKeyFinder::Lines line = recordKeys().find(*section);
+    const CSProKeyFinder::Lines line = recordKeys().find(section);
 
     auto record = std::make_unique<TCSProRecord>();
     record->sourceLine = headerLine;
@@ -349,12 +369,10 @@ void TCSPro::processRecord(QStringList* lines, int& index)
     ofValue = currentRecord;
 }
 
-void TCSPro::processItem(QStringList* lines, int& index)
+void TCSPro::readItem(const Section& section, int headerLine)
 {
     using Kind = CSProProblem::Kind;
-    const int headerLine = index + 1;
-    const std::unique_ptr<const QStringList> section(getSection(lines, index));
-    const CSProKeyFinder::Lines line = itemKeys().find(*section);
+    const CSProKeyFinder::Lines line = itemKeys().find(section);
 
     auto item = std::make_unique<TCSProItem>();
     item->sourceLine = headerLine;
@@ -398,7 +416,6 @@ void TCSPro::appendItem(TCSProItem* item)
 void TCSPro::appendOccurrences(const TCSProItem& item)
 {
     const int firstIndex = items->size();
-    items->reserve(firstIndex + item.occurrences);
     qint64 start = item.start;
     for (int number = 1; number <= item.occurrences; ++number) {
         // Kept: zero fill and special codes stay behind, and the suffix is the character whose code
@@ -424,8 +441,8 @@ void TCSPro::checkItemLimit(const TCSProItem& item, int more)
 {
     if (more <= MaxItems - items->size())
         return;
-    noteProblem(CSProProblem::Kind::TooManyItems, item.sourceLine, item.name,
-        QString::number(MaxItems));
+    noteProblem(
+        CSProProblem::Kind::TooManyItems, item.sourceLine, item.name, QString::number(MaxItems));
     throw std::length_error("too many items in a dictionary");
 }
 

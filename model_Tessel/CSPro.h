@@ -9,10 +9,12 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 #include <QVector>
 
 #include <functional>
 #include <map>
+#include <vector>
 
 class TCSProRecord;
 class TCSProValueSet;
@@ -100,8 +102,8 @@ using CSProDecimalQuestion = std::function<int(const CSProProblem&)>;
  * Reads a CSPro data dictionary, text form, into records, items and value sets.
  *
  * The reader is tolerant: unknown sections and keys are passed over, missing and malformed values
- * give defaults; what it passed over is listed in problems(). Only an exception ends a load, with an
- * error object of code 242.
+ * give defaults; what it passed over is listed in problems(). Only an exception ends a load, with
+ * an error object of code 242.
  *
  * Ownership: records, items, value sets and the two lists are never deleted by the library, so
  * pointers to them outlive the parser. Threads: the GUI thread, for the dialogs.
@@ -210,7 +212,16 @@ public:
 private:
     Q_DISABLE_COPY(TCSPro)
 
-    void processSection(QStringList* lines, int& index);
+    using Section = std::vector<QStringView>; // trimmed lines, without the header
+
+    template <typename Lines> void parse(const Lines& lines);
+    template <typename Lines> void parseSection(const Lines& lines, int& index);
+    void readDictionary(const Section& section);
+    void readRecord(const Section& section, int line);
+    void readItem(const Section& section, int line);
+    void readValueSet(const Section& section, int line);
+    void ignoreValueSet(const Section& section, int line);
+    bool ignoresValueSets() const;
     void createMessageBox();
     void appendItem(TCSProItem* item);
     void appendOccurrences(const TCSProItem& item);

@@ -6,6 +6,8 @@
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/Numbers_p.h>
 
+#include <QStringBuilder>
+
 #include <algorithm>
 #include <string>
 
@@ -93,13 +95,17 @@ private:
 
     void addEntries(const TCSProValueSet& valueSet)
     {
+        int size = m_labels.size();
+        for (const TValueSetItem* entry : qAsConst(*valueSet.items))
+            size += entry->code.size() + entry->label.size() + 2;
+        m_labels.reserve(size);
         for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
             if (entry->special)
                 continue;
             QString code = entry->code;
             if (m_isNumeric) {
                 bool isNumber = false;
-                const double number = code.toDouble(&isNumber);
+                const double number = numberOf(code, &isNumber);
                 if (!isNumber)
                     continue;
                 m_min = std::min(m_min, number);
@@ -107,11 +113,14 @@ private:
                 if (m_fieldType == TGenericField::IntegerType)
                     code = shortNumberText(number);
             }
-            m_labels += code;
-            m_labels += QLatin1Char(' ');
-            m_labels += entry->label;
-            m_labels += QLatin1Char('\t');
+            m_labels += code % QLatin1Char(' ') % entry->label % QLatin1Char('\t');
         }
+    }
+
+    static double numberOf(const QString& code, bool* isNumber)
+    {
+        const int integer = integerOf(code, isNumber);
+        return *isNumber ? integer : code.toDouble(isNumber);
     }
 
     QList<TCSProValueSet*> m_valueSets;
@@ -313,8 +322,7 @@ bool TCSProVariable::isMissing()
 
 bool TCSProVariable::isNotApplicable()
 {
-    return item && !item->notApplicableCode.isEmpty()
-        && currentText() == item->notApplicableCode;
+    return item && !item->notApplicableCode.isEmpty() && currentText() == item->notApplicableCode;
 }
 
 bool TCSProVariable::isBlank()

@@ -18,7 +18,8 @@ struct CSProProblem {
         ValueSetOnLastOccurrence, /*!< the other occurrences of the item were left without it */
         DecimalCodesDropped, /*!< the value set was dropped; \c text: its first decimal code */
         DecimalCodesConverted, /*!< codes became 0; \c text: the first decimal code */
-        CodesNotInteger, /*!< the value set was dropped; \c text: its first code that is no integer */
+        CodesNotInteger, /*!< the value set was dropped; \c text: its first code that is no integer
+                          */
         TooManyItems, /*!< loading ended here; \c text: the limit */
     };
 

@@ -12,25 +12,21 @@ CSProKeyFinder::CSProKeyFinder(std::initializer_list<QLatin1String> keys)
     }
 }
 
-CSProKeyFinder::Lines CSProKeyFinder::find(const QStringList& section) const
+CSProKeyFinder::Lines CSProKeyFinder::find(const CSProSection& section) const
 {
     Lines found {};
     unsigned missing = m_all;
-    for (const QString& line : section) {
+    for (const QStringView line : section) {
         if (missing == 0)
             break;
-        const QChar* text = line.constData();
-        const int size = line.size();
-        for (int i = 0; i < size; ++i) {
-            const ushort letter = text[i].unicode();
-            if (letter >= m_byFirstLetter.size() || (m_byFirstLetter[letter] & missing) == 0)
-                continue;
-            const QStringView rest(text + i, size - i);
-            for (int key = 0; key < MaxKeys; ++key) {
-                const unsigned bit = 1U << key;
-                if ((m_byFirstLetter[letter] & missing & bit) != 0 && rest.startsWith(m_keys[key])) {
-                    found[key] = &line;
-                    missing &= ~bit;
+        for (int i = 0; i < line.size(); ++i) {
+            const ushort letter = line[i].unicode();
+            unsigned candidates = letter < m_byFirstLetter.size() ? m_byFirstLetter[letter] : 0;
+            candidates &= missing;
+            for (int key = 0; candidates != 0; ++key, candidates >>= 1) {
+                if ((candidates & 1U) != 0 && line.mid(i).startsWith(m_keys[key])) {
+                    found[key] = line;
+                    missing &= ~(1U << key);
                 }
             }
         }
@@ -38,18 +34,18 @@ CSProKeyFinder::Lines CSProKeyFinder::find(const QStringList& section) const
     return found;
 }
 
-QString csproValue(const QString* line)
+QString csproValue(QStringView line)
 {
-    if (!line)
+    const auto equals = line.indexOf(QLatin1Char('='));
+    if (equals < 0 || line.indexOf(QLatin1Char('='), equals + 1) >= 0)
         return QString();
-    const int equals = line->indexOf(QLatin1Char('='));
-    if (equals < 0 || line->indexOf(QLatin1Char('='), equals + 1) >= 0)
-        return QString();
-    return line->mid(equals + 1);
+    return line.mid(equals + 1).toString();
 }
 
-int csproNumber(const QString* line, int defaultValue)
+int csproNumber(QStringView line, int defaultValue)
 {
+    if (line.isEmpty())
+        return defaultValue;
     bool isNumber = false;
     const int number = csproValue(line).toInt(&isNumber);
     return isNumber ? number : defaultValue;

@@ -3,6 +3,7 @@
 #include <model_Tessel/BoundedSort_p.h>
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/ErrorManager.h>
+#include <model_Tessel/Numbers_p.h>
 
 #include <QHash>
 
@@ -39,7 +40,8 @@ template <typename Key, typename Compare>
 void sortByKeys(QList<TValueSetItem*>& items, std::vector<Key>& keys, Compare before)
 {
     boundedSort(keys, before);
-    std::transform(keys.begin(), keys.end(), items.begin(), [](const Key& key) { return key.item; });
+    std::transform(
+        keys.begin(), keys.end(), items.begin(), [](const Key& key) { return key.item; });
 }
 
 struct NumericKey {
@@ -48,9 +50,15 @@ struct NumericKey {
 };
 
 struct TextKey {
-    int code; // the same for equal codes; -1 for a null entry
+    uint hash; // of the code; tells most different codes apart without looking at them
     TValueSetItem* item;
 };
+
+bool areDifferent(const TextKey& first, const TextKey& second)
+{
+    return first.hash != second.hash || !first.item || !second.item
+        || first.item->code != second.item->code;
+}
 
 } // namespace
 
@@ -138,7 +146,7 @@ void TCSProValueSet::sortItems()
         keys.reserve(static_cast<std::size_t>(items->size()));
         for (TValueSetItem* item : qAsConst(*items)) {
             bool isInteger = false;
-            const double code = item ? item->code.toInt(&isInteger) : 0;
+            const double code = item ? integerOf(item->code, &isInteger) : 0;
             keys.push_back({ isInteger ? code : std::numeric_limits<double>::quiet_NaN(), item });
         }
         sortByKeys(*items, keys, [](const NumericKey& first, const NumericKey& second) {
@@ -147,29 +155,16 @@ void TCSProValueSet::sortItems()
     } else {
         std::vector<TextKey> keys;
         keys.reserve(static_cast<std::size_t>(items->size()));
-        QHash<QString, int> numbers;
-        numbers.reserve(items->size());
-        for (TValueSetItem* item : qAsConst(*items)) {
-            int number = -1;
-            if (item) {
-                int& known = numbers[item->code];
-                if (known == 0)
-                    known = numbers.size();
-                number = known;
-            }
-            keys.push_back({ number, item });
-        }
-        // Kept: any two different codes come before each other.
-        sortByKeys(*items, keys, [](const TextKey& first, const TextKey& second) {
-            return first.code != second.code || first.code < 0;
-        });
+        for (TValueSetItem* item : qAsConst(*items))
+            keys.push_back({ item ? qHash(item->code) : 0, item });
+        sortByKeys(*items, keys, areDifferent); // kept: different codes come before each other
     }
 }
 
 bool IsNumeric2(const QString& text)
 {
     bool isInteger = false;
-    text.toInt(&isInteger);
+    integerOf(text, &isInteger);
     return isInteger;
 }
 

@@ -35,19 +35,20 @@ const CSProKeyFinder& valueSetKeys()
 constexpr int ValueKeyLength = 6;
 constexpr int NameKeyLength = 5;
 
-bool isValueLine(const QString& line)
+bool isValueLine(QStringView line)
 {
     return line.startsWith(QLatin1String("VALUE="), Qt::CaseInsensitive);
 }
 
-bool isNameLine(const QString& line)
+bool isNameLine(QStringView line)
 {
     return line.startsWith(QLatin1String("NAME="), Qt::CaseInsensitive);
 }
 
-QString withoutQuotes(const QString& code)
+QString withoutQuotes(QStringView code)
 {
-    return code.startsWith(QLatin1Char('\'')) ? code.mid(1, std::max(code.size() - 2, 0)) : code;
+    const bool isQuoted = code.startsWith(QLatin1Char('\''));
+    return (isQuoted ? code.mid(1, std::max<qsizetype>(code.size() - 2, 0)) : code).toString();
 }
 
 std::unique_ptr<TValueSetItem> makeEntry(const QString& code, const QString& label)
@@ -70,9 +71,9 @@ public:
     {
     }
 
-    void read(const QStringList& section)
+    void read(const CSProSection& section)
     {
-        for (const QString& line : section) {
+        for (const QStringView line : section) {
             if (isValueLine(line)) {
                 storePending();
                 readValueLine(line.mid(ValueKeyLength));
@@ -98,23 +99,24 @@ private:
         }
     }
 
-    void readValueLine(const QString& value)
+    void readValueLine(QStringView value)
     {
         m_pending = std::make_unique<TValueSetItem>();
-        const int colon = value.indexOf(QLatin1Char(':'));
-        const int semicolon = value.indexOf(QLatin1Char(';'));
+        const auto colon = value.indexOf(QLatin1Char(':'));
+        const auto semicolon = value.indexOf(QLatin1Char(';'));
         // A separator at the very start counts as none.
         if (semicolon > 0) {
-            m_pending->label = value.mid(semicolon + 1);
+            m_pending->label = value.mid(semicolon + 1).toString();
             if (colon > 0 && colon < semicolon) {
-                storeLowBounds(value.left(colon));
-                m_pending->code = value.mid(colon + 1, semicolon - colon - 1);
+                storeLowBounds(value.left(colon).toString());
+                m_pending->code = value.mid(colon + 1, semicolon - colon - 1).toString();
             } else {
                 m_pending->code = withoutQuotes(value.left(semicolon));
             }
         } else if (colon > 0) {
-            storeEntry("3. myValueSetItemMin->name", value.left(colon));
-            m_pending->code = value.mid(colon); // kept: the ":" stays with the high bound
+            storeEntry("3. myValueSetItemMin->name", value.left(colon).toString());
+            m_pending->code =
+                value.mid(colon).toString(); // kept: the ":" stays with the high bound
         } else {
             m_pending->code = withoutQuotes(value);
         }
@@ -136,15 +138,15 @@ private:
         TESSEL_DEBUG << trace << m_pending->label;
     }
 
-    void readNameLine(const QString& value)
+    void readNameLine(QStringView value)
     {
         m_pending->type = 0;
-        const int comma = value.indexOf(QLatin1Char(','));
+        const auto comma = value.indexOf(QLatin1Char(','));
         if (comma > 0) {
             // Kept: the name loses its last character and the rest still begins with the comma, so
             // "MISSING,Special" is not recognised and "MISSING ,Special" is.
-            const QString name = value.left(comma - 1).toUpper();
-            const QString rest = value.mid(comma).toUpper();
+            const QString name = value.left(comma - 1).toString().toUpper();
+            const QString rest = value.mid(comma).toString().toUpper();
             if (rest == CSProWordSpecial)
                 m_pending->special = true;
             if (name == CSProWordMissing)
@@ -180,25 +182,27 @@ template <typename Predicate> QString firstCode(const TCSProValueSet& valueSet, 
 
 } // namespace
 
-void TCSPro::processValueSet(QStringList* lines, int& index)
+// Kept: an item keeps its first value set.
+bool TCSPro::ignoresValueSets() const
+{
+    return lastItem && lastItem->getHasValueSet();
+}
+
+void TCSPro::ignoreValueSet(const Section& section, int headerLine)
+{
+    noteValueSet(CSProProblem::Kind::ValueSetIgnored, headerLine,
+        csproValue(valueSetKeys().find(section)[ValueSetName]));
+}
+
+void TCSPro::readValueSet(const Section& section, int headerLine)
 {
     using Kind = CSProProblem::Kind;
-    const int headerLine = index + 1;
-    if (lastItem && lastItem->getHasValueSet()) {
-        int end = index;
-        const std::unique_ptr<const QStringList> ignored(getSection(lines, end));
-        noteValueSet(Kind::ValueSetIgnored, headerLine,
-            csproValue(valueSetKeys().find(*ignored)[ValueSetName]));
-        return; // kept: its lines are left to the section loop
-    }
-
-    const std::unique_ptr<const QStringList> section(getSection(lines, index));
-    const CSProKeyFinder::Lines line = valueSetKeys().find(*section);
+    const CSProKeyFinder::Lines line = valueSetKeys().find(section);
     ValueSetPointer valueSet(new TCSProValueSet);
     valueSet->label = csproValue(line[ValueSetLabel]);
     valueSet->name = csproValue(line[ValueSetName]);
     valueSet->isNumeric = lastItemNumeric;
-    ValueSetReader(*this, *valueSet).read(*section);
+    ValueSetReader(*this, *valueSet).read(section);
 
     if (!valueSet->validateItems(0) && !settleDecimalCodes(valueSet.get(), headerLine))
         return;
@@ -268,8 +272,14 @@ void TCSPro::attachToItems(TCSProValueSet* valueSet, int line)
         lastItem->addValueSet(valueSet);
         return;
     }
-    for (int i = items->size() - 1; i >= 0 && items->at(i)->firstOccurrenceIndex == firstIndex; --i)
-        items->at(i)->addValueSet(valueSet);
+    lastItem->addValueSet(valueSet);
+    for (int i = items->size() - 1; i >= 0; --i) {
+        TCSProItem* item = items->at(i);
+        if (item->firstOccurrenceIndex != firstIndex)
+            break;
+        if (!item->getHasValueSet())
+            *item->valueSets = *lastItem->valueSets; // shares the list's one allocation
+    }
 }
 
 void TCSPro::showMessageBoxDecimal(const QString& text, const QString& informativeText,

@@ -53,7 +53,8 @@ public:
     /*! Width of the record-type code; 0 here. */
     virtual int getRecordTypeSize();
 
-    /*! Asks for the provider type and drops the answer; a hook of the constructors of subclasses. */
+    /*! Asks for the provider type and drops the answer; a hook of the constructors of subclasses.
+     */
     void initDataImport();
     /*! Starts with a new empty list of fields and an empty index; the old fields stay alive. */
     void openDataImport();
@@ -80,7 +81,8 @@ public:
     void setDataSourceName(const QString& path);
 
     QString auxName;
-    QString sourceName; /*!< dictionary file: an absolute path, empty, or what the constructor got */
+    QString
+        sourceName; /*!< dictionary file: an absolute path, empty, or what the constructor got */
     qint64 importSlotA = 0;
     double importRatio = 0;
     qint64 importSlotB = 0;

@@ -52,7 +52,8 @@ public:
      * A \c length above TextCapacity stops the process.
      */
     void setAsString(const QString& value);
-    /*! As setAsString(), from a null-terminated wide text whose blanks do not matter to a number. */
+    /*! As setAsString(), from a null-terminated wide text whose blanks do not matter to a number.
+     */
     void setAsStringChar(const wchar_t* value);
 
     /*! The current value as a real number; 0 where it is none. */
@@ -89,7 +90,8 @@ public:
     QString decimals; /*!< number of implied decimal places, as text */
     bool hasDecimalChar = true; /*!< the raw text has its own decimal point */
     bool conversionFailed = false; /*!< the last assignment threw while it converted */
-    wchar_t text[TextCapacity] = {}; /*!< current value; terminated only when shorter than \c length */
+    wchar_t
+        text[TextCapacity] = {}; /*!< current value; terminated only when shorter than \c length */
     double realValue = NoRealValue; /*!< current value of a real field */
     double integerValue = 0; /*!< current value of an integer field */
     TDataImport* owner = nullptr; /*!< importer that owns the field; not owned */

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 
 #include <cmath>
 #include <limits>
@@ -22,4 +23,21 @@ inline QString shortNumberText(double value)
     if (std::abs(value) < 1e6 && value == std::trunc(value) && !(value == 0 && std::signbit(value)))
         return QString::number(static_cast<int>(value));
     return QString::number(value, 'g', 6);
+}
+
+// text as QString::toInt() reads it; codes of up to nine plain digits, nearly all, cost little.
+inline int integerOf(const QString& text, bool* isInteger)
+{
+    constexpr int MaxDigits = 9;
+    if (text.isEmpty() || text.size() > MaxDigits)
+        return text.toInt(isInteger);
+    int number = 0;
+    for (const QChar character : text) {
+        const int digit = character.unicode() - '0';
+        if (digit < 0 || digit > 9)
+            return text.toInt(isInteger);
+        number = number * 10 + digit;
+    }
+    *isInteger = true;
+    return number;
 }

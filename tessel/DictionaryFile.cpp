@@ -1,0 +1,260 @@
+#include "DictionaryFile.h"
+
+#include "Console.h"
+
+#include <model_Tessel/CSProDataImport.h>
+#include <model_Tessel/ErrorManager.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QTextCodec>
+
+#include <algorithm>
+
+using Console::Severity;
+
+namespace {
+
+// The largest real dictionary is half a megabyte; decoded, a file of this size still fits.
+constexpr qint64 LargestFile = 256 * 1024 * 1024;
+
+constexpr int ShownLines = 3;
+constexpr int ShownColumns = 60;
+
+bool failed(const QString& path, int line, const QString& text)
+{
+    Console::tell(path, line, Severity::Error, text);
+    return false;
+}
+
+bool readBytes(const QString& path, QByteArray& bytes)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return failed(path, 0, QStringLiteral("no such file"));
+    if (!info.isFile()) {
+        return failed(path, 0,
+            QStringLiteral("is a directory or a device; give the name of a dictionary file"));
+    }
+    if (info.size() > LargestFile) {
+        return failed(path, 0,
+            QStringLiteral("is larger than %1 MiB, which no dictionary is")
+                .arg(LargestFile / (1024 * 1024)));
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return failed(path, 0, QStringLiteral("cannot be read: %1").arg(file.errorString()));
+    bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return failed(path, 0, QStringLiteral("cannot be read: %1").arg(file.errorString()));
+    if (bytes.isEmpty())
+        return failed(path, 0, QStringLiteral("is empty"));
+    return true;
+}
+
+bool isValid(const QTextCodec& codec, const QByteArray& bytes)
+{
+    QTextCodec::ConverterState state;
+    codec.toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0 && state.remainingChars == 0;
+}
+
+// Line, from 1, of the first byte that is no UTF-8; a line end is never part of a character.
+int firstInvalidLine(const QTextCodec& codec, const QByteArray& bytes)
+{
+    int line = 1;
+    for (int start = 0; start < bytes.size(); ++line) {
+        const int end = bytes.indexOf('\n', start);
+        const int size = (end < 0 ? bytes.size() : end + 1) - start;
+        if (!isValid(codec, QByteArray::fromRawData(bytes.constData() + start, size)))
+            return line;
+        start += size;
+    }
+    return line;
+}
+
+// The codec to read with: what a byte-order mark says, else the wanted one, else UTF-8.
+QTextCodec* chooseCodec(const QByteArray& bytes, const QByteArray& wanted)
+{
+    QTextCodec* const fallback = QTextCodec::codecForName(wanted.isEmpty() ? "UTF-8" : wanted);
+    return QTextCodec::codecForUtfText(bytes, fallback);
+}
+
+bool checkEncoding(const QString& path, const QByteArray& bytes, const QTextCodec& codec)
+{
+    if (isValid(codec, bytes))
+        return true;
+    if (codec.name() != "UTF-8") {
+        return failed(path, 0,
+            QStringLiteral("the text is not valid %1; name another encoding with --encoding")
+                .arg(QString::fromLatin1(codec.name())));
+    }
+    return failed(path, firstInvalidLine(codec, bytes),
+        QStringLiteral("the text is not valid UTF-8; name its encoding with --encoding, for "
+                       "example --encoding windows-1252"));
+}
+
+// Headers of the sections that hold a dictionary's fields.
+bool isDictionaryHeader(QStringView line)
+{
+    for (const char* header : { "[Dictionary]", "[Record]", "[Item]" }) {
+        if (line.startsWith(QLatin1String(header), Qt::CaseInsensitive))
+            return true;
+    }
+    return false;
+}
+
+bool hasDictionaryHeader(const QString& text)
+{
+    const QVector<QStringRef> lines = text.splitRef(QLatin1Char('\n'));
+    return std::any_of(lines.cbegin(), lines.cend(),
+        [](const QStringRef& line) { return isDictionaryHeader(QStringView(line).trimmed()); });
+}
+
+void showFirstLines(const QString& text)
+{
+    const QVector<QStringRef> lines = text.leftRef(ShownLines * 1024).split(QLatin1Char('\n'));
+    for (int i = 0; i < std::min(lines.size(), ShownLines); ++i) {
+        QString line = lines.at(i).trimmed().toString();
+        if (line.size() > ShownColumns)
+            line = line.left(ShownColumns) + QStringLiteral("...");
+        Console::print(
+            QStringLiteral("  %1 | ").arg(i + 1) + Console::printable(line) + QLatin1Char('\n'));
+    }
+}
+
+bool checkKind(const QString& path, const QString& text)
+{
+    const QStringView start = QStringView(text).left(1024).trimmed();
+    if (start.startsWith(QLatin1Char('{'))) {
+        return failed(path, 0,
+            QStringLiteral("is a JSON dictionary of CSPro 8 or later, which is not read yet; save "
+                           "it as a dictionary of CSPro 7.7"));
+    }
+    if (hasDictionaryHeader(text))
+        return true;
+    failed(path, 0, QStringLiteral("is no CSPro dictionary; it begins:"));
+    showFirstLines(text);
+    return false;
+}
+
+// Says what a value set holds and where, so that the question can be answered without the file.
+int askAboutDecimals(const QString& path, const CSProProblem& problem)
+{
+    const QString question =
+        QStringLiteral("%1:%2: value set %3 of item %4 has decimal codes, the first is %5.\n"
+                       "Keep the set, with 0 in place of such codes? "
+                       "[y]es, yes to [a]ll, [n]o, no to al[l] (no): ")
+            .arg(path, QString::number(problem.line), problem.valueSet, problem.name, problem.text);
+    while (true) {
+        const QString answer =
+            Console::ask(Console::printable(question).replace(QChar(0x240A), QLatin1Char('\n')))
+                .toLower();
+        if (answer.isEmpty() || answer == QLatin1String("n") || answer == QLatin1String("no"))
+            return QMessageBox::No;
+        if (answer == QLatin1String("y") || answer == QLatin1String("yes"))
+            return QMessageBox::Yes;
+        if (answer == QLatin1String("a"))
+            return QMessageBox::YesToAll;
+        if (answer == QLatin1String("l"))
+            return QMessageBox::NoToAll;
+    }
+}
+
+CSProDecimalQuestion decimalQuestion(const QString& path, DictionaryOptions::Decimals decimals)
+{
+    switch (decimals) {
+    case DictionaryOptions::Decimals::Yes:
+        return [](const CSProProblem&) { return int(QMessageBox::YesToAll); };
+    case DictionaryOptions::Decimals::Ask:
+        return [path](const CSProProblem& problem) { return askAboutDecimals(path, problem); };
+    case DictionaryOptions::Decimals::No:
+        break;
+    }
+    return [](const CSProProblem&) { return int(QMessageBox::NoToAll); };
+}
+
+QString describe(const CSProProblem& problem)
+{
+    using Kind = CSProProblem::Kind;
+    const QString valueSet =
+        QStringLiteral("value set %1 of item %2").arg(problem.valueSet, problem.name);
+    switch (problem.kind) {
+    case Kind::ItemWithoutLength:
+        return QStringLiteral("item %1 has no length (Len is %2), so it has no value in the data")
+            .arg(problem.name, problem.text);
+    case Kind::ItemDropped:
+        return QStringLiteral("item %1 was left out: its number of occurrences is %2")
+            .arg(problem.name, problem.text);
+    case Kind::RecordTypeRepeated:
+        return QStringLiteral("record %1 has the record type '%2' of an earlier record, so lines "
+                              "of that type cannot be told apart")
+            .arg(problem.name, problem.text);
+    case Kind::ValueSetIgnored:
+        return valueSet + QStringLiteral(" was ignored: an item's first value set is kept");
+    case Kind::ValueSetWithoutItem:
+        return QStringLiteral("value set %1 was ignored: no item stands before it")
+            .arg(problem.valueSet);
+    case Kind::ValueSetOnLastOccurrence:
+        return valueSet + QStringLiteral(" was given to the item's last occurrence alone");
+    case Kind::DecimalCodesDropped:
+        return valueSet
+            + QStringLiteral(" was dropped: it has decimal codes, the first is %1; --decimals yes "
+                             "keeps it with 0 in their place")
+                  .arg(problem.text);
+    case Kind::DecimalCodesConverted:
+        return valueSet
+            + QStringLiteral(" was converted: its decimal codes, the first is %1, became 0")
+                  .arg(problem.text);
+    case Kind::CodesNotInteger:
+        return valueSet
+            + QStringLiteral(" was dropped: the code '%1' of a numeric item is not an integer")
+                  .arg(problem.text);
+    case Kind::TooManyItems:
+        return QStringLiteral("item %1 makes more than %2 fields; check its number of occurrences")
+            .arg(problem.name, problem.text);
+    }
+    return QString();
+}
+
+void tellProblems(const QString& path, const TCSPro& dictionary)
+{
+    for (const CSProProblem& problem : dictionary.problems()) {
+        const bool isError = problem.kind == CSProProblem::Kind::TooManyItems;
+        Console::tell(
+            path, problem.line, isError ? Severity::Error : Severity::Warning, describe(problem));
+    }
+    if (dictionary.items->isEmpty())
+        Console::tell(path, 0, Severity::Warning, QStringLiteral("the dictionary has no items"));
+}
+
+} // namespace
+
+std::unique_ptr<TCSProDataImport> openDictionary(
+    const QString& path, const DictionaryOptions& options)
+{
+    QByteArray bytes;
+    if (!readBytes(path, bytes))
+        return nullptr;
+    QTextCodec* const codec = chooseCodec(bytes, options.encoding);
+    if (!checkEncoding(path, bytes, *codec) || !checkKind(path, codec->toUnicode(bytes)))
+        return nullptr;
+
+    auto importer = std::make_unique<TCSProDataImport>(path);
+    importer->setTextCodec(codec->name());
+    importer->setDecimalQuestion(decimalQuestion(path, options.decimals));
+    bool isRead = true;
+    try {
+        importer->openFile();
+    } catch (OxErrorManager* error) {
+        delete error; // its text has the line as one character; the problems have it in digits
+        isRead = false;
+    }
+    tellProblems(path, *importer->dictionary);
+    if (!isRead) {
+        failed(path, 0, QStringLiteral("reading stopped; the dictionary is not listed"));
+        return nullptr;
+    }
+    return importer;
+}

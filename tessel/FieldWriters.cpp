@@ -1,0 +1,275 @@
+#include "FieldWriters.h"
+
+#include "Console.h"
+#include "TextTable.h"
+
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStringList>
+
+namespace {
+
+// Changes only when a reader of the JSON has to change.
+constexpr int JsonVersion = 1;
+
+QString plural(int count, const QString& thing)
+{
+    return QStringLiteral("%1 %2%3").arg(count).arg(
+        thing, count == 1 ? QString() : QStringLiteral("s"));
+}
+
+// ---- table
+
+QString rangeText(const ListedField& field)
+{
+    return field.min.isNull() && field.max.isNull() ? QString()
+                                                    : field.min + QLatin1String("..") + field.max;
+}
+
+// A code with blanks at its ends, or none at all, would not be seen as it is.
+QString shownCode(const QString& code)
+{
+    const bool needsQuotes = code.isEmpty() || code.contains(QLatin1Char(' '));
+    return needsQuotes ? QLatin1Char('\'') + code + QLatin1Char('\'') : code;
+}
+
+QString shownNumber(int number)
+{
+    return number == 0 ? QString() : QString::number(number);
+}
+
+void addCodes(TextTable& table, const QVector<ListedCode>& codes)
+{
+    int width = 0;
+    for (const ListedCode& entry : codes)
+        width = qMax(width, displayWidth(shownCode(entry.code)));
+    for (const ListedCode& entry : codes) {
+        const QString code = shownCode(entry.code);
+        table.addDetail(Console::printable(
+            code + QString(width - displayWidth(code) + 2, QLatin1Char(' ')) + entry.label));
+    }
+}
+
+QString summary(const Listing& listing)
+{
+    int labelled = 0;
+    for (const ListedField& field : listing.fields)
+        labelled += field.codes.isEmpty() ? 0 : 1;
+    QString text = QStringLiteral("%1, %2, %3 with value labels; ")
+                       .arg(plural(listing.records.size(), QStringLiteral("record")),
+                           plural(listing.fields.size(), QStringLiteral("field")))
+                       .arg(labelled);
+    if (listing.recordTypeLength > 0) {
+        text += QStringLiteral("record type at column %1, length %2")
+                    .arg(listing.recordTypeStart)
+                    .arg(listing.recordTypeLength);
+    } else {
+        text += QStringLiteral("no record types");
+    }
+    return text;
+}
+
+QString groupTitle(const QString& record, const QHash<QString, const ListedRecord*>& records)
+{
+    if (record.isNull())
+        return QStringLiteral("Identification items");
+    const ListedRecord* found = records.value(record);
+    QString title = record;
+    if (found) {
+        title += QLatin1String("  ") + found->label;
+        if (!found->recordType.isEmpty())
+            title += QStringLiteral(" (record type %1)").arg(found->recordType);
+    }
+    return Console::printable(title);
+}
+
+QString tableOf(const Listing& listing, const ListingFormat& format)
+{
+    using Align = TextTable::Align;
+    TextTable table(
+        { { QStringLiteral("Name"), Align::Left }, { QStringLiteral("Type"), Align::Left },
+            { QStringLiteral("Start"), Align::Right }, { QStringLiteral("Len"), Align::Right },
+            { QStringLiteral("Dec"), Align::Right }, { QStringLiteral("Range"), Align::Left },
+            { QStringLiteral("Missing"), Align::Left }, { QStringLiteral("N/A"), Align::Left },
+            { QStringLiteral("Labels"), Align::Right }, { QStringLiteral("Label"), Align::Left } });
+
+    QHash<QString, const ListedRecord*> records;
+    for (const ListedRecord& record : listing.records)
+        records.insert(record.name, &record);
+
+    bool isFirst = true;
+    QString group;
+    for (const ListedField& field : listing.fields) {
+        if (isFirst || field.record != group || field.record.isNull() != group.isNull()) {
+            table.beginGroup(groupTitle(field.record, records));
+            group = field.record;
+            isFirst = false;
+        }
+        const QString missing = field.missing.isNull() ? QString() : shownCode(field.missing);
+        const QString notApplicable =
+            field.notApplicable.isNull() ? QString() : shownCode(field.notApplicable);
+        QStringList cells { field.name, field.type, QString::number(field.start),
+            QString::number(field.length), shownNumber(field.decimals), rangeText(field), missing,
+            notApplicable, shownNumber(field.codes.size()), field.label };
+        for (QString& cell : cells)
+            cell = Console::printable(cell);
+        table.addRow(cells);
+        if (format.withValues)
+            addCodes(table, field.codes);
+    }
+
+    QStringList heading { listing.name, listing.version };
+    heading.removeAll(QString());
+    QString text =
+        Console::printable(listing.file + QLatin1String(": ") + heading.join(QLatin1String(", ")));
+    text += QLatin1Char('\n');
+    if (!listing.label.isEmpty())
+        text += Console::printable(listing.label) + QLatin1Char('\n');
+    return text + summary(listing) + QLatin1Char('\n') + table.toText(format.width);
+}
+
+QByteArray asTables(const QVector<Listing>& listings, const ListingFormat& format)
+{
+    QStringList tables;
+    for (const Listing& listing : listings)
+        tables.append(tableOf(listing, format));
+    return tables.join(QLatin1Char('\n')).toUtf8();
+}
+
+// ---- CSV
+
+QString csvCell(const QString& text)
+{
+    const bool needsQuotes = text.contains(QLatin1Char(',')) || text.contains(QLatin1Char('"'))
+        || text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r'));
+    if (!needsQuotes)
+        return text;
+    return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QLatin1String("\"\""))
+        + QLatin1Char('"');
+}
+
+QByteArray csvLine(const QStringList& cells)
+{
+    QStringList quoted;
+    quoted.reserve(cells.size());
+    for (const QString& cell : cells)
+        quoted.append(csvCell(cell));
+    return quoted.join(QLatin1Char(',')).toUtf8() + "\r\n";
+}
+
+QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
+{
+    QStringList headings { QStringLiteral("file"), QStringLiteral("record"), QStringLiteral("name"),
+        QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("start"),
+        QStringLiteral("length"), QStringLiteral("decimals"), QStringLiteral("missing"),
+        QStringLiteral("not_applicable"), QStringLiteral("min"), QStringLiteral("max"),
+        QStringLiteral("value_labels") };
+    if (format.withValues)
+        headings << QStringLiteral("code") << QStringLiteral("value_label");
+    QByteArray bytes = csvLine(headings);
+    for (const Listing& listing : listings) {
+        for (const ListedField& field : listing.fields) {
+            const QStringList cells { listing.file, field.record, field.name, field.label,
+                field.type, QString::number(field.start), QString::number(field.length),
+                QString::number(field.decimals), field.missing, field.notApplicable, field.min,
+                field.max, QString::number(field.codes.size()) };
+            if (!format.withValues) {
+                bytes += csvLine(cells);
+                continue;
+            }
+            for (const ListedCode& entry : field.codes)
+                bytes += csvLine(cells + QStringList { entry.code, entry.label });
+            if (field.codes.isEmpty())
+                bytes += csvLine(cells + QStringList { QString(), QString() });
+        }
+    }
+    return bytes;
+}
+
+// ---- JSON
+
+QJsonValue textOrNull(const QString& text)
+{
+    return text.isNull() ? QJsonValue() : QJsonValue(text);
+}
+
+QJsonObject jsonOf(const ListedRecord& record)
+{
+    return { { QStringLiteral("name"), record.name }, { QStringLiteral("label"), record.label },
+        { QStringLiteral("recordType"), record.recordType },
+        { QStringLiteral("maximum"), record.maxRecords },
+        { QStringLiteral("length"), record.length } };
+}
+
+QJsonObject jsonOf(const ListedField& field, bool withValues)
+{
+    QJsonObject object { { QStringLiteral("name"), field.name },
+        { QStringLiteral("item"), field.item },
+        { QStringLiteral("occurrence"),
+            field.occurrence > 0 ? QJsonValue(field.occurrence) : QJsonValue() },
+        { QStringLiteral("label"), field.label },
+        { QStringLiteral("record"), textOrNull(field.record) },
+        { QStringLiteral("type"), field.type }, { QStringLiteral("start"), field.start },
+        { QStringLiteral("length"), field.length }, { QStringLiteral("decimals"), field.decimals },
+        { QStringLiteral("decimalChar"), field.hasDecimalChar },
+        { QStringLiteral("subitem"), field.isSubItem },
+        { QStringLiteral("missing"), textOrNull(field.missing) },
+        { QStringLiteral("notApplicable"), textOrNull(field.notApplicable) },
+        { QStringLiteral("min"), textOrNull(field.min) },
+        { QStringLiteral("max"), textOrNull(field.max) },
+        { QStringLiteral("valueSet"), textOrNull(field.valueSet) },
+        { QStringLiteral("valueLabelCount"), field.codes.size() } };
+    if (withValues) {
+        QJsonArray labels;
+        for (const ListedCode& entry : field.codes) {
+            labels.append(QJsonObject {
+                { QStringLiteral("code"), entry.code }, { QStringLiteral("label"), entry.label } });
+        }
+        object.insert(QStringLiteral("valueLabels"), labels);
+    }
+    return object;
+}
+
+QJsonObject jsonOf(const Listing& listing, bool withValues)
+{
+    QJsonArray records;
+    for (const ListedRecord& record : listing.records)
+        records.append(jsonOf(record));
+    QJsonArray fields;
+    for (const ListedField& field : listing.fields)
+        fields.append(jsonOf(field, withValues));
+    return { { QStringLiteral("file"), listing.file },
+        { QStringLiteral("kind"), QStringLiteral("cspro") },
+        { QStringLiteral("name"), listing.name }, { QStringLiteral("label"), listing.label },
+        { QStringLiteral("version"), listing.version },
+        { QStringLiteral("recordTypeStart"), listing.recordTypeStart },
+        { QStringLiteral("recordTypeLength"), listing.recordTypeLength },
+        { QStringLiteral("records"), records }, { QStringLiteral("fields"), fields } };
+}
+
+QByteArray asJson(const QVector<Listing>& listings, const ListingFormat& format)
+{
+    QJsonArray files;
+    for (const Listing& listing : listings)
+        files.append(jsonOf(listing, format.withValues));
+    return QJsonDocument(QJsonObject { { QStringLiteral("tesselFields"), JsonVersion },
+                             { QStringLiteral("files"), files } })
+        .toJson();
+}
+
+} // namespace
+
+QByteArray writeListings(const QVector<Listing>& listings, const ListingFormat& format)
+{
+    switch (format.kind) {
+    case ListingFormat::Kind::Csv:
+        return asCsv(listings, format);
+    case ListingFormat::Kind::Json:
+        return asJson(listings, format);
+    case ListingFormat::Kind::Table:
+        break;
+    }
+    return asTables(listings, format);
+}

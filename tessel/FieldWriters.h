@@ -1,0 +1,16 @@
+#pragma once
+
+#include "FieldListing.h"
+
+#include <QByteArray>
+#include <QVector>
+
+/*! How a listing is written; UTF-8 all. */
+struct ListingFormat {
+    enum class Kind { Table, Csv, Json };
+    Kind kind = Kind::Table;
+    bool withValues = false; /*!< the value labels too */
+    int width = 80; /*!< columns of a table */
+};
+
+QByteArray writeListings(const QVector<Listing>& listings, const ListingFormat& format);

@@ -1,0 +1,181 @@
+#include "FieldsCommand.h"
+
+#include "Console.h"
+#include "DictionaryFile.h"
+#include "FieldListing.h"
+#include "FieldWriters.h"
+#include "Output.h"
+
+#include <model_Tessel/CSProDataImport.h>
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QTextCodec>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+struct FieldsOptions {
+    QStringList files;
+    ListingFormat format;
+    DictionaryOptions dictionary;
+    QString output;
+};
+
+const QCommandLineOption& formatOption()
+{
+    static const QCommandLineOption option({ QStringLiteral("f"), QStringLiteral("format") },
+        QStringLiteral("How to list: table (for people), csv or json."), QStringLiteral("format"),
+        QStringLiteral("table"));
+    return option;
+}
+
+const QCommandLineOption& valuesOption()
+{
+    static const QCommandLineOption option(
+        QStringLiteral("values"), QStringLiteral("List the value labels too."));
+    return option;
+}
+
+const QCommandLineOption& outputOption()
+{
+    static const QCommandLineOption option({ QStringLiteral("o"), QStringLiteral("output") },
+        QStringLiteral("Write to a file, whole or not at all."), QStringLiteral("file"));
+    return option;
+}
+
+const QCommandLineOption& decimalsOption()
+{
+    static const QCommandLineOption option(QStringLiteral("decimals"),
+        QStringLiteral("Value sets with decimal codes: drop them (no), keep them with 0 in place "
+                       "of such codes (yes), or ask. On a terminal ask is the default, elsewhere "
+                       "no."),
+        QStringLiteral("yes|no|ask"));
+    return option;
+}
+
+const QCommandLineOption& encodingOption()
+{
+    static const QCommandLineOption option(QStringLiteral("encoding"),
+        QStringLiteral("Encoding of dictionaries without a byte-order mark, for example "
+                       "windows-1252; UTF-8 when not given."),
+        QStringLiteral("name"));
+    return option;
+}
+
+void describe(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(
+        QStringLiteral("Lists the fields of CSPro dictionaries.\n\n"
+                       "The listing goes to standard output. What was not read as written is\n"
+                       "told on standard error, by file and line.\n"
+                       "Exit status: 0 all was read, 1 an input failed, 2 wrong usage."));
+    parser.addOption(Console::helpOption());
+    parser.addOptions(
+        { formatOption(), valuesOption(), outputOption(), decimalsOption(), encodingOption() });
+    parser.addPositionalArgument(QStringLiteral("dictionary"),
+        QStringLiteral("CSPro dictionary file (.dcf)."), QStringLiteral("DICTIONARY..."));
+}
+
+bool readFormat(const QString& text, ListingFormat::Kind& kind)
+{
+    if (text == QLatin1String("table"))
+        kind = ListingFormat::Kind::Table;
+    else if (text == QLatin1String("csv"))
+        kind = ListingFormat::Kind::Csv;
+    else if (text == QLatin1String("json"))
+        kind = ListingFormat::Kind::Json;
+    else
+        return false;
+    return true;
+}
+
+bool readDecimals(const QString& text, DictionaryOptions::Decimals& decimals)
+{
+    using Decimals = DictionaryOptions::Decimals;
+    if (text.isNull())
+        decimals = Console::canAsk() ? Decimals::Ask : Decimals::No;
+    else if (text == QLatin1String("yes"))
+        decimals = Decimals::Yes;
+    else if (text == QLatin1String("no"))
+        decimals = Decimals::No;
+    else if (text == QLatin1String("ask"))
+        decimals = Decimals::Ask;
+    else
+        return false;
+    return true;
+}
+
+bool isSameFile(const QString& first, const QString& second)
+{
+    const QString path = QFileInfo(first).canonicalFilePath();
+    return !path.isEmpty() && path == QFileInfo(second).canonicalFilePath();
+}
+
+// Null when the options make sense, else what is wrong with them.
+QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
+{
+    options.files = parser.positionalArguments();
+    if (options.files.isEmpty())
+        return QStringLiteral("no dictionary given");
+    const QString format = parser.value(formatOption());
+    if (!readFormat(format, options.format.kind))
+        return QStringLiteral("unknown format '%1'; give table, csv or json").arg(format);
+    const QString decimals =
+        parser.isSet(decimalsOption()) ? parser.value(decimalsOption()) : QString();
+    if (!readDecimals(decimals, options.dictionary.decimals))
+        return QStringLiteral("--decimals takes yes, no or ask, not '%1'").arg(decimals);
+    options.dictionary.encoding = parser.value(encodingOption()).toLatin1();
+    if (parser.isSet(encodingOption()) && !QTextCodec::codecForName(options.dictionary.encoding)) {
+        return QStringLiteral("unknown encoding '%1'; names are for example UTF-8, windows-1252, "
+                              "ISO-8859-1 and UTF-16")
+            .arg(parser.value(encodingOption()));
+    }
+    options.output = parser.value(outputOption());
+    if (parser.isSet(outputOption()) && options.output.isEmpty())
+        return QStringLiteral("--output needs the name of a file");
+    for (const QString& file : qAsConst(options.files)) {
+        if (isSameFile(options.output, file))
+            return QStringLiteral("--output %1 would replace an input").arg(options.output);
+    }
+    options.format.withValues = parser.isSet(valuesOption());
+    options.format.width = Console::tableWidth();
+    return QString();
+}
+
+int listFiles(const FieldsOptions& options)
+{
+    int status = AllRead;
+    QVector<Listing> listings;
+    for (const QString& file : options.files) {
+        const auto importer = openDictionary(file, options.dictionary);
+        if (importer)
+            listings.append(listFields(file, *importer));
+        else
+            status = InputFailed;
+    }
+    if (listings.isEmpty())
+        return status;
+    if (!Output(options.output).write(writeListings(listings, options.format)))
+        return InputFailed;
+    return status;
+}
+
+} // namespace
+
+int runFields(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    describe(parser);
+    if (!parser.parse(arguments))
+        return Console::wrongUsage(parser.errorText());
+    if (parser.isSet(Console::helpOption())) {
+        std::fputs(qUtf8Printable(parser.helpText()), stdout);
+        return AllRead;
+    }
+    FieldsOptions options;
+    const QString mistake = readOptions(parser, options);
+    return mistake.isNull() ? listFiles(options) : Console::wrongUsage(mistake);
+}

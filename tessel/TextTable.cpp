@@ -1,0 +1,177 @@
+#include "TextTable.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace {
+
+constexpr int Gap = 1;
+constexpr int NarrowestLast = 16; // below that the last column goes under the row
+constexpr int Indent = 4;
+
+using Range = std::pair<uint, uint>;
+
+// East Asian wide and fullwidth characters, in blocks.
+constexpr Range wideRanges[] = { { 0x1100, 0x115F }, { 0x2E80, 0x303E }, { 0x3041, 0xA4CF },
+    { 0xAC00, 0xD7A3 }, { 0xF900, 0xFAFF }, { 0xFE30, 0xFE6F }, { 0xFF00, 0xFF60 },
+    { 0xFFE0, 0xFFE6 }, { 0x1F300, 0x1FAFF }, { 0x20000, 0x3FFFD } };
+
+int characterWidth(uint code)
+{
+    switch (QChar::category(code)) {
+    case QChar::Mark_NonSpacing:
+    case QChar::Mark_Enclosing:
+    case QChar::Other_Format:
+        return 0;
+    default:
+        break;
+    }
+    const bool isWide = std::any_of(std::begin(wideRanges), std::end(wideRanges),
+        [code](const Range& range) { return code >= range.first && code <= range.second; });
+    return isWide ? 2 : 1;
+}
+
+QString padding(int width)
+{
+    return QString(std::max(width, 0), QLatin1Char(' '));
+}
+
+QString aligned(const QString& text, int width, TextTable::Align align)
+{
+    const QString blanks = padding(width - displayWidth(text));
+    return align == TextTable::Align::Right ? blanks + text : text + blanks;
+}
+
+QString withoutTrailingBlanks(QString text)
+{
+    while (text.endsWith(QLatin1Char(' ')))
+        text.chop(1);
+    return text;
+}
+
+} // namespace
+
+int displayWidth(const QString& text)
+{
+    int width = 0;
+    for (const uint code : text.toUcs4())
+        width += characterWidth(code);
+    return width;
+}
+
+QStringList wrapped(const QString& text, int width)
+{
+    QStringList lines;
+    int start = 0; // of the line
+    int blank = -1; // last place to break it
+    int used = 0;
+    for (int i = 0; i < text.size();) {
+        const bool isPair = text.at(i).isHighSurrogate() && i + 1 < text.size();
+        const uint code =
+            isPair ? QChar::surrogateToUcs4(text.at(i), text.at(i + 1)) : text.at(i).unicode();
+        used += characterWidth(code);
+        if (text.at(i).isSpace())
+            blank = i;
+        if (used > width && i > start) {
+            const int end = blank > start ? blank : i;
+            lines.append(text.mid(start, end - start));
+            start = blank > start ? blank + 1 : i;
+            blank = -1;
+            used = displayWidth(text.mid(start, i - start)) + characterWidth(code);
+            if (start > i)
+                used = 0;
+        }
+        i += isPair ? 2 : 1;
+    }
+    if (start < text.size() || lines.isEmpty())
+        lines.append(text.mid(start));
+    return lines;
+}
+
+TextTable::TextTable(const QVector<Column>& columns)
+    : m_columns(columns)
+{
+}
+
+void TextTable::beginGroup(const QString& title)
+{
+    m_groups.append({ title, {} });
+}
+
+void TextTable::addRow(const QStringList& cells)
+{
+    m_groups.last().rows.append({ cells, {} });
+}
+
+void TextTable::addDetail(const QString& text)
+{
+    m_groups.last().rows.last().details.append(text);
+}
+
+// Of all columns but the last; 0 for one that no row fills.
+QVector<int> TextTable::columnWidths() const
+{
+    QVector<int> widths(m_columns.size() - 1, 0);
+    for (const Group& group : m_groups) {
+        for (const Row& row : group.rows) {
+            for (int i = 0; i < widths.size(); ++i)
+                widths[i] = std::max(widths[i], displayWidth(row.cells.at(i)));
+        }
+    }
+    for (int i = 0; i < widths.size(); ++i) {
+        if (widths[i] > 0)
+            widths[i] = std::max(widths[i], displayWidth(m_columns.at(i).heading));
+    }
+    return widths;
+}
+
+QString TextTable::line(const QStringList& cells, const QVector<int>& widths, int lastWidth) const
+{
+    QString text;
+    for (int i = 0; i < widths.size(); ++i) {
+        if (widths.at(i) > 0)
+            text += aligned(cells.at(i), widths.at(i), m_columns.at(i).align) + padding(Gap);
+    }
+    QString result;
+    int margin = displayWidth(text);
+    if (lastWidth < NarrowestLast) {
+        result = withoutTrailingBlanks(text) + QLatin1Char('\n');
+        if (cells.constLast().isEmpty())
+            return result;
+        lastWidth = std::max(lastWidth + margin - Indent, NarrowestLast);
+        margin = Indent;
+        text = padding(margin);
+    }
+    const QStringList parts = wrapped(cells.constLast(), lastWidth);
+    for (const QString& part : parts) {
+        result += withoutTrailingBlanks(text + part) + QLatin1Char('\n');
+        text = padding(margin);
+    }
+    return result;
+}
+
+QString TextTable::toText(int width) const
+{
+    const QVector<int> widths = columnWidths();
+    int lastWidth = width;
+    for (const int columnWidth : widths)
+        lastWidth -= columnWidth > 0 ? columnWidth + Gap : 0;
+    QStringList headings;
+    for (const Column& column : m_columns)
+        headings.append(column.heading);
+
+    QString text;
+    for (const Group& group : m_groups) {
+        text += QLatin1Char('\n') + group.title + QLatin1Char('\n');
+        text += line(headings, widths, lastWidth);
+        for (const Row& row : group.rows) {
+            text += line(row.cells, widths, lastWidth);
+            for (const QString& detail : row.details) {
+                for (const QString& part : wrapped(detail, width - Indent))
+                    text += padding(Indent) + part + QLatin1Char('\n');
+            }
+        }
+    }
+    return text;
+}

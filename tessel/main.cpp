@@ -1,0 +1,105 @@
+#include "Console.h"
+#include "FieldsCommand.h"
+
+#include <QByteArray>
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QLoggingCategory>
+
+#include <cstdio>
+#include <exception>
+#include <iterator>
+#include <string>
+
+namespace {
+
+struct Command {
+    const char* name;
+    const char* summary;
+    int (*run)(const QStringList& arguments);
+};
+
+constexpr Command commands[] = {
+    { "fields", "list the fields of dictionaries", runFields },
+};
+
+const Command* findCommand(const char* name)
+{
+    for (const Command& command : commands) {
+        if (qstrcmp(command.name, name) == 0)
+            return &command;
+    }
+    return nullptr;
+}
+
+QString commandList()
+{
+    QString text = QStringLiteral("\nCommands:\n");
+    for (const Command& command : commands) {
+        text += QStringLiteral("  %1  %2\n")
+                    .arg(QLatin1String(command.name), -8)
+                    .arg(QLatin1String(command.summary));
+    }
+    return text + QStringLiteral("\n'tessel COMMAND --help' tells more of each.\n");
+}
+
+// The program without a command: help, the version, or a mistake.
+int runProgram(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Reads the dictionaries of census and survey data."));
+    parser.addOption(Console::helpOption());
+    parser.addVersionOption();
+    parser.addPositionalArgument(QStringLiteral("command"),
+        QStringLiteral("What to do; see below."), QStringLiteral("COMMAND [ARGUMENTS]"));
+    const bool isParsed = parser.parse(arguments);
+    const QStringList words = parser.positionalArguments();
+    if (!words.isEmpty() && words.constFirst() != QLatin1String("help"))
+        return Console::wrongUsage(QStringLiteral("unknown command '%1'").arg(words.constFirst()));
+    if (!isParsed)
+        return Console::wrongUsage(parser.errorText());
+    if (parser.isSet(QStringLiteral("version"))) {
+        std::puts("tessel " TESSEL_VERSION);
+        return AllRead;
+    }
+    const QString help = parser.helpText() + commandList();
+    if (words.isEmpty() && !parser.isSet(Console::helpOption())) {
+        Console::print(help);
+        return WrongUsage;
+    }
+    std::fputs(qUtf8Printable(help), stdout);
+    return AllRead;
+}
+
+int run(int argc, char** argv, const Command* command)
+{
+    // "tessel fields" is the name that usage lines and messages show.
+    std::string name = "tessel";
+    if (command) {
+        name += std::string(" ") + command->name;
+        std::copy(argv + 2, argv + argc, argv + 1);
+        --argc;
+        argv[argc] = nullptr;
+    }
+    argv[0] = name.data();
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(TESSEL_VERSION));
+    // The library's tracing is for its developers; standard error is for what a user must know.
+    if (!qEnvironmentVariableIsSet("TESSEL_TRACE"))
+        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    const QStringList arguments = QCoreApplication::arguments();
+    return command ? command->run(arguments) : runProgram(arguments);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return run(argc, argv, argc > 1 ? findCommand(argv[1]) : nullptr);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tessel: stopped: %s\n", error.what());
+        return InputFailed;
+    }
+}
