@@ -83,6 +83,15 @@ const CSProKeyFinder& itemKeys()
     return keys;
 }
 
+// An item that reached nobody goes with its list; others leave theirs to the hosts.
+struct DropItem {
+    void operator()(TCSProItem* item) const
+    {
+        delete item->valueSets;
+        delete item;
+    }
+};
+
 bool isWord(const QString& text, const QString& word)
 {
     return text.toUpper() == word;
@@ -169,10 +178,8 @@ TCSPro::~TCSPro()
 void TCSPro::loadFromFile(const QString& path)
 {
     QTextCodec* codec = m_codec.isEmpty() ? nullptr : QTextCodec::codecForName(m_codec);
-    // Text mode drops carriage returns byte by byte, which would tear wide encodings apart.
-    const QIODevice::OpenMode textMode = codec ? QIODevice::NotOpen : QIODevice::Text;
     QFile file(path);
-    if (file.open(QIODevice::ReadOnly | textMode))
+    if (file.open(QIODevice::ReadOnly))
         parse(TextLines(file, codec ? codec : QTextCodec::codecForLocale()).lines());
 }
 
@@ -374,7 +381,7 @@ void TCSPro::readItem(const Section& section, int headerLine)
     using Kind = CSProProblem::Kind;
     const CSProKeyFinder::Lines line = itemKeys().find(section);
 
-    auto item = std::make_unique<TCSProItem>();
+    std::unique_ptr<TCSProItem, DropItem> item(new TCSProItem);
     item->sourceLine = headerLine;
     item->label = csproValue(line[ItemLabel]);
     item->name = csproValue(line[ItemName]);

@@ -9,7 +9,6 @@
 #include <QStringBuilder>
 
 #include <algorithm>
-#include <string>
 
 namespace {
 
@@ -337,8 +336,7 @@ QString TCSProVariable::getGroup()
 
 void TCSProVariable::setAsString(const QString& value)
 {
-    const std::wstring wide = value.toStdWString();
-    copyText(wide.data(), wide.size());
+    copyText(value.toStdWString().c_str());
     try {
         assignNumber(value, !item || !item->hasDecimalChar);
         return;

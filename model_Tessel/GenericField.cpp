@@ -50,29 +50,27 @@ QString TGenericField::getAsString()
 
 void TGenericField::setAsString(const QString& value)
 {
-    const std::wstring wide = value.toStdWString();
-    copyText(wide.data(), wide.size());
+    copyText(value.toStdWString().c_str());
     convert(value);
 }
 
 void TGenericField::setAsStringChar(const wchar_t* value)
 {
-    const std::size_t size = value ? std::wcslen(value) : 0;
-    copyText(value, size);
-    convert(QString::fromWCharArray(value, static_cast<int>(size)).trimmed());
+    copyText(value ? value : L"");
+    convert(value ? QString::fromWCharArray(value).trimmed() : QString());
 }
 
 double TGenericField::getAsFloat()
 {
     if (isMissing())
-        return missingValue.toDouble();
+        return realOrZero(missingValue);
     switch (fieldType) {
     case RealType:
         return realValue;
     case IntegerType:
         return integerValue;
     case StringType:
-        return currentText().trimmed().toDouble();
+        return realOrZero(currentText().trimmed());
     default:
         return 0;
     }
@@ -122,16 +120,13 @@ QString TGenericField::getValueLabel(const QString& code)
     return QString(valueLabels).remove(1, space).trimmed();
 }
 
-void TGenericField::copyText(const wchar_t* value, std::size_t size)
+void TGenericField::copyText(const wchar_t* value)
 {
     if (length > TextCapacity) {
         qFatal("Field %s: a length of %d is above the limit of %d characters", qUtf8Printable(name),
             length, TextCapacity);
     }
-    const auto limit = static_cast<std::size_t>(std::max(length, 0));
-    const std::size_t copied = std::min(size, limit);
-    std::copy_n(value, copied, text);
-    std::fill(text + copied, text + limit, L'\0');
+    std::wcsncpy(text, value, static_cast<std::size_t>(std::max(length, 0)));
 }
 
 QString TGenericField::currentText() const
@@ -146,13 +141,13 @@ void TGenericField::assignNumber(const QString& value, bool scaled)
         return;
     switch (fieldType) {
     case RealType:
-        realValue = value.toDouble();
+        realValue = realOrZero(value);
         if (scaled)
-            realValue /= std::pow(10.0, decimals.toDouble());
+            realValue /= std::pow(10.0, realOrZero(decimals));
         break;
     case IntegerType:
         // Kept: an integer overwrites the real value as well.
-        realValue = value.toDouble();
+        realValue = realOrZero(value);
         integerValue = realValue;
         break;
     case StringType:

@@ -4,8 +4,6 @@
 
 #include <QString>
 
-#include <cstddef>
-
 class TDataImport;
 
 /*!
@@ -97,8 +95,8 @@ public:
     TDataImport* owner = nullptr; /*!< importer that owns the field; not owned */
 
 protected:
-    /*! Copies at most \c length characters into \c text; see there. */
-    void copyText(const wchar_t* value, std::size_t size);
+    /*! Copies at most \c length characters of a null-terminated text into \c text. */
+    void copyText(const wchar_t* value);
     /*! \c text up to its first null or its end. */
     QString currentText() const;
     /*!

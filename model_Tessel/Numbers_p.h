@@ -41,3 +41,11 @@ inline int integerOf(const QString& text, bool* isInteger)
     *isInteger = true;
     return number;
 }
+
+// text as a real number; 0 where it is none, one too large for a double included.
+inline double realOrZero(const QString& text)
+{
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    return isNumber ? number : 0;
+}

@@ -15,7 +15,10 @@ constexpr int ChunkSize = 64 * 1024;
 TextLines::TextLines(QIODevice& device, QTextCodec* codec)
 {
     const bool hadBytes = decode(device, codec);
-    split();
+    if (!split()) {
+        m_text.remove(QLatin1Char('\r'));
+        split();
+    }
     if (hadBytes && m_lines.empty())
         m_lines.emplace_back(m_text);
 }
@@ -38,18 +41,22 @@ bool TextLines::decode(QIODevice& device, QTextCodec* codec)
     return hadBytes;
 }
 
-void TextLines::split()
+// False when carriage returns stand elsewhere than before a line end; they belong to no line.
+bool TextLines::split()
 {
     const QStringView text(m_text);
+    m_lines.clear();
     m_lines.reserve(static_cast<std::size_t>(text.size() / 32));
     for (qsizetype start = 0; start < text.size();) {
-        auto end = text.indexOf(QLatin1Char('\n'), start);
-        const qsizetype next = end < 0 ? text.size() : end + 1;
-        if (end < 0)
-            end = text.size();
-        else if (end > start && text[end - 1] == QLatin1Char('\r'))
-            --end;
-        m_lines.push_back(text.mid(start, end - start));
-        start = next;
+        const auto lineEnd = text.indexOf(QLatin1Char('\n'), start);
+        const qsizetype end = lineEnd < 0 ? text.size() : lineEnd;
+        QStringView line = text.mid(start, end - start);
+        if (line.endsWith(QLatin1Char('\r')))
+            line.chop(1);
+        if (line.contains(QLatin1Char('\r')))
+            return false;
+        m_lines.push_back(line);
+        start = end + 1;
     }
+    return true;
 }

@@ -10,7 +10,7 @@ class QTextCodec;
 
 /*
  * The text of a device and views of its lines, the same that QTextStream::readLine() reads one by
- * one until the stream is at its end. A byte-order mark wins over the codec.
+ * one, in text mode, until the stream is at its end. A byte-order mark wins over the codec.
  */
 class TextLines {
 public:
@@ -25,7 +25,7 @@ private:
     Q_DISABLE_COPY(TextLines)
 
     bool decode(QIODevice& device, QTextCodec* codec);
-    void split();
+    bool split();
 
     QString m_text;
     std::vector<QStringView> m_lines;

@@ -17,7 +17,8 @@ using Console::Severity;
 namespace {
 
 // The largest real dictionary is half a megabyte; decoded, a file of this size still fits.
-constexpr qint64 LargestFile = 256 * 1024 * 1024;
+constexpr qint64 MebiByte = 1'048'576;
+constexpr qint64 LargestFile = 256 * MebiByte;
 
 constexpr int ShownLines = 3;
 constexpr int ShownColumns = 60;
@@ -40,7 +41,7 @@ bool readBytes(const QString& path, QByteArray& bytes)
     if (info.size() > LargestFile) {
         return failed(path, 0,
             QStringLiteral("is larger than %1 MiB, which no dictionary is")
-                .arg(LargestFile / (1024 * 1024)));
+                .arg(LargestFile / MebiByte));
     }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -225,8 +226,6 @@ void tellProblems(const QString& path, const TCSPro& dictionary)
         Console::tell(
             path, problem.line, isError ? Severity::Error : Severity::Warning, describe(problem));
     }
-    if (dictionary.items->isEmpty())
-        Console::tell(path, 0, Severity::Warning, QStringLiteral("the dictionary has no items"));
 }
 
 } // namespace
@@ -256,5 +255,7 @@ std::unique_ptr<TCSProDataImport> openDictionary(
         failed(path, 0, QStringLiteral("reading stopped; the dictionary is not listed"));
         return nullptr;
     }
+    if (importer->fields->isEmpty())
+        Console::tell(path, 0, Severity::Warning, QStringLiteral("the dictionary has no items"));
     return importer;
 }

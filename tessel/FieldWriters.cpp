@@ -122,12 +122,16 @@ QString tableOf(const Listing& listing, const ListingFormat& format)
 
     QStringList heading { listing.name, listing.version };
     heading.removeAll(QString());
-    QString text =
-        Console::printable(listing.file + QLatin1String(": ") + heading.join(QLatin1String(", ")));
-    text += QLatin1Char('\n');
+    QStringList top { listing.file + QLatin1String(": ") + heading.join(QLatin1String(", ")) };
     if (!listing.label.isEmpty())
-        text += Console::printable(listing.label) + QLatin1Char('\n');
-    return text + summary(listing) + QLatin1Char('\n') + table.toText(format.width);
+        top.append(listing.label);
+    top.append(summary(listing));
+    QString text;
+    for (const QString& line : qAsConst(top)) {
+        const QStringList parts = wrapped(Console::printable(line), format.width);
+        text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
+    }
+    return text + table.toText(format.width);
 }
 
 QByteArray asTables(const QVector<Listing>& listings, const ListingFormat& format)

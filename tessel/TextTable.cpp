@@ -55,7 +55,8 @@ QString withoutTrailingBlanks(QString text)
 int displayWidth(const QString& text)
 {
     int width = 0;
-    for (const uint code : text.toUcs4())
+    const QVector<uint> codes = text.toUcs4();
+    for (const uint code : codes)
         width += characterWidth(code);
     return width;
 }
@@ -168,7 +169,8 @@ QString TextTable::toText(int width) const
         for (const Row& row : group.rows) {
             text += line(row.cells, widths, lastWidth);
             for (const QString& detail : row.details) {
-                for (const QString& part : wrapped(detail, width - Indent))
+                const QStringList parts = wrapped(detail, width - Indent);
+                for (const QString& part : parts)
                     text += padding(Indent) + part + QLatin1Char('\n');
             }
         }

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Installs the library into a folder of its own and builds examples/list_fields against it twice, through
+# find_package and through pkg-config; both programs must list the census.
+# usage: check_package.sh BUILD_DIRECTORY SOURCE_DIRECTORY WORK_DIRECTORY
+set -euo pipefail
+build=$1 source=$2 work=$3
+rm -rf "$work"
+mkdir -p "$work"
+prefix=$work/prefix
+cmake --install "$build" --prefix "$prefix" >"$work/install.log"
+
+cmake -S "$source/examples/list_fields" -B "$work/cmake" -G Ninja \
+    -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure.log"
+cmake --build "$work/cmake" >"$work/build.log"
+
+pkgconfig=$(dirname "$(find "$prefix" -name model_Tessel.pc)")
+libraries=$(dirname "$pkgconfig")
+export PKG_CONFIG_PATH=$pkgconfig
+sed -i "s|^prefix=.*|prefix=$prefix|" "$pkgconfig/model_Tessel.pc"
+# shellcheck disable=SC2046
+c++ -std=c++17 -fPIC "$source/examples/list_fields/main.cpp" -o "$work/pkgconfig_program" \
+    $(pkg-config --cflags --libs model_Tessel)
+
+expected=$(printf '2\tPROVINCE\tProvince')
+for program in "$work/cmake/list_fields" "$work/pkgconfig_program"; do
+    first=$(LD_LIBRARY_PATH=$libraries "$program" "$source/examples/census.dcf" | sed -n 1p)
+    if [ "$first" != "$expected" ]; then
+        echo "$program printed '$first', not '$expected'" >&2
+        exit 1
+    fi
+done
+"$prefix/bin/tessel" fields "$source/examples/census.dcf" >/dev/null 2>"$work/tessel.log"

@@ -1,0 +1,282 @@
+// Runs the program as a user does and compares all that it says with golden files: a folder of
+// tests/golden for each case, with the command, and what standard output, standard error and the
+// exit status are to be. With TESSEL_REFRESH_GOLDEN set the golden files are written anew instead.
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+struct Outcome {
+    int status = -1;
+    QByteArray output;
+    QByteArray errors;
+};
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+Outcome runTessel(const QStringList& arguments, const QByteArray& input = QByteArray(),
+    const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment())
+{
+    QProcess process;
+    process.setWorkingDirectory(QStringLiteral(TESSEL_TEST_DATA));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(TESSEL_PROGRAM), arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
+        return {};
+    return { process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError() };
+}
+
+} // namespace
+
+class tst_Commands : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void golden_data();
+    void golden();
+    void tableFollowsColumns();
+    void needsNoDisplay();
+    void readsAnyLocale();
+    void outputFileIsWholeOrAbsent();
+    void outputNeverReplacesAnInput();
+    void fullDeviceFails();
+    void unreadableFile();
+    void fieldsOfAllEncodingsAgree();
+    void asksOnATerminal();
+    void badEncodingIsWrongUsage();
+    void readmeShowsRealOutput();
+    void readmeShowsTheExampleProgram();
+};
+
+void tst_Commands::initTestCase()
+{
+    qunsetenv("COLUMNS");
+}
+
+void tst_Commands::golden_data()
+{
+    QTest::addColumn<QString>("folder");
+    const QDir golden(QStringLiteral(TESSEL_GOLDEN));
+    for (const QString& name : golden.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
+        QTest::newRow(qPrintable(name)) << golden.filePath(name);
+}
+
+void tst_Commands::golden()
+{
+    QFETCH(QString, folder);
+    const QString command = QString::fromUtf8(readFile(folder + "/command")).trimmed();
+    QVERIFY2(!command.isEmpty(), "the case has no command");
+    const Outcome outcome =
+        runTessel(command.split(QLatin1Char(' '), Qt::SkipEmptyParts), readFile(folder + "/stdin"));
+    const QByteArray status = QByteArray::number(outcome.status) + "\n";
+    if (qEnvironmentVariableIsSet("TESSEL_REFRESH_GOLDEN")) {
+        QVERIFY(writeFile(folder + "/stdout", outcome.output));
+        QVERIFY(writeFile(folder + "/stderr", outcome.errors));
+        QVERIFY(writeFile(folder + "/status", status));
+        QSKIP("golden files written anew");
+    }
+    QCOMPARE(QString::fromUtf8(outcome.errors), QString::fromUtf8(readFile(folder + "/stderr")));
+    QCOMPARE(QString::fromUtf8(outcome.output), QString::fromUtf8(readFile(folder + "/stdout")));
+    QCOMPARE(status, readFile(folder + "/status"));
+}
+
+void tst_Commands::tableFollowsColumns()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    const QStringList arguments { "fields", "basic.dcf" };
+    int previousLines = 0;
+    for (const int width : { 200, 80 }) {
+        environment.insert("COLUMNS", QString::number(width));
+        const QString text = QString::fromUtf8(runTessel(arguments, {}, environment).output);
+        QVERIFY(!text.isEmpty());
+        const QStringList lines = text.split('\n');
+        for (const QString& line : lines)
+            QVERIFY2(line.size() <= width, qPrintable(line));
+        QVERIFY(lines.size() >= previousLines);
+        previousLines = lines.size();
+    }
+}
+
+void tst_Commands::needsNoDisplay()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("QT_QPA_PLATFORM");
+    environment.remove("DISPLAY");
+    environment.remove("WAYLAND_DISPLAY");
+    const Outcome outcome =
+        runTessel({ "fields", "decimals.dcf", "--decimals", "ask" }, "n\nn\n", environment);
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.output.contains("HOURS"));
+}
+
+void tst_Commands::readsAnyLocale()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString& locale : { QStringLiteral("C"), QStringLiteral("C.UTF-8") }) {
+        environment.insert("LC_ALL", locale);
+        const Outcome outcome = runTessel({ "fields", "basic.dcf" }, {}, environment);
+        QCOMPARE(outcome.status, 0);
+        QVERIFY(QString::fromUtf8(outcome.output).contains(QString::fromUtf8("\u00c9t\u00e9")));
+    }
+}
+
+void tst_Commands::outputFileIsWholeOrAbsent()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("fields.csv");
+    const QStringList arguments { "fields", "--format", "csv", "basic.dcf" };
+    const Outcome printed = runTessel(arguments);
+    const Outcome written = runTessel(arguments + QStringList { "--output", path });
+    QCOMPARE(written.status, 0);
+    QVERIFY(written.output.isEmpty());
+    QCOMPARE(readFile(path), printed.output);
+
+    const QString nowhere = folder.filePath("missing/fields.csv");
+    const Outcome failed = runTessel(arguments + QStringList { "--output", nowhere });
+    QCOMPARE(failed.status, 1);
+    QVERIFY(failed.errors.contains("cannot be written"));
+    QVERIFY(!QFile::exists(nowhere));
+
+    QVERIFY(writeFile(path, "earlier"));
+    QCOMPARE(runTessel({ "fields", "empty.dcf", "--output", path }).status, 1);
+    QCOMPARE(readFile(path), QByteArray("earlier"));
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList("fields.csv"));
+}
+
+void tst_Commands::outputNeverReplacesAnInput()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("own.dcf");
+    QVERIFY(QFile::copy(QStringLiteral(TESSEL_TEST_DATA "/basic.dcf"), path));
+    const QByteArray before = readFile(path);
+    QCOMPARE(runTessel({ "fields", path, "-o", path }).status, 2);
+    QCOMPARE(readFile(path), before);
+}
+
+void tst_Commands::fullDeviceFails()
+{
+    if (!QFile::exists("/dev/full"))
+        QSKIP("there is no /dev/full here");
+    QProcess process;
+    process.setWorkingDirectory(QStringLiteral(TESSEL_TEST_DATA));
+    process.setStandardOutputFile("/dev/full");
+    process.start(QStringLiteral(TESSEL_PROGRAM), { "fields", "basic.dcf" });
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 1);
+    QVERIFY(process.readAllStandardError().contains("standard output: error: cannot be written"));
+}
+
+void tst_Commands::unreadableFile()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("secret.dcf");
+    QVERIFY(QFile::copy(QStringLiteral(TESSEL_TEST_DATA "/basic.dcf"), path));
+    QVERIFY(QFile::setPermissions(path, QFileDevice::Permissions()));
+    if (QFile(path).open(QIODevice::ReadOnly))
+        QSKIP("this user reads every file");
+    const Outcome outcome = runTessel({ "fields", path });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY(outcome.errors.contains("cannot be read"));
+}
+
+void tst_Commands::fieldsOfAllEncodingsAgree()
+{
+    const QByteArray expected = runTessel({ "fields", "--format", "json", "basic.dcf" }).output;
+    QVERIFY(!expected.isEmpty());
+    const QList<QStringList> others { { "basic_bom_crlf.dcf" }, { "basic_utf16.dcf" },
+        { "no_final_newline.dcf" }, { "basic_windows1252.dcf", "--encoding", "windows-1252" } };
+    for (const QStringList& other : others) {
+        const Outcome outcome = runTessel(QStringList { "fields", "--format", "json" } + other);
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(
+            QByteArray(outcome.output).replace(other.constFirst().toUtf8(), "basic.dcf"), expected);
+    }
+}
+
+void tst_Commands::asksOnATerminal()
+{
+    // "script" gives the program a terminal of its own.
+    if (QStandardPaths::findExecutable("script").isEmpty())
+        QSKIP("there is no script command here");
+    QProcess process;
+    process.setWorkingDirectory(QStringLiteral(TESSEL_TEST_DATA));
+    process.start("script",
+        { "-qec", QStringLiteral("'%1' fields --values decimals.dcf").arg(TESSEL_PROGRAM),
+            "/dev/null" });
+    QVERIFY(process.waitForStarted());
+    QByteArray shown;
+    const auto waitFor = [&](const QByteArray& text, int count) {
+        return QTest::qWaitFor(
+            [&] {
+                process.waitForReadyRead(50);
+                shown += process.readAll();
+                return shown.count(text) >= count;
+            },
+            20000);
+    };
+    const QByteArray prompt("al[l] (no): ");
+    QVERIFY2(waitFor(prompt, 1), shown.constData());
+    process.write("maybe\n");
+    QVERIFY2(waitFor(prompt, 2), shown.constData());
+    process.write("y\n");
+    QVERIFY2(waitFor(prompt, 3), shown.constData());
+    process.write("n\n");
+    QVERIFY(process.waitForFinished());
+    shown += process.readAll();
+    QCOMPARE(process.exitCode(), 0);
+    QVERIFY(shown.contains("value set HOURS_VS1 of item HOURS was converted"));
+    QVERIFY(shown.contains("value set SHARE_VS1 of item SHARE was dropped"));
+    QVERIFY(shown.contains("Half an hour"));
+    QVERIFY(!shown.contains("A quarter"));
+}
+
+void tst_Commands::badEncodingIsWrongUsage()
+{
+    const Outcome outcome = runTessel({ "fields", "--encoding", "klingon", "basic.dcf" });
+    QCOMPARE(outcome.status, 2);
+    QVERIFY(outcome.errors.contains("unknown encoding 'klingon'"));
+}
+
+void tst_Commands::readmeShowsRealOutput()
+{
+    const QString readme = QString::fromUtf8(readFile(QStringLiteral(TESSEL_SOURCE "/README.md")));
+    const int start = readme.indexOf("examples/census.dcf:");
+    const int end = readme.indexOf("\n...\n```", start);
+    QVERIFY(start > 0 && end > start);
+    QProcess process;
+    process.setWorkingDirectory(QStringLiteral(TESSEL_SOURCE));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("COLUMNS", "100");
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(TESSEL_PROGRAM), { "fields", "examples/census.dcf" });
+    QVERIFY(process.waitForFinished());
+    const QString output = QString::fromUtf8(process.readAllStandardOutput());
+    QCOMPARE(output.left(end - start), readme.mid(start, end - start));
+}
+
+void tst_Commands::readmeShowsTheExampleProgram()
+{
+    const QByteArray program =
+        readFile(QStringLiteral(TESSEL_SOURCE "/examples/list_fields/main.cpp"));
+    QVERIFY(!program.isEmpty());
+    QVERIFY(readFile(QStringLiteral(TESSEL_SOURCE "/README.md")).contains("```cpp\n" + program));
+}
+
+QTEST_GUILESS_MAIN(tst_Commands)
+#include "tst_Commands.moc"
