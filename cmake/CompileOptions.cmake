@@ -8,7 +8,7 @@ target_compile_definitions(tessel_options INTERFACE
     QT_DEPRECATED_WARNINGS)
 target_compile_options(tessel_options INTERFACE
     -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Wold-style-cast -Wcast-align
-    -Woverloaded-virtual -Wnull-dereference -Wformat=2
+    -Woverloaded-virtual -Wformat=2
     $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
     $<$<BOOL:${TESSEL_DEVELOPER}>:-Werror>)
 if(TESSEL_SANITIZERS)

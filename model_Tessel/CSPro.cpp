@@ -1,105 +1,45 @@
 #include <model_Tessel/CSPro.h>
 
-#include <model_Tessel/CSProSection_p.h>
-#include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/CSProJsonReader_p.h>
+#include <model_Tessel/CSProTextReader_p.h>
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/DebugLog_p.h>
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/TextLines_p.h>
 
 #include <QApplication>
+#include <QBuffer>
 #include <QFile>
 #include <QTextCodec>
 
 #include <exception>
-#include <memory>
-#include <stdexcept>
 
 namespace {
 
-// The format ends at 32,000 columns a record, so no dictionary comes near; a larger number of
-// occurrences is a damaged file, which must not fill the memory.
-constexpr int MaxItems = 500'000;
-
 enum SectionKind { OtherSection, DictionarySection, RecordSection, ItemSection, ValueSetSection };
 
-// Keys of each section kind, numbered by the enumeration beside it.
-
-enum DictionaryKey {
-    DictionaryVersion,
-    DictionaryLabel,
-    DictionaryName,
-    DictionaryRecordTypeStart,
-    DictionaryRecordTypeLen,
-    DictionaryPositions,
-    DictionaryZeroFill,
-    DictionaryDecimalChar
-};
-
-const CSProKeyFinder& dictionaryKeys()
+// The word of a section's header: without brackets, in upper case.
+QString headerWord(const QString& header)
 {
-    static const CSProKeyFinder keys { QLatin1String("Version"), QLatin1String("Label"),
-        QLatin1String("Name"), QLatin1String("RecordTypeStart"), QLatin1String("RecordTypeLen"),
-        QLatin1String("Positions"), QLatin1String("ZeroFill"), QLatin1String("DecimalChar") };
-    return keys;
+    QString word = header.mid(1);
+    const int end = word.indexOf(QLatin1Char(']'));
+    if (end >= 0)
+        word.truncate(end);
+    return word.toUpper();
 }
 
-enum RecordKey {
-    RecordLabel,
-    RecordName,
-    RecordTypeValue,
-    RecordRequired,
-    RecordMaxRecords,
-    RecordRecordLen
-};
-
-const CSProKeyFinder& recordKeys()
+bool isValidIn(const QTextCodec& codec, const QByteArray& bytes)
 {
-    static const CSProKeyFinder keys { QLatin1String("Label"), QLatin1String("Name"),
-        QLatin1String("RecordTypeValue"), QLatin1String("Required"), QLatin1String("MaxRecords"),
-        QLatin1String("RecordLen") };
-    return keys;
+    QTextCodec::ConverterState state;
+    codec.toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0 && state.remainingChars == 0;
 }
 
-enum ItemKey {
-    ItemLabel,
-    ItemName,
-    ItemStart,
-    ItemLen,
-    ItemDataType,
-    ItemItemType,
-    ItemOccurrences,
-    ItemDecimal,
-    ItemDecimalChar,
-    ItemZeroFill
-};
-
-const CSProKeyFinder& itemKeys()
+// What a text without a byte-order mark is most likely written in.
+QTextCodec* likelyCodec(const QByteArray& bytes)
 {
-    static const CSProKeyFinder keys { QLatin1String("Label"), QLatin1String("Name"),
-        QLatin1String("Start"), QLatin1String("Len"), QLatin1String("DataType"),
-        QLatin1String("ItemType"), QLatin1String("Occurrences"), QLatin1String("Decimal"),
-        QLatin1String("DecimalChar"), QLatin1String("ZeroFill") };
-    return keys;
-}
-
-// An item that reached nobody goes with its list; others leave theirs to the hosts.
-struct DropItem {
-    void operator()(TCSProItem* item) const
-    {
-        delete item->valueSets;
-        delete item;
-    }
-};
-
-bool isWord(const QString& text, const QString& word)
-{
-    return text.toUpper() == word;
-}
-
-QString withoutEnds(const QString& text)
-{
-    return text.mid(1, qMax(text.size() - 2, 0));
+    QTextCodec* const utf8 = QTextCodec::codecForName("UTF-8");
+    return isValidIn(*utf8, bytes) ? utf8 : QTextCodec::codecForName("windows-1252");
 }
 
 } // namespace
@@ -135,11 +75,6 @@ void TCSProItem::addValueSet(TCSProValueSet* valueSet)
         valueSets->append(valueSet);
 }
 
-QString TCSProItem::dictionaryName() const
-{
-    return occurrence > 0 ? name.chopped(2) : name;
-}
-
 // Kept: a record does not hold its items, they link to it.
 
 void TCSProRecord::addItem(TCSProItem* item)
@@ -163,6 +98,7 @@ TCSPro::TCSPro()
     , records(new QList<TCSProRecord*>)
     , items(new QList<TCSProItem*>)
     , currentRecord(commonRecord)
+    , m_builder(std::make_unique<CSProBuilder>(*this))
 {
     commonRecord->name = QStringLiteral("Common");
     commonRecord->recordTypeValue = QStringLiteral("_COMMON_");
@@ -177,10 +113,22 @@ TCSPro::~TCSPro()
 
 void TCSPro::loadFromFile(const QString& path)
 {
-    QTextCodec* codec = m_codec.isEmpty() ? nullptr : QTextCodec::codecForName(m_codec);
     QFile file(path);
-    if (file.open(QIODevice::ReadOnly))
-        parse(TextLines(file, codec ? codec : QTextCodec::codecForLocale()).lines());
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+    QByteArray bytes = file.readAll();
+    QTextCodec* codec = m_codec.isEmpty() ? nullptr : QTextCodec::codecForName(m_codec);
+    if (!codec)
+        codec = m_rules.foundEncoding ? likelyCodec(bytes) : QTextCodec::codecForLocale();
+    codec = QTextCodec::codecForUtfText(bytes, codec);
+    m_encoding = codec->name();
+    if (m_rules.json && isJson(bytes)) {
+        guarded([&](int& line) { CSProJsonReader(*this, *m_builder).read(bytes, line); });
+        return;
+    }
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    parse(TextLines(buffer, codec).lines());
 }
 
 void TCSPro::loadFromStr(QStringList* lines)
@@ -190,11 +138,19 @@ void TCSPro::loadFromStr(QStringList* lines)
 
 template <typename Lines> void TCSPro::parse(const Lines& lines)
 {
-    int index = 0;
-    try {
+    guarded([&](int& index) {
         const int count = static_cast<int>(lines.size());
         for (; index < count; ++index)
             parseSection(lines, index);
+    });
+}
+
+// Runs a load, which keeps the index of the line it is at; whatever ends it becomes error 242.
+template <typename Load> void TCSPro::guarded(Load load)
+{
+    int index = 0;
+    try {
+        load(index);
         return;
     } catch (OxErrorManager* error) {
         delete error;
@@ -228,6 +184,61 @@ void TCSPro::setDecimalQuestion(CSProDecimalQuestion question)
     m_decimalQuestion = std::move(question);
 }
 
+void TCSPro::setReadingRules(const CSProReadingRules& rules)
+{
+    m_rules = rules;
+}
+
+const CSProReadingRules& TCSPro::readingRules() const
+{
+    return m_rules;
+}
+
+QByteArray TCSPro::textEncoding() const
+{
+    return m_encoding;
+}
+
+const QVector<CSProLanguage>& TCSPro::languages() const
+{
+    return m_languages;
+}
+
+bool TCSPro::setLanguage(const QString& name)
+{
+    for (int i = 0; i < m_languages.size(); ++i) {
+        if (m_languages.at(i).name.compare(name, Qt::CaseInsensitive) == 0) {
+            m_language = i;
+            return true;
+        }
+    }
+    return false;
+}
+
+QString TCSPro::labelText(const QString& label) const
+{
+    if (m_languages.isEmpty())
+        return label;
+    const QChar separator = QLatin1Char('|');
+    const QString wanted = label.section(separator, m_language, m_language);
+    return wanted.isEmpty() ? label.section(separator, 0, 0) : wanted;
+}
+
+const QVector<CSProLevel>& TCSPro::levels() const
+{
+    return m_levels;
+}
+
+const QVector<CSProRelation>& TCSPro::relations() const
+{
+    return m_relations;
+}
+
+QString TCSPro::note() const
+{
+    return m_note;
+}
+
 const QVector<CSProProblem>& TCSPro::problems() const
 {
     return m_problems;
@@ -239,37 +250,36 @@ template <typename Lines> void TCSPro::parseSection(const Lines& lines, int& ind
     const QStringView header = QStringView(lines.at(index)).trimmed();
     if (header.size() < 2 || header.front() != QLatin1Char('['))
         return;
-    const int line = index + 1;
-    switch (getItemType(header.toString())) {
+    const QString text = header.toString();
+    CSProTextReader reader(*this, *m_builder);
+    switch (getItemType(text)) {
     case DictionarySection:
-        readDictionary(gatherSection(lines, index));
+        reader.readDictionary(gatherSection(lines, index));
         break;
     case RecordSection:
-        readRecord(gatherSection(lines, index), line);
+        reader.readRecord(gatherSection(lines, index));
         break;
     case ItemSection:
-        readItem(gatherSection(lines, index), line);
+        reader.readItem(gatherSection(lines, index));
         break;
     case ValueSetSection:
-        if (ignoresValueSets()) {
+        if (m_builder->ignoresValueSets()) {
             int end = index; // kept: an ignored set's lines are left to the loop over all lines
-            ignoreValueSet(gatherSection(lines, end), line);
+            reader.ignoreValueSet(gatherSection(lines, end));
         } else {
-            readValueSet(gatherSection(lines, index), line);
+            reader.readValueSet(gatherSection(lines, index));
         }
         break;
     default:
+        if (m_rules.wholeKeys || m_rules.structure || m_rules.languages)
+            reader.readOther(headerWord(text), text, gatherSection(lines, index));
         break;
     }
 }
 
 int TCSPro::getItemType(const QString& header)
 {
-    QString word = header.mid(1);
-    const int end = word.indexOf(QLatin1Char(']'));
-    if (end >= 0)
-        word.truncate(end);
-    word = word.toUpper();
+    const QString word = headerWord(header);
     if (word == CSProTypeDictionary)
         return DictionarySection;
     if (word == CSProTypeRecord)
@@ -278,15 +288,15 @@ int TCSPro::getItemType(const QString& header)
         return ItemSection;
     if (word == CSProTypeValueSet)
         return ValueSetSection;
-    // This is what makes the items after "[IdItems]" common ones.
-    currentRecord = commonRecord;
+    m_builder->useCommonRecord(); // what makes the items after "[IdItems]" common ones
     return OtherSection;
 }
 
 QStringList* TCSPro::getSection(QStringList* lines, int& index)
 {
     auto section = std::make_unique<QStringList>();
-    for (const QStringView line : gatherSection(*lines, index))
+    const CSProSection gathered = gatherSection(*lines, index);
+    for (const QStringView line : gathered.lines)
         section->append(line.toString());
     return section.release();
 }
@@ -297,7 +307,7 @@ QString TCSPro::processLine(const QStringList& section, const QString& key, cons
     try {
         for (const QString& line : section) {
             if (line.contains(key))
-                return csproValue(line);
+                return csproValue(line).toString();
         }
     } catch (const std::exception& error) {
         TESSEL_DEBUG << error.what();
@@ -309,148 +319,30 @@ int TCSPro::processLineToInt(const QStringList& section, const QString& key, int
 {
     for (const QString& line : section) {
         if (line.contains(key))
-            return csproNumber(line, defaultValue);
+            return csproNumber(csproValue(line), defaultValue);
     }
     return defaultValue;
 }
 
 void TCSPro::processDictionary(QStringList* lines, int& index)
 {
-    readDictionary(gatherSection(*lines, index));
+    CSProTextReader(*this, *m_builder).readDictionary(gatherSection(*lines, index));
 }
 
 void TCSPro::processRecord(QStringList* lines, int& index)
 {
-    const int line = index + 1;
-    readRecord(gatherSection(*lines, index), line);
+    CSProTextReader(*this, *m_builder).readRecord(gatherSection(*lines, index));
 }
 
 void TCSPro::processItem(QStringList* lines, int& index)
 {
-    const int line = index + 1;
-    readItem(gatherSection(*lines, index), line);
+    CSProTextReader(*this, *m_builder).readItem(gatherSection(*lines, index));
 }
 
 void TCSPro::processValueSet(QStringList* lines, int& index)
 {
-    if (ignoresValueSets())
-        return;
-    const int line = index + 1;
-    readValueSet(gatherSection(*lines, index), line);
-}
-
-void TCSPro::readDictionary(const Section& section)
-{
-    const CSProKeyFinder::Lines line = dictionaryKeys().find(section);
-    version = csproValue(line[DictionaryVersion]);
-    label = csproValue(line[DictionaryLabel]);
-    name = csproValue(line[DictionaryName]);
-    recordTypeStart = csproNumber(line[DictionaryRecordTypeStart], 1);
-    recordTypeLen = csproNumber(line[DictionaryRecordTypeLen], 1);
-    positions = csproValue(line[DictionaryPositions]);
-    zeroFill = csproValue(line[DictionaryZeroFill]);
-    decimalChar = csproValue(line[DictionaryDecimalChar]);
-}
-
-void TCSPro::readRecord(const Section& section, int headerLine)
-{
-    const CSProKeyFinder::Lines line = recordKeys().find(section);
-
-    auto record = std::make_unique<TCSProRecord>();
-    record->sourceLine = headerLine;
-    record->label = csproValue(line[RecordLabel]);
-    record->name = csproValue(line[RecordName]);
-    // Kept: the first and the last character go, whether they are quotes or not.
-    record->recordTypeValue = withoutEnds(csproValue(line[RecordTypeValue]));
-    record->required = csproValue(line[RecordRequired]);
-    record->maxRecords = csproNumber(line[RecordMaxRecords], record->maxRecords);
-    record->recordLen = csproNumber(line[RecordRecordLen], record->recordLen);
-
-    currentRecord = record.release();
-    records->append(currentRecord);
-    TCSProRecord*& ofValue = recordsByValue[currentRecord->recordTypeValue];
-    if (ofValue) {
-        noteProblem(CSProProblem::Kind::RecordTypeRepeated, headerLine, currentRecord->name,
-            currentRecord->recordTypeValue);
-    }
-    ofValue = currentRecord;
-}
-
-void TCSPro::readItem(const Section& section, int headerLine)
-{
-    using Kind = CSProProblem::Kind;
-    const CSProKeyFinder::Lines line = itemKeys().find(section);
-
-    std::unique_ptr<TCSProItem, DropItem> item(new TCSProItem);
-    item->sourceLine = headerLine;
-    item->label = csproValue(line[ItemLabel]);
-    item->name = csproValue(line[ItemName]);
-    item->start = csproNumber(line[ItemStart], item->start);
-    item->len = csproNumber(line[ItemLen], item->len);
-    lastItemNumeric = true;
-    if (isWord(csproValue(line[ItemDataType]), CSProWordAlpha)) {
-        item->isAlpha = 1;
-        lastItemNumeric = false;
-    }
-    if (isWord(csproValue(line[ItemItemType]), CSProWordSubItem))
-        item->isSubItem = 1;
-    item->occurrences = csproNumber(line[ItemOccurrences], item->occurrences);
-    item->decimal = csproNumber(line[ItemDecimal], item->decimal);
-    item->hasDecimalChar = isWord(csproValue(line[ItemDecimalChar]), TokenYes);
-    item->isZeroFill = isWord(csproValue(line[ItemZeroFill]), TokenYes);
-
-    if (item->len <= 0)
-        noteProblem(Kind::ItemWithoutLength, headerLine, item->name, QString::number(item->len));
-    if (item->occurrences < 1) {
-        noteProblem(Kind::ItemDropped, headerLine, item->name, QString::number(item->occurrences));
-        return;
-    }
-    checkItemLimit(*item, item->occurrences);
-    if (item->occurrences == 1)
-        appendItem(item.release());
-    else
-        appendOccurrences(*item);
-}
-
-void TCSPro::appendItem(TCSProItem* item)
-{
-    item->record = currentRecord;
-    currentRecord->addItem(item);
-    lastItem = item;
-    items->append(item);
-}
-
-void TCSPro::appendOccurrences(const TCSProItem& item)
-{
-    const int firstIndex = items->size();
-    qint64 start = item.start;
-    for (int number = 1; number <= item.occurrences; ++number) {
-        // Kept: zero fill and special codes stay behind, and the suffix is the character whose code
-        // is the number.
-        auto* copy = new TCSProItem;
-        copy->label = item.label;
-        copy->name = item.name + QLatin1Char('_') + QChar(static_cast<ushort>(number));
-        copy->len = item.len;
-        copy->isAlpha = item.isAlpha;
-        copy->isSubItem = item.isSubItem;
-        copy->decimal = item.decimal;
-        copy->hasDecimalChar = item.hasDecimalChar;
-        copy->firstOccurrenceIndex = firstIndex;
-        copy->start = static_cast<int>(start);
-        copy->occurrence = number;
-        copy->sourceLine = item.sourceLine;
-        appendItem(copy);
-        start += item.len;
-    }
-}
-
-void TCSPro::checkItemLimit(const TCSProItem& item, int more)
-{
-    if (more <= MaxItems - items->size())
-        return;
-    noteProblem(
-        CSProProblem::Kind::TooManyItems, item.sourceLine, item.name, QString::number(MaxItems));
-    throw std::length_error("too many items in a dictionary");
+    if (!m_builder->ignoresValueSets())
+        CSProTextReader(*this, *m_builder).readValueSet(gatherSection(*lines, index));
 }
 
 int TCSPro::getRecordsCount()
@@ -509,15 +401,19 @@ int TCSPro::showMessageBox(const QString& text, const QString& informativeText,
     return msgBox->exec();
 }
 
-void TCSPro::noteProblem(
-    CSProProblem::Kind kind, int line, const QString& name, const QString& text)
+void TCSPro::showMessageBoxDecimal(const QString& text, const QString& informativeText,
+    const QString& title, QMessageBox::Icon icon)
 {
-    m_problems.append({ kind, line, name, QString(), text });
+    if (decimalAnswer == 1 || decimalAnswer == 2)
+        return;
+    decimalButton = m_decimalQuestion ? m_decimalQuestion(m_decimalCase)
+                                      : showMessageBox(text, informativeText, title, icon);
 }
 
-void TCSPro::noteValueSet(
-    CSProProblem::Kind kind, int line, const QString& valueSet, const QString& text)
+void TCSPro::showMessageBoxUndefined(const QString& text, const QString& informativeText,
+    const QString& title, QMessageBox::Icon icon)
 {
-    m_problems.append(
-        { kind, line, lastItem ? lastItem->dictionaryName() : QString(), valueSet, text });
+    if (undefinedAnswer == 1 || undefinedAnswer == 2)
+        return;
+    undefinedButton = showMessageBox(text, informativeText, title, icon);
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <model_Tessel/CSProProblem.h>
+#include <model_Tessel/CSProReadingRules.h>
+#include <model_Tessel/CSProStructure.h>
 #include <model_Tessel/model_Tessel_global.h>
 
 #include <QByteArray>
@@ -9,13 +11,13 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QStringView>
 #include <QVector>
 
 #include <functional>
 #include <map>
-#include <vector>
+#include <memory>
 
+class CSProBuilder;
 class TCSProRecord;
 class TCSProValueSet;
 class TValueSetItem;
@@ -39,8 +41,6 @@ public:
     TCSProValueSet* getValueSet(int index) const;
     /*! Gives the item its value set; a second one is ignored. */
     void addValueSet(TCSProValueSet* valueSet);
-    /*! The item's name in the dictionary: \c name without what marks an occurrence. */
-    QString dictionaryName() const;
 
     int valueSetCount = 0; /*!< what getCount() returned last */
     QString label;
@@ -57,10 +57,18 @@ public:
     bool isZeroFill = false;
     int firstOccurrenceIndex = 0; /*!< of an occurrence: index of the first one among all items */
     TCSProRecord* record = nullptr; /*!< record that holds the item; not owned */
-    QList<TCSProValueSet*>* valueSets; /*!< at most one */
+    QList<TCSProValueSet*>* valueSets; /*!< at most one, unless the rules say otherwise */
 
+    QString dictionaryName; /*!< \c name without what marks an occurrence */
     int occurrence = 0; /*!< number of the occurrence, from 1; 0 for an item that is not repeated */
     int sourceLine = 0; /*!< line of the item's header in the dictionary, from 1; 0: unknown */
+    int level = 0; /*!< level of the questionnaire, from 1; 0: not read */
+    QString refusedCode; /*!< code of a refused answer; empty: none */
+    QString note;
+    QString occurrenceLabel; /*!< of an occurrence */
+    QVector<QString> occurrenceLabels; /*!< of the item, from the first occurrence on */
+    TCSProItem* parent = nullptr; /*!< item that a subitem describes columns of; not owned */
+    QString contentType; /*!< of a binary item, for example "image"; empty: text */
 
 private:
     Q_DISABLE_COPY(TCSProItem)
@@ -87,6 +95,9 @@ public:
     int maxRecords = 100; /*!< most records of this type in one case */
     int recordLen = 0; /*!< last column of the record */
 
+    int level = 0; /*!< level of the questionnaire, from 1; 0: not read */
+    QString note;
+    QVector<QString> occurrenceLabels; /*!< from the first record of its type on */
     int sourceLine = 0; /*!< line of the record's header in the dictionary, from 1; 0: unknown */
 };
 
@@ -99,7 +110,8 @@ public:
 using CSProDecimalQuestion = std::function<int(const CSProProblem&)>;
 
 /*!
- * Reads a CSPro data dictionary, text form, into records, items and value sets.
+ * Reads a CSPro data dictionary into records, items and value sets: its text form, and its JSON
+ * form where the reading rules say so.
  *
  * The reader is tolerant: unknown sections and keys are passed over, missing and malformed values
  * give defaults; what it passed over is listed in problems(). Only an exception ends a load, with
@@ -128,6 +140,28 @@ public:
     void setTextCodec(const QByteArray& name);
     /*! Who answers the decimal-code question; empty: the user, in a modal dialog. */
     void setDecimalQuestion(CSProDecimalQuestion question);
+    /*! How the loads after it read; the established rules without it. */
+    void setReadingRules(const CSProReadingRules& rules);
+    const CSProReadingRules& readingRules() const;
+    /*! Name of the codec that the last file was decoded with; empty before. */
+    QByteArray textEncoding() const;
+    /*! The dictionary's languages, in the order of their texts in a label. */
+    const QVector<CSProLanguage>& languages() const;
+    /*!
+     * Chooses the language of labelText() by its name, in any case; false when the dictionary has
+     * no such language. Without a choice it is the first.
+     */
+    bool setLanguage(const QString& name);
+    /*!
+     * The text of \a label in the chosen language; where that has none, the first. A label of a
+     * dictionary without languages is its own text.
+     */
+    QString labelText(const QString& label) const;
+    /*! The levels of the questionnaire, in order. */
+    const QVector<CSProLevel>& levels() const;
+    const QVector<CSProRelation>& relations() const;
+    /*! Note of the dictionary itself. */
+    QString note() const;
     /*! What the loads so far passed over, dropped or changed, in order of the lines. */
     const QVector<CSProProblem>& problems() const;
 
@@ -212,28 +246,23 @@ public:
 private:
     Q_DISABLE_COPY(TCSPro)
 
-    using Section = std::vector<QStringView>; // trimmed lines, without the header
+    friend class CSProBuilder;
 
+    template <typename Load> void guarded(Load load);
     template <typename Lines> void parse(const Lines& lines);
     template <typename Lines> void parseSection(const Lines& lines, int& index);
-    void readDictionary(const Section& section);
-    void readRecord(const Section& section, int line);
-    void readItem(const Section& section, int line);
-    void readValueSet(const Section& section, int line);
-    void ignoreValueSet(const Section& section, int line);
-    bool ignoresValueSets() const;
     void createMessageBox();
-    void appendItem(TCSProItem* item);
-    void appendOccurrences(const TCSProItem& item);
-    void checkItemLimit(const TCSProItem& item, int more);
-    bool settleDecimalCodes(TCSProValueSet* valueSet, int line);
-    void attachToItems(TCSProValueSet* valueSet, int line);
-    void noteProblem(CSProProblem::Kind kind, int line, const QString& name, const QString& text);
-    void noteValueSet(CSProProblem::Kind kind, int line, const QString& valueSet,
-        const QString& text = QString());
 
     QByteArray m_codec;
     CSProDecimalQuestion m_decimalQuestion;
     CSProProblem m_decimalCase; // what showMessageBoxDecimal() asks about
+    CSProReadingRules m_rules;
+    std::unique_ptr<CSProBuilder> m_builder;
+    QByteArray m_encoding;
+    QString m_note;
+    QVector<CSProLanguage> m_languages;
+    int m_language = 0; // index among the languages
+    QVector<CSProLevel> m_levels;
+    QVector<CSProRelation> m_relations;
     QVector<CSProProblem> m_problems;
 };

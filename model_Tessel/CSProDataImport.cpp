@@ -28,10 +28,12 @@ TGenericField::FieldType fieldTypeOf(const TCSProItem& item)
                                                           : TGenericField::IntegerType;
 }
 
-QString decimalsOf(const TCSProItem& item)
+QString decimalsOf(const TCSProItem& item, const CSProReadingRules& rules)
 {
     if (item.isAlpha != 0)
         return QString();
+    if (rules.scaledValues)
+        return QString::number(item.decimal);
     // Kept: the number is one character, so it never reads as a number and values are not scaled.
     return item.decimal != 0 ? QString(QChar(static_cast<ushort>(item.decimal)))
                              : QStringLiteral("0");
@@ -50,6 +52,12 @@ int digitsBeforePoint(const TCSProItem& item)
 // text of all.
 class ValueSetSummary {
 public:
+    explicit ValueSetSummary(const TCSPro& dictionary)
+        : m_dictionary(dictionary)
+        , m_rules(dictionary.readingRules())
+    {
+    }
+
     void summarize(const TCSProItem& item, int fieldType)
     {
         if (*item.valueSets == m_valueSets && fieldType == m_fieldType)
@@ -59,8 +67,10 @@ public:
         m_isNumeric = fieldType != TGenericField::StringType;
         m_min = 0;
         m_max = 0;
+        m_hasBounds = false;
         m_labels.clear();
-        m_hasMax = m_isNumeric && startBounds();
+        if (m_isNumeric && !m_rules.specials)
+            startBounds();
         for (const TCSProValueSet* valueSet : qAsConst(m_valueSets))
             addEntries(*valueSet);
         m_labels.squeeze();
@@ -69,27 +79,28 @@ public:
     void applyTo(TGenericField& field) const
     {
         field.valueLabels = m_labels;
-        field.minValue = shortNumberText(m_min);
-        if (m_hasMax)
+        if (m_hasBounds || !m_rules.specials)
+            field.minValue = shortNumberText(m_min);
+        if (m_hasBounds)
             field.maxValue = shortNumberText(m_max);
     }
 
 private:
-    // Kept: the bounds start from the first and the last entry, special or not.
-    bool startBounds()
+    // Kept: without the rule the bounds start from the first and the last entry, special or not.
+    void startBounds()
     {
         const TCSProValueSet* first = m_valueSets.constFirst();
         if (first->getCount() == 0)
-            return false;
+            return;
         bool lowIsNumber = false;
         bool highIsNumber = false;
         const double low = first->items->constFirst()->code.toDouble(&lowIsNumber);
         const double high = first->items->constLast()->code.toDouble(&highIsNumber);
         if (!lowIsNumber || !highIsNumber)
-            return false;
+            return;
         m_min = low;
         m_max = high;
-        return true;
+        m_hasBounds = true;
     }
 
     void addEntries(const TCSProValueSet& valueSet)
@@ -102,32 +113,42 @@ private:
             if (entry->special)
                 continue;
             QString code = entry->code;
-            if (m_isNumeric) {
-                bool isNumber = false;
-                const double number = numberOf(code, &isNumber);
-                if (!isNumber)
-                    continue;
-                m_min = std::min(m_min, number);
-                m_max = std::max(m_max, number);
-                if (m_fieldType == TGenericField::IntegerType)
-                    code = shortNumberText(number);
-            }
-            m_labels += code % QLatin1Char(' ') % entry->label % QLatin1Char('\t');
+            QString highCode = entry->highCode;
+            if (m_isNumeric && (!takeNumber(code) || (!highCode.isNull() && !takeNumber(highCode))))
+                continue;
+            if (!highCode.isNull())
+                code += TokenColon + highCode;
+            m_labels +=
+                code % QLatin1Char(' ') % m_dictionary.labelText(entry->label) % QLatin1Char('\t');
         }
     }
 
-    static double numberOf(const QString& code, bool* isNumber)
+    // Widens the bounds by a code, which takes the form that the field's type has; false for no
+    // number.
+    bool takeNumber(QString& code)
     {
-        const int integer = integerOf(code, isNumber);
-        return *isNumber ? integer : code.toDouble(isNumber);
+        bool isNumber = false;
+        const int integer = integerOf(code, &isNumber);
+        const double number = isNumber ? integer : code.toDouble(&isNumber);
+        if (!isNumber)
+            return false;
+        const bool isFirst = m_rules.specials && !m_hasBounds;
+        m_min = isFirst ? number : std::min(m_min, number);
+        m_max = isFirst ? number : std::max(m_max, number);
+        m_hasBounds = m_hasBounds || isFirst;
+        if (m_fieldType == TGenericField::IntegerType)
+            code = shortNumberText(number);
+        return true;
     }
 
+    const TCSPro& m_dictionary;
+    const CSProReadingRules& m_rules;
     QList<TCSProValueSet*> m_valueSets;
     int m_fieldType = TGenericField::NoType;
     bool m_isNumeric = false;
     double m_min = 0;
     double m_max = 0;
-    bool m_hasMax = false;
+    bool m_hasBounds = false;
     QString m_labels;
 };
 
@@ -232,11 +253,15 @@ int TCSProDataImport::getRecordTypeIndex()
 void TCSProDataImport::openRead(const QString& dictionaryFile)
 {
     dictionary = new TCSPro;
+    dictionary->setReadingRules(m_rules);
     dictionary->setTextCodec(m_codec);
     dictionary->setDecimalQuestion(m_decimalQuestion);
     dictionary->loadFromFile(dictionaryFile);
+    dictionary->setLanguage(m_language);
     recordTypeStart = dictionary->recordTypeStart;
     recordTypeLen = dictionary->recordTypeLen;
+    if (!groups)
+        groups = new QStringList;
     groups->clear();
     for (const TCSProRecord* record : qAsConst(*dictionary->records))
         groups->append(record->name + TokenEquals + record->recordTypeValue);
@@ -246,9 +271,12 @@ void TCSProDataImport::openRead(const QString& dictionaryFile)
 
 void TCSProDataImport::copyDataFromDictionary()
 {
-    ValueSetSummary summary;
+    if (!dictionary)
+        return;
+    const CSProReadingRules& rules = dictionary->readingRules();
+    ValueSetSummary summary(*dictionary);
     const bool multiple = isMultiple();
-    const int count = dictionary ? dictionary->getItemsCount() : 0;
+    const int count = dictionary->getItemsCount();
     fields->reserve(fields->size() + count);
     for (int index = 0; index < count; ++index) {
         TCSProItem* item = dictionary->getItem(index);
@@ -257,11 +285,13 @@ void TCSProDataImport::copyDataFromDictionary()
         if (multiple && item->record)
             field->group = item->record->name;
         field->fieldType = fieldTypeOf(*item);
-        field->decimals = decimalsOf(*item);
+        field->decimals = decimalsOf(*item, rules);
         field->name = item->name;
-        field->label = item->label;
+        field->label = dictionary->labelText(item->label);
         field->length = item->len;
         field->start = item->start;
+        field->readsNumbers = rules.specials;
+        field->scalesValues = rules.scaledValues;
         getVarMissingValue(field);
         getNotApplicable(field);
         if (item->isAlpha == 0) {
@@ -300,6 +330,16 @@ void TCSProDataImport::setTextCodec(const QByteArray& name)
     m_codec = name;
 }
 
+void TCSProDataImport::setReadingRules(const CSProReadingRules& rules)
+{
+    m_rules = rules;
+}
+
+void TCSProDataImport::setLanguage(const QString& name)
+{
+    m_language = name;
+}
+
 void TCSProDataImport::setDecimalQuestion(const CSProDecimalQuestion& question)
 {
     m_decimalQuestion = question;
@@ -316,12 +356,29 @@ bool TCSProVariable::isMissing()
 {
     if (conversionFailed)
         return true;
-    return item && !item->missingCode.isEmpty() && currentText() == item->missingCode;
+    return item && isCode(item->missingCode);
 }
 
 bool TCSProVariable::isNotApplicable()
 {
-    return item && !item->notApplicableCode.isEmpty() && currentText() == item->notApplicableCode;
+    return item && isCode(item->notApplicableCode);
+}
+
+// Rule: the text is the code to the blank, or, in a numeric field, the same number.
+bool TCSProVariable::isCode(const QString& code) const
+{
+    if (code.isEmpty())
+        return false;
+    const QString value = currentText();
+    if (value == code || !readsNumbers || isString())
+        return value == code;
+    bool valueIsNumber = false;
+    bool codeIsNumber = false;
+    const double valueNumber = value.toDouble(&valueIsNumber);
+    const double codeNumber = code.toDouble(&codeIsNumber);
+    if (valueIsNumber && codeIsNumber)
+        return valueNumber == codeNumber;
+    return value.trimmed().isEmpty() && code.trimmed().isEmpty();
 }
 
 bool TCSProVariable::isBlank()
@@ -338,7 +395,10 @@ void TCSProVariable::setAsString(const QString& value)
 {
     copyText(value.toStdWString().c_str());
     try {
-        assignNumber(value, !item || !item->hasDecimalChar);
+        if (scalesValues)
+            assignScaled(value);
+        else
+            assignNumber(value, !item || !item->hasDecimalChar);
         return;
     } catch (OxErrorManager* error) {
         delete error;
@@ -346,4 +406,12 @@ void TCSProVariable::setAsString(const QString& value)
     }
     integerValue = 0;
     realValue = NoRealValue;
+}
+
+// The data may have a point, or a comma for it, whatever the dictionary says of it.
+void TCSProVariable::assignScaled(const QString& value)
+{
+    QString number = value;
+    number.replace(QLatin1Char(','), QLatin1Char('.'));
+    assignNumber(number, !number.contains(QLatin1Char('.')));
 }

@@ -58,6 +58,10 @@ public:
 
     /*! As TCSPro::setTextCodec(), for the dictionaries opened after it. */
     void setTextCodec(const QByteArray& name);
+    /*! As TCSPro::setReadingRules(), for the dictionaries opened after it. */
+    void setReadingRules(const CSProReadingRules& rules);
+    /*! Chooses the language of the fields' labels as TCSPro::setLanguage() does. */
+    void setLanguage(const QString& name);
     /*! As TCSPro::setDecimalQuestion(), for the dictionaries opened after it. */
     void setDecimalQuestion(const CSProDecimalQuestion& question);
 
@@ -71,6 +75,8 @@ public:
 
 private:
     QByteArray m_codec;
+    CSProReadingRules m_rules;
+    QString m_language;
     CSProDecimalQuestion m_decimalQuestion;
 };
 
@@ -97,4 +103,10 @@ public:
 
     QString group;
     TCSProItem* item = nullptr; /*!< what the field stands for; not owned */
+    bool readsNumbers = false; /*!< codes of a numeric field are compared as numbers */
+    bool scalesValues = false; /*!< implied decimals scale a text without a point of its own */
+
+private:
+    bool isCode(const QString& code) const;
+    void assignScaled(const QString& value);
 };

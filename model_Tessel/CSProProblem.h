@@ -6,7 +6,7 @@
  * What a reader of a CSPro dictionary should know about how it was read: something was passed over,
  * dropped or changed although the dictionary was loaded without an error.
  *
- * Format: CSPro data dictionary (.dcf), text form.
+ * Format: CSPro data dictionary (.dcf), text form and JSON.
  */
 struct CSProProblem {
     enum class Kind {
@@ -21,10 +21,22 @@ struct CSProProblem {
         CodesNotInteger, /*!< the value set was dropped; \c text: its first code that is no integer
                           */
         TooManyItems, /*!< loading ended here; \c text: the limit */
+        UnknownSection, /*!< \c text: its header */
+        UnknownKey, /*!< \c text: the key */
+        LineWithoutKey, /*!< \c text: the line */
+        NotANumber, /*!< a key's default stands; \c text: the line */
+        UnknownWord, /*!< a key's default stands; \c text: the line */
+        UnknownSpecial, /*!< the value stays ordinary; \c text: the line */
+        UnclosedQuote, /*!< the code was taken to its end; \c text: the line */
+        CodeNotANumber, /*!< of a numeric item; it was kept; \c text: the code */
+        SubItemWithoutParent, /*!< no item stands before the subitem */
+        LinkWithoutValues, /*!< no set with values has the link; \c text: the link */
+        InvalidJson, /*!< loading ended here; \c text: what is wrong */
+        WrongJsonType, /*!< a member was passed over; \c text: its path */
     };
 
     Kind kind = Kind::ItemWithoutLength;
-    int line = 0; /*!< line of the section's header, from 1 */
+    int line = 0; /*!< line of the text or of the section's header, from 1; 0: unknown (JSON) */
     QString name; /*!< name of the item or record concerned */
     QString valueSet; /*!< name of the value set concerned; empty when there is none */
     QString text; /*!< see the kinds */

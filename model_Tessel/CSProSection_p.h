@@ -10,7 +10,27 @@
 #include <vector>
 
 // Trimmed, non-empty lines of one section, as views into the text that is being read.
-using CSProSection = std::vector<QStringView>;
+struct CSProSection {
+    int headerLine = 0; // from 1
+    std::vector<QStringView> lines;
+    std::vector<int> numbers; // of the lines, from 1; empty while they follow the header one by one
+
+    int lineNumber(std::size_t index) const
+    {
+        return numbers.empty() ? headerLine + 1 + static_cast<int>(index) : numbers[index];
+    }
+
+    void append(QStringView line, int number)
+    {
+        if (numbers.empty() && lineNumber(lines.size()) != number) {
+            for (std::size_t i = 0; i < lines.size(); ++i)
+                numbers.push_back(headerLine + 1 + static_cast<int>(i));
+        }
+        if (!numbers.empty() || lineNumber(lines.size()) != number)
+            numbers.push_back(number);
+        lines.push_back(line);
+    }
+};
 
 /*
  * The section behind the header at index, which moves to the section's last line. Lines is a
@@ -19,6 +39,7 @@ using CSProSection = std::vector<QStringView>;
 template <typename Lines> CSProSection gatherSection(const Lines& lines, int& index)
 {
     CSProSection section;
+    section.headerLine = index + 1;
     const int count = static_cast<int>(lines.size());
     int next = index + 1;
     for (; next < count; ++next) {
@@ -27,35 +48,60 @@ template <typename Lines> CSProSection gatherSection(const Lines& lines, int& in
             break;
         const QStringView text = line.trimmed();
         if (!text.isEmpty())
-            section.push_back(text);
+            section.append(text, next + 1);
     }
     if (index + 1 < count)
         index = next - 1;
     return section;
 }
 
+// A line that splits at its first "=", both parts trimmed; without one the key is empty.
+struct CSProKeyLine {
+    QStringView key;
+    QStringView value;
+    int line = 0; // from 1
+
+    bool hasKey(const char* name) const
+    {
+        return key.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
+    }
+};
+
+CSProKeyLine splitKeyLine(QStringView text, int line);
+
 /*
- * The keys of one kind of section, and which of its lines answers for each.
- *
- * A key is answered by the first line that contains it anywhere, so a word in an early label wins
- * over the key's own line; kept, hosts rely on it. All keys are found in one walk over the lines.
+ * The keys of one kind of section, and the values that its lines give for them.
  */
 class CSProKeyFinder {
 public:
     static constexpr int MaxKeys = 10;
-    using Lines = std::array<QStringView, MaxKeys>; // null: no line contains the key
+
+    struct Values {
+        std::array<QStringView, MaxKeys> value {}; // empty for a key without one
+        std::array<int, MaxKeys> line {}; // from 1; 0: no line has the key
+        std::vector<CSProKeyLine> others; // lines of other keys; whole keys only
+    };
 
     explicit CSProKeyFinder(std::initializer_list<QLatin1String> keys);
 
-    Lines find(const CSProSection& section) const;
+    /*
+     * A key is answered by the first line that contains it anywhere, so a word in an early label
+     * wins over the key's own line, and only by a line with exactly one "="; kept, hosts rely on
+     * it. All keys are found in one walk over the lines.
+     */
+    Values findAnywhere(const CSProSection& section) const;
+
+    // A key is answered by the first line whose key it is, in any case, among the first count
+    // lines.
+    Values findWhole(const CSProSection& section, std::size_t count) const;
 
 private:
-    std::array<QLatin1String, MaxKeys> m_keys;
+    std::vector<QLatin1String> m_keys;
     unsigned m_all = 0; // one bit a key
     std::array<unsigned, 128> m_byFirstLetter {};
 };
 
-// Second part of a line that splits at "=" in exactly two; empty otherwise.
-QString csproValue(QStringView line);
-// csproValue() as a decimal integer, defaultValue where it is none.
-int csproNumber(QStringView line, int defaultValue);
+// What stands behind the "=" of a line that has exactly one; empty otherwise.
+QStringView csproValue(QStringView line);
+// A value as a decimal integer, defaultValue where it is none.
+int csproNumber(QStringView value, int defaultValue);

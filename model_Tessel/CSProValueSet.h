@@ -18,8 +18,14 @@ public:
 
     QString label;
     QString code; /*!< starts as the character of code 3 */
-    int type = 0; /*!< 0 ordinary, 1 missing, 2 not applicable */
+    int type = 0; /*!< 0 ordinary, 1 missing, 2 not applicable, 3 refused, 4 default */
     bool special = false; /*!< describes a special value */
+
+    QString highCode; /*!< upper bound of a range whose lower is \c code; null: no range */
+    int valueNumber = 0; /*!< place of its value in the set, from 1; codes of one value share it */
+    QString note;
+    QString image; /*!< path as written, relative to the dictionary */
+    QString textColor; /*!< as written */
 
 private:
     Q_DISABLE_COPY(TValueSetItem)
@@ -68,6 +74,11 @@ public:
     QString reservedText;
     bool isNumeric = true; /*!< false for the set of an alphanumeric item */
     QList<TValueSetItem*>* items;
+
+    QString link; /*!< sets with the same link have the same values; empty: none */
+    TCSProValueSet* linkedSet = nullptr; /*!< set whose entries this one shares; null: its own */
+    QString note;
+    int sourceLine = 0; /*!< line of the set's header in the dictionary, from 1; 0: unknown */
 
 private:
     Q_DISABLE_COPY(TCSProValueSet)

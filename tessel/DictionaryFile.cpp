@@ -82,18 +82,23 @@ QTextCodec* chooseCodec(const QByteArray& bytes, const QByteArray& wanted)
     return QTextCodec::codecForUtfText(bytes, fallback);
 }
 
-bool checkEncoding(const QString& path, const QByteArray& bytes, const QTextCodec& codec)
+// Null when the text cannot be decoded. Text of before UTF-8 is most likely Windows-1252; that it
+// was taken so is told.
+QTextCodec* checkEncoding(
+    const QString& path, const QByteArray& bytes, QTextCodec* codec, bool isWanted)
 {
-    if (isValid(codec, bytes))
-        return true;
-    if (codec.name() != "UTF-8") {
-        return failed(path, 0,
+    if (isValid(*codec, bytes))
+        return codec;
+    if (isWanted || codec->name() != "UTF-8") {
+        failed(path, 0,
             QStringLiteral("the text is not valid %1; name another encoding with --encoding")
-                .arg(QString::fromLatin1(codec.name())));
+                .arg(QString::fromLatin1(codec->name())));
+        return nullptr;
     }
-    return failed(path, firstInvalidLine(codec, bytes),
-        QStringLiteral("the text is not valid UTF-8; name its encoding with --encoding, for "
-                       "example --encoding windows-1252"));
+    Console::tell(path, firstInvalidLine(*codec, bytes), Severity::Warning,
+        QStringLiteral("the text is not valid UTF-8 and was read as windows-1252; if letters look "
+                       "wrong, name its encoding with --encoding"));
+    return QTextCodec::codecForName("windows-1252");
 }
 
 // Headers of the sections that hold a dictionary's fields.
@@ -125,13 +130,21 @@ void showFirstLines(const QString& text)
     }
 }
 
-bool checkKind(const QString& path, const QString& text)
+bool checkKind(const QString& path, const QString& text, const QTextCodec& codec, bool asWritten)
 {
-    const QStringView start = QStringView(text).left(1024).trimmed();
+    const QStringView start = QStringView(text).left(4096).trimmed();
     if (start.startsWith(QLatin1Char('{'))) {
-        return failed(path, 0,
-            QStringLiteral("is a JSON dictionary of CSPro 8 or later, which is not read yet; save "
-                           "it as a dictionary of CSPro 7.7"));
+        if (!asWritten) {
+            return failed(path, 0,
+                QStringLiteral("is a JSON dictionary of CSPro 8 or later, which --rules "
+                               "established does not read"));
+        }
+        if (codec.name() != "UTF-8") {
+            return failed(path, 0,
+                QStringLiteral("is a JSON dictionary in %1; JSON dictionaries are UTF-8")
+                    .arg(QString::fromLatin1(codec.name())));
+        }
+        return true;
     }
     if (hasDictionaryHeader(text))
         return true;
@@ -215,16 +228,67 @@ QString describe(const CSProProblem& problem)
     case Kind::TooManyItems:
         return QStringLiteral("item %1 makes more than %2 fields; check its number of occurrences")
             .arg(problem.name, problem.text);
+    case Kind::UnknownSection:
+        return QStringLiteral("the section %1 is unknown and was passed over").arg(problem.text);
+    case Kind::UnknownKey:
+        return QStringLiteral("the key '%1' is unknown and was passed over").arg(problem.text);
+    case Kind::LineWithoutKey:
+        return QStringLiteral("the line '%1' has no key and was passed over").arg(problem.text);
+    case Kind::NotANumber:
+        return QStringLiteral("'%1' is no number; the key was passed over").arg(problem.text);
+    case Kind::UnknownWord:
+        return QStringLiteral("'%1' is no word that the key can have; it was passed over")
+            .arg(problem.text);
+    case Kind::UnknownSpecial:
+        return valueSet
+            + QStringLiteral(": '%1' names no special value; the value stays ordinary")
+                  .arg(problem.text);
+    case Kind::UnclosedQuote:
+        return valueSet
+            + QStringLiteral(": a quote in '%1' is not closed; check the code").arg(problem.text);
+    case Kind::CodeNotANumber:
+        return valueSet
+            + QStringLiteral(": the code '%1' of a numeric item is no number").arg(problem.text);
+    case Kind::SubItemWithoutParent:
+        return QStringLiteral("subitem %1 has no item before it that it could be part of")
+            .arg(problem.name);
+    case Kind::LinkWithoutValues:
+        return valueSet
+            + QStringLiteral(" has no values: no set before it with the link %1 has any")
+                  .arg(problem.text);
+    case Kind::InvalidJson:
+        return QStringLiteral("the JSON cannot be read: %1").arg(problem.text);
+    case Kind::WrongJsonType:
+        return QStringLiteral("%1 has another type than the format says and was passed over")
+            .arg(problem.text);
     }
     return QString();
+}
+
+bool isError(CSProProblem::Kind kind)
+{
+    return kind == CSProProblem::Kind::TooManyItems || kind == CSProProblem::Kind::InvalidJson;
+}
+
+void tellLanguage(const QString& path, const TCSPro& dictionary, const QString& wanted)
+{
+    QStringList names;
+    for (const CSProLanguage& language : dictionary.languages())
+        names.append(language.name);
+    if (wanted.isEmpty() || names.contains(wanted, Qt::CaseInsensitive))
+        return;
+    Console::tell(path, 0, Severity::Warning,
+        names.isEmpty()
+            ? QStringLiteral("the dictionary has no languages, so none is %1").arg(wanted)
+            : QStringLiteral("the dictionary has no language %1; it has %2")
+                  .arg(wanted, names.join(QLatin1String(", "))));
 }
 
 void tellProblems(const QString& path, const TCSPro& dictionary)
 {
     for (const CSProProblem& problem : dictionary.problems()) {
-        const bool isError = problem.kind == CSProProblem::Kind::TooManyItems;
-        Console::tell(
-            path, problem.line, isError ? Severity::Error : Severity::Warning, describe(problem));
+        Console::tell(path, problem.line,
+            isError(problem.kind) ? Severity::Error : Severity::Warning, describe(problem));
     }
 }
 
@@ -236,12 +300,16 @@ std::unique_ptr<TCSProDataImport> openDictionary(
     QByteArray bytes;
     if (!readBytes(path, bytes))
         return nullptr;
-    QTextCodec* const codec = chooseCodec(bytes, options.encoding);
-    if (!checkEncoding(path, bytes, *codec) || !checkKind(path, codec->toUnicode(bytes)))
+    QTextCodec* const codec = checkEncoding(
+        path, bytes, chooseCodec(bytes, options.encoding), !options.encoding.isEmpty());
+    if (!codec || !checkKind(path, codec->toUnicode(bytes), *codec, options.asWritten))
         return nullptr;
 
     auto importer = std::make_unique<TCSProDataImport>(path);
+    if (options.asWritten)
+        importer->setReadingRules(CSProReadingRules::asWritten());
     importer->setTextCodec(codec->name());
+    importer->setLanguage(options.language);
     importer->setDecimalQuestion(decimalQuestion(path, options.decimals));
     bool isRead = true;
     try {
@@ -255,6 +323,7 @@ std::unique_ptr<TCSProDataImport> openDictionary(
         failed(path, 0, QStringLiteral("reading stopped; the dictionary is not listed"));
         return nullptr;
     }
+    tellLanguage(path, *importer->dictionary, options.language);
     if (importer->fields->isEmpty())
         Console::tell(path, 0, Severity::Warning, QStringLiteral("the dictionary has no items"));
     return importer;

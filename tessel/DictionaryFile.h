@@ -10,8 +10,10 @@ class TCSProDataImport;
 /*! How dictionaries are opened. */
 struct DictionaryOptions {
     enum class Decimals { No, Yes, Ask };
-    Decimals decimals = Decimals::No; /*!< what becomes of value sets with decimal codes */
-    QByteArray encoding; /*!< name of the text codec; empty: UTF-8 or what a byte-order mark says */
+    bool asWritten = true; /*!< what the dictionary says; false: the rules hosts have relied on */
+    Decimals decimals = Decimals::No; /*!< for value sets with decimal codes, when not as written */
+    QByteArray encoding; /*!< name of the text codec; empty: it is found */
+    QString language; /*!< of the labels, by name; empty: the first */
 };
 
 /*!

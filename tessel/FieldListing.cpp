@@ -23,56 +23,124 @@ QString orNull(const QString& text)
     return text.isEmpty() ? QString() : text;
 }
 
-// The lowest and the highest code as they are written; the library's own have six digits.
+QString specialName(const TValueSetItem& entry)
+{
+    if (!entry.special)
+        return QString();
+    switch (entry.type) {
+    case 1:
+        return QStringLiteral("missing");
+    case 2:
+        return QStringLiteral("not applicable");
+    case 3:
+        return QStringLiteral("refused");
+    default:
+        return QStringLiteral("default");
+    }
+}
+
+// The lowest and the highest of some codes, as they are written; the library's own have six digits.
+class CodeRange {
+public:
+    void add(const QString& code)
+    {
+        bool isNumber = false;
+        const double number = code.toDouble(&isNumber);
+        if (!isNumber)
+            return;
+        if (m_min.isNull() || number < m_lowest) {
+            m_lowest = number;
+            m_min = code;
+        }
+        if (m_max.isNull() || number > m_highest) {
+            m_highest = number;
+            m_max = code;
+        }
+    }
+
+    void applyTo(ListedField& field) const
+    {
+        if (m_min.isNull())
+            return;
+        field.min = m_min;
+        field.max = m_max;
+    }
+
+private:
+    double m_lowest = 0;
+    double m_highest = 0;
+    QString m_min;
+    QString m_max;
+};
+
 void takeRange(ListedField& field)
 {
-    double lowest = 0;
-    double highest = 0;
-    QString min;
-    QString max;
-    for (const ListedCode& entry : qAsConst(field.codes)) {
-        bool isNumber = false;
-        const double number = entry.code.toDouble(&isNumber);
-        if (!isNumber)
-            continue;
-        if (min.isNull() || number < lowest) {
-            lowest = number;
-            min = entry.code;
-        }
-        if (max.isNull() || number > highest) {
-            highest = number;
-            max = entry.code;
+    CodeRange range;
+    for (const ListedValueSet& valueSet : qAsConst(field.valueSets)) {
+        for (const ListedCode& entry : valueSet.codes) {
+            if (!entry.special.isNull())
+                continue;
+            range.add(entry.code);
+            range.add(entry.highCode);
         }
     }
-    if (!min.isNull()) {
-        field.min = min;
-        field.max = max;
-    }
+    range.applyTo(field);
 }
 
-void takeCodes(ListedField& field, const TCSProItem& item)
+ListedValueSet listValueSet(const TCSProValueSet& valueSet, const TCSPro& dictionary)
 {
-    if (!item.getHasValueSet())
-        return;
-    const TCSProValueSet& valueSet = *item.getValueSet(0);
-    field.valueSet = valueSet.name;
-    field.codes.reserve(valueSet.getCount());
-    for (const TValueSetItem* entry : qAsConst(*valueSet.items))
-        field.codes.append({ entry->code, entry->label });
+    ListedValueSet listed;
+    listed.name = valueSet.name;
+    listed.label = dictionary.labelText(valueSet.label);
+    listed.codes.reserve(valueSet.getCount());
+    for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        listed.codes.append({ entry->code, entry->highCode, dictionary.labelText(entry->label),
+            specialName(*entry) });
+    }
+    return listed;
 }
 
-ListedField listField(const TCSProVariable& variable, const TCSPro& dictionary)
+// Occurrences share their value sets, so the codes of one are the codes of all.
+class ValueSetLister {
+public:
+    explicit ValueSetLister(const TCSPro& dictionary)
+        : m_dictionary(dictionary)
+    {
+    }
+
+    QVector<ListedValueSet> list(const TCSProItem& item)
+    {
+        if (*item.valueSets == m_valueSets)
+            return m_listed;
+        m_valueSets = *item.valueSets;
+        m_listed.clear();
+        for (const TCSProValueSet* valueSet : qAsConst(m_valueSets))
+            m_listed.append(listValueSet(*valueSet, m_dictionary));
+        return m_listed;
+    }
+
+private:
+    const TCSPro& m_dictionary;
+    QList<TCSProValueSet*> m_valueSets;
+    QVector<ListedValueSet> m_listed;
+};
+
+ListedField listField(
+    const TCSProVariable& variable, const TCSPro& dictionary, ValueSetLister& valueSets)
 {
     const TCSProItem& item = *variable.item;
     ListedField field;
-    field.item = item.dictionaryName();
+    field.item = item.dictionaryName;
     field.occurrence = item.occurrence;
-    field.name = field.item;
-    if (item.occurrence > 0)
-        field.name += QLatin1Char('_') + QString::number(item.occurrence);
+    field.name = variable.name;
+    if (item.occurrence > 0 && !dictionary.readingRules().occurrenceNumbers)
+        field.name = field.item + QLatin1Char('_') + QString::number(item.occurrence);
     field.label = variable.label;
+    field.occurrenceLabel = orNull(dictionary.labelText(item.occurrenceLabel));
     if (item.record && item.record != dictionary.commonRecord)
         field.record = item.record->name;
+    if (item.parent)
+        field.parent = item.parent->name;
     field.type = typeName(variable.fieldType);
     field.start = variable.start;
     field.length = variable.length;
@@ -81,7 +149,8 @@ ListedField listField(const TCSProVariable& variable, const TCSPro& dictionary)
     field.isSubItem = item.isSubItem != 0;
     field.missing = orNull(variable.missingValue);
     field.notApplicable = orNull(variable.notApplicableValue);
-    takeCodes(field, item);
+    field.note = orNull(item.note);
+    field.valueSets = valueSets.list(item);
     if (!variable.isString()) {
         field.min = orNull(variable.minValue);
         field.max = orNull(variable.maxValue);
@@ -98,16 +167,24 @@ Listing listFields(const QString& file, TCSProDataImport& importer)
     Listing listing;
     listing.file = file;
     listing.name = dictionary.name;
-    listing.label = dictionary.label;
+    listing.label = dictionary.labelText(dictionary.label);
+    listing.encoding = QString::fromLatin1(dictionary.textEncoding());
+    for (const CSProLanguage& language : dictionary.languages())
+        listing.languages.append(language.name);
+    for (const CSProLevel& level : dictionary.levels())
+        listing.levels.append(level.name);
     listing.version = dictionary.version;
     listing.recordTypeStart = dictionary.recordTypeStart;
     listing.recordTypeLength = dictionary.recordTypeLen;
     for (const TCSProRecord* record : qAsConst(*dictionary.records)) {
-        listing.records.append({ record->name, record->label, record->recordTypeValue,
-            record->maxRecords, record->recordLen });
+        listing.records.append({ record->name, dictionary.labelText(record->label),
+            record->recordTypeValue, record->level, record->maxRecords, record->recordLen });
     }
+    ValueSetLister valueSets(dictionary);
     listing.fields.reserve(importer.fields->size());
-    for (const TGenericField* field : qAsConst(*importer.fields))
-        listing.fields.append(listField(*static_cast<const TCSProVariable*>(field), dictionary));
+    for (const TGenericField* field : qAsConst(*importer.fields)) {
+        listing.fields.append(
+            listField(*static_cast<const TCSProVariable*>(field), dictionary, valueSets));
+    }
     return listing;
 }

@@ -1,14 +1,23 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 class TCSProDataImport;
 
-/*! One code of a field and its label. */
+/*! One value of a value set and its label; codes that share one label stand each for themselves. */
 struct ListedCode {
-    QString code;
+    QString code; /*!< of a range: its low bound */
+    QString highCode; /*!< high bound of a range; null: no range */
     QString label;
+    QString special; /*!< "missing", "not applicable", "refused" or "default"; null: ordinary */
+};
+
+struct ListedValueSet {
+    QString name;
+    QString label;
+    QVector<ListedCode> codes;
 };
 
 /*! One field as a person expects it: numbers in digits, codes apart from their labels. */
@@ -16,8 +25,10 @@ struct ListedField {
     QString name; /*!< of an occurrence: ends in "_" and its number in digits */
     QString item; /*!< name in the dictionary */
     int occurrence = 0; /*!< number of the occurrence, from 1; 0: not repeated */
+    QString occurrenceLabel; /*!< null: none */
     QString label;
     QString record; /*!< name of the record; null for an identification item */
+    QString parent; /*!< item that a subitem describes columns of; null: none, or not read */
     QString type; /*!< "integer", "real" or "string" */
     int start = 0; /*!< first column, from 1 */
     int length = 0; /*!< in columns */
@@ -28,14 +39,21 @@ struct ListedField {
     QString notApplicable; /*!< code; null: none */
     QString min; /*!< null: none */
     QString max; /*!< null: none */
-    QString valueSet; /*!< name; null: none */
-    QVector<ListedCode> codes;
+    QString note; /*!< null: none */
+    QVector<ListedValueSet> valueSets; /*!< the first is the one to show when one is shown */
+
+    /*! Number of codes with labels, in the first value set. */
+    int valueLabelCount() const
+    {
+        return valueSets.isEmpty() ? 0 : valueSets.constFirst().codes.size();
+    }
 };
 
 struct ListedRecord {
     QString name;
     QString label;
     QString recordType; /*!< code in the data line */
+    int level = 0; /*!< from 1; 0: not read */
     int maxRecords = 0;
     int length = 0; /*!< last column */
 };
@@ -46,8 +64,11 @@ struct Listing {
     QString name;
     QString label;
     QString version; /*!< as written, for example "CSPro 7.7" */
+    QString encoding; /*!< that the file was decoded with */
     int recordTypeStart = 0; /*!< first column, from 1 */
     int recordTypeLength = 0; /*!< 0: one record type */
+    QStringList languages; /*!< names */
+    QStringList levels; /*!< names */
     QVector<ListedRecord> records;
     QVector<ListedField> fields;
 };

@@ -40,15 +40,44 @@ QString shownNumber(int number)
     return number == 0 ? QString() : QString::number(number);
 }
 
-void addCodes(TextTable& table, const QVector<ListedCode>& codes)
+QString shownRange(const ListedCode& entry)
+{
+    return entry.highCode.isNull() ? shownCode(entry.code)
+                                   : entry.code + QLatin1Char(':') + entry.highCode;
+}
+
+QString shownLabel(const ListedField& field)
+{
+    return field.occurrenceLabel.isNull()
+        ? field.label
+        : QStringLiteral("%1 (%2)").arg(field.label, field.occurrenceLabel);
+}
+
+void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString& indent)
 {
     int width = 0;
     for (const ListedCode& entry : codes)
-        width = qMax(width, displayWidth(shownCode(entry.code)));
+        width = qMax(width, displayWidth(shownRange(entry)));
     for (const ListedCode& entry : codes) {
-        const QString code = shownCode(entry.code);
-        table.addDetail(Console::printable(
-            code + QString(width - displayWidth(code) + 2, QLatin1Char(' ')) + entry.label));
+        const QString code = shownRange(entry);
+        QString text = indent + code;
+        text += QString(width - displayWidth(code) + 2, QLatin1Char(' ')) + entry.label;
+        if (!entry.special.isNull())
+            text += QStringLiteral(" [%1]").arg(entry.special);
+        table.addDetail(Console::printable(text));
+    }
+}
+
+// A single set needs no name; several are alternatives, each under its own.
+void addValueSets(TextTable& table, const QVector<ListedValueSet>& valueSets)
+{
+    if (valueSets.size() == 1) {
+        addCodes(table, valueSets.constFirst().codes, QString());
+        return;
+    }
+    for (const ListedValueSet& valueSet : valueSets) {
+        table.addDetail(Console::printable(valueSet.name + QLatin1String(": ") + valueSet.label));
+        addCodes(table, valueSet.codes, QStringLiteral("  "));
     }
 }
 
@@ -56,7 +85,7 @@ QString summary(const Listing& listing)
 {
     int labelled = 0;
     for (const ListedField& field : listing.fields)
-        labelled += field.codes.isEmpty() ? 0 : 1;
+        labelled += field.valueLabelCount() > 0 ? 1 : 0;
     QString text = QStringLiteral("%1, %2, %3 with value labels; ")
                        .arg(plural(listing.records.size(), QStringLiteral("record")),
                            plural(listing.fields.size(), QStringLiteral("field")))
@@ -112,12 +141,12 @@ QString tableOf(const Listing& listing, const ListingFormat& format)
             field.notApplicable.isNull() ? QString() : shownCode(field.notApplicable);
         QStringList cells { field.name, field.type, QString::number(field.start),
             QString::number(field.length), shownNumber(field.decimals), rangeText(field), missing,
-            notApplicable, shownNumber(field.codes.size()), field.label };
+            notApplicable, shownNumber(field.valueLabelCount()), shownLabel(field) };
         for (QString& cell : cells)
             cell = Console::printable(cell);
         table.addRow(cells);
         if (format.withValues)
-            addCodes(table, field.codes);
+            addValueSets(table, field.valueSets);
     }
 
     QStringList heading { listing.name, listing.version };
@@ -163,6 +192,31 @@ QByteArray csvLine(const QStringList& cells)
     return quoted.join(QLatin1Char(',')).toUtf8() + "\r\n";
 }
 
+QStringList valueHeadings()
+{
+    return { QStringLiteral("value_set"), QStringLiteral("code"), QStringLiteral("code_to"),
+        QStringLiteral("value_label"), QStringLiteral("special") };
+}
+
+// A line for each code, the field's cells first; one line for a field without codes.
+QByteArray csvValueLines(const QStringList& cells, const ListedField& field)
+{
+    QByteArray bytes;
+    for (const ListedValueSet& valueSet : field.valueSets) {
+        for (const ListedCode& entry : valueSet.codes) {
+            bytes += csvLine(cells
+                + QStringList {
+                    valueSet.name, entry.code, entry.highCode, entry.label, entry.special });
+        }
+    }
+    if (!bytes.isEmpty())
+        return bytes;
+    QStringList padded = cells;
+    for (int i = valueHeadings().size(); i > 0; --i)
+        padded.append(QString());
+    return csvLine(padded);
+}
+
 QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
 {
     QStringList headings { QStringLiteral("file"), QStringLiteral("record"), QStringLiteral("name"),
@@ -171,22 +225,15 @@ QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
         QStringLiteral("not_applicable"), QStringLiteral("min"), QStringLiteral("max"),
         QStringLiteral("value_labels") };
     if (format.withValues)
-        headings << QStringLiteral("code") << QStringLiteral("value_label");
+        headings += valueHeadings();
     QByteArray bytes = csvLine(headings);
     for (const Listing& listing : listings) {
         for (const ListedField& field : listing.fields) {
-            const QStringList cells { listing.file, field.record, field.name, field.label,
+            const QStringList cells { listing.file, field.record, field.name, shownLabel(field),
                 field.type, QString::number(field.start), QString::number(field.length),
                 QString::number(field.decimals), field.missing, field.notApplicable, field.min,
-                field.max, QString::number(field.codes.size()) };
-            if (!format.withValues) {
-                bytes += csvLine(cells);
-                continue;
-            }
-            for (const ListedCode& entry : field.codes)
-                bytes += csvLine(cells + QStringList { entry.code, entry.label });
-            if (field.codes.isEmpty())
-                bytes += csvLine(cells + QStringList { QString(), QString() });
+                field.max, QString::number(field.valueLabelCount()) };
+            bytes += format.withValues ? csvValueLines(cells, field) : csvLine(cells);
         }
     }
     return bytes;
@@ -199,39 +246,58 @@ QJsonValue textOrNull(const QString& text)
     return text.isNull() ? QJsonValue() : QJsonValue(text);
 }
 
+QJsonValue numberOrNull(int number)
+{
+    return number > 0 ? QJsonValue(number) : QJsonValue();
+}
+
 QJsonObject jsonOf(const ListedRecord& record)
 {
     return { { QStringLiteral("name"), record.name }, { QStringLiteral("label"), record.label },
         { QStringLiteral("recordType"), record.recordType },
+        { QStringLiteral("level"), numberOrNull(record.level) },
         { QStringLiteral("maximum"), record.maxRecords },
         { QStringLiteral("length"), record.length } };
+}
+
+QJsonObject jsonOf(const ListedValueSet& valueSet)
+{
+    QJsonArray values;
+    for (const ListedCode& entry : valueSet.codes) {
+        values.append(QJsonObject { { QStringLiteral("code"), entry.code },
+            { QStringLiteral("to"), textOrNull(entry.highCode) },
+            { QStringLiteral("label"), entry.label },
+            { QStringLiteral("special"), textOrNull(entry.special) } });
+    }
+    return { { QStringLiteral("name"), valueSet.name }, { QStringLiteral("label"), valueSet.label },
+        { QStringLiteral("values"), values } };
 }
 
 QJsonObject jsonOf(const ListedField& field, bool withValues)
 {
     QJsonObject object { { QStringLiteral("name"), field.name },
         { QStringLiteral("item"), field.item },
-        { QStringLiteral("occurrence"),
-            field.occurrence > 0 ? QJsonValue(field.occurrence) : QJsonValue() },
+        { QStringLiteral("occurrence"), numberOrNull(field.occurrence) },
+        { QStringLiteral("occurrenceLabel"), textOrNull(field.occurrenceLabel) },
         { QStringLiteral("label"), field.label },
         { QStringLiteral("record"), textOrNull(field.record) },
         { QStringLiteral("type"), field.type }, { QStringLiteral("start"), field.start },
         { QStringLiteral("length"), field.length }, { QStringLiteral("decimals"), field.decimals },
         { QStringLiteral("decimalChar"), field.hasDecimalChar },
         { QStringLiteral("subitem"), field.isSubItem },
+        { QStringLiteral("parent"), textOrNull(field.parent) },
         { QStringLiteral("missing"), textOrNull(field.missing) },
         { QStringLiteral("notApplicable"), textOrNull(field.notApplicable) },
         { QStringLiteral("min"), textOrNull(field.min) },
         { QStringLiteral("max"), textOrNull(field.max) },
-        { QStringLiteral("valueSet"), textOrNull(field.valueSet) },
-        { QStringLiteral("valueLabelCount"), field.codes.size() } };
+        { QStringLiteral("note"), textOrNull(field.note) },
+        { QStringLiteral("valueSetCount"), field.valueSets.size() },
+        { QStringLiteral("valueLabelCount"), field.valueLabelCount() } };
     if (withValues) {
-        QJsonArray labels;
-        for (const ListedCode& entry : field.codes) {
-            labels.append(QJsonObject {
-                { QStringLiteral("code"), entry.code }, { QStringLiteral("label"), entry.label } });
-        }
-        object.insert(QStringLiteral("valueLabels"), labels);
+        QJsonArray valueSets;
+        for (const ListedValueSet& valueSet : field.valueSets)
+            valueSets.append(jsonOf(valueSet));
+        object.insert(QStringLiteral("valueSets"), valueSets);
     }
     return object;
 }
@@ -248,8 +314,11 @@ QJsonObject jsonOf(const Listing& listing, bool withValues)
         { QStringLiteral("kind"), QStringLiteral("cspro") },
         { QStringLiteral("name"), listing.name }, { QStringLiteral("label"), listing.label },
         { QStringLiteral("version"), listing.version },
+        { QStringLiteral("encoding"), listing.encoding },
         { QStringLiteral("recordTypeStart"), listing.recordTypeStart },
         { QStringLiteral("recordTypeLength"), listing.recordTypeLength },
+        { QStringLiteral("languages"), QJsonArray::fromStringList(listing.languages) },
+        { QStringLiteral("levels"), QJsonArray::fromStringList(listing.levels) },
         { QStringLiteral("records"), records }, { QStringLiteral("fields"), fields } };
 }
 

@@ -46,12 +46,29 @@ const QCommandLineOption& outputOption()
     return option;
 }
 
+const QCommandLineOption& rulesOption()
+{
+    static const QCommandLineOption option(QStringLiteral("rules"),
+        QStringLiteral("How to read: as written, or with the established rules, to see what a "
+                       "program sees that uses the library's default."),
+        QStringLiteral("written|established"), QStringLiteral("written"));
+    return option;
+}
+
+const QCommandLineOption& languageOption()
+{
+    static const QCommandLineOption option(QStringLiteral("language"),
+        QStringLiteral("Language of the labels, for example FR, where a dictionary has several."),
+        QStringLiteral("name"));
+    return option;
+}
+
 const QCommandLineOption& decimalsOption()
 {
     static const QCommandLineOption option(QStringLiteral("decimals"),
-        QStringLiteral("Value sets with decimal codes: drop them (no), keep them with 0 in place "
-                       "of such codes (yes), or ask. On a terminal ask is the default, elsewhere "
-                       "no."),
+        QStringLiteral("With the established rules, value sets with decimal codes: drop them "
+                       "(no), keep them with 0 in place of such codes (yes), or ask. On a "
+                       "terminal ask is the default, elsewhere no."),
         QStringLiteral("yes|no|ask"));
     return option;
 }
@@ -60,7 +77,7 @@ const QCommandLineOption& encodingOption()
 {
     static const QCommandLineOption option(QStringLiteral("encoding"),
         QStringLiteral("Encoding of dictionaries without a byte-order mark, for example "
-                       "windows-1252; UTF-8 when not given."),
+                       "windows-1252; found when not given."),
         QStringLiteral("name"));
     return option;
 }
@@ -73,8 +90,8 @@ void describe(QCommandLineParser& parser)
                        "told on standard error, by file and line.\n"
                        "Exit status: 0 all was read, 1 an input failed, 2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions(
-        { formatOption(), valuesOption(), outputOption(), decimalsOption(), encodingOption() });
+    parser.addOptions({ formatOption(), valuesOption(), outputOption(), rulesOption(),
+        languageOption(), decimalsOption(), encodingOption() });
     parser.addPositionalArgument(QStringLiteral("dictionary"),
         QStringLiteral("CSPro dictionary file (.dcf)."), QStringLiteral("DICTIONARY..."));
 }
@@ -115,6 +132,38 @@ bool isSameFile(const QString& first, const QString& second)
 }
 
 // Null when the options make sense, else what is wrong with them.
+QString readDictionaryOptions(const QCommandLineParser& parser, DictionaryOptions& options)
+{
+    const QString rules = parser.value(rulesOption());
+    options.asWritten = rules == QLatin1String("written");
+    if (!options.asWritten && rules != QLatin1String("established"))
+        return QStringLiteral("--rules takes written or established, not '%1'").arg(rules);
+    const QString decimals
+        = parser.isSet(decimalsOption()) ? parser.value(decimalsOption()) : QString();
+    if (!readDecimals(decimals, options.decimals))
+        return QStringLiteral("--decimals takes yes, no or ask, not '%1'").arg(decimals);
+    options.language = parser.value(languageOption());
+    options.encoding = parser.value(encodingOption()).toLatin1();
+    if (parser.isSet(encodingOption()) && !QTextCodec::codecForName(options.encoding)) {
+        return QStringLiteral("unknown encoding '%1'; names are for example UTF-8, windows-1252, "
+                              "ISO-8859-1 and UTF-16")
+            .arg(parser.value(encodingOption()));
+    }
+    return QString();
+}
+
+QString readOutput(const QCommandLineParser& parser, FieldsOptions& options)
+{
+    options.output = parser.value(outputOption());
+    if (parser.isSet(outputOption()) && options.output.isEmpty())
+        return QStringLiteral("--output needs the name of a file");
+    for (const QString& file : qAsConst(options.files)) {
+        if (isSameFile(options.output, file))
+            return QStringLiteral("--output %1 would replace an input").arg(options.output);
+    }
+    return QString();
+}
+
 QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
 {
     options.files = parser.positionalArguments();
@@ -123,26 +172,10 @@ QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
     const QString format = parser.value(formatOption());
     if (!readFormat(format, options.format.kind))
         return QStringLiteral("unknown format '%1'; give table, csv or json").arg(format);
-    const QString decimals =
-        parser.isSet(decimalsOption()) ? parser.value(decimalsOption()) : QString();
-    if (!readDecimals(decimals, options.dictionary.decimals))
-        return QStringLiteral("--decimals takes yes, no or ask, not '%1'").arg(decimals);
-    options.dictionary.encoding = parser.value(encodingOption()).toLatin1();
-    if (parser.isSet(encodingOption()) && !QTextCodec::codecForName(options.dictionary.encoding)) {
-        return QStringLiteral("unknown encoding '%1'; names are for example UTF-8, windows-1252, "
-                              "ISO-8859-1 and UTF-16")
-            .arg(parser.value(encodingOption()));
-    }
-    options.output = parser.value(outputOption());
-    if (parser.isSet(outputOption()) && options.output.isEmpty())
-        return QStringLiteral("--output needs the name of a file");
-    for (const QString& file : qAsConst(options.files)) {
-        if (isSameFile(options.output, file))
-            return QStringLiteral("--output %1 would replace an input").arg(options.output);
-    }
     options.format.withValues = parser.isSet(valuesOption());
     options.format.width = Console::tableWidth();
-    return QString();
+    const QString mistake = readDictionaryOptions(parser, options.dictionary);
+    return mistake.isNull() ? readOutput(parser, options) : mistake;
 }
 
 int listFiles(const FieldsOptions& options)

@@ -171,7 +171,7 @@ QString TextTable::toText(int width) const
             for (const QString& detail : row.details) {
                 const QStringList parts = wrapped(detail, width - Indent);
                 for (const QString& part : parts)
-                    text += padding(Indent) + part + QLatin1Char('\n');
+                    text += withoutTrailingBlanks(padding(Indent) + part) + QLatin1Char('\n');
             }
         }
     }

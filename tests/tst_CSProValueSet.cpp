@@ -225,6 +225,7 @@ private slots:
 
     void isNumeric2_data();
     void isNumeric2();
+    void isNumeric2IsToInt();
     void isDecimal_data();
     void isDecimal();
     void isDecimalIsTheExpression();
@@ -280,6 +281,7 @@ private slots:
     void theSetOfAnItem();
     void occurrencesShareTheirSet();
     void theFirstItemOfTheFileGivesItsSetToItsLastOccurrence();
+    void onlyOccurrencesInARowShareTheirSet();
     void aSecondSetIsPassedOver_data();
     void aSecondSetIsPassedOver();
     void aSetBeforeAnyItem();
@@ -424,6 +426,32 @@ void tst_CSProValueSet::isNumeric2()
     QFETCH(QString, text);
     QFETCH(bool, result);
     QCOMPARE(IsNumeric2(text), result);
+}
+
+void tst_CSProValueSet::isNumeric2IsToInt()
+{
+    const QString letters =
+        QStringLiteral("01234567890123456789+-. ,ea\t\n\u0663\u00a0\u2212\uff15\u0000'xX");
+    QRandomGenerator random(21);
+    int integers = 0;
+    for (int i = 0; i < 50'000; ++i) {
+        const int alphabet = random.bounded(2) == 0 ? 22 : letters.size();
+        QString text;
+        for (int size = random.bounded(13); size > 0; --size)
+            text += letters.at(random.bounded(alphabet));
+        bool wanted = false;
+        const int number = text.toInt(&wanted, 10);
+        QVERIFY2(IsNumeric2(text) == wanted, qPrintable(text));
+        integers += wanted ? 1 : 0;
+
+        TValueSetItem entry;
+        TValueSetItem one;
+        entry.code = text;
+        one.code = QStringLiteral("1");
+        QCOMPARE(CompareCodesNumeric(&entry, &one), !wanted || number < 1);
+        QCOMPARE(CompareCodesNumeric(&one, &entry), !wanted || 1 < number);
+    }
+    QVERIFY(integers > 1000);
 }
 
 void tst_CSProValueSet::isDecimal_data()
@@ -745,6 +773,7 @@ void tst_CSProValueSet::sortsNumbersAsStdSort()
     QFETCH(int, odd);
     QRandomGenerator random(static_cast<quint32>(differentCodes + odd));
     const QStringList oddCodes { "x", "", "1.5", "9999999999", "null" };
+    const QStringList forms { "%1", "%1", "%1", "%1", " %1", "%1 ", "\t%1" };
     int compared = 0;
     int comparedLong = 0;
     for (int turn = 0; turn < 400; ++turn) {
@@ -752,7 +781,8 @@ void tst_CSProValueSet::sortsNumbersAsStdSort()
         OwnedValueSet set;
         for (int i = 0; i < size; ++i) {
             if (random.bounded(100) >= odd) {
-                set.add(QString::number(random.bounded(differentCodes) - differentCodes / 2));
+                const int number = random.bounded(differentCodes) - differentCodes / 2;
+                set.add(forms.at(random.bounded(forms.size())).arg(number));
                 continue;
             }
             const QString code = oddCodes.at(random.bounded(oddCodes.size()));
@@ -776,7 +806,7 @@ void tst_CSProValueSet::sortsNumbersAsStdSort()
     }
     if (odd == 0)
         QCOMPARE(compared, 400);
-    QVERIFY2(comparedLong > 20, qPrintable(QString::number(comparedLong)));
+    QVERIFY2(comparedLong > 10, qPrintable(QString::number(comparedLong)));
 }
 
 void tst_CSProValueSet::sortsFewTextsIntoTheirReverse_data()
@@ -1403,6 +1433,19 @@ void tst_CSProValueSet::theFirstItemOfTheFileGivesItsSetToItsLastOccurrence()
     QVERIFY(!parser.getItem(0)->getHasValueSet());
     QVERIFY(!parser.getItem(1)->getHasValueSet());
     QVERIFY(parser.getItem(2)->getHasValueSet());
+}
+
+// The walk from the last item back ends at the first one that is no occurrence.
+void tst_CSProValueSet::onlyOccurrencesInARowShareTheirSet()
+{
+    TCSPro parser;
+    parse(parser, "[Item]\nName=A\n[Item]\nName=B\n[Item]\nName=C\n[Item]\nName=D\nOccurrences=2");
+    parser.getItem(1)->firstOccurrenceIndex = parser.lastItem->firstOccurrenceIndex;
+    parse(parser, "[ValueSet]\nName=V\nValue=1;a");
+    QList<bool> described;
+    for (const TCSProItem* item : qAsConst(*parser.items))
+        described.append(item->getHasValueSet());
+    QCOMPARE(described, (QList<bool> { false, false, false, true, true }));
 }
 
 void tst_CSProValueSet::aSecondSetIsPassedOver_data()

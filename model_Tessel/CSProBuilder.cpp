@@ -1,0 +1,368 @@
+#include <model_Tessel/CSProBuilder_p.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+
+// The format ends at 32,000 columns a record, so no dictionary comes near; a larger number of
+// occurrences is a damaged file, which must not fill the memory.
+constexpr int MaxItems = 500'000;
+
+// The first code of a value set that isWanted accepts; null when there is none.
+template <typename Predicate> QString firstCode(const TCSProValueSet& valueSet, Predicate isWanted)
+{
+    for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        if (entry->special)
+            continue;
+        if (isWanted(entry->code))
+            return entry->code;
+        if (!entry->highCode.isNull() && isWanted(entry->highCode))
+            return entry->highCode;
+    }
+    return QString();
+}
+
+bool isNoInteger(const QString& code)
+{
+    return !IsNumeric2(code);
+}
+
+bool isNoNumber(const QString& code)
+{
+    if (IsNumeric2(code))
+        return false;
+    bool isNumber = false;
+    code.toDouble(&isNumber);
+    return !isNumber;
+}
+
+QString TCSProItem::*specialCode(int type)
+{
+    switch (type) {
+    case 1:
+        return &TCSProItem::missingCode;
+    case 2:
+        return &TCSProItem::notApplicableCode;
+    case 3:
+        return &TCSProItem::refusedCode;
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+void CSProBuilder::DropItem::operator()(TCSProItem* item) const
+{
+    delete item->valueSets;
+    delete item;
+}
+
+void CSProBuilder::DropValueSet::operator()(TCSProValueSet* valueSet) const
+{
+    if (!valueSet->linkedSet)
+        qDeleteAll(*valueSet->items);
+    delete valueSet->items;
+    delete valueSet;
+}
+
+CSProBuilder::CSProBuilder(TCSPro& dictionary)
+    : m_dictionary(dictionary)
+{
+}
+
+const CSProReadingRules& CSProBuilder::rules() const
+{
+    return m_dictionary.m_rules;
+}
+
+void CSProBuilder::setNote(const QString& note)
+{
+    m_dictionary.m_note = note;
+}
+
+void CSProBuilder::addLanguage(const CSProLanguage& language)
+{
+    m_dictionary.m_languages.append(language);
+}
+
+void CSProBuilder::addLevel(const CSProLevel& level)
+{
+    m_dictionary.m_levels.append(level);
+}
+
+void CSProBuilder::addRelation(const CSProRelation& relation)
+{
+    m_dictionary.m_relations.append(relation);
+}
+
+void CSProBuilder::addRecord(std::unique_ptr<TCSProRecord> record)
+{
+    record->level = m_dictionary.m_levels.size();
+    m_dictionary.currentRecord = record.release();
+    const TCSProRecord& added = *m_dictionary.currentRecord;
+    m_dictionary.records->append(m_dictionary.currentRecord);
+    TCSProRecord*& ofValue = m_dictionary.recordsByValue[added.recordTypeValue];
+    if (ofValue)
+        note(Kind::RecordTypeRepeated, added.sourceLine, added.name, added.recordTypeValue);
+    ofValue = m_dictionary.currentRecord;
+}
+
+void CSProBuilder::useCommonRecord()
+{
+    m_dictionary.currentRecord = m_dictionary.commonRecord;
+}
+
+void CSProBuilder::addItem(ItemPointer item)
+{
+    item->dictionaryName = item->name;
+    item->level = m_dictionary.m_levels.size();
+    if (item->len <= 0)
+        note(Kind::ItemWithoutLength, item->sourceLine, item->name, QString::number(item->len));
+    if (item->occurrences < 1) {
+        note(Kind::ItemDropped, item->sourceLine, item->name, QString::number(item->occurrences));
+        return;
+    }
+    if (rules().structure && item->isSubItem != 0 && !hasParent())
+        note(Kind::SubItemWithoutParent, item->sourceLine, item->name);
+    const bool isRepeatedWithParent =
+        rules().repeatedSubItems && item->isSubItem != 0 && hasParent();
+    const int parents = isRepeatedWithParent ? m_parentCount : 1;
+    const qint64 total = qint64(item->occurrences) * parents;
+    if (total > MaxItems - m_dictionary.items->size()) {
+        note(Kind::TooManyItems, item->sourceLine, item->name, QString::number(MaxItems));
+        throw std::length_error("too many items in a dictionary");
+    }
+
+    const int start = m_dictionary.items->size();
+    const bool isSubItem = item->isSubItem != 0;
+    if (total == 1) {
+        if (rules().structure && isSubItem && hasParent())
+            item->parent = m_dictionary.items->at(m_parentStart);
+        appendItem(item.release());
+    } else {
+        appendOccurrences(*item, parents);
+    }
+    m_groupStart = start;
+    if (!isSubItem) {
+        m_parentRecord = m_dictionary.currentRecord;
+        m_parentStart = start;
+        m_parentCount = m_dictionary.items->size() - start;
+    }
+}
+
+bool CSProBuilder::hasParent() const
+{
+    return m_parentRecord && m_parentRecord == m_dictionary.currentRecord;
+}
+
+void CSProBuilder::appendItem(TCSProItem* item)
+{
+    item->record = m_dictionary.currentRecord;
+    m_dictionary.currentRecord->addItem(item);
+    m_dictionary.lastItem = item;
+    m_dictionary.items->append(item);
+}
+
+void CSProBuilder::appendOccurrences(const TCSProItem& item, int parents)
+{
+    const int firstIndex = m_dictionary.items->size();
+    for (int ofParent = 1; ofParent <= parents; ++ofParent) {
+        for (int number = 1; number <= item.occurrences; ++number) {
+            TCSProItem* copy = makeOccurrence(item, ofParent, number);
+            copy->firstOccurrenceIndex = firstIndex;
+            if (rules().structure && item.isSubItem != 0 && hasParent()) {
+                const int parent = parents > 1 ? ofParent - 1 : 0;
+                copy->parent = m_dictionary.items->at(m_parentStart + parent);
+            }
+            appendItem(copy);
+        }
+    }
+}
+
+// With several parents a subitem stands at the same place in each.
+TCSProItem* CSProBuilder::makeOccurrence(const TCSProItem& item, int ofParent, int number) const
+{
+    auto* copy = new TCSProItem;
+    copy->label = item.label;
+    copy->len = item.len;
+    copy->isAlpha = item.isAlpha;
+    copy->isSubItem = item.isSubItem;
+    copy->decimal = item.decimal;
+    copy->hasDecimalChar = item.hasDecimalChar;
+    copy->dictionaryName = item.dictionaryName;
+    copy->sourceLine = item.sourceLine;
+    copy->level = item.level;
+    copy->note = item.note;
+    copy->contentType = item.contentType;
+    copy->occurrenceLabels = item.occurrenceLabels;
+
+    qint64 start = item.start + qint64(number - 1) * item.len;
+    if (ofParent > 1)
+        start += qint64(ofParent - 1) * m_dictionary.items->at(m_parentStart)->len;
+    copy->start = static_cast<int>(start);
+
+    copy->occurrence = (ofParent - 1) * item.occurrences + number;
+    if (!rules().occurrenceNumbers) {
+        // Kept: zero fill stays behind, and the suffix is the character whose code is the number.
+        copy->name = item.name + QLatin1Char('_') + QChar(static_cast<ushort>(copy->occurrence));
+        return copy;
+    }
+    copy->isZeroFill = item.isZeroFill;
+    copy->name = item.name;
+    const bool isRepeatedWithParent =
+        m_parentCount > 1 && rules().repeatedSubItems && item.isSubItem != 0 && hasParent();
+    if (isRepeatedWithParent)
+        copy->name += QLatin1Char('_') + QString::number(ofParent);
+    if (!isRepeatedWithParent || item.occurrences > 1)
+        copy->name += QLatin1Char('_') + QString::number(number);
+    if (isRepeatedWithParent && item.occurrences == 1) {
+        copy->occurrenceLabel =
+            m_dictionary.items->at(m_parentStart + ofParent - 1)->occurrenceLabel;
+    } else {
+        copy->occurrenceLabel = item.occurrenceLabels.value(number - 1);
+    }
+    return copy;
+}
+
+// Kept: without the rule an item has its first value set alone.
+bool CSProBuilder::ignoresValueSets() const
+{
+    return !rules().allValueSets && m_dictionary.lastItem
+        && m_dictionary.lastItem->getHasValueSet();
+}
+
+void CSProBuilder::addValueSet(ValueSetPointer valueSet)
+{
+    if (rules().structure)
+        shareLinkedValues(*valueSet);
+    if (!valueSet->linkedSet && !acceptsCodes(*valueSet))
+        return;
+    if (!rules().writtenOrder)
+        valueSet->sortItems();
+    if (!m_dictionary.lastItem) {
+        noteValueSet(Kind::ValueSetWithoutItem, valueSet->sourceLine, valueSet->name);
+        return;
+    }
+    TCSProValueSet* attached = valueSet.release();
+    if (!attached->link.isEmpty() && !attached->linkedSet && !m_links.contains(attached->link))
+        m_links.insert(attached->link, attached);
+    attach(attached);
+    if (rules().specials)
+        takeSpecialCodes(*attached);
+}
+
+// Only the first set of a link has values; the others take them over.
+void CSProBuilder::shareLinkedValues(TCSProValueSet& valueSet)
+{
+    if (valueSet.link.isEmpty() || !valueSet.items->isEmpty())
+        return;
+    valueSet.linkedSet = m_links.value(valueSet.link);
+    if (valueSet.linkedSet)
+        *valueSet.items = *valueSet.linkedSet->items;
+    else
+        noteValueSet(Kind::LinkWithoutValues, valueSet.sourceLine, valueSet.name, valueSet.link);
+}
+
+// False when the value set is to be dropped.
+bool CSProBuilder::acceptsCodes(TCSProValueSet& valueSet)
+{
+    if (rules().keptValueSets) {
+        const QString code = valueSet.isNumeric ? firstCode(valueSet, isNoNumber) : QString();
+        if (!code.isNull())
+            noteValueSet(Kind::CodeNotANumber, valueSet.sourceLine, valueSet.name, code);
+        return true;
+    }
+    const bool mayBeDecimal =
+        rules().decimalCodes && m_dictionary.lastItem && m_dictionary.lastItem->decimal > 0;
+    if (!mayBeDecimal && !valueSet.validateItems(0) && !settleDecimalCodes(valueSet))
+        return false;
+    const QString code = valueSet.isNumeric
+        ? firstCode(valueSet, mayBeDecimal ? isNoNumber : isNoInteger)
+        : QString();
+    if (code.isNull())
+        return true;
+    noteValueSet(Kind::CodesNotInteger, valueSet.sourceLine, valueSet.name, code);
+    return false;
+}
+
+// False when the value set is to be dropped.
+bool CSProBuilder::settleDecimalCodes(TCSProValueSet& valueSet)
+{
+    CSProProblem& problem = m_dictionary.m_decimalCase;
+    const TCSProItem* item = m_dictionary.lastItem;
+    problem = { Kind::DecimalCodesDropped, valueSet.sourceLine,
+        item ? item->dictionaryName : QString(), valueSet.name, firstCode(valueSet, IsDecimal) };
+    m_dictionary.showMessageBoxDecimal(TCSPro::tr("<b>A decimal number was found</b>"),
+        TCSPro::tr("Would you like to convert it to an integer number?"), TCSPro::tr("Caution"),
+        QMessageBox::Question);
+    const int button = m_dictionary.decimalButton;
+    if (button == QMessageBox::YesToAll)
+        m_dictionary.decimalAnswer = 1;
+    else if (button == QMessageBox::NoToAll)
+        m_dictionary.decimalAnswer = 2;
+    const bool isConverted = button == QMessageBox::Yes || button == QMessageBox::YesToAll;
+    const bool isDropped = button == QMessageBox::No || button == QMessageBox::NoToAll;
+    if (isConverted) {
+        valueSet.itemsAsNumberZero();
+        problem.kind = Kind::DecimalCodesConverted;
+    }
+    if (isConverted || isDropped)
+        m_dictionary.m_problems.append(problem);
+    return !isDropped;
+}
+
+void CSProBuilder::attach(TCSProValueSet* valueSet)
+{
+    QList<TCSProItem*>& items = *m_dictionary.items;
+    TCSProItem* last = m_dictionary.lastItem;
+    if (rules().allValueSets) {
+        last->valueSets->append(valueSet);
+        for (int i = m_groupStart; i < items.size() - 1; ++i)
+            *items.at(i)->valueSets = *last->valueSets; // shares the list's one allocation
+        return;
+    }
+    last->addValueSet(valueSet);
+    if (last->firstOccurrenceIndex == 0) {
+        // Kept: when the file's first item is repeated, its last occurrence alone gets the set.
+        if (last->occurrence > 1)
+            noteValueSet(Kind::ValueSetOnLastOccurrence, valueSet->sourceLine, valueSet->name);
+        return;
+    }
+    for (int i = items.size() - 1; i >= 0; --i) {
+        TCSProItem* item = items.at(i);
+        if (item->firstOccurrenceIndex != last->firstOccurrenceIndex)
+            break;
+        if (!item->getHasValueSet())
+            *item->valueSets = *last->valueSets;
+    }
+}
+
+void CSProBuilder::takeSpecialCodes(const TCSProValueSet& valueSet)
+{
+    const QList<TCSProItem*>& items = *m_dictionary.items;
+    for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        const auto code = entry->special ? specialCode(entry->type) : nullptr;
+        if (!code)
+            continue;
+        for (int i = m_groupStart; i < items.size(); ++i) {
+            TCSProItem* item = items.at(i);
+            if ((item->*code).isEmpty())
+                item->*code = entry->code;
+        }
+    }
+}
+
+void CSProBuilder::note(Kind kind, int line, const QString& name, const QString& text)
+{
+    m_dictionary.m_problems.append({ kind, line, name, QString(), text });
+}
+
+void CSProBuilder::noteValueSet(Kind kind, int line, const QString& valueSet, const QString& text)
+{
+    const TCSProItem* item = m_dictionary.lastItem;
+    m_dictionary.m_problems.append(
+        { kind, line, item ? item->dictionaryName : QString(), valueSet, text });
+}

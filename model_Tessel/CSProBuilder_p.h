@@ -1,0 +1,68 @@
+#pragma once
+
+#include <model_Tessel/CSPro.h>
+#include <model_Tessel/CSProValueSet.h>
+
+#include <QHash>
+
+#include <memory>
+
+/*
+ * Puts what a reader found into the model of a TCSPro, as the reading rules say. Both forms of a
+ * dictionary, text and JSON, are filled into the same objects and handed in here.
+ */
+class CSProBuilder {
+public:
+    using Kind = CSProProblem::Kind;
+
+    // Objects that were not handed out go with what they hold; others belong to the hosts.
+    struct DropItem {
+        void operator()(TCSProItem* item) const;
+    };
+    struct DropValueSet {
+        void operator()(TCSProValueSet* valueSet) const;
+    };
+    using ItemPointer = std::unique_ptr<TCSProItem, DropItem>;
+    using ValueSetPointer = std::unique_ptr<TCSProValueSet, DropValueSet>;
+
+    explicit CSProBuilder(TCSPro& dictionary);
+
+    const CSProReadingRules& rules() const;
+
+    void setNote(const QString& note);
+    void addLanguage(const CSProLanguage& language);
+    void addLevel(const CSProLevel& level);
+    void addRelation(const CSProRelation& relation);
+    void addRecord(std::unique_ptr<TCSProRecord> record);
+    // Items that follow belong to the common record.
+    void useCommonRecord();
+    // One item, or all of its occurrences.
+    void addItem(ItemPointer item);
+    // For the item added last.
+    void addValueSet(ValueSetPointer valueSet);
+    // True when the next value set would be ignored, so need not be read.
+    bool ignoresValueSets() const;
+
+    void note(Kind kind, int line, const QString& name, const QString& text = QString());
+    void noteValueSet(
+        Kind kind, int line, const QString& valueSet, const QString& text = QString());
+
+private:
+    void appendItem(TCSProItem* item);
+    void appendOccurrences(const TCSProItem& item, int parents);
+    TCSProItem* makeOccurrence(const TCSProItem& item, int ofParent, int number) const;
+    bool hasParent() const;
+    bool acceptsCodes(TCSProValueSet& valueSet);
+    bool settleDecimalCodes(TCSProValueSet& valueSet);
+    void shareLinkedValues(TCSProValueSet& valueSet);
+    void attach(TCSProValueSet* valueSet);
+    void takeSpecialCodes(const TCSProValueSet& valueSet);
+
+    TCSPro& m_dictionary;
+    int m_groupStart = 0; // index of the first field of the item added last
+    // The last item that is no subitem: its record, and its fields among all items.
+    TCSProRecord* m_parentRecord = nullptr;
+    int m_parentStart = 0;
+    int m_parentCount = 0;
+    QHash<QString, TCSProValueSet*> m_links; // first set with values of each link
+};

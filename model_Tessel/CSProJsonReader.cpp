@@ -1,0 +1,390 @@
+#include <model_Tessel/CSProJsonReader_p.h>
+
+#include <model_Tessel/CSProTextReader_p.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace {
+
+const char utf8Mark[] = "\xEF\xBB\xBF";
+
+constexpr int MostLabels = 32'000; // as many occurrences as a record has columns
+
+QByteArray withoutMark(const QByteArray& bytes)
+{
+    return bytes.startsWith(utf8Mark) ? bytes.mid(3) : bytes;
+}
+
+QString yesOrNo(bool value)
+{
+    return value ? QStringLiteral("Yes") : QStringLiteral("No");
+}
+
+bool isSubItem(const QJsonObject& item)
+{
+    return item.value(QLatin1String("subitem")).toBool();
+}
+
+} // namespace
+
+bool isJson(const QByteArray& bytes)
+{
+    return withoutMark(bytes.left(4096)).trimmed().startsWith('{');
+}
+
+CSProJsonReader::Step::Step(CSProJsonReader& reader, const QString& name)
+    : m_reader(reader)
+{
+    m_reader.m_path.append(name);
+}
+
+CSProJsonReader::Step::~Step()
+{
+    m_reader.m_path.removeLast();
+}
+
+CSProJsonReader::CSProJsonReader(TCSPro& dictionary, CSProBuilder& builder)
+    : m_dictionary(dictionary)
+    , m_builder(builder)
+{
+}
+
+void CSProJsonReader::read(const QByteArray& bytes, int& line)
+{
+    const QByteArray json = withoutMark(bytes);
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
+    if (error.error != QJsonParseError::NoError) {
+        line = json.left(error.offset).count('\n');
+        m_builder.note(Kind::InvalidJson, line + 1, QString(), error.errorString());
+        throw std::runtime_error("invalid JSON");
+    }
+    readRoot(document.object());
+}
+
+void CSProJsonReader::readRoot(const QJsonObject& root)
+{
+    noteUnknown(root,
+        { "software", "version", "fileType", "editable", "name", "aliases", "labels", "note",
+            "languages", "security", "readOptimization", "enableBinaryItems", "recordType",
+            "defaults", "relativePositions", "levels", "relations" });
+    forEachObject(root, "languages", [&](const QJsonObject& language) {
+        m_languages.append(text(language, "name"));
+        m_builder.addLanguage({ m_languages.constLast(), text(language, "label") });
+    });
+    m_dictionary.version = text(root, "software") + QLatin1Char(' ')
+        + QString::number(root.value(QLatin1String("version")).toDouble(), 'f', 1);
+    m_dictionary.name = text(root, "name");
+    m_dictionary.label = labels(root);
+    m_builder.setNote(text(root, "note"));
+    const QJsonObject recordType = object(root, "recordType");
+    m_dictionary.recordTypeStart = number(recordType, "start", 0);
+    m_dictionary.recordTypeLen = number(recordType, "length", 0);
+    const QJsonObject defaults = object(root, "defaults");
+    m_zeroFill = flag(defaults, "zeroFill", false);
+    m_dictionary.zeroFill = yesOrNo(m_zeroFill);
+    m_dictionary.decimalChar = yesOrNo(flag(defaults, "decimalMark", false));
+    m_isRelative = flag(root, "relativePositions", true);
+    m_dictionary.positions = m_isRelative ? QStringLiteral("Relative") : QStringLiteral("Absolute");
+    m_firstColumn = lastFixedColumn(root) + 1;
+
+    forEachObject(root, "levels", [&](const QJsonObject& level) { readLevel(level); });
+    forEachObject(root, "relations", [&](const QJsonObject& relation) { readRelation(relation); });
+}
+
+// The last column that the record type and the identification items of all levels use.
+int CSProJsonReader::lastFixedColumn(const QJsonObject& root)
+{
+    int last = m_dictionary.recordTypeLen > 0
+        ? m_dictionary.recordTypeStart + m_dictionary.recordTypeLen - 1
+        : 0;
+    for (const QJsonValue level : root.value(QLatin1String("levels")).toArray()) {
+        const QJsonObject ids = level.toObject().value(QLatin1String("ids")).toObject();
+        for (const QJsonValue value : ids.value(QLatin1String("items")).toArray()) {
+            const QJsonObject item = value.toObject();
+            if (isSubItem(item))
+                continue;
+            const int start = item.value(QLatin1String("start")).toInt();
+            const int length = item.value(QLatin1String("length")).toInt();
+            last = std::max(last, start + length - 1);
+        }
+    }
+    return last;
+}
+
+void CSProJsonReader::readLevel(const QJsonObject& level)
+{
+    const Step step(*this, text(level, "name"));
+    noteUnknown(level, { "name", "aliases", "labels", "note", "ids", "records" });
+    m_builder.addLevel({ text(level, "name"), labels(level), text(level, "note") });
+    m_builder.useCommonRecord();
+    readItems(array(object(level, "ids"), "items"));
+    forEachObject(level, "records", [&](const QJsonObject& record) { readRecord(record); });
+}
+
+void CSProJsonReader::readRecord(const QJsonObject& object)
+{
+    const Step step(*this, text(object, "name"));
+    noteUnknown(
+        object, { "name", "aliases", "labels", "note", "recordType", "occurrences", "items" });
+    auto record = std::make_unique<TCSProRecord>();
+    record->name = text(object, "name");
+    record->label = labels(object);
+    record->note = text(object, "note");
+    record->recordTypeValue = text(object, "recordType");
+    const QJsonObject occurrences = this->object(object, "occurrences");
+    record->required = yesOrNo(flag(occurrences, "required", true));
+    record->maxRecords = number(occurrences, "maximum", 1);
+    record->occurrenceLabels = occurrenceLabels(occurrences);
+    TCSProRecord* added = record.get();
+    m_builder.addRecord(std::move(record));
+    m_nextColumn = m_firstColumn;
+    readItems(array(object, "items"));
+    const int first = m_dictionary.items->size() - 1;
+    for (int i = first; i >= 0 && m_dictionary.items->at(i)->record == added; --i) {
+        const TCSProItem* item = m_dictionary.items->at(i);
+        added->recordLen = std::max(added->recordLen, item->start + item->len - 1);
+    }
+    added->recordLen = std::max(added->recordLen, m_firstColumn - 1);
+}
+
+void CSProJsonReader::readItems(const QJsonArray& items)
+{
+    for (const QJsonValue item : items) {
+        if (item.isObject())
+            readItem(item.toObject());
+        else
+            noteType("items");
+    }
+}
+
+void CSProJsonReader::readItem(const QJsonObject& object)
+{
+    const Step step(*this, text(object, "name"));
+    noteUnknown(object,
+        { "name", "aliases", "labels", "note", "contentType", "start", "length", "subitem",
+            "subitemOffset", "decimals", "decimalMark", "zeroFill", "occurrences", "capture",
+            "valueSets" });
+    CSProBuilder::ItemPointer item(new TCSProItem);
+    item->name = text(object, "name");
+    item->label = labels(object);
+    item->note = text(object, "note");
+    const QString contentType = text(object, "contentType").toLower();
+    const bool isNumeric = contentType == QLatin1String("numeric");
+    item->isAlpha = isNumeric ? 0 : 1;
+    if (!isNumeric && contentType != QLatin1String("alpha"))
+        item->contentType = contentType;
+    item->isSubItem = flag(object, "subitem", false) ? 1 : 0;
+    item->len = number(object, "length", 0);
+    item->decimal = number(object, "decimals", 0);
+    item->hasDecimalChar = flag(object, "decimalMark", false);
+    item->isZeroFill = isNumeric && flag(object, "zeroFill", m_zeroFill);
+    const QJsonObject occurrences = this->object(object, "occurrences");
+    item->occurrences = number(occurrences, "maximum", 1);
+    item->occurrenceLabels = occurrenceLabels(occurrences);
+    placeItem(object, *item);
+    m_itemLength = item->len;
+    m_itemIsAlpha = !isNumeric;
+    m_dictionary.lastItemNumeric = isNumeric;
+    m_builder.addItem(std::move(item));
+    forEachObject(
+        object, "valueSets", [&](const QJsonObject& valueSet) { readValueSet(valueSet); });
+}
+
+// With relative positions each item begins behind the one before it, and a subitem in its parent.
+void CSProJsonReader::placeItem(const QJsonObject& object, TCSProItem& item)
+{
+    const bool hasStart = object.contains(QLatin1String("start"));
+    if (item.isSubItem != 0) {
+        const qint64 offset = number(object, "subitemOffset", 0);
+        item.start = static_cast<int>(m_parentStart + offset);
+        if (hasStart)
+            item.start = number(object, "start", item.start);
+        return;
+    }
+    item.start = hasStart ? number(object, "start", m_nextColumn) : m_nextColumn;
+    m_parentStart = item.start;
+    m_nextColumn = static_cast<int>(item.start + qint64(item.len) * item.occurrences);
+}
+
+void CSProJsonReader::readValueSet(const QJsonObject& object)
+{
+    const Step step(*this, text(object, "name"));
+    noteUnknown(object, { "name", "aliases", "labels", "note", "link", "values" });
+    CSProBuilder::ValueSetPointer valueSet(new TCSProValueSet);
+    valueSet->name = text(object, "name");
+    valueSet->label = labels(object);
+    valueSet->note = text(object, "note");
+    valueSet->link = text(object, "link");
+    valueSet->isNumeric = m_dictionary.lastItemNumeric;
+    int number = 0;
+    forEachObject(
+        object, "values", [&](const QJsonObject& value) { readValue(value, ++number, *valueSet); });
+    m_builder.addValueSet(std::move(valueSet));
+}
+
+void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProValueSet& valueSet)
+{
+    noteUnknown(object, { "labels", "pairs", "special", "note", "image", "textColor" });
+    const QString special = text(object, "special");
+    const int type = csproSpecialType(special);
+    if (!special.isEmpty() && type == 0)
+        m_builder.noteValueSet(Kind::UnknownSpecial, 0, valueSet.name, special);
+    const QString label = labels(object);
+    const QString note = text(object, "note");
+    const QString image = text(object, "image");
+    const QString textColor = text(object, "textColor");
+    forEachObject(object, "pairs", [&](const QJsonObject& pair) {
+        noteUnknown(pair, { "value", "range" });
+        auto entry = std::make_unique<TValueSetItem>();
+        const QJsonArray range = array(pair, "range");
+        if (range.size() == 2) {
+            entry->code = range.at(0).toString();
+            entry->highCode = range.at(1).toString();
+        } else {
+            entry->code = text(pair, "value");
+        }
+        // The data have a special code as wide as the item; here it stands without trailing blanks.
+        if (type != 0 && (m_itemIsAlpha || entry->code.isEmpty()))
+            entry->code = entry->code.leftJustified(std::min(m_itemLength, MostLabels));
+        entry->label = label;
+        entry->type = type;
+        entry->special = type != 0;
+        entry->valueNumber = number;
+        entry->note = note;
+        entry->image = image;
+        entry->textColor = textColor;
+        valueSet.addItem(entry.release());
+    });
+}
+
+void CSProJsonReader::readRelation(const QJsonObject& object)
+{
+    const Step step(*this, text(object, "name"));
+    noteUnknown(object, { "name", "primary", "links" });
+    const auto link = [this](const QJsonObject& parent, const char* name) {
+        const QString item = text(parent, name);
+        return item == QLatin1String("(occurrence)") ? QString() : item;
+    };
+    CSProRelation relation { text(object, "name"), text(object, "primary"), {} };
+    forEachObject(object, "links", [&](const QJsonObject& entry) {
+        noteUnknown(entry, { "primaryLink", "secondary", "secondaryLink" });
+        relation.links.append(
+            { link(entry, "primaryLink"), text(entry, "secondary"), link(entry, "secondaryLink") });
+    });
+    m_builder.addRelation(relation);
+}
+
+// The texts of all languages joined by "|", as the text form has them.
+QString CSProJsonReader::labels(const QJsonObject& object)
+{
+    QStringList texts;
+    forEachObject(object, "labels", [&](const QJsonObject& label) {
+        const int language =
+            std::max(0, m_languages.indexOf(label.value(QLatin1String("language")).toString()));
+        while (texts.size() <= language)
+            texts.append(QString());
+        texts[language] = text(label, "text");
+    });
+    return texts.join(QLatin1Char('|'));
+}
+
+QVector<QString> CSProJsonReader::occurrenceLabels(const QJsonObject& occurrences)
+{
+    QVector<QString> texts;
+    forEachObject(occurrences, "labels", [&](const QJsonObject& label) {
+        const int occurrence = number(label, "occurrence", 0);
+        if (occurrence < 1 || occurrence > MostLabels)
+            return noteType("occurrence");
+        if (texts.size() < occurrence)
+            texts.resize(occurrence);
+        texts[occurrence - 1] = labels(label);
+    });
+    return texts;
+}
+
+QJsonValue CSProJsonReader::member(const QJsonObject& object, const char* name)
+{
+    return object.value(QLatin1String(name));
+}
+
+QString CSProJsonReader::text(const QJsonObject& object, const char* name)
+{
+    const QJsonValue value = member(object, name);
+    if (!value.isString() && !value.isUndefined())
+        noteType(name);
+    return value.toString();
+}
+
+int CSProJsonReader::number(const QJsonObject& object, const char* name, int defaultValue)
+{
+    const QJsonValue value = member(object, name);
+    if (value.isUndefined())
+        return defaultValue;
+    constexpr int unset = -1;
+    if (!value.isDouble() || (value.toInt(unset) == unset && value.toDouble() != unset)) {
+        noteType(name);
+        return defaultValue;
+    }
+    return value.toInt();
+}
+
+bool CSProJsonReader::flag(const QJsonObject& object, const char* name, bool defaultValue)
+{
+    const QJsonValue value = member(object, name);
+    if (!value.isBool() && !value.isUndefined())
+        noteType(name);
+    return value.toBool(defaultValue);
+}
+
+QJsonObject CSProJsonReader::object(const QJsonObject& parent, const char* name)
+{
+    const QJsonValue value = member(parent, name);
+    if (!value.isObject() && !value.isUndefined())
+        noteType(name);
+    return value.toObject();
+}
+
+QJsonArray CSProJsonReader::array(const QJsonObject& parent, const char* name)
+{
+    const QJsonValue value = member(parent, name);
+    if (!value.isArray() && !value.isUndefined())
+        noteType(name);
+    return value.toArray();
+}
+
+template <typename Read>
+void CSProJsonReader::forEachObject(const QJsonObject& parent, const char* name, Read read)
+{
+    const QJsonArray elements = array(parent, name);
+    for (const QJsonValue element : elements) {
+        if (element.isObject())
+            read(element.toObject());
+        else
+            noteType(name);
+    }
+}
+
+void CSProJsonReader::noteType(const char* name)
+{
+    const QStringList path = m_path + QStringList(QLatin1String(name));
+    m_builder.note(
+        Kind::WrongJsonType, 0, m_path.value(m_path.size() - 1), path.join(QLatin1Char('/')));
+}
+
+void CSProJsonReader::noteUnknown(
+    const QJsonObject& object, std::initializer_list<const char*> known)
+{
+    for (auto entry = object.begin(); entry != object.end(); ++entry) {
+        const bool isKnown = std::any_of(known.begin(), known.end(),
+            [&](const char* name) { return entry.key() == QLatin1String(name); });
+        if (!isKnown) {
+            m_builder.note(Kind::UnknownKey, 0, m_path.join(QLatin1Char('/')), entry.key());
+        }
+    }
+}
