@@ -101,6 +101,17 @@ void parse(benchmark::State& state, const QString& path)
     state.SetBytesProcessed(int64_t(state.iterations()) * QFile(path).size());
 }
 
+void parseAsWritten(benchmark::State& state, const QString& path)
+{
+    for (auto _ : state) {
+        TCSPro parser;
+        parser.setReadingRules(CSProReadingRules::asWritten());
+        parser.loadFromFile(path);
+        benchmark::DoNotOptimize(parser.getItemsCount());
+    }
+    state.SetBytesProcessed(int64_t(state.iterations()) * QFile(path).size());
+}
+
 void import(benchmark::State& state, const QString& path)
 {
     for (auto _ : state) {
@@ -132,6 +143,7 @@ int main(int argc, char** argv)
         };
         inMilliseconds("/lines", readLines);
         inMilliseconds("/parse", parse);
+        inMilliseconds("/written", parseAsWritten);
         inMilliseconds("/import", import);
     }
     benchmark::Initialize(&argc, argv);

@@ -6,6 +6,7 @@
 
 #include <QLoggingCategory>
 #include <QSet>
+#include <QTemporaryFile>
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +15,7 @@ namespace {
 
 void tearDown(TCSProDataImport& importer)
 {
-    QSet<TCSProValueSet*> valueSets;
+    QSet<TCSProValueSet*> valueSets; // linked sets share the entries of another
     for (TCSProItem* item : qAsConst(*importer.dictionary->items)) {
         for (TCSProValueSet* valueSet : qAsConst(*item->valueSets))
             valueSets.insert(valueSet);
@@ -22,7 +23,8 @@ void tearDown(TCSProDataImport& importer)
         delete item;
     }
     for (TCSProValueSet* valueSet : qAsConst(valueSets)) {
-        qDeleteAll(*valueSet->items);
+        if (!valueSet->linkedSet)
+            qDeleteAll(*valueSet->items);
         delete valueSet->items;
         delete valueSet;
     }
@@ -46,17 +48,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }();
     Q_UNUSED(isQuiet)
 
-    const QString text =
-        QString::fromUtf8(reinterpret_cast<const char*>(data), static_cast<int>(size));
-    QStringList lines = text.split(QLatin1Char('\n'));
-    TCSProDataImport importer;
-    importer.dictionary = new TCSPro;
-    importer.dictionary->setDecimalQuestion([](const CSProProblem& problem) {
+    // The first byte chooses the rules, so that one corpus serves both.
+    const bool asWritten = size > 0 && data[0] != ' ';
+    QTemporaryFile file;
+    if (!file.open() || file.write(reinterpret_cast<const char*>(data), qint64(size)) < 0)
+        return 0;
+    file.close();
+    TCSProDataImport importer(file.fileName());
+    if (asWritten)
+        importer.setReadingRules(CSProReadingRules::asWritten());
+    importer.setDecimalQuestion([](const CSProProblem& problem) {
         return int(problem.line % 2 == 0 ? QMessageBox::Yes : QMessageBox::No);
     });
     try {
-        importer.dictionary->loadFromStr(&lines);
-        importer.copyDataFromDictionary();
+        importer.openFile();
     } catch (OxErrorManager* error) {
         delete error;
     }

@@ -886,6 +886,8 @@ private slots:
     void loadFromFileUsesTheLocaleCodec();
     void loadFromFileReadsTheLinesOfATextStream_data();
     void loadFromFileReadsTheLinesOfATextStream();
+    void partsOfAFileJoinWithoutATrace_data();
+    void partsOfAFileJoinWithoutATrace();
     void aMissingFileIsAnEmptyDictionary_data();
     void aMissingFileIsAnEmptyDictionary();
     void loadFromCSDBLoadsNothing();
@@ -1765,6 +1767,51 @@ void tst_CSPro::loadFromFileReadsTheLinesOfATextStream()
         }
         QCOMPARE(found.size(), wanted.size());
         QCOMPARE(problemTexts(parser), problemTexts(expected));
+    }
+}
+
+void tst_CSPro::partsOfAFileJoinWithoutATrace_data()
+{
+    QTest::addColumn<QByteArray>("codec");
+    QTest::addColumn<QString>("name");
+    row("two, three and four bytes", QByteArray("UTF-8"), QStringLiteral("\u00e9\u20ac\U0001F600"));
+    row("surrogates", QByteArray("UTF-16LE"), QStringLiteral("\u20ac\U0001F600\U0001F600"));
+    row("surrogates, big end first", QByteArray("UTF-16BE"), QStringLiteral("\U0001F600\u0d0a"));
+    row("bytes that look like a mark", QByteArray("ISO-8859-1"), QStringLiteral("\u00ff\u00fea"));
+    row("bytes that look like another mark", QByteArray("ISO-8859-1"),
+        QStringLiteral("\u00ef\u00bb\u00bfa"));
+}
+
+// A character, a line end or a mark across the border of two parts that are read one by one.
+void tst_CSPro::partsOfAFileJoinWithoutATrace()
+{
+    QFETCH(QByteArray, codec);
+    QFETCH(QString, name);
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("census.dcf")));
+    QTextCodec* textCodec = QTextCodec::codecForName(codec);
+    const auto encoded = [&](const QString& text) {
+        QTextCodec::ConverterState withoutMark(QTextCodec::IgnoreHeader);
+        return textCodec->fromUnicode(text.constData(), text.size(), &withoutMark);
+    };
+    const QByteArray head = encoded(QStringLiteral("\n[Item]\r\nName="));
+    const QByteArray rest = encoded(name + QStringLiteral("\r\nLen=2\r\n"));
+    const int unit = encoded(QStringLiteral("x")).size();
+    for (int border : { 4096, 16'384, 65'536 }) {
+        for (int shift = 0; shift <= rest.size(); shift += unit) {
+            const int before = border - shift - head.size();
+            const QByteArray bytes = encoded(QString(before / unit, 'x')) + head + rest;
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(bytes);
+            file.close();
+            TCSPro parser;
+            parser.setTextCodec(codec);
+            parser.loadFromFile(file.fileName());
+            QCOMPARE(parser.getItemsCount(), 1);
+            QCOMPARE(parser.getItem(0)->name, name);
+            QCOMPARE(parser.getItem(0)->len, 2);
+            QCOMPARE(parser.getItem(0)->sourceLine, 2);
+        }
     }
 }
 
