@@ -94,6 +94,10 @@ void TDataImport::initDataImport()
     getDataProviderType();
 }
 
+void TDataImport::registerIOFormat()
+{
+}
+
 void TDataImport::openDataImport()
 {
     delete fields;

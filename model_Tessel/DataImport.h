@@ -56,6 +56,8 @@ public:
     /*! Asks for the provider type and drops the answer; a hook of the constructors of subclasses.
      */
     void initDataImport();
+    /*! Does nothing; where an importer may register its format. */
+    void registerIOFormat();
     /*! Starts with a new empty list of fields and an empty index; the old fields stay alive. */
     void openDataImport();
     /*! True, always. */
