@@ -53,6 +53,12 @@ public:
     /*! Width of the record-type code; 0 here. */
     virtual int getRecordTypeSize();
 
+    /*!
+     * Appends a new source field for each field to \a list; the caller owns the source fields. A
+     * subclass that overrides the other overload keeps this one with a using-declaration.
+     */
+    void getDictionary(QList<TOxSourceField*>* list);
+
     /*! Asks for the provider type and drops the answer; a hook of the constructors of subclasses.
      */
     void initDataImport();

@@ -1,8 +1,9 @@
+#include "DebugLines.h"
+
 #include <model_Tessel/DataImport.h>
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/LoaderManager.h>
 
-#include <QDebug>
 #include <QLoggingCategory>
 #include <QtTest>
 
@@ -28,35 +29,6 @@ public:
     }
 };
 
-// The debug lines that are written during its life.
-class Log {
-public:
-    Log()
-        : m_previous(qInstallMessageHandler(record))
-    {
-        lines.clear();
-    }
-    ~Log()
-    {
-        qInstallMessageHandler(m_previous);
-    }
-
-    static QStringList lines;
-
-private:
-    Q_DISABLE_COPY(Log)
-
-    static void record(QtMsgType type, const QMessageLogContext& context, const QString& text)
-    {
-        if (type == QtDebugMsg && qstrcmp(context.category, "default") == 0)
-            lines.append(text);
-    }
-
-    QtMessageHandler m_previous;
-};
-
-QStringList Log::lines;
-
 std::unique_ptr<OxErrorManager> errorOf(const std::function<void()>& call)
 {
     try {
@@ -65,14 +37,6 @@ std::unique_ptr<OxErrorManager> errorOf(const std::function<void()>& call)
         return std::unique_ptr<OxErrorManager>(error);
     }
     return nullptr;
-}
-
-// A text as a debug line shows it.
-QString quoted(const QString& text)
-{
-    QString line;
-    QDebug(&line).nospace() << text;
-    return line;
 }
 
 } // namespace
@@ -266,7 +230,7 @@ void tst_LoaderManager::getDataClassLoaderFails()
     TLoaderManager* before = pLoaderManager;
     TDataProviderProperties properties;
     before->RegisterLoader(&properties);
-    const Log log;
+    const DebugLines debugLines;
     const auto error = errorOf([&] { GetDataClassLoader(name); });
     QVERIFY(error);
     QCOMPARE(error->className, QString("DataImport"));
@@ -282,7 +246,7 @@ void tst_LoaderManager::getDataClassLoaderForgetsTheNames()
 {
     TLoaderManager::InitDataClassLoader();
     pLoaderManager->formatNames->append("STATA");
-    const Log log;
+    const DebugLines debugLines;
     const auto error = errorOf([] { GetDataClassLoader("STATA"); });
     QVERIFY(error);
     QCOMPARE(error->code, 107);
@@ -291,7 +255,7 @@ void tst_LoaderManager::getDataClassLoaderForgetsTheNames()
 
 void tst_LoaderManager::getDataClassLoaderWorksWithoutRegistry()
 {
-    const Log log;
+    const DebugLines debugLines;
     const auto error = errorOf([] { GetDataClassLoader("CSPRO"); });
     QVERIFY(error);
     QCOMPARE(error->code, 107);
@@ -301,10 +265,10 @@ void tst_LoaderManager::getDataClassLoaderWorksWithoutRegistry()
 
 void tst_LoaderManager::getDataClassLoaderLogs()
 {
-    const Log log;
+    const DebugLines debugLines;
     const auto error = errorOf([] { GetDataClassLoader("CSPRO"); });
     QVERIFY(error);
-    QCOMPARE(Log::lines,
+    QCOMPARE(debugLines.lines(),
         QStringList({ "GetDataClassLoader - In", "GetDataClassLoader - 2 -1",
             "GetDataClassLoader - 4", quoted(error->getErrorMessage()) }));
 }
@@ -312,11 +276,11 @@ void tst_LoaderManager::getDataClassLoaderLogs()
 void tst_LoaderManager::getDataClassLoaderIsSilentWhenLoggingIsOff()
 {
     QLoggingCategory::setFilterRules("default.debug=false");
-    const Log log;
+    const DebugLines debugLines;
     const auto error = errorOf([] { GetDataClassLoader("CSPRO"); });
     QLoggingCategory::setFilterRules(QString());
     QVERIFY(error);
-    QCOMPARE(Log::lines, QStringList());
+    QCOMPARE(debugLines.lines(), QStringList());
 }
 
 void tst_LoaderManager::registerIOFormatDoesNothing()
