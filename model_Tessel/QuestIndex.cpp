@@ -38,9 +38,8 @@ QString TQuestIndex::getRecordString(const QString& type) const
 QString TQuestIndex::getRecordString(const QString& type, int n) const
 {
     for (int line = 0; line < countLines(); ++line) {
-        const QString value = getRecordValue(line);
-        if (value == type && n-- == 0)
-            return value;
+        if (getRecordValue(line) == type && n-- == 0)
+            return type;
     }
     return QLatin1String("");
 }
