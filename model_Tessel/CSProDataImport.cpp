@@ -5,6 +5,7 @@
 #include <model_Tessel/DebugLog_p.h>
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/Numbers_p.h>
+#include <model_Tessel/UtilStrings.h>
 
 #include <QStringBuilder>
 
@@ -322,7 +323,7 @@ void TCSProDataImport::getNotApplicable(TGenericField* field)
 
 QString TCSProDataImport::StringOfChar(char character, int count)
 {
-    return QString(std::max(count, 0), QLatin1Char(character));
+    return ::StringOfChar(character, count);
 }
 
 void TCSProDataImport::setTextCodec(const QByteArray& name)

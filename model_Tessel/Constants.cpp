@@ -6,6 +6,10 @@ const QString TypeNameString = QStringLiteral("STRING");
 const QString TypeNameReal = QStringLiteral("REAL");
 const QString TypeNameInteger = QStringLiteral("INTEGER");
 
+// Kept: the fourth name is spelt this way, so no SPSS source has a type of the list.
+const QStringList ProviderTypeNames = { QStringLiteral("NONE"), QStringLiteral("CSPRO"),
+    QStringLiteral("CSV"), QStringLiteral("SSPS"), QStringLiteral("STATA") };
+
 const QString TokenColon = QStringLiteral(":");
 const QString TokenComma = QStringLiteral(",");
 const QString TokenLineEnd = QStringLiteral("\r\n");
@@ -15,6 +19,35 @@ const QString TokenSpace = QStringLiteral(" ");
 const QString TokenTab = QStringLiteral("\t");
 const QString TokenUnderscore = QStringLiteral("_");
 const QString TokenYes = QStringLiteral("YES");
+
+const QString IconAbout = QStringLiteral(":/icons/res/icons/48px-About.png");
+const QString IconChecklist = QStringLiteral(":/icons/res/icons/48px-Checklist.png");
+const QString IconDictDatabase = QStringLiteral(":/icons/res/icons/48px-Dict-Database.png");
+const QString IconFileExisting = QStringLiteral(":/icons/res/icons/48px-File-existing.png");
+const QString IconFileGraphStyle = QStringLiteral(":/icons/res/icons/48px-File-graphstyle.png");
+const QString IconFileMaps = QStringLiteral(":/icons/res/icons/48px-File-maps.png");
+const QString IconFileNew = QStringLiteral(":/icons/res/icons/48px-File-new.png");
+const QString IconFilePrograms = QStringLiteral(":/icons/res/icons/48px-File-programs.png");
+const QString IconFileSelections = QStringLiteral(":/icons/res/icons/48px-File-selections.png");
+const QString IconFileTableStyle = QStringLiteral(":/icons/res/icons/48px-File-tablestyle.png");
+const QString IconFxExpressions = QStringLiteral(":/icons/res/icons/48px-Fx-Expressions.png");
+const QString IconNew = QStringLiteral(":/icons/res/icons/new.png");
+const QString IconDocumentOpen = QStringLiteral(":/icons/res/icons/48px-Document-open.png");
+const QString IconPlaceholder = QStringLiteral(":/icons/res/icons/48px-Placeholder.png");
+const QString IconSelection = QStringLiteral(":/icons/res/icons/48px-Selection.png");
+const QString IconProjectSave = QStringLiteral(":/icons/res/icons/48px-Project-save.png");
+const QString IconProjectSaveAs = QStringLiteral(":/icons/res/icons/48px-Project-save_as.png");
+const QString IconCodeName = QStringLiteral(":/icons/res/icons/48px-Code-Name.png");
+const QString IconContract = QStringLiteral(":/icons/res/icons/48px-Contract.png");
+const QString IconSummatory = QStringLiteral(":/icons/res/icons/48px-Summatory.png");
+const QString IconEntityName = QStringLiteral(":/icons/res/icons/48px-Entity-Name.png");
+const QString IconExpand = QStringLiteral(":/icons/res/icons/48px-Expand.png");
+const QString IconNodeInformation = QStringLiteral(":/icons/res/icons/48px-Node-Information.png");
+const QString IconYellowSquare = QStringLiteral(":/icons/res/icons/48px-Yellow-Square.png");
+const QString IconGraySquare = QStringLiteral(":/icons/res/icons/48px-Gray-Square.png");
+const QString IconDelete = QStringLiteral(":/icons/res/icons/48px-Delete.png");
+const QString IconNext = QStringLiteral(":/icons/res/icons/48px-next.png");
+const QString IconPrevious = QStringLiteral(":/icons/res/icons/48px-previous.png");
 
 const QString ClassNameCSPro = QStringLiteral("CSPro");
 const QString ClassNameCSProDataImport = QStringLiteral("CSProDataImport");

@@ -3,6 +3,7 @@
 #include <model_Tessel/model_Tessel_global.h>
 
 #include <QString>
+#include <QStringList>
 
 /*!
  * \file Constants.h
@@ -16,6 +17,9 @@ extern MODEL_TESSEL_EXPORT const QString TypeNameReal;
 extern MODEL_TESSEL_EXPORT const QString TypeNameInteger;
 /*! @} */
 
+/*! Provider type names; the index of a name is the number of the type. */
+extern MODEL_TESSEL_EXPORT const QStringList ProviderTypeNames;
+
 /*! \name Separators and small tokens */
 /*! @{ */
 extern MODEL_TESSEL_EXPORT const QString TokenColon;
@@ -27,6 +31,38 @@ extern MODEL_TESSEL_EXPORT const QString TokenSpace;
 extern MODEL_TESSEL_EXPORT const QString TokenTab;
 extern MODEL_TESSEL_EXPORT const QString TokenUnderscore;
 extern MODEL_TESSEL_EXPORT const QString TokenYes;
+/*! @} */
+
+/*! \name Icons of the host application, as resource paths */
+/*! @{ */
+extern MODEL_TESSEL_EXPORT const QString IconAbout;
+extern MODEL_TESSEL_EXPORT const QString IconChecklist;
+extern MODEL_TESSEL_EXPORT const QString IconDictDatabase;
+extern MODEL_TESSEL_EXPORT const QString IconFileExisting;
+extern MODEL_TESSEL_EXPORT const QString IconFileGraphStyle;
+extern MODEL_TESSEL_EXPORT const QString IconFileMaps;
+extern MODEL_TESSEL_EXPORT const QString IconFileNew;
+extern MODEL_TESSEL_EXPORT const QString IconFilePrograms;
+extern MODEL_TESSEL_EXPORT const QString IconFileSelections;
+extern MODEL_TESSEL_EXPORT const QString IconFileTableStyle;
+extern MODEL_TESSEL_EXPORT const QString IconFxExpressions;
+extern MODEL_TESSEL_EXPORT const QString IconNew;
+extern MODEL_TESSEL_EXPORT const QString IconDocumentOpen;
+extern MODEL_TESSEL_EXPORT const QString IconPlaceholder;
+extern MODEL_TESSEL_EXPORT const QString IconSelection;
+extern MODEL_TESSEL_EXPORT const QString IconProjectSave;
+extern MODEL_TESSEL_EXPORT const QString IconProjectSaveAs;
+extern MODEL_TESSEL_EXPORT const QString IconCodeName;
+extern MODEL_TESSEL_EXPORT const QString IconContract;
+extern MODEL_TESSEL_EXPORT const QString IconSummatory;
+extern MODEL_TESSEL_EXPORT const QString IconEntityName;
+extern MODEL_TESSEL_EXPORT const QString IconExpand;
+extern MODEL_TESSEL_EXPORT const QString IconNodeInformation;
+extern MODEL_TESSEL_EXPORT const QString IconYellowSquare;
+extern MODEL_TESSEL_EXPORT const QString IconGraySquare;
+extern MODEL_TESSEL_EXPORT const QString IconDelete;
+extern MODEL_TESSEL_EXPORT const QString IconNext;
+extern MODEL_TESSEL_EXPORT const QString IconPrevious;
 /*! @} */
 
 /*! \name Class names, the first argument of an error object */

@@ -1,9 +1,29 @@
 #include <model_Tessel/DataImport.h>
 
+#include <model_Tessel/Constants.h>
 #include <model_Tessel/DebugLog_p.h>
 #include <model_Tessel/GenericField.h>
+#include <model_Tessel/SourceField.h>
 
 #include <QFileInfo>
+
+namespace {
+
+QString fieldTypeName(int fieldType)
+{
+    switch (fieldType) {
+    case TGenericField::IntegerType:
+        return TypeNameInteger;
+    case TGenericField::RealType:
+        return TypeNameReal;
+    case TGenericField::StringType:
+        return TypeNameString;
+    default:
+        return QLatin1String("");
+    }
+}
+
+} // namespace
 
 TDataImport::TDataImport()
     : fields(new QList<TGenericField*>)
@@ -89,9 +109,43 @@ int TDataImport::getRecordTypeSize()
     return 0;
 }
 
+void TDataImport::getDictionary(QList<TOxSourceField*>* list)
+{
+    const QString providerId = getDataProviderId();
+    const QString providerType = getDataProviderType();
+    list->reserve(list->size() + fields->size());
+    for (TGenericField* field : qAsConst(*fields)) {
+        auto* sourceField = new TOxSourceField;
+        sourceField->decimals = field->decimals.toInt();
+        sourceField->start = field->start;
+        sourceField->length = field->length;
+        sourceField->setFieldType(fieldTypeName(field->fieldType));
+        sourceField->fieldName = field->name;
+        sourceField->fieldLabel = field->label;
+        sourceField->dataProviderId = providerId;
+        sourceField->setDataProviderType(providerType);
+        sourceField->record = field->getGroup();
+        TESSEL_DEBUG << "getDictionary FIELDS";
+        TESSEL_DEBUG << "mySF->fieldName" << sourceField->fieldName;
+        TESSEL_DEBUG << "mySF->FieldType" << sourceField->getFieldType();
+        TESSEL_DEBUG << "mySF->DataProviderType" << sourceField->getDataProviderType();
+        TESSEL_DEBUG << "\n\n\n";
+        sourceField->valueLabels = field->valueLabels;
+        sourceField->minValue = field->minValue;
+        sourceField->maxValue = field->maxValue;
+        sourceField->notApplicableValue = field->notApplicableValue;
+        sourceField->missingValue = field->missingValue;
+        list->append(sourceField);
+    }
+}
+
 void TDataImport::initDataImport()
 {
     getDataProviderType();
+}
+
+void TDataImport::registerIOFormat()
+{
 }
 
 void TDataImport::openDataImport()

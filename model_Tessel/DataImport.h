@@ -53,9 +53,17 @@ public:
     /*! Width of the record-type code; 0 here. */
     virtual int getRecordTypeSize();
 
+    /*!
+     * Appends a new source field for each field to \a list; the caller owns the source fields. A
+     * subclass that overrides the other overload keeps this one with a using-declaration.
+     */
+    void getDictionary(QList<TOxSourceField*>* list);
+
     /*! Asks for the provider type and drops the answer; a hook of the constructors of subclasses.
      */
     void initDataImport();
+    /*! Does nothing; where an importer may register its format. */
+    void registerIOFormat();
     /*! Starts with a new empty list of fields and an empty index; the old fields stay alive. */
     void openDataImport();
     /*! True, always. */
