@@ -3,20 +3,13 @@
 #include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/DataProvider.h>
+#include <model_Tessel/Record.h>
+#include <model_Tessel/SourceField.h>
+
+#include <memory>
 
 namespace {
-
-QString typeName(int fieldType)
-{
-    switch (fieldType) {
-    case TGenericField::IntegerType:
-        return QStringLiteral("integer");
-    case TGenericField::RealType:
-        return QStringLiteral("real");
-    default:
-        return QStringLiteral("string");
-    }
-}
 
 QString orNull(const QString& text)
 {
@@ -125,35 +118,35 @@ private:
     QVector<ListedValueSet> m_listed;
 };
 
-ListedField listField(
-    const TCSProVariable& variable, const TCSPro& dictionary, ValueSetLister& valueSets)
+ListedField listField(const TOxSourceField& source, const TCSProVariable& variable,
+    const TCSPro& dictionary, ValueSetLister& valueSets)
 {
     const TCSProItem& item = *variable.item;
     ListedField field;
     field.item = item.dictionaryName;
     field.occurrence = item.occurrence;
-    field.name = variable.name;
+    field.name = source.fieldName;
     if (item.occurrence > 0 && !dictionary.readingRules().occurrenceNumbers)
         field.name = field.item + QLatin1Char('_') + QString::number(item.occurrence);
-    field.label = variable.label;
+    field.label = source.fieldLabel;
     field.occurrenceLabel = orNull(dictionary.labelText(item.occurrenceLabel));
     if (item.record && item.record != dictionary.commonRecord)
         field.record = item.record->name;
     if (item.parent)
         field.parent = item.parent->name;
-    field.type = typeName(variable.fieldType);
-    field.start = variable.start;
-    field.length = variable.length;
-    field.decimals = item.decimal;
+    field.type = source.getFieldType().toLower();
+    field.start = source.start;
+    field.length = source.length;
+    field.decimals = item.decimal; // the source field's are lost under the established rules
     field.hasDecimalChar = item.hasDecimalChar;
     field.isSubItem = item.isSubItem != 0;
-    field.missing = orNull(variable.missingValue);
-    field.notApplicable = orNull(variable.notApplicableValue);
+    field.missing = orNull(source.missingValue);
+    field.notApplicable = orNull(source.notApplicableValue);
     field.note = orNull(item.note);
     field.valueSets = valueSets.list(item);
     if (!variable.isString()) {
-        field.min = orNull(variable.minValue);
-        field.max = orNull(variable.maxValue);
+        field.min = orNull(source.minValue);
+        field.max = orNull(source.maxValue);
         takeRange(field);
     }
     return field;
@@ -180,11 +173,15 @@ Listing listFields(const QString& file, TCSProDataImport& importer)
         listing.records.append({ record->name, dictionary.labelText(record->label),
             record->recordTypeValue, record->level, record->maxRecords, record->recordLen });
     }
+    TOxDataProvider provider;
+    provider.genericGetFieldsFrom(&importer);
+    const std::unique_ptr<TOxRecord> tree(provider.recordTree);
     ValueSetLister valueSets(dictionary);
-    listing.fields.reserve(importer.fields->size());
-    for (const TGenericField* field : qAsConst(*importer.fields)) {
-        listing.fields.append(
-            listField(*static_cast<const TCSProVariable*>(field), dictionary, valueSets));
+    listing.fields.reserve(provider.fields->size());
+    for (int i = 0; i < provider.fields->size(); ++i) {
+        const std::unique_ptr<TOxSourceField> source(provider.fields->at(i));
+        const auto& variable = static_cast<const TCSProVariable&>(*importer.getField(i));
+        listing.fields.append(listField(*source, variable, dictionary, valueSets));
     }
     return listing;
 }

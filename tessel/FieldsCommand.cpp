@@ -138,8 +138,8 @@ QString readDictionaryOptions(const QCommandLineParser& parser, DictionaryOption
     options.asWritten = rules == QLatin1String("written");
     if (!options.asWritten && rules != QLatin1String("established"))
         return QStringLiteral("--rules takes written or established, not '%1'").arg(rules);
-    const QString decimals
-        = parser.isSet(decimalsOption()) ? parser.value(decimalsOption()) : QString();
+    const QString decimals =
+        parser.isSet(decimalsOption()) ? parser.value(decimalsOption()) : QString();
     if (!readDecimals(decimals, options.decimals))
         return QStringLiteral("--decimals takes yes, no or ask, not '%1'").arg(decimals);
     options.language = parser.value(languageOption());
