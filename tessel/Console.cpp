@@ -13,6 +13,8 @@ namespace {
 constexpr int DefaultWidth = 80;
 constexpr int NarrowestTable = 40;
 
+bool silent = false;
+
 QString severityName(Console::Severity severity)
 {
     switch (severity) {
@@ -51,8 +53,15 @@ const QCommandLineOption& Console::helpOption()
     return option;
 }
 
+void Console::setSilent(bool isSilent)
+{
+    silent = isSilent;
+}
+
 void Console::print(const QString& text)
 {
+    if (silent)
+        return;
     const QByteArray bytes = text.toUtf8();
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
 }

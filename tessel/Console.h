@@ -21,6 +21,9 @@ enum class Severity { Note, Warning, Error };
  */
 void tell(const QString& file, int line, Severity severity, const QString& text);
 
+/*! Keeps tell() and print() from writing, for what was written before. */
+void setSilent(bool isSilent);
+
 /*! Writes "tessel: TEXT" and where help is to be had; returns WrongUsage. */
 int wrongUsage(const QString& text);
 

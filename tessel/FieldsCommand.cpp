@@ -5,6 +5,7 @@
 #include "FieldListing.h"
 #include "FieldWriters.h"
 #include "Output.h"
+#include "Supervisor.h"
 
 #include <model_Tessel/CSProDataImport.h>
 
@@ -178,16 +179,20 @@ QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
     return mistake.isNull() ? readOutput(parser, options) : mistake;
 }
 
-int listFiles(const FieldsOptions& options)
+int listFiles(const FieldsOptions& options, Supervisor& supervisor)
 {
     int status = AllRead;
     QVector<Listing> listings;
-    for (const QString& file : options.files) {
+    for (int i = 0; i < options.files.size(); ++i) {
+        if (!supervisor.beginFile(i))
+            continue;
+        const QString& file = options.files.at(i);
         const auto importer = openDictionary(file, options.dictionary);
         if (importer)
             listings.append(listFields(file, *importer));
         else
             status = InputFailed;
+        supervisor.endFile();
     }
     if (listings.isEmpty())
         return status;
@@ -210,5 +215,9 @@ int runFields(const QStringList& arguments)
     }
     FieldsOptions options;
     const QString mistake = readOptions(parser, options);
-    return mistake.isNull() ? listFiles(options) : Console::wrongUsage(mistake);
+    if (!mistake.isNull())
+        return Console::wrongUsage(mistake);
+    return Supervisor(options.files).run([&](Supervisor& supervisor) {
+        return listFiles(options, supervisor);
+    });
 }
