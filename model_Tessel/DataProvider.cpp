@@ -167,8 +167,9 @@ TOxSourceField* TOxDataProvider::getFieldFromRecord(
         return nullptr;
     const QString upperRecord = record.toUpper();
     for (TOxSourceField* field : qAsConst(*fields)) {
-        const bool isOfRecord = field->record.isEmpty() || field->record.toUpper() == upperRecord;
-        if (field->fieldName == name && isOfRecord)
+        if (field->fieldName != name)
+            continue;
+        if (field->record.isEmpty() || field->record.toUpper() == upperRecord)
             return field;
     }
     return nullptr;

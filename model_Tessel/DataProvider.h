@@ -15,8 +15,8 @@ class TOxSourceField;
  * One data source of the application: its identity and type, its layout and data files, where its
  * lines hold the record type, and its fields.
  *
- * Ownership: the three lists are the provider's own, but neither the source fields nor the importer
- * nor the record tree; those are never deleted here.
+ * Ownership: the lists are the provider's own; the source fields, the importer and the record tree
+ * are not, and are never deleted here.
  */
 class MODEL_TESSEL_EXPORT TOxDataProvider {
 public:
@@ -105,7 +105,7 @@ public:
     int recordTypeSize = 0; /*!< width of the record-type code */
     QString layoutFileName; /*!< dictionary file */
     QString dataFileName;
-    int recordTypes = 0; /*!< always 0 */
+    int recordTypes = 0; /*!< the library leaves it at 0 */
     int references = 0;
     QStringList recordTypeList;
     QStringList* layoutSources; /*!< layout of a CSV source, for its importer */

@@ -11,8 +11,8 @@ class TQuestIndex;
 /*!
  * One record definition in a tree of them, linked by first child, next brother and parent.
  *
- * Walks, searches and checks take time linear in the records and need no deep stack, whatever the
- * shape of the tree.
+ * A whole walk, a search and a check take time linear in the records and no deep stack, whatever
+ * the shape of the tree.
  *
  * Ownership: a record owns no other; its list of references is never deleted by the library.
  */
@@ -88,8 +88,7 @@ public:
     TOxRecord* parent = nullptr;
     TOxRecord* nextBrother = nullptr;
     QList<TOxRecordReference*>* references; /*!< attached to this record; not owned */
-    TOxRecord* keyRecord =
-        nullptr; /*!< its \c recordType is what a check of this record looks for */
+    TOxRecord* keyRecord = nullptr; /*!< the record whose type a check looks for */
 
 private:
     Q_DISABLE_COPY(TOxRecord)

@@ -61,11 +61,7 @@ void TOxSourceField::setDataProviderType(const QString& name)
 QString TOxSourceField::getStringValue(const QString& line)
 {
     // Kept: the column counts from 1 and is taken as an index from 0, so the cut begins one later.
-    QString value = QLatin1String("");
-    if (qint64(start) + length - 1 <= line.size())
-        value = line.mid(start, length);
-    else if (start < line.size())
-        value = line.mid(start);
+    QString value = line.mid(start, length);
     lastValueMatches = value == compareValue;
     return value;
 }

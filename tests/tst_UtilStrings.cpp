@@ -1,3 +1,4 @@
+#include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/UtilStrings.h>
 
 #include <QDir>
@@ -240,6 +241,7 @@ void tst_UtilStrings::stringOfChar()
     QFETCH(char, character);
     QFETCH(int, count);
     QTEST(StringOfChar(character, count), "text");
+    QTEST(TCSProDataImport().StringOfChar(character, count), "text");
 }
 
 void tst_UtilStrings::listIsAListOfTexts()
