@@ -198,7 +198,6 @@ void DescriptionReader::addVariable(const readstat_variable_t& variable, const c
     result.storageWidth = readstat_variable_get_storage_width(&variable);
     result.userWidth = variable.user_width;
     result.displayWidth = readstat_variable_get_display_width(&variable);
-    result.decimals = variable.decimals;
     result.format = QString::fromUtf8(readstat_variable_get_format(&variable));
     result.measure = readstat_variable_get_measure(&variable);
     result.alignment = readstat_variable_get_alignment(&variable);

@@ -64,8 +64,7 @@ struct TStatVariableDescription {
     quint64 storageWidth = 0; /*!< bytes of a value in libreadstat's rows; strings are padded */
     quint64 userWidth = 0; /*!< width asked for by the writer of the file; 0: not told */
     int displayWidth = 0; /*!< columns on the screen; 0: not told */
-    int decimals = 0; /*!< of the format, where libreadstat tells them */
-    QString format; /*!< as written: "F8.2", "A20", "DATE11", "%9.0g", "%td" */
+    QString format; /*!< as written, with width and decimals: "F8.2", "A20", "%9.0g", "%td" */
     readstat_measure_t measure = READSTAT_MEASURE_UNKNOWN;
     readstat_alignment_t alignment = READSTAT_ALIGNMENT_UNKNOWN;
     QVector<TStatMissingRange> missingRanges; /*!< in the order of the file */
@@ -79,7 +78,7 @@ struct TStatFileDescription {
     QString encoding; /*!< name of the encoding of its texts; empty: not told */
     int formatVersion = 0;
     qint64 rowCount = -1; /*!< -1: not told */
-    QStringList notes; /*!< notes or document lines, in the order of the file */
+    QStringList notes; /*!< notes or document lines, by their numbers */
     QVector<TStatVariableDescription> variables; /*!< in the order of the file */
     QVector<TStatLabelSet> labelSets; /*!< in the order of the file, used or not */
     readstat_error_t error = READSTAT_OK; /*!< result of libreadstat */
