@@ -45,6 +45,7 @@ int MappedInput::openFile(const char* path, void* context)
 {
     auto* input = static_cast<MappedInput*>(context);
     input->close();
+    input->m_endedEarly = false;
     input->m_file = ::open(path, O_RDONLY | O_CLOEXEC);
     if (input->m_file < 0)
         return -1;
@@ -73,6 +74,9 @@ ssize_t MappedInput::read(void* buffer, size_t size, void* context)
     const auto left =
         static_cast<size_t>(std::max<readstat_off_t>(input->m_size - input->m_position, 0));
     const size_t count = std::min(size, left);
+    // Nothing more at the very end is how old .dta files tell that all was read.
+    if (count < size && (count > 0 || input->m_position > input->m_size))
+        input->m_endedEarly = true;
     std::memcpy(buffer, input->m_bytes + std::min(input->m_position, input->m_size), count);
     input->m_position += static_cast<readstat_off_t>(count);
     return static_cast<ssize_t>(count);

@@ -17,6 +17,13 @@ public:
     // Makes parser read through this input, which has to outlive the parse.
     void attachTo(readstat_parser_t* parser);
 
+    // True when a mapped file ended in the middle of something that was read from it, which
+    // libreadstat passes over where the value labels of a .dta file stand.
+    bool endedEarly() const
+    {
+        return m_endedEarly;
+    }
+
 private:
     Q_DISABLE_COPY(MappedInput)
 
@@ -35,4 +42,5 @@ private:
     char* m_bytes = nullptr; // null: not mapped, read from m_file
     readstat_off_t m_size = 0;
     readstat_off_t m_position = 0;
+    bool m_endedEarly = false;
 };

@@ -139,6 +139,7 @@ TStatFileDescription DescriptionReader::read(const QString& path, TStatFileKind 
         const StatParse parse =
             kind == TStatFileKind::Spss ? readstat_parse_sav : readstat_parse_dta;
         m_result.error = parse(parser.get(), path.toLocal8Bit().constData(), this);
+        m_result.endsEarly = parser.fileEndedEarly();
     }
     m_guard.rethrow();
     if (m_result.error != READSTAT_OK)

@@ -84,11 +84,12 @@ struct TStatFileDescription {
     readstat_error_t error = READSTAT_OK; /*!< result of libreadstat */
     QString errorText; /*!< libreadstat's text of \c error; empty when there is none */
     QStringList errorDetails; /*!< what libreadstat told beside it, may be empty */
+    bool endsEarly = false; /*!< the file was cut, which libreadstat does not always see */
 
     /*! False when the file was not read to its end; the rest is what stands before the damage. */
     bool isWhole() const
     {
-        return error == READSTAT_OK;
+        return error == READSTAT_OK && !endsEarly;
     }
 };
 

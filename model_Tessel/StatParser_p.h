@@ -28,6 +28,11 @@ public:
         return m_parser.get();
     }
 
+    bool fileEndedEarly() const
+    {
+        return m_input.endedEarly();
+    }
+
 private:
     struct Free {
         void operator()(readstat_parser_t* parser) const

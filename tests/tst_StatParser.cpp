@@ -255,6 +255,8 @@ private slots:
     void seekAndReadAsAFile();
     void unknownOriginOfASeekFails();
     void updateWithoutHandlerIsFine();
+    void earlyEndIsNoticed_data();
+    void earlyEndIsNoticed();
     void filesAreClosed();
     void openingAgainStartsAnew();
     void guardKeepsExceptionsBack();
@@ -468,6 +470,39 @@ void TestStatParser::updateWithoutHandlerIsFine()
     QCOMPARE(mapped.io->update(10, onProgress, &report, mapped.io->io_ctx), READSTAT_OK);
     QCOMPARE(report.progressCalls, 1);
     QCOMPARE(report.hash, qHash(0.5, 0));
+}
+
+void TestStatParser::earlyEndIsNoticed_data()
+{
+    QTest::addColumn<qint64>("position");
+    QTest::addColumn<int>("size");
+    QTest::addColumn<bool>("early");
+    QTest::newRow("inside") << qint64(2) << 4 << false;
+    QTest::newRow("up to the end") << qint64(6) << 4 << false;
+    QTest::newRow("over the end") << qint64(6) << 5 << true;
+    QTest::newRow("at the end") << qint64(10) << 1 << false;
+    QTest::newRow("beyond the end") << qint64(11) << 1 << true;
+    QTest::newRow("nothing beyond the end") << qint64(11) << 0 << false;
+}
+
+void TestStatParser::earlyEndIsNoticed()
+{
+    QFETCH(qint64, position);
+    QFETCH(int, size);
+    QFETCH(bool, early);
+    writeBytes(QStringLiteral("ten"), QByteArray("0123456789"));
+    const QByteArray name = QFile::encodeName(path(QStringLiteral("ten")));
+    const MappedFile mapped(path(QStringLiteral("ten")));
+    QVERIFY(!mapped.parser.fileEndedEarly());
+    mapped.seek(position, READSTAT_SEEK_SET);
+    mapped.read(size);
+    QCOMPARE(mapped.parser.fileEndedEarly(), early);
+    mapped.seek(0, READSTAT_SEEK_SET);
+    mapped.read(2);
+    mapped.io->close(mapped.io->io_ctx);
+    QCOMPARE(mapped.parser.fileEndedEarly(), early);
+    mapped.io->open(name.constData(), mapped.io->io_ctx);
+    QVERIFY(!mapped.parser.fileEndedEarly());
 }
 
 void TestStatParser::filesAreClosed()
