@@ -151,6 +151,7 @@ template <typename Load> void TCSPro::guarded(Load load)
     int index = 0;
     try {
         load(index);
+        m_builder->finishItem();
         return;
     } catch (OxErrorManager* error) {
         delete error;
@@ -248,8 +249,11 @@ const QVector<CSProProblem>& TCSPro::problems() const
 template <typename Lines> void TCSPro::parseSection(const Lines& lines, int& index)
 {
     const QStringView header = QStringView(lines.at(index)).trimmed();
-    if (header.size() < 2 || header.front() != QLatin1Char('['))
+    if (header.size() < 2 || header.front() != QLatin1Char('[')) {
+        if (m_rules.wholeKeys && !header.isEmpty() && !isComment(header))
+            m_builder->noteOutside(index + 1, header.toString());
         return;
+    }
     const QString text = header.toString();
     CSProTextReader reader(*this, *m_builder);
     switch (getItemType(text)) {
@@ -343,6 +347,7 @@ void TCSPro::processValueSet(QStringList* lines, int& index)
 {
     if (!m_builder->ignoresValueSets())
         CSProTextReader(*this, *m_builder).readValueSet(gatherSection(*lines, index));
+    m_builder->finishItem();
 }
 
 int TCSPro::getRecordsCount()

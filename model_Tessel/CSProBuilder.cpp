@@ -1,6 +1,10 @@
 #include <model_Tessel/CSProBuilder_p.h>
 
+#include <model_Tessel/Numbers_p.h>
+
 #include <algorithm>
+#include <limits>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -10,8 +14,9 @@ namespace {
 // occurrences is a damaged file, which must not fill the memory.
 constexpr int MaxItems = 500'000;
 
-// The first code of a value set that isWanted accepts; null when there is none.
-template <typename Predicate> QString firstCode(const TCSProValueSet& valueSet, Predicate isWanted)
+// The first ordinary code of a value set that isWanted accepts.
+template <typename Predicate>
+std::optional<QString> firstCode(const TCSProValueSet& valueSet, Predicate isWanted)
 {
     for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
         if (entry->special)
@@ -21,7 +26,23 @@ template <typename Predicate> QString firstCode(const TCSProValueSet& valueSet, 
         if (!entry->highCode.isNull() && isWanted(entry->highCode))
             return entry->highCode;
     }
-    return QString();
+    return std::nullopt;
+}
+
+const TValueSetItem* firstReversedRange(const TCSProValueSet& valueSet)
+{
+    for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        if (!entry->highCode.isNull() && realOrZero(entry->code) > realOrZero(entry->highCode))
+            return entry;
+    }
+    return nullptr;
+}
+
+// Beyond what an int holds a column is damage; it stays the largest.
+int column(qint64 number)
+{
+    return int(std::clamp<qint64>(
+        number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 bool isNoInteger(const QString& code)
@@ -100,6 +121,7 @@ void CSProBuilder::addRelation(const CSProRelation& relation)
 
 void CSProBuilder::addRecord(std::unique_ptr<TCSProRecord> record)
 {
+    finishItem();
     record->level = m_dictionary.m_levels.size();
     m_dictionary.currentRecord = record.release();
     const TCSProRecord& added = *m_dictionary.currentRecord;
@@ -117,12 +139,13 @@ void CSProBuilder::useCommonRecord()
 
 void CSProBuilder::addItem(ItemPointer item)
 {
+    finishItem();
     item->dictionaryName = item->name;
     item->level = m_dictionary.m_levels.size();
     if (item->len <= 0)
         note(Kind::ItemWithoutLength, item->sourceLine, item->name, QString::number(item->len));
     if (item->occurrences < 1) {
-        note(Kind::ItemDropped, item->sourceLine, item->name, QString::number(item->occurrences));
+        dropItem(*item);
         return;
     }
     if (rules().structure && item->isSubItem != 0 && !hasParent())
@@ -151,6 +174,16 @@ void CSProBuilder::addItem(ItemPointer item)
         m_parentStart = start;
         m_parentCount = m_dictionary.items->size() - start;
     }
+}
+
+// Kept without the rule: the value sets that follow belong to the item before it.
+void CSProBuilder::dropItem(const TCSProItem& item)
+{
+    note(Kind::ItemDropped, item.sourceLine, item.name, QString::number(item.occurrences));
+    if (rules().allValueSets)
+        m_dictionary.lastItem = nullptr;
+    if (item.isSubItem == 0)
+        m_parentRecord = nullptr;
 }
 
 bool CSProBuilder::hasParent() const
@@ -202,7 +235,7 @@ TCSProItem* CSProBuilder::makeOccurrence(const TCSProItem& item, int ofParent, i
     qint64 start = item.start + qint64(number - 1) * item.len;
     if (ofParent > 1)
         start += qint64(ofParent - 1) * m_dictionary.items->at(m_parentStart)->len;
-    copy->start = static_cast<int>(start);
+    copy->start = column(start);
 
     copy->occurrence = (ofParent - 1) * item.occurrences + number;
     if (!rules().occurrenceNumbers) {
@@ -270,22 +303,32 @@ void CSProBuilder::shareLinkedValues(TCSProValueSet& valueSet)
 bool CSProBuilder::acceptsCodes(TCSProValueSet& valueSet)
 {
     if (rules().keptValueSets) {
-        const QString code = valueSet.isNumeric ? firstCode(valueSet, isNoNumber) : QString();
-        if (!code.isNull())
-            noteValueSet(Kind::CodeNotANumber, valueSet.sourceLine, valueSet.name, code);
+        noteOddCodes(valueSet);
         return true;
     }
     const bool mayBeDecimal =
         rules().decimalCodes && m_dictionary.lastItem && m_dictionary.lastItem->decimal > 0;
     if (!mayBeDecimal && !valueSet.validateItems(0) && !settleDecimalCodes(valueSet))
         return false;
-    const QString code = valueSet.isNumeric
-        ? firstCode(valueSet, mayBeDecimal ? isNoNumber : isNoInteger)
-        : QString();
-    if (code.isNull())
+    if (!valueSet.isNumeric)
         return true;
-    noteValueSet(Kind::CodesNotInteger, valueSet.sourceLine, valueSet.name, code);
-    return false;
+    const auto code = firstCode(valueSet, mayBeDecimal ? isNoNumber : isNoInteger);
+    if (code)
+        noteValueSet(Kind::CodesNotInteger, valueSet.sourceLine, valueSet.name, *code);
+    return !code;
+}
+
+// Of a numeric set that is kept whatever its codes are.
+void CSProBuilder::noteOddCodes(const TCSProValueSet& valueSet)
+{
+    if (!valueSet.isNumeric)
+        return;
+    if (const auto code = firstCode(valueSet, isNoNumber))
+        noteValueSet(Kind::CodeNotANumber, valueSet.sourceLine, valueSet.name, *code);
+    if (const TValueSetItem* range = firstReversedRange(valueSet)) {
+        noteValueSet(Kind::RangeReversed, valueSet.sourceLine, valueSet.name,
+            range->code + QLatin1Char(':') + range->highCode);
+    }
 }
 
 // False when the value set is to be dropped.
@@ -294,7 +337,8 @@ bool CSProBuilder::settleDecimalCodes(TCSProValueSet& valueSet)
     CSProProblem& problem = m_dictionary.m_decimalCase;
     const TCSProItem* item = m_dictionary.lastItem;
     problem = { Kind::DecimalCodesDropped, valueSet.sourceLine,
-        item ? item->dictionaryName : QString(), valueSet.name, firstCode(valueSet, IsDecimal) };
+        item ? item->dictionaryName : QString(), valueSet.name,
+        firstCode(valueSet, IsDecimal).value_or(QString()) };
     m_dictionary.showMessageBoxDecimal(TCSPro::tr("<b>A decimal number was found</b>"),
         TCSPro::tr("Would you like to convert it to an integer number?"), TCSPro::tr("Caution"),
         QMessageBox::Question);
@@ -318,10 +362,9 @@ void CSProBuilder::attach(TCSProValueSet* valueSet)
 {
     QList<TCSProItem*>& items = *m_dictionary.items;
     TCSProItem* last = m_dictionary.lastItem;
+    m_isFinished = false;
     if (rules().allValueSets) {
         last->valueSets->append(valueSet);
-        for (int i = m_groupStart; i < items.size() - 1; ++i)
-            *items.at(i)->valueSets = *last->valueSets; // shares the list's one allocation
         return;
     }
     last->addValueSet(valueSet);
@@ -340,19 +383,40 @@ void CSProBuilder::attach(TCSProValueSet* valueSet)
     }
 }
 
+// Codes of the last occurrence, which the others get from it.
 void CSProBuilder::takeSpecialCodes(const TCSProValueSet& valueSet)
 {
-    const QList<TCSProItem*>& items = *m_dictionary.items;
+    TCSProItem& last = *m_dictionary.lastItem;
     for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
         const auto code = entry->special ? specialCode(entry->type) : nullptr;
-        if (!code)
-            continue;
-        for (int i = m_groupStart; i < items.size(); ++i) {
-            TCSProItem* item = items.at(i);
-            if ((item->*code).isEmpty())
-                item->*code = entry->code;
+        if (code && (last.*code).isEmpty())
+            last.*code = entry->code;
+    }
+}
+
+void CSProBuilder::finishItem()
+{
+    const TCSProItem* last = m_dictionary.lastItem;
+    if (m_isFinished || !last)
+        return;
+    m_isFinished = true;
+    for (int i = m_groupStart; i < m_dictionary.items->size() - 1; ++i) {
+        TCSProItem* item = m_dictionary.items->at(i);
+        if (rules().allValueSets)
+            *item->valueSets = *last->valueSets; // shares the list's one allocation
+        if (rules().specials) {
+            item->missingCode = last->missingCode;
+            item->notApplicableCode = last->notApplicableCode;
+            item->refusedCode = last->refusedCode;
         }
     }
+}
+
+void CSProBuilder::noteOutside(int line, const QString& text)
+{
+    if (!m_hasNotedOutside)
+        note(Kind::LineOutsideSection, line, QString(), text);
+    m_hasNotedOutside = true;
 }
 
 void CSProBuilder::note(Kind kind, int line, const QString& name, const QString& text)

@@ -25,6 +25,9 @@ public:
     using ItemPointer = std::unique_ptr<TCSProItem, DropItem>;
     using ValueSetPointer = std::unique_ptr<TCSProValueSet, DropValueSet>;
 
+    // The format has at most as many columns in a record.
+    static constexpr int MostOccurrenceLabels = 32'000;
+
     explicit CSProBuilder(TCSPro& dictionary);
 
     const CSProReadingRules& rules() const;
@@ -40,6 +43,10 @@ public:
     void addItem(ItemPointer item);
     // For the item added last.
     void addValueSet(ValueSetPointer valueSet);
+    // All value sets of the item added last are there; its occurrences get what they share.
+    void finishItem();
+    // A line before the first section; the first one is told of.
+    void noteOutside(int line, const QString& text);
     // True when the next value set would be ignored, so need not be read.
     bool ignoresValueSets() const;
 
@@ -53,13 +60,17 @@ private:
     TCSProItem* makeOccurrence(const TCSProItem& item, int ofParent, int number) const;
     bool hasParent() const;
     bool acceptsCodes(TCSProValueSet& valueSet);
+    void noteOddCodes(const TCSProValueSet& valueSet);
     bool settleDecimalCodes(TCSProValueSet& valueSet);
     void shareLinkedValues(TCSProValueSet& valueSet);
     void attach(TCSProValueSet* valueSet);
     void takeSpecialCodes(const TCSProValueSet& valueSet);
+    void dropItem(const TCSProItem& item);
 
     TCSPro& m_dictionary;
     int m_groupStart = 0; // index of the first field of the item added last
+    bool m_isFinished = true; // its occurrences share its value sets
+    bool m_hasNotedOutside = false;
     // The last item that is no subitem: its record, and its fields among all items.
     TCSProRecord* m_parentRecord = nullptr;
     int m_parentStart = 0;

@@ -10,6 +10,7 @@
 #include <QStringBuilder>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -42,11 +43,31 @@ QString decimalsOf(const TCSProItem& item, const CSProReadingRules& rules)
 
 int digitsBeforePoint(const TCSProItem& item)
 {
-    if (item.decimal <= 0 || item.getHasValueSet())
-        return item.len;
-    if (item.hasDecimalChar)
-        return item.len - 1;
-    return item.len == item.decimal ? 1 : item.len - item.decimal;
+    qint64 digits = item.len;
+    if (item.decimal > 0 && !item.getHasValueSet()) {
+        if (item.hasDecimalChar)
+            digits -= 1;
+        else
+            digits = item.len == item.decimal ? 1 : digits - item.decimal;
+    }
+    return int(std::clamp<qint64>(digits, 0, LongestRecord));
+}
+
+// Without a point in the text the implied decimals scale it; a comma counts as a point.
+double scaledNumber(const QString& text, int decimals, bool* isNumber)
+{
+    QString number = text;
+    number.replace(QLatin1Char(','), QLatin1Char('.'));
+    const double value = number.toDouble(isNumber);
+    return number.contains(QLatin1Char('.')) ? value : value / std::pow(10.0, decimals);
+}
+
+QString withoutTrailingBlanks(const QString& text)
+{
+    int size = text.size();
+    while (size > 0 && text.at(size - 1) == QLatin1Char(' '))
+        --size;
+    return text.left(size);
 }
 
 // What a field takes from its value sets. Occurrences share their sets, so the text of one is the
@@ -156,7 +177,7 @@ private:
 } // namespace
 
 TCSProDataImport::TCSProDataImport()
-    : groups(new QStringList)
+    : groups(nullptr)
 {
 }
 
@@ -203,17 +224,19 @@ bool TCSProDataImport::isMultiple()
 
 int TCSProDataImport::getGroupCount()
 {
-    return groups->size();
+    return groups ? groups->size() : 0;
 }
 
 QString TCSProDataImport::getGroupName(int index)
 {
-    return groups->value(index);
+    return groups ? groups->value(index) : QString();
 }
 
 QString TCSProDataImport::getGroupValue(int index)
 {
     const QString group = getGroupName(index);
+    if (!groups)
+        return group;
     for (const QString& entry : qAsConst(*groups)) {
         if (entry.contains(group))
             return entry;
@@ -291,13 +314,15 @@ void TCSProDataImport::copyDataFromDictionary()
         field->label = dictionary->labelText(item->label);
         field->length = item->len;
         field->start = item->start;
-        field->readsNumbers = rules.specials;
+        field->readsCodes = rules.specials;
         field->scalesValues = rules.scaledValues;
+        if (rules.scaledValues) // for assignments through the base
+            field->hasDecimalChar = item->hasDecimalChar;
         getVarMissingValue(field);
         getNotApplicable(field);
         if (item->isAlpha == 0) {
             field->minValue = QStringLiteral("0");
-            field->maxValue = StringOfChar('9', std::min(digitsBeforePoint(*item), LongestRecord));
+            field->maxValue = StringOfChar('9', digitsBeforePoint(*item));
         }
         if (item->getHasValueSet()) {
             summary.summarize(*item, field->fieldType);
@@ -365,17 +390,21 @@ bool TCSProVariable::isNotApplicable()
     return item && isCode(item->notApplicableCode);
 }
 
-// Rule: the text is the code to the blank, or, in a numeric field, the same number.
+// Rule: the text is the code to the blank; or they are the same number, or the same text without
+// the blanks that data lines lose at their end.
 bool TCSProVariable::isCode(const QString& code) const
 {
     if (code.isEmpty())
         return false;
     const QString value = currentText();
-    if (value == code || !readsNumbers || isString())
+    if (value == code || !readsCodes)
         return value == code;
+    if (isString())
+        return withoutTrailingBlanks(value) == withoutTrailingBlanks(code);
     bool valueIsNumber = false;
     bool codeIsNumber = false;
-    const double valueNumber = value.toDouble(&valueIsNumber);
+    const double valueNumber =
+        scaledNumber(value, scalesValues ? item->decimal : 0, &valueIsNumber);
     const double codeNumber = code.toDouble(&codeIsNumber);
     if (valueIsNumber && codeIsNumber)
         return valueNumber == codeNumber;
@@ -409,10 +438,13 @@ void TCSProVariable::setAsString(const QString& value)
     realValue = NoRealValue;
 }
 
-// The data may have a point, or a comma for it, whatever the dictionary says of it.
 void TCSProVariable::assignScaled(const QString& value)
 {
-    QString number = value;
-    number.replace(QLatin1Char(','), QLatin1Char('.'));
-    assignNumber(number, !number.contains(QLatin1Char('.')));
+    if (fieldType != RealType || isMissing() || isNotApplicable() || isBlank()) {
+        assignNumber(value, false);
+        return;
+    }
+    bool isNumber = false;
+    const double number = scaledNumber(value, item ? item->decimal : 0, &isNumber);
+    realValue = isNumber ? number : 0;
 }

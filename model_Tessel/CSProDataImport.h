@@ -65,7 +65,9 @@ public:
     /*! As TCSPro::setDecimalQuestion(), for the dictionaries opened after it. */
     void setDecimalQuestion(const CSProDecimalQuestion& question);
 
-    QStringList* groups; /*!< one entry a record: its name, "=" and its record-type value */
+    /*! One entry a record: its name, "=" and its record-type value; null before the first
+     * openRead() of an importer made without a file name. */
+    QStringList* groups;
     bool dictionaryPending = true; /*!< no dictionary was read yet */
     int recordTypeStart = 0; /*!< column of the record-type code, from 1; 0 until read */
     int recordTypeLen = 0; /*!< width of the record-type code; above 0: several record types */
@@ -103,7 +105,7 @@ public:
 
     QString group;
     TCSProItem* item = nullptr; /*!< what the field stands for; not owned */
-    bool readsNumbers = false; /*!< codes of a numeric field are compared as numbers */
+    bool readsCodes = false; /*!< codes compare as numbers, or without trailing blanks */
     bool scalesValues = false; /*!< implied decimals scale a text without a point of its own */
 
 private:

@@ -13,8 +13,6 @@ namespace {
 
 const char utf8Mark[] = "\xEF\xBB\xBF";
 
-constexpr int MostLabels = 32'000; // as many occurrences as a record has columns
-
 QByteArray withoutMark(const QByteArray& bytes)
 {
     return bytes.startsWith(utf8Mark) ? bytes.mid(3) : bytes;
@@ -23,6 +21,22 @@ QByteArray withoutMark(const QByteArray& bytes)
 QString yesOrNo(bool value)
 {
     return value ? QStringLiteral("Yes") : QStringLiteral("No");
+}
+
+// Beyond what a dictionary has, a column is damage.
+int column(qint64 number)
+{
+    constexpr qint64 last = 1'000'000'000;
+    return int(std::clamp(number, -last, last));
+}
+
+bool isContentType(const QString& name)
+{
+    for (const char* known : { "numeric", "alpha", "audio", "document", "geometry", "image" }) {
+        if (name == QLatin1String(known))
+            return true;
+    }
+    return false;
 }
 
 bool isSubItem(const QJsonObject& item)
@@ -37,10 +51,11 @@ bool isJson(const QByteArray& bytes)
     return withoutMark(bytes.left(4096)).trimmed().startsWith('{');
 }
 
-CSProJsonReader::Step::Step(CSProJsonReader& reader, const QString& name)
+CSProJsonReader::Step::Step(CSProJsonReader& reader, const QJsonObject& object)
     : m_reader(reader)
 {
-    m_reader.m_path.append(name);
+    const QString name = object.value(QLatin1String("name")).toString();
+    m_reader.m_path.append(name.isEmpty() ? QStringLiteral("(unnamed)") : name);
 }
 
 CSProJsonReader::Step::~Step()
@@ -74,11 +89,14 @@ void CSProJsonReader::readRoot(const QJsonObject& root)
             "languages", "security", "readOptimization", "enableBinaryItems", "recordType",
             "defaults", "relativePositions", "levels", "relations" });
     forEachObject(root, "languages", [&](const QJsonObject& language) {
-        m_languages.append(text(language, "name"));
-        m_builder.addLanguage({ m_languages.constLast(), text(language, "label") });
+        const QString name = text(language, "name");
+        m_languages.insert(name, m_dictionary.languages().size());
+        m_builder.addLanguage({ name, text(language, "label") });
     });
-    m_dictionary.version = text(root, "software") + QLatin1Char(' ')
-        + QString::number(root.value(QLatin1String("version")).toDouble(), 'f', 1);
+    m_dictionary.version = text(root, "software");
+    const double version = root.value(QLatin1String("version")).toDouble();
+    if (version > 0)
+        m_dictionary.version += QLatin1Char(' ') + QString::number(version, 'f', 1);
     m_dictionary.name = text(root, "name");
     m_dictionary.label = labels(root);
     m_builder.setNote(text(root, "note"));
@@ -100,8 +118,8 @@ void CSProJsonReader::readRoot(const QJsonObject& root)
 // The last column that the record type and the identification items of all levels use.
 int CSProJsonReader::lastFixedColumn(const QJsonObject& root)
 {
-    int last = m_dictionary.recordTypeLen > 0
-        ? m_dictionary.recordTypeStart + m_dictionary.recordTypeLen - 1
+    qint64 last = m_dictionary.recordTypeLen > 0
+        ? qint64(m_dictionary.recordTypeStart) + m_dictionary.recordTypeLen - 1
         : 0;
     for (const QJsonValue level : root.value(QLatin1String("levels")).toArray()) {
         const QJsonObject ids = level.toObject().value(QLatin1String("ids")).toObject();
@@ -109,17 +127,17 @@ int CSProJsonReader::lastFixedColumn(const QJsonObject& root)
             const QJsonObject item = value.toObject();
             if (isSubItem(item))
                 continue;
-            const int start = item.value(QLatin1String("start")).toInt();
-            const int length = item.value(QLatin1String("length")).toInt();
+            const qint64 start = item.value(QLatin1String("start")).toInt();
+            const qint64 length = item.value(QLatin1String("length")).toInt();
             last = std::max(last, start + length - 1);
         }
     }
-    return last;
+    return column(last);
 }
 
 void CSProJsonReader::readLevel(const QJsonObject& level)
 {
-    const Step step(*this, text(level, "name"));
+    const Step step(*this, level);
     noteUnknown(level, { "name", "aliases", "labels", "note", "ids", "records" });
     m_builder.addLevel({ text(level, "name"), labels(level), text(level, "note") });
     m_builder.useCommonRecord();
@@ -129,7 +147,7 @@ void CSProJsonReader::readLevel(const QJsonObject& level)
 
 void CSProJsonReader::readRecord(const QJsonObject& object)
 {
-    const Step step(*this, text(object, "name"));
+    const Step step(*this, object);
     noteUnknown(
         object, { "name", "aliases", "labels", "note", "recordType", "occurrences", "items" });
     auto record = std::make_unique<TCSProRecord>();
@@ -145,12 +163,13 @@ void CSProJsonReader::readRecord(const QJsonObject& object)
     m_builder.addRecord(std::move(record));
     m_nextColumn = m_firstColumn;
     readItems(array(object, "items"));
-    const int first = m_dictionary.items->size() - 1;
-    for (int i = first; i >= 0 && m_dictionary.items->at(i)->record == added; --i) {
+    qint64 last = m_firstColumn - 1;
+    const int count = m_dictionary.items->size();
+    for (int i = count - 1; i >= 0 && m_dictionary.items->at(i)->record == added; --i) {
         const TCSProItem* item = m_dictionary.items->at(i);
-        added->recordLen = std::max(added->recordLen, item->start + item->len - 1);
+        last = std::max(last, qint64(item->start) + item->len - 1);
     }
-    added->recordLen = std::max(added->recordLen, m_firstColumn - 1);
+    added->recordLen = column(last);
 }
 
 void CSProJsonReader::readItems(const QJsonArray& items)
@@ -165,7 +184,7 @@ void CSProJsonReader::readItems(const QJsonArray& items)
 
 void CSProJsonReader::readItem(const QJsonObject& object)
 {
-    const Step step(*this, text(object, "name"));
+    const Step step(*this, object);
     noteUnknown(object,
         { "name", "aliases", "labels", "note", "contentType", "start", "length", "subitem",
             "subitemOffset", "decimals", "decimalMark", "zeroFill", "occurrences", "capture",
@@ -179,6 +198,8 @@ void CSProJsonReader::readItem(const QJsonObject& object)
     item->isAlpha = isNumeric ? 0 : 1;
     if (!isNumeric && contentType != QLatin1String("alpha"))
         item->contentType = contentType;
+    if (!isContentType(contentType))
+        noteType("contentType");
     item->isSubItem = flag(object, "subitem", false) ? 1 : 0;
     item->len = number(object, "length", 0);
     item->decimal = number(object, "decimals", 0);
@@ -202,19 +223,19 @@ void CSProJsonReader::placeItem(const QJsonObject& object, TCSProItem& item)
     const bool hasStart = object.contains(QLatin1String("start"));
     if (item.isSubItem != 0) {
         const qint64 offset = number(object, "subitemOffset", 0);
-        item.start = static_cast<int>(m_parentStart + offset);
+        item.start = column(m_parentStart + offset);
         if (hasStart)
             item.start = number(object, "start", item.start);
         return;
     }
     item.start = hasStart ? number(object, "start", m_nextColumn) : m_nextColumn;
     m_parentStart = item.start;
-    m_nextColumn = static_cast<int>(item.start + qint64(item.len) * item.occurrences);
+    m_nextColumn = column(item.start + qint64(item.len) * item.occurrences);
 }
 
 void CSProJsonReader::readValueSet(const QJsonObject& object)
 {
-    const Step step(*this, text(object, "name"));
+    const Step step(*this, object);
     noteUnknown(object, { "name", "aliases", "labels", "note", "link", "values" });
     CSProBuilder::ValueSetPointer valueSet(new TCSProValueSet);
     valueSet->name = text(object, "name");
@@ -239,19 +260,17 @@ void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProVal
     const QString note = text(object, "note");
     const QString image = text(object, "image");
     const QString textColor = text(object, "textColor");
+    if (array(object, "pairs").isEmpty())
+        noteType("pairs");
     forEachObject(object, "pairs", [&](const QJsonObject& pair) {
         noteUnknown(pair, { "value", "range" });
         auto entry = std::make_unique<TValueSetItem>();
-        const QJsonArray range = array(pair, "range");
-        if (range.size() == 2) {
-            entry->code = range.at(0).toString();
-            entry->highCode = range.at(1).toString();
-        } else {
-            entry->code = text(pair, "value");
-        }
+        if (!readPair(pair, *entry))
+            return noteType("pairs");
         // The data have a special code as wide as the item; here it stands without trailing blanks.
         if (type != 0 && (m_itemIsAlpha || entry->code.isEmpty()))
-            entry->code = entry->code.leftJustified(std::min(m_itemLength, MostLabels));
+            entry->code = entry->code.leftJustified(
+                std::min(m_itemLength, CSProBuilder::MostOccurrenceLabels));
         entry->label = label;
         entry->type = type;
         entry->special = type != 0;
@@ -263,9 +282,25 @@ void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProVal
     });
 }
 
+// A code or the two bounds of a range, as texts; false for anything else.
+bool CSProJsonReader::readPair(const QJsonObject& pair, TValueSetItem& entry)
+{
+    const QJsonValue value = member(pair, "value");
+    const QJsonArray range = member(pair, "range").toArray();
+    if (value.isString()) {
+        entry.code = value.toString();
+        return true;
+    }
+    if (range.size() != 2 || !range.at(0).isString() || !range.at(1).isString())
+        return false;
+    entry.code = range.at(0).toString();
+    entry.highCode = range.at(1).toString();
+    return true;
+}
+
 void CSProJsonReader::readRelation(const QJsonObject& object)
 {
-    const Step step(*this, text(object, "name"));
+    const Step step(*this, object);
     noteUnknown(object, { "name", "primary", "links" });
     const auto link = [this](const QJsonObject& parent, const char* name) {
         const QString item = text(parent, name);
@@ -286,7 +321,7 @@ QString CSProJsonReader::labels(const QJsonObject& object)
     QStringList texts;
     forEachObject(object, "labels", [&](const QJsonObject& label) {
         const int language =
-            std::max(0, m_languages.indexOf(label.value(QLatin1String("language")).toString()));
+            m_languages.value(label.value(QLatin1String("language")).toString(), 0);
         while (texts.size() <= language)
             texts.append(QString());
         texts[language] = text(label, "text");
@@ -296,10 +331,12 @@ QString CSProJsonReader::labels(const QJsonObject& object)
 
 QVector<QString> CSProJsonReader::occurrenceLabels(const QJsonObject& occurrences)
 {
+    const int most =
+        std::min(number(occurrences, "maximum", 1), CSProBuilder::MostOccurrenceLabels);
     QVector<QString> texts;
     forEachObject(occurrences, "labels", [&](const QJsonObject& label) {
         const int occurrence = number(label, "occurrence", 0);
-        if (occurrence < 1 || occurrence > MostLabels)
+        if (occurrence < 1 || occurrence > most)
             return noteType("occurrence");
         if (texts.size() < occurrence)
             texts.resize(occurrence);

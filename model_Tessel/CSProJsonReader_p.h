@@ -3,6 +3,7 @@
 #include <model_Tessel/CSProBuilder_p.h>
 
 #include <QByteArray>
+#include <QHash>
 #include <QStringList>
 
 #include <initializer_list>
@@ -30,7 +31,7 @@ private:
     // The path to the node that is being read, for problems; a step lasts as long as its object.
     class Step {
     public:
-        Step(CSProJsonReader& reader, const QString& name);
+        Step(CSProJsonReader& reader, const QJsonObject& object);
         ~Step();
 
     private:
@@ -45,6 +46,7 @@ private:
     void readItem(const QJsonObject& object);
     void readValueSet(const QJsonObject& object);
     void readValue(const QJsonObject& object, int number, TCSProValueSet& valueSet);
+    bool readPair(const QJsonObject& pair, TValueSetItem& entry);
     void readRelation(const QJsonObject& object);
     void placeItem(const QJsonObject& object, TCSProItem& item);
     int lastFixedColumn(const QJsonObject& root);
@@ -65,7 +67,7 @@ private:
     TCSPro& m_dictionary;
     CSProBuilder& m_builder;
     QStringList m_path;
-    QStringList m_languages;
+    QHash<QString, int> m_languages; // places in a label by name
     bool m_isRelative = true;
     bool m_zeroFill = false; // what numeric items without the member have
     int m_firstColumn = 1; // of a record's first item when positions are relative

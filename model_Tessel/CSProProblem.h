@@ -11,6 +11,7 @@
 struct CSProProblem {
     enum class Kind {
         ItemWithoutLength, /*!< the item has no "Len", or none above 0; \c text: its length */
+        ItemWithoutStart, /*!< the item is taken to start at column 1 */
         ItemDropped, /*!< "Occurrences" is 0 or less; \c text: that number */
         RecordTypeRepeated, /*!< \c text: the record-type value that an earlier record has too */
         ValueSetIgnored, /*!< the item has a value set already */
@@ -24,10 +25,13 @@ struct CSProProblem {
         UnknownSection, /*!< \c text: its header */
         UnknownKey, /*!< \c text: the key */
         LineWithoutKey, /*!< \c text: the line */
+        LineOutsideSection, /*!< the first such line; \c text: the line */
+        RepeatedKey, /*!< the first line with the key stands; \c text: the key */
         NotANumber, /*!< a key's default stands; \c text: the line */
         UnknownWord, /*!< a key's default stands; \c text: the line */
         UnknownSpecial, /*!< the value stays ordinary; \c text: the line */
         UnclosedQuote, /*!< the code was taken to its end; \c text: the line */
+        RangeReversed, /*!< the lower bound is the higher; \c text: the range */
         CodeNotANumber, /*!< of a numeric item; it was kept; \c text: the code */
         SubItemWithoutParent, /*!< no item stands before the subitem */
         LinkWithoutValues, /*!< no set with values has the link; \c text: the link */

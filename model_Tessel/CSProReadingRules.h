@@ -12,7 +12,12 @@ struct CSProReadingRules {
     /*! A line answers for a key when its whole key, in any case, is that; its value keeps every
      * "=". */
     bool wholeKeys = false;
-    /*! A code in quotes, ' or ", is one code with the blanks and separators in it. */
+    /*! A key that is missing has the format's default: 1 for MaxRecords, 0 for the record type. */
+    bool formatDefaults = false;
+    /*!
+     * A code in quotes, ' or ", is one code with the blanks and separators in it. With this rule or
+     * one of the next two, value lines are cut into codes one by one.
+     */
     bool quotedCodes = false;
     /*! A range is one entry with two bounds. */
     bool ranges = false;
@@ -63,6 +68,7 @@ struct CSProReadingRules {
     static constexpr CSProReadingRules asWritten()
     {
         CSProReadingRules rules;
+        rules.formatDefaults = true;
         rules.wholeKeys = rules.quotedCodes = rules.ranges = rules.severalCodes = true;
         rules.specials = rules.allValueSets = rules.decimalCodes = rules.keptValueSets = true;
         rules.writtenOrder = rules.occurrenceNumbers = rules.repeatedSubItems = true;

@@ -69,6 +69,12 @@ struct CSProKeyLine {
 
 CSProKeyLine splitKeyLine(QStringView text, int line);
 
+// Lines that begin with a point are comments.
+inline bool isComment(QStringView line)
+{
+    return line.startsWith(QLatin1Char('.'));
+}
+
 /*
  * The keys of one kind of section, and the values that its lines give for them.
  */
@@ -80,6 +86,7 @@ public:
         std::array<QStringView, MaxKeys> value {}; // empty for a key without one
         std::array<int, MaxKeys> line {}; // from 1; 0: no line has the key
         std::vector<CSProKeyLine> others; // lines of other keys; whole keys only
+        std::vector<CSProKeyLine> repeated; // further lines of a key; whole keys only
     };
 
     explicit CSProKeyFinder(std::initializer_list<QLatin1String> keys);

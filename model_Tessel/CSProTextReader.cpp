@@ -101,11 +101,15 @@ CSProTextReader::CSProTextReader(TCSPro& dictionary, CSProBuilder& builder)
 
 // Rule: whole keys, or a key's word anywhere in a line.
 CSProTextReader::Values CSProTextReader::find(
-    const CSProKeyFinder& keys, const CSProSection& section, std::size_t count) const
+    const CSProKeyFinder& keys, const CSProSection& section, std::size_t count)
 {
     const CSProReadingRules& rules = m_builder.rules();
-    if (rules.wholeKeys)
-        return keys.findWhole(section, count);
+    if (rules.wholeKeys) {
+        Values values = keys.findWhole(section, count);
+        for (const CSProKeyLine& line : values.repeated)
+            m_builder.note(Kind::RepeatedKey, line.line, QString(), line.key.toString());
+        return values;
+    }
     Values values = keys.findAnywhere(section);
     if (rules.structure)
         values.others = keys.findWhole(section, count).others;
@@ -113,7 +117,7 @@ CSProTextReader::Values CSProTextReader::find(
 }
 
 CSProTextReader::Values CSProTextReader::find(
-    const CSProKeyFinder& keys, const CSProSection& section) const
+    const CSProKeyFinder& keys, const CSProSection& section)
 {
     return find(keys, section, section.lines.size());
 }
@@ -159,8 +163,7 @@ void CSProTextReader::noteOther(
     if (!m_builder.rules().wholeKeys)
         return;
     if (line.key.isEmpty()) {
-        if (!line.value.startsWith(QLatin1Char('.'))) // a comment
-            m_builder.note(Kind::LineWithoutKey, line.line, QString(), line.value.toString());
+        m_builder.note(Kind::LineWithoutKey, line.line, QString(), line.value.toString());
         return;
     }
     const bool isKnown = std::any_of(
@@ -179,9 +182,9 @@ bool CSProTextReader::takeNote(const CSProKeyLine& line, QString& note) const
 }
 
 // "OccurrenceLabel=2,Second wife"; the number may be followed by a colon.
-bool CSProTextReader::takeOccurrenceLabel(const CSProKeyLine& line, QVector<QString>& labels) const
+bool CSProTextReader::takeOccurrenceLabel(
+    const CSProKeyLine& line, int occurrences, QVector<QString>& labels) const
 {
-    constexpr int MostLabels = 32'000; // as many as a record has columns
     if (!line.hasKey("OccurrenceLabel") && !line.hasKey("OccurenceLabel"))
         return false;
     const auto digits = std::find_if(line.value.begin(), line.value.end(), [](QChar character) {
@@ -189,13 +192,28 @@ bool CSProTextReader::takeOccurrenceLabel(const CSProKeyLine& line, QVector<QStr
     });
     const auto size = digits - line.value.begin();
     const int number = csproNumber(line.value.left(size), 0);
-    if (m_builder.rules().structure && number > 0 && number <= MostLabels
-        && size < line.value.size()) {
+    const int most = std::min(occurrences, CSProBuilder::MostOccurrenceLabels);
+    if (m_builder.rules().structure && number > 0 && number <= most && size < line.value.size()) {
         if (labels.size() < number)
             labels.resize(number);
         labels[number - 1] = line.value.mid(size + 1).trimmed().toString();
     }
     return true;
+}
+
+// Rule: quotes go where they are. Kept otherwise: the first and the last character go, whatever
+// they are.
+QString CSProTextReader::recordTypeValue(const QString& text) const
+{
+    const bool isQuoted = text.size() > 1 && text.startsWith(text.back())
+        && (text.startsWith(QLatin1Char('\'')) || text.startsWith(QLatin1Char('"')));
+    return m_builder.rules().quotedCodes && !isQuoted ? text : withoutEnds(text);
+}
+
+bool CSProTextReader::isValueLine(QStringView line) const
+{
+    return isCSProValueLine(line)
+        || (m_builder.rules().wholeKeys && splitKeyLine(line, 0).hasKey("Value"));
 }
 
 void CSProTextReader::readDictionary(const CSProSection& section)
@@ -204,8 +222,9 @@ void CSProTextReader::readDictionary(const CSProSection& section)
     m_dictionary.version = text(values, DictionaryVersion);
     m_dictionary.label = text(values, DictionaryLabel);
     m_dictionary.name = text(values, DictionaryName);
-    m_dictionary.recordTypeStart = number(values, DictionaryRecordTypeStart, 1);
-    m_dictionary.recordTypeLen = number(values, DictionaryRecordTypeLen, 1);
+    const int recordTypeDefault = m_builder.rules().formatDefaults ? 0 : 1;
+    m_dictionary.recordTypeStart = number(values, DictionaryRecordTypeStart, recordTypeDefault);
+    m_dictionary.recordTypeLen = number(values, DictionaryRecordTypeLen, recordTypeDefault);
     m_dictionary.positions = text(values, DictionaryPositions);
     m_dictionary.zeroFill = text(values, DictionaryZeroFill);
     m_dictionary.decimalChar = text(values, DictionaryDecimalChar);
@@ -224,13 +243,14 @@ void CSProTextReader::readRecord(const CSProSection& section)
     record->sourceLine = section.headerLine;
     record->label = text(values, RecordLabel);
     record->name = text(values, RecordName);
-    // Kept: the first and the last character go, whether they are quotes or not.
-    record->recordTypeValue = withoutEnds(text(values, RecordTypeValue));
+    record->recordTypeValue = recordTypeValue(text(values, RecordTypeValue));
     record->required = text(values, RecordRequired);
-    record->maxRecords = number(values, RecordMaxRecords, record->maxRecords);
+    record->maxRecords =
+        number(values, RecordMaxRecords, m_builder.rules().formatDefaults ? 1 : record->maxRecords);
     record->recordLen = number(values, RecordRecordLen, record->recordLen);
     for (const CSProKeyLine& line : values.others) {
-        if (!takeNote(line, record->note) && !takeOccurrenceLabel(line, record->occurrenceLabels))
+        if (!takeNote(line, record->note)
+            && !takeOccurrenceLabel(line, record->maxRecords, record->occurrenceLabels))
             noteOther(line, { "Alias" });
     }
     m_builder.addRecord(std::move(record));
@@ -252,17 +272,20 @@ void CSProTextReader::readItem(const CSProSection& section)
     item->hasDecimalChar = isWord(values, ItemDecimalChar, TokenYes, "NO");
     item->isZeroFill = isWord(values, ItemZeroFill, TokenYes, "NO");
     for (const CSProKeyLine& line : values.others) {
-        if (!takeNote(line, item->note) && !takeOccurrenceLabel(line, item->occurrenceLabels))
+        if (!takeNote(line, item->note)
+            && !takeOccurrenceLabel(line, item->occurrences, item->occurrenceLabels))
             noteOther(line, { "Alias", "CaptureType", "CaptureDateFormat" });
     }
+    if (m_builder.rules().wholeKeys && values.line.at(ItemStart) == 0)
+        m_builder.note(Kind::ItemWithoutStart, section.headerLine, item->name);
     m_dictionary.lastItemNumeric = item->isAlpha == 0;
     m_builder.addItem(std::move(item));
 }
 
 void CSProTextReader::readValueSet(const CSProSection& section)
 {
-    const auto firstValue =
-        std::find_if(section.lines.begin(), section.lines.end(), isCSProValueLine);
+    const auto firstValue = std::find_if(section.lines.begin(), section.lines.end(),
+        [this](QStringView line) { return isValueLine(line); });
     const auto headerSize = static_cast<std::size_t>(firstValue - section.lines.begin());
     const Values values = find(namedKeys(), section, headerSize);
     CSProBuilder::ValueSetPointer valueSet(new TCSProValueSet);
@@ -284,10 +307,10 @@ void CSProTextReader::readValues(
     const CSProSection& section, std::size_t first, TCSProValueSet& valueSet)
 {
     const CSProReadingRules& rules = m_builder.rules();
-    if (rules.quotedCodes || rules.ranges || rules.severalCodes || rules.specials)
+    if (rules.quotedCodes || rules.ranges || rules.severalCodes)
         readWrittenValues(m_dictionary, m_builder, section, first, valueSet);
     else
-        readEstablishedValues(m_dictionary, section, valueSet);
+        readEstablishedValues(m_dictionary, m_builder, section, valueSet);
 }
 
 void CSProTextReader::ignoreValueSet(const CSProSection& section)

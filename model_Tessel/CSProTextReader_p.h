@@ -24,15 +24,18 @@ private:
     using Kind = CSProProblem::Kind;
     using Values = CSProKeyFinder::Values;
 
-    Values find(const CSProKeyFinder& keys, const CSProSection& section, std::size_t count) const;
-    Values find(const CSProKeyFinder& keys, const CSProSection& section) const;
+    Values find(const CSProKeyFinder& keys, const CSProSection& section, std::size_t count);
+    Values find(const CSProKeyFinder& keys, const CSProSection& section);
     QString text(const Values& values, std::size_t key) const;
     int number(const Values& values, std::size_t key, int defaultValue);
     bool isWord(const Values& values, std::size_t key, const QString& word, const char* otherWord);
     void noteValue(Kind kind, const Values& values, std::size_t key);
     void noteOther(const CSProKeyLine& line, std::initializer_list<const char*> passedOver);
     bool takeNote(const CSProKeyLine& line, QString& note) const;
-    bool takeOccurrenceLabel(const CSProKeyLine& line, QVector<QString>& labels) const;
+    bool takeOccurrenceLabel(
+        const CSProKeyLine& line, int occurrences, QVector<QString>& labels) const;
+    QString recordTypeValue(const QString& text) const;
+    bool isValueLine(QStringView line) const;
 
     void readLevel(const CSProSection& section);
     void readLanguages(const CSProSection& section);
@@ -50,11 +53,11 @@ void appendNoteLine(QString& note, QStringView line);
  * Readers of the value lines of one section, from line first on. The established one is in
  * CSProValueLines.cpp beside the one that reads values as they are written.
  */
-void readEstablishedValues(
-    TCSPro& dictionary, const CSProSection& section, TCSProValueSet& valueSet);
+void readEstablishedValues(TCSPro& dictionary, CSProBuilder& builder, const CSProSection& section,
+    TCSProValueSet& valueSet);
 void readWrittenValues(TCSPro& dictionary, CSProBuilder& builder, const CSProSection& section,
     std::size_t first, TCSProValueSet& valueSet);
-// True for a line of the key "Value".
+// True for a line that begins with the key "Value" and its "=", without blanks between them.
 bool isCSProValueLine(QStringView line);
 // Type of the special value that a word stands for; 0 for any other word.
 int csproSpecialType(QStringView word);

@@ -67,14 +67,42 @@ struct EstablishedSpecial {
     }
 };
 
+// "WORD,Special"; 0 for anything else.
+int writtenSpecialType(QStringView value)
+{
+    const auto comma = value.indexOf(QLatin1Char(','));
+    const bool isSpecial = comma >= 0
+        && value.mid(comma + 1).trimmed().compare(CSProWordSpecial, Qt::CaseInsensitive) == 0;
+    return isSpecial ? csproSpecialType(value.left(comma).trimmed()) : int(Ordinary);
+}
+
+// Rule: specials as they are written, or as hosts have known them.
+void applySpecial(
+    QStringView value, const CSProReadingRules& rules, TValueSetItem& entry, TCSProItem* item)
+{
+    if (rules.specials) {
+        entry.type = writtenSpecialType(value);
+        entry.special = entry.type != Ordinary;
+    } else {
+        EstablishedSpecial(value).apply(entry, item);
+    }
+}
+
+// Rule: a special entry stays in the set, marked, or goes.
+bool staysInSet(const TValueSetItem& entry, const CSProReadingRules& rules)
+{
+    return !entry.special || rules.specials;
+}
+
 /*
  * Walks the lines of one section and fills a value set. An entry stays pending until the next value
  * line or the end of the section, because a name line may still make it special.
  */
 class EstablishedValues {
 public:
-    EstablishedValues(TCSPro& dictionary, TCSProValueSet& valueSet)
+    EstablishedValues(TCSPro& dictionary, const CSProReadingRules& rules, TCSProValueSet& valueSet)
         : m_dictionary(dictionary)
+        , m_rules(rules)
         , m_valueSet(valueSet)
     {
     }
@@ -90,16 +118,16 @@ public:
             }
         }
         // Kept: the last entry is stored as it stands, even when its code holds several values.
-        if (m_pending && !m_pending->special)
+        if (m_pending && staysInSet(*m_pending, m_rules))
             m_valueSet.addItem(m_pending.release());
     }
 
 private:
     void storePending()
     {
-        if (!m_pending || m_pending->special)
+        if (!m_pending || !staysInSet(*m_pending, m_rules))
             return;
-        if (m_pending->code.contains(QLatin1Char(' '))) {
+        if (!m_pending->special && m_pending->code.contains(QLatin1Char(' '))) {
             TESSEL_DEBUG << "PROCESAR OTROS RANGOS";
             m_dictionary.processOtherRanges(&m_valueSet, m_pending.get());
         } else {
@@ -147,12 +175,13 @@ private:
 
     void readNameLine(QStringView value)
     {
-        EstablishedSpecial(value).apply(*m_pending, m_dictionary.lastItem);
+        applySpecial(value, m_rules, *m_pending, m_dictionary.lastItem);
         TESSEL_DEBUG << "5. myValueSetItem->special " << m_pending->special;
         TESSEL_DEBUG << "5. myValueSetItem->type " << m_pending->type;
     }
 
     TCSPro& m_dictionary;
+    const CSProReadingRules& m_rules;
     TCSProValueSet& m_valueSet;
     std::unique_ptr<TValueSetItem> m_pending;
 };
@@ -274,7 +303,8 @@ public:
                 store(false);
                 readValue(line);
             } else {
-                readMore(line);
+                if (!isComment(section.lines[i]))
+                    readMore(line);
             }
         }
         store(true);
@@ -343,31 +373,12 @@ private:
         }
     }
 
-    // Rule: specials as they are written, or as hosts have known them.
     void readSpecial(const CSProKeyLine& line)
     {
-        if (!m_rules.specials) {
-            const EstablishedSpecial special(line.value);
-            for (const auto& entry : m_pending)
-                special.apply(*entry, m_dictionary.lastItem);
-            return;
-        }
-        const int type = specialType(line.value);
-        if (type == Ordinary)
+        if (m_rules.specials && writtenSpecialType(line.value) == Ordinary)
             noteLine(Kind::UnknownSpecial, line.line, line.value);
-        for (const auto& entry : m_pending) {
-            entry->type = type;
-            entry->special = type != Ordinary;
-        }
-    }
-
-    static int specialType(QStringView value)
-    {
-        const auto comma = value.indexOf(QLatin1Char(','));
-        if (comma < 0
-            || value.mid(comma + 1).trimmed().compare(CSProWordSpecial, Qt::CaseInsensitive) != 0)
-            return Ordinary;
-        return csproSpecialType(value.left(comma).trimmed());
+        for (const auto& entry : m_pending)
+            applySpecial(line.value, m_rules, *entry, m_dictionary.lastItem);
     }
 
     void store(bool isLast)
@@ -379,7 +390,7 @@ private:
             m_pending.front()->highCode = QString();
         }
         for (auto& entry : m_pending) {
-            if (!entry->special || m_rules.specials)
+            if (staysInSet(*entry, m_rules))
                 m_valueSet.addItem(entry.release());
         }
         m_pending.clear();
@@ -417,10 +428,10 @@ int csproSpecialType(QStringView word)
     return word.compare(QLatin1String("DEFAULT"), Qt::CaseInsensitive) == 0 ? Default : Ordinary;
 }
 
-void readEstablishedValues(
-    TCSPro& dictionary, const CSProSection& section, TCSProValueSet& valueSet)
+void readEstablishedValues(TCSPro& dictionary, CSProBuilder& builder, const CSProSection& section,
+    TCSProValueSet& valueSet)
 {
-    EstablishedValues(dictionary, valueSet).read(section);
+    EstablishedValues(dictionary, builder.rules(), valueSet).read(section);
 }
 
 void readWrittenValues(TCSPro& dictionary, CSProBuilder& builder, const CSProSection& section,

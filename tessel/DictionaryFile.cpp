@@ -1,12 +1,12 @@
 #include "DictionaryFile.h"
 
 #include "Console.h"
+#include "InputFile.h"
 
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/ErrorManager.h>
 
 #include <QFile>
-#include <QFileInfo>
 #include <QMessageBox>
 #include <QTextCodec>
 
@@ -23,35 +23,18 @@ constexpr qint64 LargestFile = 256 * MebiByte;
 constexpr int ShownLines = 3;
 constexpr int ShownColumns = 60;
 
-bool failed(const QString& path, int line, const QString& text)
-{
-    Console::tell(path, line, Severity::Error, text);
-    return false;
-}
-
 bool readBytes(const QString& path, QByteArray& bytes)
 {
-    const QFileInfo info(path);
-    if (!info.exists())
-        return failed(path, 0, QStringLiteral("no such file"));
-    if (!info.isFile()) {
-        return failed(path, 0,
-            QStringLiteral("is a directory or a device; give the name of a dictionary file"));
-    }
-    if (info.size() > LargestFile) {
-        return failed(path, 0,
+    QFile file(path);
+    if (file.size() > LargestFile) {
+        return failInput(path, 0,
             QStringLiteral("is larger than %1 MiB, which no dictionary is")
                 .arg(LargestFile / MebiByte));
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return failed(path, 0, QStringLiteral("cannot be read: %1").arg(file.errorString()));
-    bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return failed(path, 0, QStringLiteral("cannot be read: %1").arg(file.errorString()));
-    if (bytes.isEmpty())
-        return failed(path, 0, QStringLiteral("is empty"));
-    return true;
+    if (file.open(QIODevice::ReadOnly))
+        bytes = file.readAll();
+    return file.error() == QFileDevice::NoError
+        || failInput(path, 0, QStringLiteral("cannot be read: %1").arg(file.errorString()));
 }
 
 bool isValid(const QTextCodec& codec, const QByteArray& bytes)
@@ -90,7 +73,7 @@ QTextCodec* checkEncoding(
     if (isValid(*codec, bytes))
         return codec;
     if (isWanted || codec->name() != "UTF-8") {
-        failed(path, 0,
+        failInput(path, 0,
             QStringLiteral("the text is not valid %1; name another encoding with --encoding")
                 .arg(QString::fromLatin1(codec->name())));
         return nullptr;
@@ -130,17 +113,21 @@ void showFirstLines(const QString& text)
     }
 }
 
+bool isJsonText(const QString& text)
+{
+    return QStringView(text).left(4096).trimmed().startsWith(QLatin1Char('{'));
+}
+
 bool checkKind(const QString& path, const QString& text, const QTextCodec& codec, bool asWritten)
 {
-    const QStringView start = QStringView(text).left(4096).trimmed();
-    if (start.startsWith(QLatin1Char('{'))) {
+    if (isJsonText(text)) {
         if (!asWritten) {
-            return failed(path, 0,
+            return failInput(path, 0,
                 QStringLiteral("is a JSON dictionary of CSPro 8 or later, which --rules "
                                "established does not read"));
         }
         if (codec.name() != "UTF-8") {
-            return failed(path, 0,
+            return failInput(path, 0,
                 QStringLiteral("is a JSON dictionary in %1; JSON dictionaries are UTF-8")
                     .arg(QString::fromLatin1(codec.name())));
         }
@@ -148,7 +135,7 @@ bool checkKind(const QString& path, const QString& text, const QTextCodec& codec
     }
     if (hasDictionaryHeader(text))
         return true;
-    failed(path, 0, QStringLiteral("is no CSPro dictionary; it begins:"));
+    failInput(path, 0, QStringLiteral("is no CSPro dictionary; it begins:"));
     showFirstLines(text);
     return false;
 }
@@ -160,11 +147,11 @@ int askAboutDecimals(const QString& path, const CSProProblem& problem)
         QStringLiteral("%1:%2: value set %3 of item %4 has decimal codes, the first is %5.\n"
                        "Keep the set, with 0 in place of such codes? "
                        "[y]es, yes to [a]ll, [n]o, no to al[l] (no): ")
-            .arg(path, QString::number(problem.line), problem.valueSet, problem.name, problem.text);
+            .arg(Console::printable(path), QString::number(problem.line),
+                Console::printable(problem.valueSet), Console::printable(problem.name),
+                Console::printable(problem.text));
     while (true) {
-        const QString answer =
-            Console::ask(Console::printable(question).replace(QChar(0x240A), QLatin1Char('\n')))
-                .toLower();
+        const QString answer = Console::ask(question).toLower();
         if (answer.isEmpty() || answer == QLatin1String("n") || answer == QLatin1String("no"))
             return QMessageBox::No;
         if (answer == QLatin1String("y") || answer == QLatin1String("yes"))
@@ -234,6 +221,17 @@ QString describe(const CSProProblem& problem)
         return QStringLiteral("the key '%1' is unknown and was passed over").arg(problem.text);
     case Kind::LineWithoutKey:
         return QStringLiteral("the line '%1' has no key and was passed over").arg(problem.text);
+    case Kind::LineOutsideSection:
+        return QStringLiteral("the line '%1' stands before the first section and was passed over")
+            .arg(problem.text);
+    case Kind::RepeatedKey:
+        return QStringLiteral("the key '%1' stands twice; its first line was taken")
+            .arg(problem.text);
+    case Kind::ItemWithoutStart:
+        return QStringLiteral("item %1 has no Start; it is taken to begin at column 1")
+            .arg(problem.name);
+    case Kind::RangeReversed:
+        return valueSet + QStringLiteral(": the range %1 begins above its end").arg(problem.text);
     case Kind::NotANumber:
         return QStringLiteral("'%1' is no number; the key was passed over").arg(problem.text);
     case Kind::UnknownWord:
@@ -302,7 +300,11 @@ std::unique_ptr<TCSProDataImport> openDictionary(
         return nullptr;
     QTextCodec* const codec = checkEncoding(
         path, bytes, chooseCodec(bytes, options.encoding), !options.encoding.isEmpty());
-    if (!codec || !checkKind(path, codec->toUnicode(bytes), *codec, options.asWritten))
+    if (!codec)
+        return nullptr;
+    const QString text = codec->toUnicode(bytes);
+    const bool isJson = isJsonText(text);
+    if (!checkKind(path, text, *codec, options.asWritten))
         return nullptr;
 
     auto importer = std::make_unique<TCSProDataImport>(path);
@@ -320,7 +322,11 @@ std::unique_ptr<TCSProDataImport> openDictionary(
     }
     tellProblems(path, *importer->dictionary);
     if (!isRead) {
-        failed(path, 0, QStringLiteral("reading stopped; the dictionary is not listed"));
+        failInput(path, 0, QStringLiteral("reading stopped; the dictionary is not listed"));
+        return nullptr;
+    }
+    if (isJson && importer->dictionary->levels().isEmpty()) {
+        failInput(path, 0, QStringLiteral("is JSON without levels, so no CSPro dictionary"));
         return nullptr;
     }
     tellLanguage(path, *importer->dictionary, options.language);

@@ -66,20 +66,6 @@ private:
     QString m_max;
 };
 
-void takeRange(ListedField& field)
-{
-    CodeRange range;
-    for (const ListedValueSet& valueSet : qAsConst(field.valueSets)) {
-        for (const ListedCode& entry : valueSet.codes) {
-            if (!entry.special.isNull())
-                continue;
-            range.add(entry.code);
-            range.add(entry.highCode);
-        }
-    }
-    range.applyTo(field);
-}
-
 ListedValueSet listValueSet(const TCSProValueSet& valueSet, const TCSPro& dictionary)
 {
     ListedValueSet listed;
@@ -130,7 +116,8 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
         field.name = field.item + QLatin1Char('_') + QString::number(item.occurrence);
     field.label = source.fieldLabel;
     field.occurrenceLabel = orNull(dictionary.labelText(item.occurrenceLabel));
-    if (item.record && item.record != dictionary.commonRecord)
+    field.isIdentification = item.record == dictionary.commonRecord;
+    if (item.record && !field.isIdentification)
         field.record = item.record->name;
     if (item.parent)
         field.parent = item.parent->name;
@@ -154,11 +141,26 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
 
 } // namespace
 
+void takeRange(ListedField& field)
+{
+    CodeRange range;
+    for (const ListedValueSet& valueSet : qAsConst(field.valueSets)) {
+        for (const ListedCode& entry : valueSet.codes) {
+            if (!entry.special.isNull())
+                continue;
+            range.add(entry.code);
+            range.add(entry.highCode);
+        }
+    }
+    range.applyTo(field);
+}
+
 Listing listFields(const QString& file, TCSProDataImport& importer)
 {
     const TCSPro& dictionary = *importer.dictionary;
     Listing listing;
     listing.file = file;
+    listing.kind = QStringLiteral("cspro");
     listing.name = dictionary.name;
     listing.label = dictionary.labelText(dictionary.label);
     listing.encoding = QString::fromLatin1(dictionary.textEncoding());
@@ -166,6 +168,8 @@ Listing listFields(const QString& file, TCSProDataImport& importer)
         listing.languages.append(language.name);
     for (const CSProLevel& level : dictionary.levels())
         listing.levels.append(level.name);
+    if (!dictionary.note().isEmpty())
+        listing.notes.append(dictionary.note());
     listing.version = dictionary.version;
     listing.recordTypeStart = dictionary.recordTypeStart;
     listing.recordTypeLength = dictionary.recordTypeLen;

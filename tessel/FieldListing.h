@@ -27,15 +27,19 @@ struct ListedField {
     int occurrence = 0; /*!< number of the occurrence, from 1; 0: not repeated */
     QString occurrenceLabel; /*!< null: none */
     QString label;
-    QString record; /*!< name of the record; null for an identification item */
+    QString record; /*!< name of the record; null for an identification item, and without records */
+    bool isIdentification = false; /*!< on the lines of every record */
     QString parent; /*!< item that a subitem describes columns of; null: none, or not read */
     QString type; /*!< "integer", "real" or "string" */
-    int start = 0; /*!< first column, from 1 */
-    int length = 0; /*!< in columns */
+    int start = 0; /*!< first column, from 1; 0: the file has no columns */
+    int length = 0; /*!< in columns, or as the format shows the values */
     int decimals = 0;
+    QString format; /*!< as written, for example "F8.2"; null: none */
+    QString measure; /*!< "nominal", "ordinal" or "scale"; null: not told */
     bool hasDecimalChar = false; /*!< the decimal point is in the data */
     bool isSubItem = false;
-    QString missing; /*!< code; null: none */
+    QString missing; /*!< code, or codes and ranges joined by commas; null: none */
+    QVector<ListedCode> missingRanges; /*!< the same one by one, of SPSS files */
     QString notApplicable; /*!< code; null: none */
     QString min; /*!< null: none */
     QString max; /*!< null: none */
@@ -61,6 +65,7 @@ struct ListedRecord {
 /*! What one dictionary holds. */
 struct Listing {
     QString file;
+    QString kind; /*!< "cspro", "spss" or "stata" */
     QString name;
     QString label;
     QString version; /*!< as written, for example "CSPro 7.7" */
@@ -69,9 +74,14 @@ struct Listing {
     int recordTypeLength = 0; /*!< 0: one record type */
     QStringList languages; /*!< names */
     QStringList levels; /*!< names */
+    qint64 rowCount = -1; /*!< cases in the file; -1: not told */
+    QStringList notes;
     QVector<ListedRecord> records;
     QVector<ListedField> fields;
 };
+
+/*! Sets the range of \a field to the lowest and highest of its ordinary codes, if it has any. */
+void takeRange(ListedField& field);
 
 /*! Lists the fields of \a importer, which was opened from \a file. */
 Listing listFields(const QString& file, TCSProDataImport& importer);

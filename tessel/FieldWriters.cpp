@@ -9,12 +9,14 @@
 #include <QJsonObject>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace {
 
 // Changes only when a reader of the JSON has to change.
 constexpr int JsonVersion = 1;
 
-QString plural(int count, const QString& thing)
+QString plural(qint64 count, const QString& thing)
 {
     return QStringLiteral("%1 %2%3").arg(count).arg(
         thing, count == 1 ? QString() : QStringLiteral("s"));
@@ -81,70 +83,86 @@ void addValueSets(TextTable& table, const QVector<ListedValueSet>& valueSets)
     }
 }
 
-QString summary(const Listing& listing)
+int labelledFields(const Listing& listing)
 {
-    int labelled = 0;
-    for (const ListedField& field : listing.fields)
-        labelled += field.valueLabelCount() > 0 ? 1 : 0;
-    QString text = QStringLiteral("%1, %2, %3 with value labels; ")
-                       .arg(plural(listing.records.size(), QStringLiteral("record")),
-                           plural(listing.fields.size(), QStringLiteral("field")))
-                       .arg(labelled);
-    if (listing.recordTypeLength > 0) {
-        text += QStringLiteral("record type at column %1, length %2")
-                    .arg(listing.recordTypeStart)
-                    .arg(listing.recordTypeLength);
-    } else {
-        text += QStringLiteral("no record types");
-    }
-    return text;
+    return int(std::count_if(listing.fields.cbegin(), listing.fields.cend(),
+        [](const ListedField& field) { return field.valueLabelCount() > 0; }));
 }
 
-QString groupTitle(const QString& record, const QHash<QString, const ListedRecord*>& records)
+bool hasRecords(const Listing& listing)
 {
-    if (record.isNull())
+    return listing.kind == QLatin1String("cspro");
+}
+
+QString summary(const Listing& listing)
+{
+    const QString labelled = QStringLiteral("%1 with value labels").arg(labelledFields(listing));
+    if (!hasRecords(listing)) {
+        const QString rows = listing.rowCount < 0 ? QStringLiteral("number of rows not told")
+                                                  : plural(listing.rowCount, QStringLiteral("row"));
+        return QStringLiteral("%1, %2; %3")
+            .arg(plural(listing.fields.size(), QStringLiteral("variable")), labelled, rows);
+    }
+    const QString recordType = listing.recordTypeLength > 0
+        ? QStringLiteral("record type at column %1, length %2")
+              .arg(listing.recordTypeStart)
+              .arg(listing.recordTypeLength)
+        : QStringLiteral("no record types");
+    return QStringLiteral("%1, %2, %3; %4")
+        .arg(plural(listing.records.size(), QStringLiteral("record")),
+            plural(listing.fields.size(), QStringLiteral("field")), labelled, recordType);
+}
+
+// Consecutive fields of one record stand under its name.
+QString groupTitle(const ListedField& field, const QHash<QString, const ListedRecord*>& records)
+{
+    if (field.isIdentification)
         return QStringLiteral("Identification items");
-    const ListedRecord* found = records.value(record);
-    QString title = record;
-    if (found) {
-        title += QLatin1String("  ") + found->label;
-        if (!found->recordType.isEmpty())
-            title += QStringLiteral(" (record type %1)").arg(found->recordType);
+    if (field.record.isNull())
+        return QStringLiteral("Variables");
+    QString title = field.record;
+    if (const ListedRecord* record = records.value(field.record)) {
+        title += QLatin1String("  ") + record->label;
+        if (!record->recordType.isEmpty())
+            title += QStringLiteral(" (record type %1)").arg(record->recordType);
     }
     return Console::printable(title);
+}
+
+QStringList tableCells(const ListedField& field)
+{
+    const auto code = [](const QString& text) {
+        return text.isNull() || text.contains(QLatin1String(", ")) ? text : shownCode(text);
+    };
+    QStringList cells { field.name, field.type, field.format, shownNumber(field.start),
+        QString::number(field.length), shownNumber(field.decimals), rangeText(field),
+        code(field.missing), code(field.notApplicable), shownNumber(field.valueLabelCount()),
+        shownLabel(field) };
+    for (QString& cell : cells)
+        cell = Console::printable(cell);
+    return cells;
 }
 
 QString tableOf(const Listing& listing, const ListingFormat& format)
 {
     using Align = TextTable::Align;
-    TextTable table(
-        { { QStringLiteral("Name"), Align::Left }, { QStringLiteral("Type"), Align::Left },
-            { QStringLiteral("Start"), Align::Right }, { QStringLiteral("Len"), Align::Right },
-            { QStringLiteral("Dec"), Align::Right }, { QStringLiteral("Range"), Align::Left },
-            { QStringLiteral("Missing"), Align::Left }, { QStringLiteral("N/A"), Align::Left },
-            { QStringLiteral("Labels"), Align::Right }, { QStringLiteral("Label"), Align::Left } });
+    TextTable table({ { QStringLiteral("Name"), Align::Left },
+        { QStringLiteral("Type"), Align::Left }, { QStringLiteral("Format"), Align::Left },
+        { QStringLiteral("Start"), Align::Right }, { QStringLiteral("Len"), Align::Right },
+        { QStringLiteral("Dec"), Align::Right }, { QStringLiteral("Range"), Align::Left },
+        { QStringLiteral("Missing"), Align::Left }, { QStringLiteral("N/A"), Align::Left },
+        { QStringLiteral("Labels"), Align::Right }, { QStringLiteral("Label"), Align::Left } });
 
     QHash<QString, const ListedRecord*> records;
     for (const ListedRecord& record : listing.records)
         records.insert(record.name, &record);
-
-    bool isFirst = true;
-    QString group;
+    const ListedField* previous = nullptr;
     for (const ListedField& field : listing.fields) {
-        if (isFirst || field.record != group || field.record.isNull() != group.isNull()) {
-            table.beginGroup(groupTitle(field.record, records));
-            group = field.record;
-            isFirst = false;
-        }
-        const QString missing = field.missing.isNull() ? QString() : shownCode(field.missing);
-        const QString notApplicable =
-            field.notApplicable.isNull() ? QString() : shownCode(field.notApplicable);
-        QStringList cells { field.name, field.type, QString::number(field.start),
-            QString::number(field.length), shownNumber(field.decimals), rangeText(field), missing,
-            notApplicable, shownNumber(field.valueLabelCount()), shownLabel(field) };
-        for (QString& cell : cells)
-            cell = Console::printable(cell);
-        table.addRow(cells);
+        if (!previous || previous->record != field.record
+            || previous->isIdentification != field.isIdentification)
+            table.beginGroup(groupTitle(field, records));
+        previous = &field;
+        table.addRow(tableCells(field));
         if (format.withValues)
             addValueSets(table, field.valueSets);
     }
@@ -223,16 +241,16 @@ QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
         QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("start"),
         QStringLiteral("length"), QStringLiteral("decimals"), QStringLiteral("missing"),
         QStringLiteral("not_applicable"), QStringLiteral("min"), QStringLiteral("max"),
-        QStringLiteral("value_labels") };
+        QStringLiteral("value_labels"), QStringLiteral("format"), QStringLiteral("measure") };
     if (format.withValues)
         headings += valueHeadings();
     QByteArray bytes = csvLine(headings);
     for (const Listing& listing : listings) {
         for (const ListedField& field : listing.fields) {
             const QStringList cells { listing.file, field.record, field.name, shownLabel(field),
-                field.type, QString::number(field.start), QString::number(field.length),
+                field.type, shownNumber(field.start), QString::number(field.length),
                 QString::number(field.decimals), field.missing, field.notApplicable, field.min,
-                field.max, QString::number(field.valueLabelCount()) };
+                field.max, QString::number(field.valueLabelCount()), field.format, field.measure };
             bytes += format.withValues ? csvValueLines(cells, field) : csvLine(cells);
         }
     }
@@ -260,6 +278,16 @@ QJsonObject jsonOf(const ListedRecord& record)
         { QStringLiteral("length"), record.length } };
 }
 
+QJsonArray jsonOf(const QVector<ListedCode>& ranges)
+{
+    QJsonArray array;
+    for (const ListedCode& range : ranges) {
+        array.append(QJsonObject { { QStringLiteral("code"), range.code },
+            { QStringLiteral("to"), textOrNull(range.highCode) } });
+    }
+    return array;
+}
+
 QJsonObject jsonOf(const ListedValueSet& valueSet)
 {
     QJsonArray values;
@@ -281,12 +309,17 @@ QJsonObject jsonOf(const ListedField& field, bool withValues)
         { QStringLiteral("occurrenceLabel"), textOrNull(field.occurrenceLabel) },
         { QStringLiteral("label"), field.label },
         { QStringLiteral("record"), textOrNull(field.record) },
-        { QStringLiteral("type"), field.type }, { QStringLiteral("start"), field.start },
+        { QStringLiteral("identification"), field.isIdentification },
+        { QStringLiteral("type"), field.type },
+        { QStringLiteral("start"), numberOrNull(field.start) },
+        { QStringLiteral("format"), textOrNull(field.format) },
+        { QStringLiteral("measure"), textOrNull(field.measure) },
         { QStringLiteral("length"), field.length }, { QStringLiteral("decimals"), field.decimals },
         { QStringLiteral("decimalChar"), field.hasDecimalChar },
         { QStringLiteral("subitem"), field.isSubItem },
         { QStringLiteral("parent"), textOrNull(field.parent) },
         { QStringLiteral("missing"), textOrNull(field.missing) },
+        { QStringLiteral("missingRanges"), jsonOf(field.missingRanges) },
         { QStringLiteral("notApplicable"), textOrNull(field.notApplicable) },
         { QStringLiteral("min"), textOrNull(field.min) },
         { QStringLiteral("max"), textOrNull(field.max) },
@@ -310,8 +343,7 @@ QJsonObject jsonOf(const Listing& listing, bool withValues)
     QJsonArray fields;
     for (const ListedField& field : listing.fields)
         fields.append(jsonOf(field, withValues));
-    return { { QStringLiteral("file"), listing.file },
-        { QStringLiteral("kind"), QStringLiteral("cspro") },
+    return { { QStringLiteral("file"), listing.file }, { QStringLiteral("kind"), listing.kind },
         { QStringLiteral("name"), listing.name }, { QStringLiteral("label"), listing.label },
         { QStringLiteral("version"), listing.version },
         { QStringLiteral("encoding"), listing.encoding },
@@ -319,6 +351,9 @@ QJsonObject jsonOf(const Listing& listing, bool withValues)
         { QStringLiteral("recordTypeLength"), listing.recordTypeLength },
         { QStringLiteral("languages"), QJsonArray::fromStringList(listing.languages) },
         { QStringLiteral("levels"), QJsonArray::fromStringList(listing.levels) },
+        { QStringLiteral("rows"),
+            listing.rowCount < 0 ? QJsonValue() : QJsonValue(listing.rowCount) },
+        { QStringLiteral("notes"), QJsonArray::fromStringList(listing.notes) },
         { QStringLiteral("records"), records }, { QStringLiteral("fields"), fields } };
 }
 

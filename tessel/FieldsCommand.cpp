@@ -4,7 +4,9 @@
 #include "DictionaryFile.h"
 #include "FieldListing.h"
 #include "FieldWriters.h"
+#include "InputFile.h"
 #include "Output.h"
+#include "StatListing.h"
 #include "Supervisor.h"
 
 #include <model_Tessel/CSProDataImport.h>
@@ -20,6 +22,7 @@ namespace {
 
 struct FieldsOptions {
     QStringList files;
+    FileKind kind = FileKind::Unknown; // Unknown: as the content says
     ListingFormat format;
     DictionaryOptions dictionary;
     QString output;
@@ -44,6 +47,14 @@ const QCommandLineOption& outputOption()
 {
     static const QCommandLineOption option({ QStringLiteral("o"), QStringLiteral("output") },
         QStringLiteral("Write to a file, whole or not at all."), QStringLiteral("file"));
+    return option;
+}
+
+const QCommandLineOption& typeOption()
+{
+    static const QCommandLineOption option(QStringLiteral("type"),
+        QStringLiteral("Kind of the files; found by their content when not given."),
+        QStringLiteral("cspro|spss|stata"));
     return option;
 }
 
@@ -85,16 +96,17 @@ const QCommandLineOption& encodingOption()
 
 void describe(QCommandLineParser& parser)
 {
-    parser.setApplicationDescription(
-        QStringLiteral("Lists the fields of CSPro dictionaries.\n\n"
-                       "The listing goes to standard output. What was not read as written is\n"
-                       "told on standard error, by file and line.\n"
-                       "Exit status: 0 all was read, 1 an input failed, 2 wrong usage."));
+    parser.setApplicationDescription(QStringLiteral(
+        "Lists the fields of CSPro dictionaries and the variables of SPSS and Stata\nfiles.\n\n"
+        "The listing goes to standard output. What was not read as written is\n"
+        "told on standard error, by file and line.\n"
+        "Exit status: 0 all was read, 1 an input failed, 2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ formatOption(), valuesOption(), outputOption(), rulesOption(),
+    parser.addOptions({ formatOption(), valuesOption(), outputOption(), typeOption(), rulesOption(),
         languageOption(), decimalsOption(), encodingOption() });
     parser.addPositionalArgument(QStringLiteral("dictionary"),
-        QStringLiteral("CSPro dictionary file (.dcf)."), QStringLiteral("DICTIONARY..."));
+        QStringLiteral("CSPro dictionary (.dcf), SPSS file (.sav, .zsav) or Stata file (.dta)."),
+        QStringLiteral("DICTIONARY..."));
 }
 
 bool readFormat(const QString& text, ListingFormat::Kind& kind)
@@ -175,8 +187,27 @@ QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
         return QStringLiteral("unknown format '%1'; give table, csv or json").arg(format);
     options.format.withValues = parser.isSet(valuesOption());
     options.format.width = Console::tableWidth();
+    options.kind = kindOfName(parser.value(typeOption()));
+    if (parser.isSet(typeOption()) && options.kind == FileKind::Unknown) {
+        return QStringLiteral("--type takes cspro, spss or stata, not '%1'")
+            .arg(parser.value(typeOption()));
+    }
     const QString mistake = readDictionaryOptions(parser, options.dictionary);
     return mistake.isNull() ? readOutput(parser, options) : mistake;
+}
+
+bool listFile(const QString& file, const FieldsOptions& options, Listing& listing)
+{
+    if (!checkInput(file))
+        return false;
+    const FileKind kind = options.kind == FileKind::Unknown ? kindOfContent(file) : options.kind;
+    if (kind != FileKind::CSPro)
+        return listStatFile(file, kind, options.dictionary.asWritten, listing);
+    const auto importer = openDictionary(file, options.dictionary);
+    if (!importer)
+        return false;
+    listing = listFields(file, *importer);
+    return true;
 }
 
 int listFiles(const FieldsOptions& options, Supervisor& supervisor)
@@ -186,10 +217,9 @@ int listFiles(const FieldsOptions& options, Supervisor& supervisor)
     for (int i = 0; i < options.files.size(); ++i) {
         if (!supervisor.beginFile(i))
             continue;
-        const QString& file = options.files.at(i);
-        const auto importer = openDictionary(file, options.dictionary);
-        if (importer)
-            listings.append(listFields(file, *importer));
+        Listing listing;
+        if (listFile(options.files.at(i), options, listing))
+            listings.append(listing);
         else
             status = InputFailed;
         supervisor.endFile();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 #include <utility>
 
 namespace {
@@ -9,6 +10,7 @@ namespace {
 constexpr int Gap = 1;
 constexpr int NarrowestLast = 16; // below that the last column goes under the row
 constexpr int Indent = 4;
+constexpr int WidestOfMany = 18; // of a column where all together are too wide
 
 using Range = std::pair<uint, uint>;
 
@@ -35,6 +37,12 @@ int characterWidth(uint code)
 QString padding(int width)
 {
     return QString(std::max(width, 0), QLatin1Char(' '));
+}
+
+// What a column takes of a line; nothing when it is left out.
+int fixedWidth(int column)
+{
+    return column > 0 ? column + Gap : 0;
 }
 
 QString aligned(const QString& text, int width, TextTable::Align align)
@@ -111,7 +119,7 @@ void TextTable::addDetail(const QString& text)
 }
 
 // Of all columns but the last; 0 for one that no row fills.
-QVector<int> TextTable::columnWidths() const
+QVector<int> TextTable::columnWidths(int width) const
 {
     QVector<int> widths(m_columns.size() - 1, 0);
     for (const Group& group : m_groups) {
@@ -120,54 +128,78 @@ QVector<int> TextTable::columnWidths() const
                 widths[i] = std::max(widths[i], displayWidth(row.cells.at(i)));
         }
     }
+    int total = 0;
     for (int i = 0; i < widths.size(); ++i) {
         if (widths[i] > 0)
             widths[i] = std::max(widths[i], displayWidth(m_columns.at(i).heading));
+        total += fixedWidth(widths[i]);
+    }
+    for (int i = 0; i < widths.size() && total > width; ++i) {
+        const int narrow = std::min(widths[i], WidestOfMany);
+        total -= widths[i] - narrow;
+        widths[i] = narrow;
     }
     return widths;
 }
 
-QString TextTable::line(const QStringList& cells, const QVector<int>& widths, int lastWidth) const
+// Line number of a row: that part of each cell, in its column.
+QString TextTable::fixedCells(
+    const QVector<QStringList>& parts, int number, const QVector<int>& widths) const
 {
     QString text;
     for (int i = 0; i < widths.size(); ++i) {
-        if (widths.at(i) > 0)
-            text += aligned(cells.at(i), widths.at(i), m_columns.at(i).align) + padding(Gap);
+        if (widths.at(i) > 0) {
+            text += aligned(parts.at(i).value(number), widths.at(i), m_columns.at(i).align)
+                + padding(Gap);
+        }
     }
+    return text;
+}
+
+QString TextTable::line(QStringList cells, const QVector<int>& widths, int width) const
+{
     QString result;
-    int margin = displayWidth(text);
-    if (lastWidth < NarrowestLast) {
-        result = withoutTrailingBlanks(text) + QLatin1Char('\n');
-        if (cells.constLast().isEmpty())
-            return result;
-        lastWidth = std::max(lastWidth + margin - Indent, NarrowestLast);
-        margin = Indent;
-        text = padding(margin);
+    if (widths.constFirst() > 0 && displayWidth(cells.constFirst()) > widths.constFirst()) {
+        result = wrapped(cells.constFirst(), width).join(QLatin1Char('\n')) + QLatin1Char('\n');
+        cells.first().clear();
     }
-    const QStringList parts = wrapped(cells.constLast(), lastWidth);
-    for (const QString& part : parts) {
-        result += withoutTrailingBlanks(text + part) + QLatin1Char('\n');
-        text = padding(margin);
+    QVector<QStringList> parts;
+    int height = 1;
+    for (int i = 0; i < widths.size(); ++i) {
+        parts.append(widths.at(i) > 0 ? wrapped(cells.at(i), widths.at(i)) : QStringList());
+        height = std::max(height, parts.constLast().size());
+    }
+    const int margin = std::accumulate(widths.cbegin(), widths.cend(), 0,
+        [](int sum, int column) { return sum + fixedWidth(column); });
+    const bool isUnderRow = width - margin < NarrowestLast;
+    const QStringList last =
+        isUnderRow ? QStringList() : wrapped(cells.constLast(), width - margin);
+    height = std::max(height, last.size());
+    for (int number = 0; number < height; ++number) {
+        result += withoutTrailingBlanks(fixedCells(parts, number, widths) + last.value(number))
+            + QLatin1Char('\n');
+    }
+    if (isUnderRow && !cells.constLast().isEmpty()) {
+        const QStringList lines = wrapped(cells.constLast(), width - Indent);
+        for (const QString& part : lines)
+            result += padding(Indent) + part + QLatin1Char('\n');
     }
     return result;
 }
 
 QString TextTable::toText(int width) const
 {
-    const QVector<int> widths = columnWidths();
-    int lastWidth = width;
-    for (const int columnWidth : widths)
-        lastWidth -= columnWidth > 0 ? columnWidth + Gap : 0;
+    const QVector<int> widths = columnWidths(width);
     QStringList headings;
     for (const Column& column : m_columns)
         headings.append(column.heading);
 
     QString text;
     for (const Group& group : m_groups) {
-        text += QLatin1Char('\n') + group.title + QLatin1Char('\n');
-        text += line(headings, widths, lastWidth);
+        text += QLatin1Char('\n') + wrapped(group.title, width).join(QLatin1Char('\n'))
+            + QLatin1Char('\n') + line(headings, widths, width);
         for (const Row& row : group.rows) {
-            text += line(row.cells, widths, lastWidth);
+            text += line(row.cells, widths, width);
             for (const QString& detail : row.details) {
                 const QStringList parts = wrapped(detail, width - Indent);
                 for (const QString& part : parts)

@@ -17,7 +17,8 @@ QStringList wrapped(const QString& text, int width);
  * Aligned columns of text with one free-running last column, which wraps within the table's width.
  *
  * Headings and rows are kept and laid out together, so that all groups of a table line up; a column
- * that is empty in every row is left out.
+ * that is empty in every row is left out. Where the columns are too wide together, cells that are
+ * wide themselves wrap, and a long first cell stands on a line of its own.
  */
 class TextTable {
 public:
@@ -49,8 +50,10 @@ private:
         QVector<Row> rows;
     };
 
-    QVector<int> columnWidths() const;
-    QString line(const QStringList& cells, const QVector<int>& widths, int lastWidth) const;
+    QVector<int> columnWidths(int width) const;
+    QString line(QStringList cells, const QVector<int>& widths, int width) const;
+    QString fixedCells(
+        const QVector<QStringList>& parts, int number, const QVector<int>& widths) const;
 
     QVector<Column> m_columns;
     QVector<Group> m_groups;

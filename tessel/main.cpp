@@ -55,16 +55,19 @@ int runProgram(const QStringList& arguments)
         QStringLiteral("What to do; see below."), QStringLiteral("COMMAND [ARGUMENTS]"));
     const bool isParsed = parser.parse(arguments);
     const QStringList words = parser.positionalArguments();
+    const bool wantsHelp = parser.isSet(Console::helpOption());
+    if (wantsHelp || parser.isSet(QStringLiteral("version"))) {
+        std::fputs(wantsHelp ? qUtf8Printable(parser.helpText() + commandList())
+                             : "tessel " TESSEL_VERSION "\n",
+            stdout);
+        return AllRead;
+    }
     if (!words.isEmpty() && words.constFirst() != QLatin1String("help"))
         return Console::wrongUsage(QStringLiteral("unknown command '%1'").arg(words.constFirst()));
     if (!isParsed)
         return Console::wrongUsage(parser.errorText());
-    if (parser.isSet(QStringLiteral("version"))) {
-        std::puts("tessel " TESSEL_VERSION);
-        return AllRead;
-    }
     const QString help = parser.helpText() + commandList();
-    if (words.isEmpty() && !parser.isSet(Console::helpOption())) {
+    if (words.isEmpty()) {
         Console::print(help);
         return WrongUsage;
     }
@@ -96,6 +99,12 @@ int run(int argc, char** argv, const Command* command)
 
 int main(int argc, char** argv)
 {
+    // "tessel help fields" is "tessel fields --help".
+    char helpWord[] = "--help";
+    if (argc == 3 && qstrcmp(argv[1], "help") == 0 && findCommand(argv[2])) {
+        argv[1] = argv[2];
+        argv[2] = helpWord;
+    }
     try {
         return run(argc, argv, argc > 1 ? findCommand(argv[1]) : nullptr);
     } catch (const std::exception& error) {

@@ -2,7 +2,7 @@
 
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 
-build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev)
+build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libreadstat-dev)
 
 say() { printf '%s\n' "$*" >&2; }
 

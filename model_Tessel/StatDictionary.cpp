@@ -1,0 +1,244 @@
+#include <model_Tessel/StatDictionary.h>
+
+#include <model_Tessel/StatParser_p.h>
+
+#include <QByteArray>
+#include <QHash>
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <iterator>
+#include <map>
+
+namespace {
+
+template <typename Number> QString exactText(Number number)
+{
+    // From here to there a number is written without an exponent.
+    constexpr Number shortest { 1e-5 };
+    constexpr Number longest { 1e17 };
+    char buffer[64];
+    const Number size = std::abs(number);
+    const bool isPlain = size == 0 || (size >= shortest && size < longest);
+    const auto end = std::to_chars(std::begin(buffer), std::end(buffer), number,
+        isPlain ? std::chars_format::fixed : std::chars_format::general);
+    return QString::fromLatin1(buffer, static_cast<int>(end.ptr - buffer));
+}
+
+template <typename Number> void setReal(TStatValue& value, Number number)
+{
+    value.number = number;
+    value.text = exactText(number);
+}
+
+void setInteger(TStatValue& value, int number)
+{
+    value.number = number;
+    value.text = QString::number(number);
+}
+
+bool isNotANumber(const readstat_value_t& value)
+{
+    switch (readstat_value_type(value)) {
+    case READSTAT_TYPE_FLOAT:
+        return std::isnan(value.v.float_value);
+    case READSTAT_TYPE_DOUBLE:
+        return std::isnan(value.v.double_value);
+    default:
+        return false;
+    }
+}
+
+TStatValue described(const readstat_value_t& value)
+{
+    TStatValue result;
+    result.type = readstat_value_type(value);
+    if (readstat_value_is_tagged_missing(value)) {
+        result.tag = readstat_value_tag(value);
+        result.text = QLatin1Char('.') + QString(QLatin1Char(result.tag));
+        return result;
+    }
+    if (readstat_value_is_system_missing(value) || isNotANumber(value)) {
+        result.isSystemMissing = true;
+        result.text = QStringLiteral(".");
+        return result;
+    }
+    switch (result.type) {
+    case READSTAT_TYPE_STRING:
+    case READSTAT_TYPE_STRING_REF:
+        result.text = QString::fromUtf8(value.v.string_value);
+        break;
+    case READSTAT_TYPE_INT8:
+        setInteger(result, value.v.i8_value);
+        break;
+    case READSTAT_TYPE_INT16:
+        setInteger(result, value.v.i16_value);
+        break;
+    case READSTAT_TYPE_INT32:
+        setInteger(result, value.v.i32_value);
+        break;
+    case READSTAT_TYPE_FLOAT:
+        setReal(result, value.v.float_value);
+        break;
+    case READSTAT_TYPE_DOUBLE:
+        setReal(result, value.v.double_value);
+        break;
+    }
+    return result;
+}
+
+QVector<TStatMissingRange> missingRangesOf(const readstat_variable_t& variable)
+{
+    QVector<TStatMissingRange> ranges;
+    const int count = readstat_variable_get_missing_ranges_count(&variable);
+    for (int index = 0; index < count; ++index) {
+        ranges.append({ described(readstat_variable_get_missing_range_lo(&variable, index)),
+            described(readstat_variable_get_missing_range_hi(&variable, index)) });
+    }
+    return ranges;
+}
+
+// Collects what one parse reports. Its callbacks come in another order for each kind of file.
+class DescriptionReader {
+public:
+    TStatFileDescription read(const QString& path, TStatFileKind kind);
+
+private:
+    static int onMetadata(readstat_metadata_t* metadata, void* context);
+    static int onNote(int index, const char* note, void* context);
+    static int onVariable(
+        int index, readstat_variable_t* variable, const char* setName, void* context);
+    static int onValueLabel(
+        const char* setName, readstat_value_t value, const char* label, void* context);
+    static void onError(const char* text, void* context);
+
+    void addMetadata(readstat_metadata_t* metadata);
+    void addVariable(const readstat_variable_t& variable, const char* setName);
+    void addLabel(const char* setName, const readstat_value_t& value, const char* label);
+    void join(TStatFileKind kind);
+
+    TStatFileDescription m_result;
+    std::multimap<int, QString> m_notes; // by number
+    QVector<QByteArray> m_setNames; // by variable, as libreadstat gives them
+    QByteArray m_setName; // of the label before
+    int m_set = -1; // index of that set
+    QHash<QByteArray, int> m_sets; // indexes by name
+    CallbackGuard m_guard;
+};
+
+TStatFileDescription DescriptionReader::read(const QString& path, TStatFileKind kind)
+{
+    {
+        StatParser parser;
+        readstat_set_metadata_handler(parser.get(), onMetadata);
+        readstat_set_note_handler(parser.get(), onNote);
+        readstat_set_variable_handler(parser.get(), onVariable);
+        readstat_set_value_label_handler(parser.get(), onValueLabel);
+        readstat_set_error_handler(parser.get(), onError);
+        const StatParse parse =
+            kind == TStatFileKind::Spss ? readstat_parse_sav : readstat_parse_dta;
+        m_result.error = parse(parser.get(), path.toLocal8Bit().constData(), this);
+        m_result.endsEarly = parser.fileEndedEarly();
+    }
+    m_guard.rethrow();
+    if (m_result.error != READSTAT_OK)
+        m_result.errorText = QString::fromUtf8(readstat_error_message(m_result.error));
+    join(kind);
+    return m_result;
+}
+
+int DescriptionReader::onMetadata(readstat_metadata_t* metadata, void* context)
+{
+    auto* reader = static_cast<DescriptionReader*>(context);
+    return reader->m_guard.run([&] { reader->addMetadata(metadata); });
+}
+
+int DescriptionReader::onNote(int index, const char* note, void* context)
+{
+    auto* reader = static_cast<DescriptionReader*>(context);
+    return reader->m_guard.run([&] { reader->m_notes.emplace(index, QString::fromUtf8(note)); });
+}
+
+int DescriptionReader::onVariable(
+    int index, readstat_variable_t* variable, const char* setName, void* context)
+{
+    Q_UNUSED(index)
+    auto* reader = static_cast<DescriptionReader*>(context);
+    return reader->m_guard.run([&] { reader->addVariable(*variable, setName); });
+}
+
+int DescriptionReader::onValueLabel(
+    const char* setName, readstat_value_t value, const char* label, void* context)
+{
+    auto* reader = static_cast<DescriptionReader*>(context);
+    return reader->m_guard.run([&] { reader->addLabel(setName, value, label); });
+}
+
+void DescriptionReader::onError(const char* text, void* context)
+{
+    auto* reader = static_cast<DescriptionReader*>(context);
+    reader->m_guard.run(
+        [&] { reader->m_result.errorDetails.append(QString::fromUtf8(text).trimmed()); });
+}
+
+void DescriptionReader::addMetadata(readstat_metadata_t* metadata)
+{
+    m_result.fileLabel = QString::fromUtf8(readstat_get_file_label(metadata));
+    m_result.encoding = QString::fromUtf8(readstat_get_file_encoding(metadata));
+    m_result.formatVersion = readstat_get_file_format_version(metadata);
+    m_result.rowCount = metadata->row_count; // its getter cuts it to an int
+}
+
+void DescriptionReader::addVariable(const readstat_variable_t& variable, const char* setName)
+{
+    TStatVariableDescription result;
+    result.name = QString::fromUtf8(readstat_variable_get_name(&variable));
+    result.label = QString::fromUtf8(readstat_variable_get_label(&variable));
+    result.type = readstat_variable_get_type(&variable);
+    result.storageWidth = readstat_variable_get_storage_width(&variable);
+    result.userWidth = variable.user_width;
+    result.displayWidth = readstat_variable_get_display_width(&variable);
+    result.format = QString::fromUtf8(readstat_variable_get_format(&variable));
+    result.measure = readstat_variable_get_measure(&variable);
+    result.alignment = readstat_variable_get_alignment(&variable);
+    result.missingRanges = missingRangesOf(variable);
+    result.labelSetName = QString::fromUtf8(setName);
+    m_result.variables.append(result);
+    m_setNames.append(setName);
+}
+
+void DescriptionReader::addLabel(
+    const char* setName, const readstat_value_t& value, const char* label)
+{
+    if (m_set < 0 || m_setName != setName) {
+        m_setName = setName;
+        const auto found = m_sets.constFind(m_setName);
+        if (found == m_sets.constEnd()) {
+            m_set = m_result.labelSets.size();
+            m_sets.insert(m_setName, m_set);
+            m_result.labelSets.append({ QString::fromUtf8(m_setName), {} });
+        } else {
+            m_set = *found;
+        }
+    }
+    m_result.labelSets[m_set].labels.append({ described(value), QString::fromUtf8(label) });
+}
+
+void DescriptionReader::join(TStatFileKind kind)
+{
+    // Stata keeps the number of its notes in a note 0.
+    if (kind == TStatFileKind::Stata)
+        m_notes.erase(0);
+    for (const auto& [number, text] : m_notes)
+        m_result.notes.append(text);
+    for (int index = 0; index < m_setNames.size(); ++index)
+        m_result.variables[index].labelSet = m_sets.value(m_setNames.at(index), -1);
+}
+
+} // namespace
+
+TStatFileDescription readStatDescription(const QString& path, TStatFileKind kind)
+{
+    return DescriptionReader().read(path, kind);
+}

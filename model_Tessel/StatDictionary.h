@@ -1,0 +1,101 @@
+#pragma once
+
+#include <model_Tessel/model_Tessel_global.h>
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <readstat.h>
+
+/*!
+ * \file StatDictionary.h
+ * The dictionary of an SPSS or Stata file as it is written, with what the fields of
+ * TSPSSDataImport and TSTATADataImport do not show: widths and formats, missing values, labels of
+ * every value, notes, and whether the file could be read at all.
+ */
+
+/*! Kind of a file that readStatDescription() reads. */
+enum class TStatFileKind {
+    Spss, /*!< SPSS system file (.sav, and .zsav where libreadstat reads it) */
+    Stata, /*!< Stata data file (.dta) */
+};
+
+/*! A value as the file has it. */
+struct TStatValue {
+    readstat_type_t type = READSTAT_TYPE_DOUBLE;
+    char tag = '\0'; /*!< 'a' to 'z' for a tagged missing value of Stata; else null */
+    bool isSystemMissing = false; /*!< no number at all, and no tag */
+    double number = 0; /*!< exact for every numeric type; 0 for strings and missing values */
+    /*!
+     * Strings as they are, integers in digits, floating numbers in the shortest form that reads
+     * back as the same number, tagged missing values as ".a" to ".z", system missing as ".";
+     * "-inf" and "inf" are the open ends of a range.
+     */
+    QString text;
+};
+
+/*! A value and its label. */
+struct TStatLabelledValue {
+    TStatValue value;
+    QString label;
+};
+
+Q_DECLARE_TYPEINFO(TStatValue, Q_MOVABLE_TYPE);
+Q_DECLARE_TYPEINFO(TStatLabelledValue, Q_MOVABLE_TYPE);
+
+/*! The value labels of one name, in the order of the file. */
+struct TStatLabelSet {
+    QString name; /*!< SPSS files name no sets; libreadstat numbers them */
+    QVector<TStatLabelledValue> labels;
+};
+
+/*! User-defined missing values from \c low to \c high; a single value has both the same. */
+struct TStatMissingRange {
+    TStatValue low;
+    TStatValue high;
+};
+
+/*! One variable as the file has it. */
+struct TStatVariableDescription {
+    QString name;
+    QString label;
+    readstat_type_t type = READSTAT_TYPE_DOUBLE;
+    quint64 storageWidth = 0; /*!< bytes of a value in libreadstat's rows; strings are padded */
+    quint64 userWidth = 0; /*!< width asked for by the writer of the file; 0: not told */
+    int displayWidth = 0; /*!< columns on the screen; 0: not told */
+    QString format; /*!< as written, with width and decimals: "F8.2", "A20", "%9.0g", "%td" */
+    readstat_measure_t measure = READSTAT_MEASURE_UNKNOWN;
+    readstat_alignment_t alignment = READSTAT_ALIGNMENT_UNKNOWN;
+    QVector<TStatMissingRange> missingRanges; /*!< in the order of the file */
+    QString labelSetName; /*!< empty: no value labels */
+    int labelSet = -1; /*!< index in \c labelSets of the file; -1: the file has no such set */
+};
+
+/*! What a file says of itself and how the reading of it ended. */
+struct TStatFileDescription {
+    QString fileLabel;
+    QString encoding; /*!< name of the encoding of its texts; empty: not told */
+    int formatVersion = 0;
+    qint64 rowCount = -1; /*!< -1: not told */
+    QStringList notes; /*!< notes or document lines, by their numbers */
+    QVector<TStatVariableDescription> variables; /*!< in the order of the file */
+    QVector<TStatLabelSet> labelSets; /*!< in the order of the file, used or not */
+    readstat_error_t error = READSTAT_OK; /*!< result of libreadstat */
+    QString errorText; /*!< libreadstat's text of \c error; empty when there is none */
+    QStringList errorDetails; /*!< what libreadstat told beside it, may be empty */
+    bool endsEarly = false; /*!< the file was cut, which libreadstat does not always see */
+
+    /*! False when the file was not read to its end; the rest is what stands before the damage. */
+    bool isWhole() const
+    {
+        return error == READSTAT_OK && !endsEarly;
+    }
+};
+
+/*!
+ * Reads the dictionary of the file \a path in one parse, without its data. All texts are decoded
+ * as what they are. Nothing is printed, and a file that cannot be read is told by the result.
+ */
+MODEL_TESSEL_EXPORT TStatFileDescription readStatDescription(
+    const QString& path, TStatFileKind kind);
