@@ -63,7 +63,7 @@ struct TStatVariableDescription {
     readstat_type_t type = READSTAT_TYPE_DOUBLE;
     quint64 storageWidth = 0; /*!< bytes of a value in libreadstat's rows; strings are padded */
     quint64 userWidth = 0; /*!< width asked for by the writer of the file; 0: not told */
-    int displayWidth = 0; /*!< columns on the screen; 0: not told */
+    int displayWidth = 0; /*!< columns on the screen, below 0 when aligned left; 0: not told */
     QString format; /*!< as written, with width and decimals: "F8.2", "A20", "%9.0g", "%td" */
     readstat_measure_t measure = READSTAT_MEASURE_UNKNOWN;
     readstat_alignment_t alignment = READSTAT_ALIGNMENT_UNKNOWN;

@@ -192,7 +192,7 @@ void TestStatDictionary::describesAStataFile()
     QCOMPARE(first.label, QString::fromUtf8(u8"Sex of the señor"));
     QCOMPARE(first.type, READSTAT_TYPE_INT8);
     QCOMPARE(first.storageWidth, quint64(1));
-    QCOMPARE(first.displayWidth, 8);
+    QCOMPARE(first.displayWidth, -8);
     QCOMPARE(first.format, QStringLiteral("%-8.0g"));
     QCOMPARE(first.alignment, READSTAT_ALIGNMENT_LEFT);
     QCOMPARE(first.labelSetName, QStringLiteral("sexes"));
