@@ -125,6 +125,7 @@ private slots:
     void opensAFile();
     void fileWithoutLabelsHasDefaultBounds();
     void readsLabelsBeforeVariables();
+    void longTextVariablesHaveNoLabels();
     void openingTwiceDoublesTheFields();
     void labelsAreEmptiedBeforeEachRead();
     void openReadTakesAnyFile();
@@ -854,6 +855,21 @@ void TestSPSSDataImport::readsLabelsBeforeVariables()
     const TStatValueLabel* record = importer.labelSets.at("labels0").at(1);
     QCOMPARE(record->intValue, 1);
     QCOMPARE(record->numValue, -1.0);
+}
+
+void TestSPSSDataImport::longTextVariablesHaveNoLabels()
+{
+    StatFileWriter writer;
+    readstat_label_set_t* labels = writer.addLabels("L", READSTAT_TYPE_STRING);
+    readstat_label_string_value(labels, "abcdefghijkl", "first");
+    writer.add("A", READSTAT_TYPE_STRING, "A20", labels, 20);
+    const QString file = path(QStringLiteral("long.sav"));
+    QVERIFY(writer.write(file, TStatFileKind::Spss));
+    TSPSSDataImport importer(file);
+    importer.openFile();
+    // The set was read, but the pass that reads the variables is not told of it.
+    QCOMPARE(importer.labelSets.size(), std::size_t(1));
+    QVERIFY(importer.getField(0)->valueLabels.isEmpty());
 }
 
 void TestSPSSDataImport::openingTwiceDoublesTheFields()
