@@ -71,8 +71,6 @@ int childMain(const QStringList& arguments)
 
 } // namespace
 
-Q_DECLARE_METATYPE(readstat_type_t)
-
 class TestSPSSDataImport : public QObject {
     Q_OBJECT
 

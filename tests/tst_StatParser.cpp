@@ -237,6 +237,8 @@ struct PlainFile {
 
 } // namespace
 
+Q_DECLARE_METATYPE(TStatFileKind)
+
 class TestStatParser : public QObject {
     Q_OBJECT
 
@@ -546,8 +548,6 @@ void TestStatParser::guardKeepsExceptionsBack()
     QVERIFY_EXCEPTION_THROWN(guard.rethrow(), std::runtime_error);
     guard.rethrow(); // only once
 }
-
-Q_DECLARE_METATYPE(TStatFileKind)
 
 QTEST_GUILESS_MAIN(TestStatParser)
 #include "tst_StatParser.moc"
