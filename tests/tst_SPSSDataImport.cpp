@@ -27,10 +27,9 @@ public:
     // The field that the variable became.
     TSPSSVariable* add(readstat_variable_t& variable, const char* setName = nullptr)
     {
-        const int result =
+        lastResult =
             handle_variable_spss(0, &variable, setName, static_cast<TSPSSDataImport*>(this));
-        return result == READSTAT_HANDLER_OK ? dynamic_cast<TSPSSVariable*>(collectedFields.back())
-                                             : nullptr;
+        return static_cast<TSPSSVariable*>(collectedFields.back());
     }
 
     // Adds a variable of that type with the value labels of the set "S".
@@ -45,6 +44,8 @@ public:
     {
         return *labelSets.at("S").at(index);
     }
+
+    int lastResult = -1;
 };
 
 QStringList messages;
@@ -362,6 +363,7 @@ void TestSPSSDataImport::fieldTypeByType()
     setFormat(*variable, "F3.0");
     Importer importer;
     const TSPSSVariable* field = importer.add(*variable);
+    QCOMPARE(importer.lastResult, int(READSTAT_HANDLER_OK));
     QCOMPARE(field->fieldType, fieldType);
     QCOMPARE(field->minValue, hasBounds ? QStringLiteral("0") : QString());
     QCOMPARE(field->maxValue, hasBounds ? QStringLiteral("999") : QString());

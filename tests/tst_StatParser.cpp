@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -227,9 +228,9 @@ struct PlainFile {
 
     QByteArray read(int size) const
     {
-        QByteArray bytes(size, '\0');
-        const auto count = ::read(file, bytes.data(), static_cast<size_t>(size));
-        return count < 0 ? QByteArray("failed") : bytes.left(static_cast<int>(count));
+        std::vector<char> bytes(static_cast<std::size_t>(size));
+        const auto count = ::read(file, bytes.data(), bytes.size());
+        return count < 0 ? QByteArray("failed") : QByteArray(bytes.data(), static_cast<int>(count));
     }
 
     int file;
