@@ -123,6 +123,7 @@ void TCSPro::loadFromFile(const QString& path)
     codec = QTextCodec::codecForUtfText(bytes, codec);
     m_encoding = codec->name();
     if (m_rules.json && isJson(bytes)) {
+        m_encoding = "UTF-8";
         guarded([&](int& line) { CSProJsonReader(*this, *m_builder).read(bytes, line); });
         return;
     }
@@ -149,14 +150,16 @@ template <typename Lines> void TCSPro::parse(const Lines& lines)
 template <typename Load> void TCSPro::guarded(Load load)
 {
     int index = 0;
+    m_builder->beginLoad();
     try {
         load(index);
-        m_builder->finishItem();
+        m_builder->finishLoad();
         return;
     } catch (OxErrorManager* error) {
         delete error;
     } catch (...) { // the error below tells of it
     }
+    m_builder->finishLoad();
     // Kept: the line's index is one character, not digits.
     throw new OxErrorManager(
         ClassNameCSPro, InvalidContents, QString(QChar(static_cast<ushort>(index))));
@@ -254,6 +257,7 @@ template <typename Lines> void TCSPro::parseSection(const Lines& lines, int& ind
             m_builder->noteOutside(index + 1, header.toString());
         return;
     }
+    m_builder->beginSection();
     const QString text = header.toString();
     CSProTextReader reader(*this, *m_builder);
     switch (getItemType(text)) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -280,7 +281,8 @@ void CSProBuilder::addValueSet(ValueSetPointer valueSet)
         return;
     }
     TCSProValueSet* attached = valueSet.release();
-    if (!attached->link.isEmpty() && !attached->linkedSet && !m_links.contains(attached->link))
+    const bool hasOwnValues = !attached->linkedSet && !attached->items->isEmpty();
+    if (!attached->link.isEmpty() && hasOwnValues && !m_links.contains(attached->link))
         m_links.insert(attached->link, attached);
     attach(attached);
     if (rules().specials)
@@ -350,12 +352,25 @@ bool CSProBuilder::settleDecimalCodes(TCSProValueSet& valueSet)
     const bool isConverted = button == QMessageBox::Yes || button == QMessageBox::YesToAll;
     const bool isDropped = button == QMessageBox::No || button == QMessageBox::NoToAll;
     if (isConverted) {
-        valueSet.itemsAsNumberZero();
+        convertCodes(valueSet);
         problem.kind = Kind::DecimalCodesConverted;
     }
     if (isConverted || isDropped)
         m_dictionary.m_problems.append(problem);
     return !isDropped;
+}
+
+// Special codes stay as they are; they belong to no number.
+void CSProBuilder::convertCodes(TCSProValueSet& valueSet)
+{
+    std::vector<std::pair<TValueSetItem*, QString>> specials;
+    for (TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        if (entry->special)
+            specials.emplace_back(entry, entry->code);
+    }
+    valueSet.itemsAsNumberZero();
+    for (const auto& [entry, code] : specials)
+        entry->code = code;
 }
 
 void CSProBuilder::attach(TCSProValueSet* valueSet)
@@ -414,9 +429,29 @@ void CSProBuilder::finishItem()
 
 void CSProBuilder::noteOutside(int line, const QString& text)
 {
-    if (!m_hasNotedOutside)
+    if (m_isOutside)
         note(Kind::LineOutsideSection, line, QString(), text);
-    m_hasNotedOutside = true;
+    m_isOutside = false;
+}
+
+void CSProBuilder::beginSection()
+{
+    m_isOutside = false;
+}
+
+void CSProBuilder::beginLoad()
+{
+    m_isOutside = true;
+    m_firstProblem = m_dictionary.m_problems.size();
+}
+
+void CSProBuilder::finishLoad()
+{
+    finishItem();
+    std::stable_sort(m_dictionary.m_problems.begin() + m_firstProblem,
+        m_dictionary.m_problems.end(), [](const CSProProblem& first, const CSProProblem& second) {
+            return first.line < second.line;
+        });
 }
 
 void CSProBuilder::note(Kind kind, int line, const QString& name, const QString& text)

@@ -45,8 +45,12 @@ public:
     void addValueSet(ValueSetPointer valueSet);
     // All value sets of the item added last are there; its occurrences get what they share.
     void finishItem();
-    // A line before the first section; the first one is told of.
+    // A load, at whose end the problems stand in order of the lines.
+    void beginLoad();
+    void finishLoad();
+    // A line before the first section of a load; the first one is told of.
     void noteOutside(int line, const QString& text);
+    void beginSection();
     // True when the next value set would be ignored, so need not be read.
     bool ignoresValueSets() const;
 
@@ -62,6 +66,7 @@ private:
     bool acceptsCodes(TCSProValueSet& valueSet);
     void noteOddCodes(const TCSProValueSet& valueSet);
     bool settleDecimalCodes(TCSProValueSet& valueSet);
+    static void convertCodes(TCSProValueSet& valueSet);
     void shareLinkedValues(TCSProValueSet& valueSet);
     void attach(TCSProValueSet* valueSet);
     void takeSpecialCodes(const TCSProValueSet& valueSet);
@@ -70,7 +75,8 @@ private:
     TCSPro& m_dictionary;
     int m_groupStart = 0; // index of the first field of the item added last
     bool m_isFinished = true; // its occurrences share its value sets
-    bool m_hasNotedOutside = false;
+    bool m_isOutside = false; // no section was begun and no line before it told of
+    int m_firstProblem = 0; // of this load
     // The last item that is no subitem: its record, and its fields among all items.
     TCSProRecord* m_parentRecord = nullptr;
     int m_parentStart = 0;

@@ -101,7 +101,7 @@ public:
     void applyTo(TGenericField& field) const
     {
         field.valueLabels = m_labels;
-        if (m_hasBounds || !m_rules.specials)
+        if (m_hasBounds || !m_isNumeric || !m_rules.specials)
             field.minValue = shortNumberText(m_min);
         if (m_hasBounds)
             field.maxValue = shortNumberText(m_max);
@@ -177,7 +177,7 @@ private:
 } // namespace
 
 TCSProDataImport::TCSProDataImport()
-    : groups(nullptr)
+    : groups(new QStringList)
 {
 }
 
@@ -224,19 +224,17 @@ bool TCSProDataImport::isMultiple()
 
 int TCSProDataImport::getGroupCount()
 {
-    return groups ? groups->size() : 0;
+    return groups->size();
 }
 
 QString TCSProDataImport::getGroupName(int index)
 {
-    return groups ? groups->value(index) : QString();
+    return groups->value(index);
 }
 
 QString TCSProDataImport::getGroupValue(int index)
 {
     const QString group = getGroupName(index);
-    if (!groups)
-        return group;
     for (const QString& entry : qAsConst(*groups)) {
         if (entry.contains(group))
             return entry;

@@ -65,9 +65,7 @@ public:
     /*! As TCSPro::setDecimalQuestion(), for the dictionaries opened after it. */
     void setDecimalQuestion(const CSProDecimalQuestion& question);
 
-    /*! One entry a record: its name, "=" and its record-type value; null before the first
-     * openRead() of an importer made without a file name. */
-    QStringList* groups;
+    QStringList* groups; /*!< one entry a record: its name, "=" and its record-type value */
     bool dictionaryPending = true; /*!< no dictionary was read yet */
     int recordTypeStart = 0; /*!< column of the record-type code, from 1; 0 until read */
     int recordTypeLen = 0; /*!< width of the record-type code; above 0: several record types */

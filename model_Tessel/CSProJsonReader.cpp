@@ -79,7 +79,13 @@ void CSProJsonReader::read(const QByteArray& bytes, int& line)
         m_builder.note(Kind::InvalidJson, line + 1, QString(), error.errorString());
         throw std::runtime_error("invalid JSON");
     }
-    readRoot(document.object());
+    const QJsonObject root = document.object();
+    if (!root.value(QLatin1String("levels")).isArray()) {
+        m_builder.note(Kind::InvalidJson, 0, QString(),
+            QStringLiteral("it has no levels, so it is no CSPro dictionary"));
+        throw std::runtime_error("no dictionary");
+    }
+    readRoot(root);
 }
 
 void CSProJsonReader::readRoot(const QJsonObject& root)
@@ -94,9 +100,11 @@ void CSProJsonReader::readRoot(const QJsonObject& root)
         m_builder.addLanguage({ name, text(language, "label") });
     });
     m_dictionary.version = text(root, "software");
-    const double version = root.value(QLatin1String("version")).toDouble();
-    if (version > 0)
-        m_dictionary.version += QLatin1Char(' ') + QString::number(version, 'f', 1);
+    const QJsonValue version = member(root, "version");
+    if (version.isDouble())
+        m_dictionary.version += QLatin1Char(' ') + QString::number(version.toDouble(), 'f', 1);
+    else if (!version.isUndefined())
+        noteType("version");
     m_dictionary.name = text(root, "name");
     m_dictionary.label = labels(root);
     m_builder.setNote(text(root, "note"));
@@ -158,7 +166,7 @@ void CSProJsonReader::readRecord(const QJsonObject& object)
     const QJsonObject occurrences = this->object(object, "occurrences");
     record->required = yesOrNo(flag(occurrences, "required", true));
     record->maxRecords = number(occurrences, "maximum", 1);
-    record->occurrenceLabels = occurrenceLabels(occurrences);
+    record->occurrenceLabels = occurrenceLabels(occurrences, record->maxRecords);
     TCSProRecord* added = record.get();
     m_builder.addRecord(std::move(record));
     m_nextColumn = m_firstColumn;
@@ -207,7 +215,7 @@ void CSProJsonReader::readItem(const QJsonObject& object)
     item->isZeroFill = isNumeric && flag(object, "zeroFill", m_zeroFill);
     const QJsonObject occurrences = this->object(object, "occurrences");
     item->occurrences = number(occurrences, "maximum", 1);
-    item->occurrenceLabels = occurrenceLabels(occurrences);
+    item->occurrenceLabels = occurrenceLabels(occurrences, item->occurrences);
     placeItem(object, *item);
     m_itemLength = item->len;
     m_itemIsAlpha = !isNumeric;
@@ -236,6 +244,10 @@ void CSProJsonReader::placeItem(const QJsonObject& object, TCSProItem& item)
 void CSProJsonReader::readValueSet(const QJsonObject& object)
 {
     const Step step(*this, object);
+    if (m_builder.ignoresValueSets()) {
+        m_builder.noteValueSet(Kind::ValueSetIgnored, 0, text(object, "name"));
+        return;
+    }
     noteUnknown(object, { "name", "aliases", "labels", "note", "link", "values" });
     CSProBuilder::ValueSetPointer valueSet(new TCSProValueSet);
     valueSet->name = text(object, "name");
@@ -260,8 +272,8 @@ void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProVal
     const QString note = text(object, "note");
     const QString image = text(object, "image");
     const QString textColor = text(object, "textColor");
-    if (array(object, "pairs").isEmpty())
-        noteType("pairs");
+    if (member(object, "pairs").toArray().isEmpty())
+        return noteType("pairs");
     forEachObject(object, "pairs", [&](const QJsonObject& pair) {
         noteUnknown(pair, { "value", "range" });
         auto entry = std::make_unique<TValueSetItem>();
@@ -320,8 +332,10 @@ QString CSProJsonReader::labels(const QJsonObject& object)
 {
     QStringList texts;
     forEachObject(object, "labels", [&](const QJsonObject& label) {
-        const int language =
-            m_languages.value(label.value(QLatin1String("language")).toString(), 0);
+        const QJsonValue name = member(label, "language");
+        const int language = name.isUndefined() ? 0 : m_languages.value(name.toString(), -1);
+        if (language < 0)
+            return noteType("language");
         while (texts.size() <= language)
             texts.append(QString());
         texts[language] = text(label, "text");
@@ -329,10 +343,9 @@ QString CSProJsonReader::labels(const QJsonObject& object)
     return texts.join(QLatin1Char('|'));
 }
 
-QVector<QString> CSProJsonReader::occurrenceLabels(const QJsonObject& occurrences)
+QVector<QString> CSProJsonReader::occurrenceLabels(const QJsonObject& occurrences, int maximum)
 {
-    const int most =
-        std::min(number(occurrences, "maximum", 1), CSProBuilder::MostOccurrenceLabels);
+    const int most = std::min(maximum, CSProBuilder::MostOccurrenceLabels);
     QVector<QString> texts;
     forEachObject(occurrences, "labels", [&](const QJsonObject& label) {
         const int occurrence = number(label, "occurrence", 0);

@@ -57,7 +57,7 @@ private:
     QJsonObject object(const QJsonObject& parent, const char* name);
     QJsonArray array(const QJsonObject& parent, const char* name);
     QString labels(const QJsonObject& object);
-    QVector<QString> occurrenceLabels(const QJsonObject& occurrences);
+    QVector<QString> occurrenceLabels(const QJsonObject& occurrences, int maximum);
     template <typename Read>
     void forEachObject(const QJsonObject& parent, const char* name, Read read);
     QJsonValue member(const QJsonObject& object, const char* name);

@@ -27,10 +27,11 @@ struct CSProProblem {
         LineWithoutKey, /*!< \c text: the line */
         LineOutsideSection, /*!< the first such line; \c text: the line */
         RepeatedKey, /*!< the first line with the key stands; \c text: the key */
-        NotANumber, /*!< a key's default stands; \c text: the line */
-        UnknownWord, /*!< a key's default stands; \c text: the line */
-        UnknownSpecial, /*!< the value stays ordinary; \c text: the line */
-        UnclosedQuote, /*!< the code was taken to its end; \c text: the line */
+        NotANumber, /*!< a number is missing or malformed, so the line says nothing; \c text: the
+                       value */
+        UnknownWord, /*!< a key's default stands; \c text: the value */
+        UnknownSpecial, /*!< the value stays ordinary; \c text: the value */
+        UnclosedQuote, /*!< the code was taken to its end; \c text: the value */
         RangeReversed, /*!< the lower bound is the higher; \c text: the range */
         CodeNotANumber, /*!< of a numeric item; it was kept; \c text: the code */
         SubItemWithoutParent, /*!< no item stands before the subitem */

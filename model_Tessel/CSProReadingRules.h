@@ -55,7 +55,11 @@ struct CSProReadingRules {
      * valid, else as Windows-1252.
      */
     bool foundEncoding = false;
-    /*! A file that begins with "{" is read as a JSON dictionary of CSPro 8 and later. */
+    /*!
+     * A file that begins with "{" is read as a JSON dictionary of CSPro 8 and later. What the JSON
+     * says of keys, codes, specials, structure and languages is read with it; the other rules hold
+     * as for text.
+     */
     bool json = false;
 
     /*! The rules that hosts have relied on so far: the default everywhere. */

@@ -111,7 +111,7 @@ CSProTextReader::Values CSProTextReader::find(
         return values;
     }
     Values values = keys.findAnywhere(section);
-    if (rules.structure)
+    if (rules.structure || rules.occurrenceNumbers)
         values.others = keys.findWhole(section, count).others;
     return values;
 }
@@ -192,12 +192,17 @@ bool CSProTextReader::takeOccurrenceLabel(
     });
     const auto size = digits - line.value.begin();
     const int number = csproNumber(line.value.left(size), 0);
+    const CSProReadingRules& rules = m_builder.rules();
+    if (!rules.structure && !rules.occurrenceNumbers)
+        return true;
     const int most = std::min(occurrences, CSProBuilder::MostOccurrenceLabels);
-    if (m_builder.rules().structure && number > 0 && number <= most && size < line.value.size()) {
-        if (labels.size() < number)
-            labels.resize(number);
-        labels[number - 1] = line.value.mid(size + 1).trimmed().toString();
+    if (number < 1 || number > most || size == line.value.size()) {
+        m_builder.note(Kind::NotANumber, line.line, QString(), line.value.toString());
+        return true;
     }
+    if (labels.size() < number)
+        labels.resize(number);
+    labels[number - 1] = line.value.mid(size + 1).trimmed().toString();
     return true;
 }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 namespace {
 
@@ -94,6 +95,19 @@ bool staysInSet(const TValueSetItem& entry, const CSProReadingRules& rules)
     return !entry.special || rules.specials;
 }
 
+// Rule: notes, images and colours of values, or none.
+void applyDetail(const CSProKeyLine& line, const CSProReadingRules& rules, TValueSetItem& entry)
+{
+    if (!rules.structure)
+        return;
+    if (line.hasKey("Note"))
+        appendNoteLine(entry.note, line.value);
+    else if (line.hasKey("Image"))
+        entry.image = line.value.toString();
+    else if (line.hasKey("TextColor"))
+        entry.textColor = line.value.toString();
+}
+
 /*
  * Walks the lines of one section and fills a value set. An entry stays pending until the next value
  * line or the end of the section, because a name line may still make it special.
@@ -115,6 +129,8 @@ public:
                 readValueLine(line.mid(ValueKeyLength));
             } else if (m_pending && isNameLine(line)) {
                 readNameLine(line.mid(NameKeyLength));
+            } else if (m_pending) {
+                applyDetail(splitKeyLine(line, 0), m_rules, *m_pending);
             }
         }
         // Kept: the last entry is stored as it stands, even when its code holds several values.
@@ -209,6 +225,7 @@ public:
             skipBlanks();
         }
         codesText = text.left(text.size() - m_rest.size()).trimmed();
+        hasLabel = !m_rest.isEmpty();
         label = m_rest.mid(1).toString();
         if (codes.empty())
             codes.push_back({});
@@ -217,6 +234,7 @@ public:
     std::vector<Code> codes; // at least one
     QStringView codesText;
     QString label;
+    bool hasLabel = false;
     bool hasUnclosedQuote = false;
 
 private:
@@ -319,26 +337,26 @@ private:
         const ValueText value(line.value, m_valueSet.isNumeric);
         if (value.hasUnclosedQuote)
             noteLine(Kind::UnclosedQuote, line.line, line.value);
-        m_codesText = value.codesText;
+        m_last = value;
         for (const Code& code : value.codes)
-            addCode(code, value.label);
+            addCode(code, value);
     }
 
-    // Rules: quoted codes whole or cut at their blanks; a range as one entry or as its two bounds.
-    void addCode(const Code& code, const QString& label)
+    // Rules: quoted codes whole or cut at their blanks; a range as one entry or as its two bounds,
+    // of which the upper one keeps its ":" in a range without a label.
+    void addCode(const Code& code, const ValueText& value)
     {
         if (code.isQuoted && !m_rules.quotedCodes) {
             const QStringList pieces = code.low.toString().split(QLatin1Char(' '));
             for (const QString& piece : pieces)
-                addEntry(piece, QString(), label);
-            return;
+                addEntry(piece, QString(), value.label);
+        } else if (code.high.isNull() || m_rules.ranges) {
+            addEntry(code.low.toString(), code.high.toString(), value.label);
+        } else {
+            const QString high = code.high.toString();
+            addEntry(code.low.toString(), QString(), value.label);
+            addEntry(value.hasLabel ? high : QLatin1Char(':') + high, QString(), value.label);
         }
-        if (code.high.isNull() || m_rules.ranges) {
-            addEntry(code.low.toString(), code.high.toString(), label);
-            return;
-        }
-        addEntry(code.low.toString(), QString(), label);
-        addEntry(code.high.toString(), QString(), label);
     }
 
     void addEntry(const QString& code, const QString& highCode, const QString& label)
@@ -353,23 +371,11 @@ private:
         if (line.hasKey("Name")) {
             readSpecial(line);
         } else if (line.hasKey("Note") || line.hasKey("Image") || line.hasKey("TextColor")) {
-            if (m_rules.structure)
-                readDetail(line);
+            for (const auto& entry : m_pending)
+                applyDetail(line, m_rules, *entry);
         } else if (m_rules.wholeKeys) {
             const Kind kind = line.key.isEmpty() ? Kind::LineWithoutKey : Kind::UnknownKey;
             noteLine(kind, line.line, line.key.isEmpty() ? line.value : line.key);
-        }
-    }
-
-    void readDetail(const CSProKeyLine& line)
-    {
-        for (const auto& entry : m_pending) {
-            if (line.hasKey("Note"))
-                appendNoteLine(entry->note, line.value);
-            else if (line.hasKey("Image"))
-                entry->image = line.value.toString();
-            else
-                entry->textColor = line.value.toString();
         }
     }
 
@@ -383,11 +389,15 @@ private:
 
     void store(bool isLast)
     {
-        // Rule: several codes as several entries, or, on the last line, as one.
-        if (isLast && !m_rules.severalCodes && m_pending.size() > 1) {
-            m_pending.resize(1);
-            m_pending.front()->code = m_codesText.toString();
-            m_pending.front()->highCode = QString();
+        // Rules: several codes, or a quoted one, on the last line as they are elsewhere, or as one.
+        if (isLast && !m_pending.empty()) {
+            const bool isSeveral = m_last->codes.size() > 1;
+            const bool isCut = !isSeveral && m_last->codes.front().isQuoted;
+            if (isSeveral ? !m_rules.severalCodes : isCut && !m_rules.quotedCodes) {
+                m_pending.resize(1);
+                m_pending.front()->code = withoutQuotes(m_last->codesText);
+                m_pending.front()->highCode = QString();
+            }
         }
         for (auto& entry : m_pending) {
             if (staysInSet(*entry, m_rules))
@@ -406,7 +416,7 @@ private:
     const CSProReadingRules& m_rules;
     TCSProValueSet& m_valueSet;
     std::vector<std::unique_ptr<TValueSetItem>> m_pending;
-    QStringView m_codesText; // of the pending value
+    std::optional<ValueText> m_last; // the pending value
     int m_number = 0;
 };
 

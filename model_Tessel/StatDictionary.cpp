@@ -102,7 +102,9 @@ QVector<TStatMissingRange> missingRangesOf(const readstat_variable_t& variable)
 // Collects what one parse reports. Its callbacks come in another order for each kind of file.
 class DescriptionReader {
 public:
-    TStatFileDescription read(const QString& path, TStatFileKind kind);
+    enum class Scope { WithoutValueLabels, All };
+
+    TStatFileDescription read(const QString& path, TStatFileKind kind, Scope scope);
 
 private:
     static int onMetadata(readstat_metadata_t* metadata, void* context);
@@ -127,23 +129,25 @@ private:
     CallbackGuard m_guard;
 };
 
-TStatFileDescription DescriptionReader::read(const QString& path, TStatFileKind kind)
+TStatFileDescription DescriptionReader::read(const QString& path, TStatFileKind kind, Scope scope)
 {
     {
         StatParser parser;
         readstat_set_metadata_handler(parser.get(), onMetadata);
         readstat_set_note_handler(parser.get(), onNote);
         readstat_set_variable_handler(parser.get(), onVariable);
-        readstat_set_value_label_handler(parser.get(), onValueLabel);
+        if (scope == Scope::All)
+            readstat_set_value_label_handler(parser.get(), onValueLabel);
         readstat_set_error_handler(parser.get(), onError);
         const StatParse parse =
             kind == TStatFileKind::Spss ? readstat_parse_sav : readstat_parse_dta;
-        m_result.error = parse(parser.get(), path.toLocal8Bit().constData(), this);
-        m_result.endsEarly = parser.fileEndedEarly();
+        m_result.outcome.error = parse(parser.get(), path.toLocal8Bit().constData(), this);
+        m_result.outcome.endsEarly = parser.fileEndedEarly();
     }
     m_guard.rethrow();
-    if (m_result.error != READSTAT_OK)
-        m_result.errorText = QString::fromUtf8(readstat_error_message(m_result.error));
+    if (m_result.outcome.error != READSTAT_OK)
+        m_result.outcome.errorText =
+            QString::fromUtf8(readstat_error_message(m_result.outcome.error));
     join(kind);
     return m_result;
 }
@@ -179,7 +183,7 @@ void DescriptionReader::onError(const char* text, void* context)
 {
     auto* reader = static_cast<DescriptionReader*>(context);
     reader->m_guard.run(
-        [&] { reader->m_result.errorDetails.append(QString::fromUtf8(text).trimmed()); });
+        [&] { reader->m_result.outcome.errorDetails.append(QString::fromUtf8(text).trimmed()); });
 }
 
 void DescriptionReader::addMetadata(readstat_metadata_t* metadata)
@@ -240,5 +244,13 @@ void DescriptionReader::join(TStatFileKind kind)
 
 TStatFileDescription readStatDescription(const QString& path, TStatFileKind kind)
 {
-    return DescriptionReader().read(path, kind);
+    using Scope = DescriptionReader::Scope;
+    TStatFileDescription all = DescriptionReader().read(path, kind, Scope::All);
+    if (all.outcome.error == READSTAT_OK)
+        return all;
+    TStatFileDescription rest = DescriptionReader().read(path, kind, Scope::WithoutValueLabels);
+    all.variablesOutcome = rest.outcome;
+    rest.variablesOutcome = rest.outcome;
+    rest.outcome = all.outcome;
+    return all.variables.isEmpty() ? rest : all;
 }

@@ -63,7 +63,7 @@ struct TStatVariableDescription {
     readstat_type_t type = READSTAT_TYPE_DOUBLE;
     quint64 storageWidth = 0; /*!< bytes of a value in libreadstat's rows; strings are padded */
     quint64 userWidth = 0; /*!< width asked for by the writer of the file; 0: not told */
-    int displayWidth = 0; /*!< columns on the screen; 0: not told */
+    int displayWidth = 0; /*!< columns on the screen, below 0 when aligned left; 0: not told */
     QString format; /*!< as written, with width and decimals: "F8.2", "A20", "%9.0g", "%td" */
     readstat_measure_t measure = READSTAT_MEASURE_UNKNOWN;
     readstat_alignment_t alignment = READSTAT_ALIGNMENT_UNKNOWN;
@@ -72,7 +72,21 @@ struct TStatVariableDescription {
     int labelSet = -1; /*!< index in \c labelSets of the file; -1: the file has no such set */
 };
 
-/*! What a file says of itself and how the reading of it ended. */
+/*! How the reading of a file ended. */
+struct TStatOutcome {
+    readstat_error_t error = READSTAT_OK; /*!< libreadstat's result */
+    QString errorText; /*!< libreadstat's text of \c error; empty when there is none */
+    QStringList errorDetails; /*!< what libreadstat told beside it, may be empty */
+    bool endsEarly = false; /*!< the file was cut, which libreadstat does not always see */
+
+    /*! False when the file was not read to its end. */
+    bool isWhole() const
+    {
+        return error == READSTAT_OK && !endsEarly;
+    }
+};
+
+/*! What a file says of itself. */
 struct TStatFileDescription {
     QString fileLabel;
     QString encoding; /*!< name of the encoding of its texts; empty: not told */
@@ -81,21 +95,20 @@ struct TStatFileDescription {
     QStringList notes; /*!< notes or document lines, by their numbers */
     QVector<TStatVariableDescription> variables; /*!< in the order of the file */
     QVector<TStatLabelSet> labelSets; /*!< in the order of the file, used or not */
-    readstat_error_t error = READSTAT_OK; /*!< result of libreadstat */
-    QString errorText; /*!< libreadstat's text of \c error; empty when there is none */
-    QStringList errorDetails; /*!< what libreadstat told beside it, may be empty */
-    bool endsEarly = false; /*!< the file was cut, which libreadstat does not always see */
+    TStatOutcome outcome; /*!< of all that stands here */
+    TStatOutcome variablesOutcome; /*!< of the same without the value labels */
 
-    /*! False when the file was not read to its end; the rest is what stands before the damage. */
+    /*! False when something of the dictionary could not be read. */
     bool isWhole() const
     {
-        return error == READSTAT_OK && !endsEarly;
+        return outcome.isWhole();
     }
 };
 
 /*!
  * Reads the dictionary of the file \a path in one parse, without its data. All texts are decoded
- * as what they are. Nothing is printed, and a file that cannot be read is told by the result.
+ * as what they are. A damaged file is read once more without its value labels, so that nothing is
+ * missing here that an importer shows. Nothing is printed; what went wrong is told by the result.
  */
 MODEL_TESSEL_EXPORT TStatFileDescription readStatDescription(
     const QString& path, TStatFileKind kind);

@@ -155,7 +155,7 @@ void StatImport::describe(
     Labels* labels = findSet(setName);
     if (!labels || labels->empty())
         return;
-    const Summary summary = summaryOf(*labels, isWhole);
+    const StatLabelSummary summary = summaryOf(*labels, isWhole);
     field.valueLabels = summary.text;
     if (!isNumeric(type))
         return;
@@ -217,7 +217,7 @@ void StatImport::storeValue(TStatValueLabel& record, const readstat_value_t& val
         record.strValue = copied(value.v.string_value, record.strLength);
         return;
     case READSTAT_TYPE_INT8:
-        record.intValue = value.v.i8_value;
+        record.intValue = value.v.i8_value; // NOLINT(bugprone-signed-char-misuse): with its sign
         return;
     case READSTAT_TYPE_INT16:
         record.intValue = value.v.i16_value;
@@ -234,7 +234,7 @@ void StatImport::storeValue(TStatValueLabel& record, const readstat_value_t& val
     std::exit(EXIT_FAILURE);
 }
 
-StatImport::Summary StatImport::summaryOf(Labels& labels, bool isWhole)
+StatLabelSummary StatImport::summaryOf(Labels& labels, bool isWhole)
 {
     if (!m_memory)
         return newSummary(labels, isWhole);
@@ -245,13 +245,13 @@ StatImport::Summary StatImport::summaryOf(Labels& labels, bool isWhole)
     return known->second;
 }
 
-StatImport::Summary StatImport::newSummary(Labels& labels, bool isWhole) const
+StatLabelSummary StatImport::newSummary(Labels& labels, bool isWhole) const
 {
     if (isWhole) {
         for (TStatValueLabel* label : labels)
             makeWhole(*label);
     }
-    Summary summary;
+    StatLabelSummary summary;
     summary.isWhole = isWhole;
     for (const TStatValueLabel* label : labels) {
         const std::optional<LabelValue> value = valueOf(*label);

@@ -28,6 +28,25 @@ struct StatRules {
     bool boundsForStrings; // strings have the default minimum and maximum too
 };
 
+// The labels of a set as its fields show them, and the range of their numbers.
+struct StatLabelSummary {
+    QString text;
+    double minimum = 999999999.0;
+    double maximum = -999999999.0;
+    bool hasMinimum = false;
+    bool hasMaximum = false;
+    bool isWhole = false; // made after the set's labels were turned into whole numbers
+};
+
+// What is remembered during a read, when nobody else changes the label sets.
+struct StatImportMemory {
+    using Labels = std::vector<TStatValueLabel*>;
+
+    std::string setName;
+    Labels* labels = nullptr; // of setName; null: not looked up yet
+    std::unordered_map<const Labels*, StatLabelSummary> summaries;
+};
+
 /*
  * What both importers do with a file, its value labels and its variables.
  *
@@ -36,7 +55,7 @@ struct StatRules {
  */
 class StatImport {
 public:
-    using Labels = std::vector<TStatValueLabel*>;
+    using Labels = StatImportMemory::Labels;
     using LabelSets = std::map<std::string, Labels>;
 
     StatImport(const StatRules& rules, LabelSets& labelSets);
@@ -59,35 +78,18 @@ public:
 private:
     Q_DISABLE_COPY(StatImport)
 
-    // The labels of a set as its fields show them, and the range of their numbers.
-    struct Summary {
-        QString text;
-        double minimum = 999999999.0;
-        double maximum = -999999999.0;
-        bool hasMinimum = false;
-        bool hasMaximum = false;
-        bool isWhole = false; // made after the set's labels were turned into whole numbers
-    };
-
-    // What is remembered during a read, when nobody else changes the sets.
-    struct Memory {
-        std::string setName;
-        Labels* labels = nullptr; // of setName; null: not looked up yet
-        std::unordered_map<const Labels*, Summary> summaries;
-    };
-
     readstat_error_t parse(const QByteArray& path, void* importer,
         readstat_value_label_handler onValueLabel, readstat_variable_handler onVariable);
     Labels& setToFill(const char* setName);
     Labels* findSet(const char* setName);
     char* copied(const char* text, std::size_t size);
     void storeValue(TStatValueLabel& record, const readstat_value_t& value);
-    Summary summaryOf(Labels& labels, bool isWhole);
-    Summary newSummary(Labels& labels, bool isWhole) const;
+    StatLabelSummary summaryOf(Labels& labels, bool isWhole);
+    StatLabelSummary newSummary(Labels& labels, bool isWhole) const;
 
     const StatRules& m_rules;
     LabelSets& m_labelSets;
     std::pmr::monotonic_buffer_resource m_records; // the records of the label sets and their texts
-    std::optional<Memory> m_memory; // only while a file is read
+    std::optional<StatImportMemory> m_memory; // only while a file is read
     CallbackGuard m_guard;
 };

@@ -303,7 +303,6 @@ std::unique_ptr<TCSProDataImport> openDictionary(
     if (!codec)
         return nullptr;
     const QString text = codec->toUnicode(bytes);
-    const bool isJson = isJsonText(text);
     if (!checkKind(path, text, *codec, options.asWritten))
         return nullptr;
 
@@ -323,10 +322,6 @@ std::unique_ptr<TCSProDataImport> openDictionary(
     tellProblems(path, *importer->dictionary);
     if (!isRead) {
         failInput(path, 0, QStringLiteral("reading stopped; the dictionary is not listed"));
-        return nullptr;
-    }
-    if (isJson && importer->dictionary->levels().isEmpty()) {
-        failInput(path, 0, QStringLiteral("is JSON without levels, so no CSPro dictionary"));
         return nullptr;
     }
     tellLanguage(path, *importer->dictionary, options.language);

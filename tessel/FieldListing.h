@@ -65,6 +65,7 @@ struct ListedRecord {
 /*! What one dictionary holds. */
 struct Listing {
     QString file;
+    bool isPartial = false; /*!< something of the file could not be read, and was told of */
     QString kind; /*!< "cspro", "spss" or "stata" */
     QString name;
     QString label;

@@ -218,9 +218,10 @@ int listFiles(const FieldsOptions& options, Supervisor& supervisor)
         if (!supervisor.beginFile(i))
             continue;
         Listing listing;
-        if (listFile(options.files.at(i), options, listing))
+        const bool isListed = listFile(options.files.at(i), options, listing);
+        if (isListed)
             listings.append(listing);
-        else
+        if (!isListed || listing.isPartial)
             status = InputFailed;
         supervisor.endFile();
     }

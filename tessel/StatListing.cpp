@@ -200,18 +200,33 @@ QString versionText(const TStatFileDescription& file, FileKind kind)
     return name.arg(file.formatVersion);
 }
 
-bool checkWhole(const QString& path, const TStatFileDescription& file, FileKind kind)
+QString describe(const TStatOutcome& outcome)
+{
+    if (outcome.errorText.isEmpty())
+        return QStringLiteral("it ends early");
+    QStringList texts { outcome.errorText };
+    texts += outcome.errorDetails;
+    return texts.join(QLatin1String("; "));
+}
+
+// False when there is nothing to list. Value labels may be damaged where the variables are not.
+bool checkWhole(
+    const QString& path, const TStatFileDescription& file, FileKind kind, Listing& listing)
 {
     if (file.isWhole())
         return true;
-    const QString name =
-        kind == FileKind::Spss ? QStringLiteral("SPSS file") : QStringLiteral("Stata file");
-    QString text = file.errorText.isEmpty()
-        ? QStringLiteral("the %1 ends before its dictionary does").arg(name)
-        : QStringLiteral("cannot be read as %1: %2").arg(name, file.errorText);
-    for (const QString& detail : file.errorDetails)
-        text += QLatin1String("; ") + detail;
-    return failInput(path, 0, text);
+    listing.isPartial = file.variablesOutcome.isWhole();
+    if (listing.isPartial) {
+        failInput(path, 0,
+            QStringLiteral("the value labels cannot be read, the variables are listed without "
+                           "those that are missing: %1")
+                .arg(describe(file.outcome)));
+        return true;
+    }
+    return failInput(path, 0,
+        QStringLiteral("cannot be read as %1 file: %2")
+            .arg(kind == FileKind::Spss ? QStringLiteral("SPSS") : QStringLiteral("Stata"),
+                describe(file.variablesOutcome)));
 }
 
 } // namespace
@@ -221,7 +236,7 @@ bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& l
     const bool isSpss = kind == FileKind::Spss;
     const TStatFileDescription file =
         readStatDescription(path, isSpss ? TStatFileKind::Spss : TStatFileKind::Stata);
-    if (!checkWhole(path, file, kind))
+    if (!checkWhole(path, file, kind, listing))
         return false;
     listing.file = path;
     listing.kind = kindName(kind);

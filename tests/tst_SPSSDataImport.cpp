@@ -27,10 +27,9 @@ public:
     // The field that the variable became.
     TSPSSVariable* add(readstat_variable_t& variable, const char* setName = nullptr)
     {
-        const int result =
+        lastResult =
             handle_variable_spss(0, &variable, setName, static_cast<TSPSSDataImport*>(this));
-        return result == READSTAT_HANDLER_OK ? dynamic_cast<TSPSSVariable*>(collectedFields.back())
-                                             : nullptr;
+        return static_cast<TSPSSVariable*>(collectedFields.back());
     }
 
     // Adds a variable of that type with the value labels of the set "S".
@@ -45,6 +44,8 @@ public:
     {
         return *labelSets.at("S").at(index);
     }
+
+    int lastResult = -1;
 };
 
 QStringList messages;
@@ -70,8 +71,6 @@ int childMain(const QStringList& arguments)
 }
 
 } // namespace
-
-Q_DECLARE_METATYPE(readstat_type_t)
 
 class TestSPSSDataImport : public QObject {
     Q_OBJECT
@@ -125,6 +124,7 @@ private slots:
     void opensAFile();
     void fileWithoutLabelsHasDefaultBounds();
     void readsLabelsBeforeVariables();
+    void longTextVariablesHaveNoLabels();
     void openingTwiceDoublesTheFields();
     void labelsAreEmptiedBeforeEachRead();
     void openReadTakesAnyFile();
@@ -363,6 +363,7 @@ void TestSPSSDataImport::fieldTypeByType()
     setFormat(*variable, "F3.0");
     Importer importer;
     const TSPSSVariable* field = importer.add(*variable);
+    QCOMPARE(importer.lastResult, int(READSTAT_HANDLER_OK));
     QCOMPARE(field->fieldType, fieldType);
     QCOMPARE(field->minValue, hasBounds ? QStringLiteral("0") : QString());
     QCOMPARE(field->maxValue, hasBounds ? QStringLiteral("999") : QString());
@@ -854,6 +855,21 @@ void TestSPSSDataImport::readsLabelsBeforeVariables()
     const TStatValueLabel* record = importer.labelSets.at("labels0").at(1);
     QCOMPARE(record->intValue, 1);
     QCOMPARE(record->numValue, -1.0);
+}
+
+void TestSPSSDataImport::longTextVariablesHaveNoLabels()
+{
+    StatFileWriter writer;
+    readstat_label_set_t* labels = writer.addLabels("L", READSTAT_TYPE_STRING);
+    readstat_label_string_value(labels, "abcdefghijkl", "first");
+    writer.add("A", READSTAT_TYPE_STRING, "A20", labels, 20);
+    const QString file = path(QStringLiteral("long.sav"));
+    QVERIFY(writer.write(file, TStatFileKind::Spss));
+    TSPSSDataImport importer(file);
+    importer.openFile();
+    // The set was read, but the pass that reads the variables is not told of it.
+    QCOMPARE(importer.labelSets.size(), std::size_t(1));
+    QVERIFY(importer.getField(0)->valueLabels.isEmpty());
 }
 
 void TestSPSSDataImport::openingTwiceDoublesTheFields()

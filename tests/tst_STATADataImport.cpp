@@ -26,10 +26,9 @@ public:
     // The field that the variable became.
     TSTATAVariable* add(readstat_variable_t& variable, const char* setName = nullptr)
     {
-        const int result =
+        lastResult =
             handle_variable_stata(0, &variable, setName, static_cast<TSTATADataImport*>(this));
-        return result == READSTAT_HANDLER_OK ? dynamic_cast<TSTATAVariable*>(collectedFields.back())
-                                             : nullptr;
+        return static_cast<TSTATAVariable*>(collectedFields.back());
     }
 
     // Adds a variable of that type with the value labels of the set "S".
@@ -45,6 +44,8 @@ public:
     {
         return *labelSets.at("S").at(index);
     }
+
+    int lastResult = -1;
 };
 
 QStringList messages;
@@ -276,6 +277,7 @@ void TestSTATADataImport::fieldTypeByType()
     setFormat(*variable, "%9.0g");
     Importer importer;
     const TSTATAVariable* field = importer.add(*variable);
+    QCOMPARE(importer.lastResult, int(READSTAT_HANDLER_OK));
     QCOMPARE(field->fieldType, fieldType);
     QCOMPARE(field->length, 5);
     QCOMPARE(field->minValue, QStringLiteral("0"));

@@ -60,6 +60,7 @@ private slots:
     void taggedValuesKeepTheirTags();
     void missingRanges();
     void missingTexts();
+    void labelsOfLongTexts();
     void sharedSetIsKeptOnce();
     void setsOutOfUseAreKept();
     void setThatTheFileLacks();
@@ -125,8 +126,8 @@ void TestStatDictionary::describesAnSpssFile()
 
     const TStatFileDescription description = written(writer, TStatFileKind::Spss, 3);
     QVERIFY(description.isWhole());
-    QCOMPARE(description.error, READSTAT_OK);
-    QVERIFY(description.errorText.isEmpty() && description.errorDetails.isEmpty());
+    QCOMPARE(description.outcome.error, READSTAT_OK);
+    QVERIFY(description.outcome.errorText.isEmpty() && description.outcome.errorDetails.isEmpty());
     QCOMPARE(description.fileLabel, QString::fromUtf8(u8"Población 2010"));
     QCOMPARE(description.encoding, QStringLiteral("UTF-8"));
     QCOMPARE(description.formatVersion, 2);
@@ -192,7 +193,7 @@ void TestStatDictionary::describesAStataFile()
     QCOMPARE(first.label, QString::fromUtf8(u8"Sex of the señor"));
     QCOMPARE(first.type, READSTAT_TYPE_INT8);
     QCOMPARE(first.storageWidth, quint64(1));
-    QCOMPARE(first.displayWidth, 8);
+    QCOMPARE(first.displayWidth, -8);
     QCOMPARE(first.format, QStringLiteral("%-8.0g"));
     QCOMPARE(first.alignment, READSTAT_ALIGNMENT_LEFT);
     QCOMPARE(first.labelSetName, QStringLiteral("sexes"));
@@ -393,6 +394,19 @@ void TestStatDictionary::missingTexts()
     QCOMPARE(description.variables.at(0).missingRanges.at(0).low.type, READSTAT_TYPE_STRING);
 }
 
+void TestStatDictionary::labelsOfLongTexts()
+{
+    StatFileWriter writer;
+    readstat_label_set_t* labels = writer.addLabels("L", READSTAT_TYPE_STRING);
+    readstat_label_string_value(labels, "abcdefghijkl", "first");
+    readstat_label_string_value(labels, u8"ñ", "second");
+    writer.add("A", READSTAT_TYPE_STRING, "A20", labels, 20);
+    const TStatFileDescription description = written(writer, TStatFileKind::Spss);
+    QCOMPARE(description.variables.at(0).labelSet, 0);
+    QCOMPARE(textsOf(description.labelSets.at(0).labels),
+        QStringList({ QStringLiteral("abcdefghijkl=first"), QString::fromUtf8(u8"ñ=second") }));
+}
+
 void TestStatDictionary::sharedSetIsKeptOnce()
 {
     StatFileWriter writer;
@@ -508,10 +522,12 @@ void TestStatDictionary::fileThatCannotBeRead()
     const TStatFileDescription description =
         readStatDescription(path(name), static_cast<TStatFileKind>(kind));
     QVERIFY(!description.isWhole());
-    QCOMPARE(int(description.error), error);
-    QCOMPARE(description.errorText, text);
+    QCOMPARE(int(description.outcome.error), error);
+    QCOMPARE(description.outcome.errorText, text);
     QVERIFY(description.variables.isEmpty());
     QCOMPARE(description.rowCount, qint64(-1));
+    QCOMPARE(int(description.variablesOutcome.error), error);
+    QCOMPARE(description.variablesOutcome.errorText, text);
 }
 
 void TestStatDictionary::cutFileKeepsWhatStandsBefore_data()
@@ -536,8 +552,8 @@ void TestStatDictionary::cutFileKeepsWhatStandsBefore()
         const TStatFileDescription description =
             readStatDescription(file, static_cast<TStatFileKind>(kind));
         QVERIFY(description.variables.size() == 20 || !description.isWhole());
-        QCOMPARE(description.errorText.isEmpty(), description.error == READSTAT_OK);
-        refused += description.error == READSTAT_OK ? 0 : 1;
+        QCOMPARE(description.outcome.errorText.isEmpty(), description.outcome.error == READSTAT_OK);
+        refused += description.outcome.error == READSTAT_OK ? 0 : 1;
     }
     QVERIFY(refused > 0);
 }
@@ -567,7 +583,7 @@ void TestStatDictionary::cutLabelsAreNoticed()
         const TStatFileDescription description = readStatDescription(file, TStatFileKind::Stata);
         QCOMPARE(description.variables.size(), 1);
         QVERIFY(!description.isWhole());
-        QVERIFY(description.endsEarly);
+        QVERIFY(description.outcome.endsEarly);
     }
 }
 

@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
@@ -119,7 +120,7 @@ struct Importer {
 
     StatImport::LabelSets labelSets;
     StatImport import;
-    QVector<Shown> shown;
+    std::vector<Shown> shown;
 };
 
 int onValueLabel(const char* setName, readstat_value_t value, const char* label, void* context)
@@ -139,14 +140,14 @@ int onVariable(int index, readstat_variable_t* variable, const char* setName, vo
     return importer->import.guarded([&] {
         Field field;
         importer->import.describe(field, *variable, setName);
-        importer->shown.append({ field.valueLabels, field.minValue, field.maxValue });
+        importer->shown.push_back({ field.valueLabels, field.minValue, field.maxValue });
         if (onStep)
             onStep();
     });
 }
 
 // The same labels and variables, handed over one by one, when nothing is remembered.
-QVector<Shown> shownWithoutRead(const StatRules& rules)
+std::vector<Shown> shownWithoutRead(const StatRules& rules)
 {
     Importer importer(rules);
     for (const Label& label : qAsConst(labelsToReport))
@@ -228,22 +229,23 @@ void TestStatImport::rememberedTextsAreThoseOfEachVariable()
     for (const StatRules& rules : { turningWhole, leavingReal }) {
         Importer importer(rules);
         read(importer);
-        QCOMPARE(importer.shown.size(), variablesToReport.size());
+        QCOMPARE(int(importer.shown.size()), variablesToReport.size());
         QVERIFY(importer.shown == shownWithoutRead(rules));
     }
     Importer importer(turningWhole);
     read(importer);
     bool isWhole = false;
     for (int index = 0; index < decimals.size(); ++index) {
+        const auto first = static_cast<std::size_t>(4 * index);
         isWhole = isWhole || decimals.at(index) == 0;
-        const Shown& shown = importer.shown.at(4 * index);
+        const Shown& shown = importer.shown.at(first);
         QCOMPARE(shown.labels,
             isWhole ? QStringLiteral("1 x\t3 z\t")
                     : QStringLiteral("1.500000 x\t-1.500000 y\t3.000000 z\t"));
         QCOMPARE(shown.minValue, isWhole ? QStringLiteral("1") : QStringLiteral("-1.5"));
-        QCOMPARE(importer.shown.at(4 * index + 1).labels, QStringLiteral("7.250000 seven\t"));
-        QVERIFY(importer.shown.at(4 * index + 2).labels.isEmpty());
-        QVERIFY(importer.shown.at(4 * index + 3).labels.isEmpty());
+        QCOMPARE(importer.shown.at(first + 1).labels, QStringLiteral("7.250000 seven\t"));
+        QVERIFY(importer.shown.at(first + 2).labels.isEmpty());
+        QVERIFY(importer.shown.at(first + 3).labels.isEmpty());
     }
 }
 
@@ -307,7 +309,7 @@ void TestStatImport::exceptionEndsTheRead()
     onStep = nullptr; // as good as new afterwards
     importer.shown.clear();
     QCOMPARE(read(importer), READSTAT_ERROR_PARSE);
-    QCOMPARE(importer.shown.size(), 2);
+    QCOMPARE(int(importer.shown.size()), 2);
     QCOMPARE(importer.labelSets.at("one").size(), std::size_t(3));
 }
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -227,15 +228,17 @@ struct PlainFile {
 
     QByteArray read(int size) const
     {
-        QByteArray bytes(size, '\0');
-        const auto count = ::read(file, bytes.data(), static_cast<size_t>(size));
-        return count < 0 ? QByteArray("failed") : bytes.left(static_cast<int>(count));
+        std::vector<char> bytes(static_cast<std::size_t>(size));
+        const auto count = ::read(file, bytes.data(), bytes.size());
+        return count < 0 ? QByteArray("failed") : QByteArray(bytes.data(), static_cast<int>(count));
     }
 
     int file;
 };
 
 } // namespace
+
+Q_DECLARE_METATYPE(TStatFileKind)
 
 class TestStatParser : public QObject {
     Q_OBJECT
@@ -546,8 +549,6 @@ void TestStatParser::guardKeepsExceptionsBack()
     QVERIFY_EXCEPTION_THROWN(guard.rethrow(), std::runtime_error);
     guard.rethrow(); // only once
 }
-
-Q_DECLARE_METATYPE(TStatFileKind)
 
 QTEST_GUILESS_MAIN(TestStatParser)
 #include "tst_StatParser.moc"

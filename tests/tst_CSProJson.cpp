@@ -1,0 +1,1193 @@
+// Dictionaries in the JSON form of CSPro 8 and later.
+#include <model_Tessel/CSPro.h>
+#include <model_Tessel/CSProDataImport.h>
+#include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/ErrorManager.h>
+
+#include <QFile>
+#include <QLoggingCategory>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+using ErrorPointer = std::unique_ptr<OxErrorManager>;
+using Kind = CSProProblem::Kind;
+using Rules = CSProReadingRules;
+
+// Adds a row to a table of test data.
+template <typename... Values> void row(const char* name, const Values&... values)
+{
+    (QTest::newRow(name) << ... << values);
+}
+
+// JSON is easier to read here with its quotes written as apostrophes.
+QByteArray json(const QString& text)
+{
+    return QString(text).replace(QLatin1Char('\''), QLatin1Char('"')).toUtf8();
+}
+
+// A dictionary read from a file.
+class Loaded {
+public:
+    explicit Loaded(const QByteArray& bytes, const Rules& rules = Rules::asWritten())
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("census.dcf"));
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("No dictionary could be written");
+        file.close();
+        load(path, rules);
+    }
+
+    Loaded(const QString& path, const Rules& rules)
+    {
+        load(path, rules);
+    }
+
+    TCSProItem& item(const QString& name) const
+    {
+        for (TCSProItem* item : qAsConst(*parser.items)) {
+            if (item->name == name)
+                return *item;
+        }
+        qFatal("No item %s", qPrintable(name));
+    }
+
+    const TCSProValueSet& valueSet(const QString& name) const
+    {
+        for (const TCSProItem* item : qAsConst(*parser.items)) {
+            for (const TCSProValueSet* valueSet : qAsConst(*item->valueSets)) {
+                if (valueSet->name == name)
+                    return *valueSet;
+            }
+        }
+        qFatal("No value set %s", qPrintable(name));
+    }
+
+    bool hasProblem(Kind kind) const
+    {
+        const QVector<CSProProblem>& problems = parser.problems();
+        return std::any_of(problems.begin(), problems.end(),
+            [kind](const CSProProblem& problem) { return problem.kind == kind; });
+    }
+
+    // The paths of members with another type.
+    QStringList wrongTypes() const
+    {
+        QStringList paths;
+        for (const CSProProblem& problem : parser.problems()) {
+            if (problem.kind == Kind::WrongJsonType)
+                paths.append(problem.text);
+        }
+        return paths;
+    }
+
+    // Name and column of every field.
+    QStringList positions() const
+    {
+        QStringList texts;
+        for (const TGenericField* field : qAsConst(*import.fields))
+            texts.append(field->name + '@' + QString::number(field->start));
+        return texts;
+    }
+
+    TCSPro parser;
+    TCSProDataImport import;
+    ErrorPointer error;
+
+private:
+    void load(const QString& path, const Rules& rules)
+    {
+        parser.setReadingRules(rules);
+        try {
+            parser.loadFromFile(path);
+        } catch (OxErrorManager* thrown) {
+            error.reset(thrown);
+            return;
+        }
+        import.dictionary = &parser;
+        import.recordTypeLen = parser.recordTypeLen;
+        import.copyDataFromDictionary();
+    }
+};
+
+// A dictionary of one level with one record; members of the root may be added.
+QByteArray dictionary(const QString& ids, const QString& items, const QString& more = QString())
+{
+    return json(
+        "{ 'software': 'CSPro', 'version': 8.0, 'fileType': 'dictionary', 'name': 'D', "
+        "'labels': [ { 'text': 'Survey' } ], 'recordType': { 'start': 1, 'length': 1 }, "
+        "'defaults': { 'decimalMark': false, 'zeroFill': false }, 'relativePositions': true, "
+        + more
+        + " 'levels': [ { 'name': 'L', 'labels': [ { 'text': 'Level' } ], 'ids': { 'items': [ "
+        + ids
+        + " ] }, 'records': [ { 'name': 'R', 'labels': [ { 'text': 'Record' } ], "
+          "'recordType': '1', 'occurrences': { 'required': true, 'maximum': 1 }, 'items': [ "
+        + items + " ] } ] } ] }");
+}
+
+QString numeric(const QString& name, int length, const QString& more = QString())
+{
+    return "{ 'name': '" + name + "', 'labels': [ { 'text': 'Item " + name
+        + "' } ], 'contentType': 'numeric', 'zeroFill': false, 'length': " + QString::number(length)
+        + more + " }";
+}
+
+const char identification[] = "{ 'name': 'ID', 'labels': [ { 'text': 'Number' } ], "
+                              "'contentType': 'numeric', 'start': 2, 'length': 4, "
+                              "'zeroFill': true }";
+
+// One item A of five columns with one value set V of the values.
+QByteArray values(const QString& values, const QString& contentType = QStringLiteral("numeric"))
+{
+    return dictionary(QLatin1String(identification),
+        "{ 'name': 'A', 'labels': [ { 'text': 'Item' } ], 'contentType': '" + contentType
+            + "', 'length': 5, 'valueSets': [ { 'name': 'V', 'labels': [ { 'text': 'Set' } ], "
+              "'values': [ "
+            + values + " ] } ] }");
+}
+
+// "code label", "low..high label", with its type behind it when special.
+QStringList entriesOf(const TCSProValueSet& valueSet)
+{
+    QStringList texts;
+    for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        QString text = entry->code;
+        if (!entry->highCode.isNull())
+            text += ".." + entry->highCode;
+        text += ' ' + entry->label;
+        if (entry->special)
+            text += " special " + QString::number(entry->type);
+        texts.append(text);
+    }
+    return texts;
+}
+
+QString withoutTrailingBlanks(QString text)
+{
+    while (text.endsWith(QLatin1Char(' ')))
+        text.chop(1);
+    return text;
+}
+
+/*
+ * Everything that both forms of a dictionary say, one line for each part. Texts of the data stand
+ * without trailing blanks, paths of images with "/" and an absent "Required" as the word it means,
+ * because the forms write them differently.
+ */
+class Description {
+public:
+    explicit Description(const Loaded& loaded)
+    {
+        const TCSPro& parser = loaded.parser;
+        add({ "dictionary", parser.version, parser.name, parser.label, parser.note(),
+            QString::number(parser.recordTypeStart), QString::number(parser.recordTypeLen),
+            parser.positions, parser.zeroFill, parser.decimalChar });
+        for (const CSProLanguage& language : parser.languages())
+            add({ "language", language.name, language.label });
+        for (const CSProLevel& level : parser.levels())
+            add({ "level", level.name, level.label, level.note });
+        for (const CSProRelation& relation : parser.relations()) {
+            add({ "relation", relation.name, relation.primary });
+            for (const CSProRelationLink& link : relation.links)
+                add({ "link", link.primaryLink, link.secondary, link.secondaryLink });
+        }
+        for (const TCSProRecord* record : qAsConst(*parser.records))
+            addRecord(*record);
+        for (const TCSProItem* item : qAsConst(*parser.items))
+            addItem(*item);
+        for (const TGenericField* field : qAsConst(*loaded.import.fields))
+            addField(*field);
+        add({ "problems", QString::number(parser.problems().size()) });
+    }
+
+    const QStringList& lines() const
+    {
+        return m_lines;
+    }
+
+private:
+    void add(const QStringList& parts)
+    {
+        m_lines.append(parts.join(QLatin1String(" | ")));
+    }
+
+    void addRecord(const TCSProRecord& record)
+    {
+        const bool isRequired = record.required != QLatin1String("No");
+        add({ "record", record.name, record.label, record.note, record.recordTypeValue,
+            isRequired ? "Yes" : "No", QString::number(record.maxRecords),
+            QString::number(record.recordLen), QString::number(record.level),
+            record.occurrenceLabels.toList().join(',') });
+    }
+
+    void addItem(const TCSProItem& item)
+    {
+        add({ "item", item.record->name, item.name, item.dictionaryName, item.label, item.note,
+            QString::number(item.start), QString::number(item.len),
+            QString::number(item.occurrence), QString::number(item.firstOccurrenceIndex),
+            QString::number(item.decimal), item.isAlpha != 0 ? "alpha" : "numeric",
+            item.hasDecimalChar ? "point" : "", item.isZeroFill ? "zeros" : "",
+            item.isSubItem != 0 ? "subitem" : "", item.parent ? item.parent->name : QString(),
+            QString::number(item.level), item.occurrenceLabel,
+            item.occurrenceLabels.toList().join(','), item.contentType });
+        add({ "codes of", item.name, item.missingCode, item.notApplicableCode, item.refusedCode });
+        for (const TCSProValueSet* valueSet : qAsConst(*item.valueSets))
+            addValueSet(*valueSet);
+    }
+
+    void addValueSet(const TCSProValueSet& valueSet)
+    {
+        add({ "set", valueSet.name, valueSet.label, valueSet.note, valueSet.link,
+            valueSet.linkedSet ? valueSet.linkedSet->name : QString(),
+            valueSet.isNumeric ? "numeric" : "text" });
+        for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+            add({ "value", QString::number(entry->valueNumber),
+                valueSet.isNumeric ? entry->code : withoutTrailingBlanks(entry->code),
+                entry->highCode, entry->label, QString::number(entry->type),
+                entry->special ? "special" : "", entry->note,
+                QString(entry->image).replace(QLatin1Char('\\'), QLatin1Char('/')),
+                entry->textColor });
+        }
+    }
+
+    void addField(const TGenericField& field)
+    {
+        const bool isText = field.fieldType == TGenericField::StringType;
+        add({ "field", field.name, field.label, QString::number(field.fieldType),
+            QString::number(field.start), QString::number(field.length), field.decimals,
+            field.minValue, field.maxValue, field.missingValue, field.notApplicableValue,
+            isText ? QString() : field.valueLabels });
+    }
+
+    QStringList m_lines;
+};
+
+QString fixture(const char* name)
+{
+    return QStringLiteral(TESSEL_TEST_DATA "/") + QLatin1String(name);
+}
+
+// The lines that only one of two lists has, in a form to be read.
+QString differences(const QStringList& text, const QStringList& json)
+{
+    QStringList found;
+    for (const QString& line : text) {
+        if (!json.contains(line))
+            found.append("text: " + line);
+    }
+    for (const QString& line : json) {
+        if (!text.contains(line))
+            found.append("JSON: " + line);
+    }
+    return found.join(QLatin1Char('\n'));
+}
+
+} // namespace
+
+class tst_CSProJson : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+
+    void header();
+    void headerWithoutMembers();
+    void levelsAndRecords();
+    void items();
+    void zeroFillDefault();
+    void contentTypes_data();
+    void contentTypes();
+    void relativePositions();
+    void idsOfDeeperLevelsComeFirst();
+    void recordTypeBehindIds();
+    void noRecordType();
+    void startWins();
+    void absolutePositions();
+    void subItemsAndOccurrences();
+    void recordLength();
+    void valuePairs_data();
+    void valuePairs();
+    void specials_data();
+    void specials();
+    void specialsOfData();
+    void links();
+    void notesAndImages();
+    void languages();
+    void unknownLanguageOfALabel();
+    void relations();
+    void binaryItems();
+    void encoding();
+
+    void missingMembers_data();
+    void missingMembers();
+    void emptyArrays_data();
+    void emptyArrays();
+    void wrongTypes_data();
+    void wrongTypes();
+    void wrongPairs_data();
+    void wrongPairs();
+    void unknownMembers_data();
+    void unknownMembers();
+    void invalidJson_data();
+    void invalidJson();
+    void tooManyItems();
+
+    void bothFormsAreOneModel();
+    void bothFormsFollowTheRules_data();
+    void bothFormsFollowTheRules();
+    void largeNumbers_data();
+    void largeNumbers();
+};
+
+void tst_CSProJson::initTestCase()
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+}
+
+void tst_CSProJson::header()
+{
+    const Loaded loaded(
+        json("{ 'software': 'CSPro', 'version': 8.1, 'fileType': 'dictionary', 'editable': false, "
+             "'name': 'D', 'aliases': [ 'OLD_D' ], 'labels': [ { 'text': 'A survey' } ], "
+             "'note': 'One\\nTwo', 'security': { 'allowExport': true }, 'readOptimization': true, "
+             "'enableBinaryItems': true, 'recordType': { 'start': 3, 'length': 2 }, "
+             "'defaults': { 'decimalMark': true, 'zeroFill': true }, 'relativePositions': false, "
+             "'levels': [] }"));
+    QVERIFY(!loaded.error);
+    QCOMPARE(loaded.parser.version, QStringLiteral("CSPro 8.1"));
+    QCOMPARE(loaded.parser.name, QStringLiteral("D"));
+    QCOMPARE(loaded.parser.label, QStringLiteral("A survey"));
+    QCOMPARE(loaded.parser.note(), QStringLiteral("One\nTwo"));
+    QCOMPARE(loaded.parser.recordTypeStart, 3);
+    QCOMPARE(loaded.parser.recordTypeLen, 2);
+    QCOMPARE(loaded.parser.decimalChar, QStringLiteral("Yes"));
+    QCOMPARE(loaded.parser.zeroFill, QStringLiteral("Yes"));
+    QCOMPARE(loaded.parser.positions, QStringLiteral("Absolute"));
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::headerWithoutMembers()
+{
+    const Loaded loaded(json("{ 'levels': [] }"));
+    QVERIFY(!loaded.error);
+    QCOMPARE(loaded.parser.name, QString());
+    QCOMPARE(loaded.parser.version, QString());
+    QCOMPARE(loaded.parser.recordTypeStart, 0);
+    QCOMPARE(loaded.parser.recordTypeLen, 0);
+    QCOMPARE(loaded.parser.getItemsCount(), 0);
+    QCOMPARE(loaded.parser.records->size(), 0);
+    QVERIFY(loaded.parser.levels().isEmpty());
+}
+
+void tst_CSProJson::levelsAndRecords()
+{
+    const Loaded loaded(json(
+        "{ 'name': 'D', 'levels': [ "
+        "{ 'name': 'L1', 'labels': [ { 'text': 'First' } ], 'note': 'n', 'ids': { 'items': [ "
+        "{ 'name': 'ID1', 'contentType': 'numeric', 'start': 1, 'length': 1, 'zeroFill': false } ] "
+        "}, "
+        "'records': [ { 'name': 'R1', 'labels': [ { 'text': 'One' } ], 'note': 'm', "
+        "'recordType': 'HH1', 'occurrences': { 'required': false, 'maximum': 9999, 'labels': [ "
+        "{ 'occurrence': 2, 'labels': [ { 'text': 'Second' } ] } ] }, 'items': [] }, "
+        "{ 'name': 'R2', 'occurrences': { 'required': true, 'maximum': 1 }, 'items': [] } ] }, "
+        "{ 'name': 'L2', 'labels': [], 'ids': { 'items': [] }, 'records': [ { 'name': 'R3', "
+        "'recordType': '3', 'occurrences': { 'required': true, 'maximum': 5 }, 'items': [ "
+        "{ 'name': 'A', 'contentType': 'alpha', 'length': 1 } ] } ] } ] }"));
+    QCOMPARE(loaded.parser.levels().size(), 2);
+    QCOMPARE(loaded.parser.levels().at(0).name, QStringLiteral("L1"));
+    QCOMPARE(loaded.parser.levels().at(0).label, QStringLiteral("First"));
+    QCOMPARE(loaded.parser.levels().at(0).note, QStringLiteral("n"));
+    QCOMPARE(loaded.parser.records->size(), 3);
+    const TCSProRecord& first = *loaded.parser.getRecord(0);
+    QCOMPARE(first.name, QStringLiteral("R1"));
+    QCOMPARE(first.label, QStringLiteral("One"));
+    QCOMPARE(first.note, QStringLiteral("m"));
+    QCOMPARE(first.recordTypeValue, QStringLiteral("HH1"));
+    QCOMPARE(first.required, QStringLiteral("No"));
+    QCOMPARE(first.maxRecords, 9999);
+    QCOMPARE(first.occurrenceLabels.toList(), (QStringList { QString(), "Second" }));
+    QCOMPARE(first.level, 1);
+    QCOMPARE(loaded.parser.getRecord(1)->recordTypeValue, QString());
+    QCOMPARE(loaded.parser.getRecord(1)->required, QStringLiteral("Yes"));
+    QCOMPARE(loaded.parser.getRecord(2)->level, 2);
+    QCOMPARE(loaded.parser.findRecordByValue(QStringLiteral("3")), loaded.parser.getRecord(2));
+    QCOMPARE(loaded.item("ID1").record, loaded.parser.commonRecord);
+    QCOMPARE(loaded.item("ID1").level, 1);
+    QCOMPARE(loaded.item("A").record, loaded.parser.getRecord(2));
+    QCOMPARE(loaded.item("A").level, 2);
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::items()
+{
+    const Loaded loaded(dictionary(QLatin1String(identification),
+        "{ 'name': 'A', 'aliases': [ 'B' ], 'labels': [ { 'text': 'Weight' } ], 'note': 'x', "
+        "'contentType': 'numeric', 'length': 6, 'decimals': 3, 'decimalMark': true, "
+        "'zeroFill': true, 'capture': { 'type': 'TextBox' } }, "
+        "{ 'name': 'C', 'contentType': 'alpha', 'length': 20 }, "
+        "{ 'name': 'E', 'contentType': 'numeric', 'length': 2, 'decimals': 1, "
+        "'decimalMark': false, 'zeroFill': false }"));
+    QCOMPARE(loaded.parser.problems().size(), 0);
+    const TCSProItem& first = loaded.item("A");
+    QCOMPARE(first.label, QStringLiteral("Weight"));
+    QCOMPARE(first.note, QStringLiteral("x"));
+    QCOMPARE(first.len, 6);
+    QCOMPARE(first.decimal, 3);
+    QCOMPARE(first.isAlpha, 0);
+    QVERIFY(first.hasDecimalChar);
+    QVERIFY(first.isZeroFill);
+    QCOMPARE(loaded.item("C").isAlpha, 1);
+    QCOMPARE(loaded.item("C").decimal, 0);
+    QVERIFY(!loaded.item("C").isZeroFill);
+    QCOMPARE(loaded.item("C").contentType, QString());
+    QVERIFY(!loaded.item("E").hasDecimalChar);
+    QCOMPARE(loaded.item("E").occurrence, 0);
+    QVERIFY(loaded.item("ID").isZeroFill);
+
+    auto* const field = dynamic_cast<TCSProVariable*>(loaded.import.fields->constLast());
+    QVERIFY(field);
+    field->setAsString(QStringLiteral("25"));
+    QCOMPARE(field->realValue, 2.5);
+}
+
+void tst_CSProJson::zeroFillDefault()
+{
+    const QByteArray bytes =
+        json("{ 'name': 'D', 'defaults': { 'decimalMark': true, 'zeroFill': true }, 'levels': [ "
+             "{ 'name': 'L', 'ids': { 'items': [] }, 'records': [ { 'name': 'R', 'items': [ "
+             "{ 'name': 'A', 'contentType': 'numeric', 'length': 1 }, "
+             "{ 'name': 'B', 'contentType': 'numeric', 'length': 1, 'zeroFill': false }, "
+             "{ 'name': 'C', 'contentType': 'alpha', 'length': 1 } ] } ] } ] }");
+    const Loaded loaded(bytes);
+    QVERIFY(loaded.item("A").isZeroFill);
+    QVERIFY(!loaded.item("B").isZeroFill);
+    QVERIFY(!loaded.item("C").isZeroFill);
+    QVERIFY(!loaded.item("A").hasDecimalChar);
+    QCOMPARE(loaded.item("A").decimal, 0);
+}
+
+void tst_CSProJson::contentTypes_data()
+{
+    QTest::addColumn<QString>("written");
+    QTest::addColumn<int>("isAlpha");
+    QTest::addColumn<QString>("contentType");
+    row("numeric", "numeric", 0, "");
+    row("Numeric", "Numeric", 0, "");
+    row("alpha", "alpha", 1, "");
+    row("ALPHA", "ALPHA", 1, "");
+    for (const char* type : { "Audio", "Document", "Geometry", "Image", "image" })
+        row(type, type, 1, QString(type).toLower());
+}
+
+void tst_CSProJson::contentTypes()
+{
+    QFETCH(QString, written);
+    QFETCH(int, isAlpha);
+    QFETCH(QString, contentType);
+    const Loaded loaded(dictionary(QLatin1String(identification),
+        "{ 'name': 'A', 'contentType': '" + written + "', 'length': 1 }"));
+    QCOMPARE(loaded.item("A").isAlpha, isAlpha);
+    QCOMPARE(loaded.item("A").contentType, contentType);
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::relativePositions()
+{
+    const Loaded loaded(dictionary(QLatin1String(identification),
+        numeric("A", 3) + ", " + numeric("B", 2, ", 'occurrences': { 'maximum': 3 }") + ", "
+            + numeric("C", 4) + ", " + numeric("D", 1, ", 'subitem': true, 'subitemOffset': 2")
+            + ", " + numeric("E", 1)));
+    QCOMPARE(loaded.positions(),
+        (QStringList { "ID@2", "A@6", "B_1@9", "B_2@11", "B_3@13", "C@15", "D@17", "E@19" }));
+}
+
+void tst_CSProJson::idsOfDeeperLevelsComeFirst()
+{
+    const Loaded loaded(
+        json("{ 'name': 'D', 'recordType': { 'start': 1, 'length': 1 }, 'relativePositions': true, "
+             "'levels': [ { 'name': 'L1', 'ids': { 'items': [ "
+            + numeric("ID1", 3, ", 'start': 2") + " ] }, 'records': [ { 'name': 'R1', "
+            + "'recordType': '1', 'items': [ " + numeric("A", 2) + ", " + numeric("B", 2)
+            + " ] }, { 'name': 'R2', 'recordType': '2', 'items': [ " + numeric("C", 1)
+            + " ] } ] }, { 'name': 'L2', 'ids': { 'items': [ " + numeric("ID2", 2, ", 'start': 5")
+            + ", " + numeric("ID3", 4, ", 'start': 7") + ", "
+            + numeric("ID3_SUB", 2, ", 'start': 7, 'subitem': true, 'subitemOffset': 0")
+            + " ] }, 'records': [ { 'name': 'R3', 'recordType': '3', 'items': [ " + numeric("E", 2)
+            + ", " + numeric("F", 1) + " ] } ] } ] }"));
+    QCOMPARE(loaded.positions(),
+        (QStringList {
+            "ID1@2", "A@11", "B@13", "C@11", "ID2@5", "ID3@7", "ID3_SUB@7", "E@11", "F@13" }));
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::recordTypeBehindIds()
+{
+    const Loaded loaded(
+        json("{ 'name': 'D', 'recordType': { 'start': 7, 'length': 2 }, 'relativePositions': true, "
+             "'levels': [ { 'name': 'L', 'ids': { 'items': [ "
+            + numeric("ID", 6, ", 'start': 1")
+            + " ] }, 'records': [ { 'name': 'R', 'recordType': '01', " + "'items': [ "
+            + numeric("A", 2) + " ] } ] } ] }"));
+    QCOMPARE(loaded.positions(), (QStringList { "ID@1", "A@9" }));
+}
+
+void tst_CSProJson::noRecordType()
+{
+    const Loaded loaded(
+        json("{ 'name': 'D', 'recordType': { 'start': 0, 'length': 0 }, 'relativePositions': true, "
+             "'levels': [ { 'name': 'L', 'ids': { 'items': [ "
+            + numeric("ID", 2, ", 'start': 1") + " ] }, 'records': [ { 'name': 'R', 'items': [ "
+            + numeric("A", 2) + " ] } ] } ] }"));
+    QCOMPARE(loaded.positions(), (QStringList { "ID@1", "A@3" }));
+    QCOMPARE(loaded.parser.recordTypeStart, 0);
+    QCOMPARE(loaded.parser.recordTypeLen, 0);
+    QCOMPARE(loaded.parser.getRecord(0)->recordTypeValue, QString());
+}
+
+void tst_CSProJson::startWins()
+{
+    const Loaded loaded(dictionary(QLatin1String(identification),
+        numeric("A", 2) + ", " + numeric("B", 2, ", 'start': 20") + ", "
+            + numeric("C", 1, ", 'subitem': true, 'subitemOffset': 1") + ", "
+            + numeric("D", 1, ", 'subitem': true, 'subitemOffset': 1, 'start': 20") + ", "
+            + numeric("E", 2)));
+    QCOMPARE(loaded.positions(), (QStringList { "ID@2", "A@6", "B@20", "C@21", "D@20", "E@22" }));
+}
+
+void tst_CSProJson::absolutePositions()
+{
+    const Loaded loaded(json(
+        "{ 'name': 'D', 'recordType': { 'start': 1, 'length': 1 }, 'relativePositions': false, "
+        "'levels': [ { 'name': 'L', 'ids': { 'items': [ "
+        + numeric("ID", 2, ", 'start': 4") + " ] }, 'records': [ { 'name': 'R', 'recordType': '1', "
+        + "'items': [ " + numeric("A", 4, ", 'start': 30") + ", "
+        + numeric("B", 2, ", 'subitem': true, 'subitemOffset': 2, 'start': 32") + ", "
+        + numeric("C", 2, ", 'start': 10, 'occurrences': { 'maximum': 2 }") + " ] } ] } ] }"));
+    QCOMPARE(loaded.positions(), (QStringList { "ID@4", "A@30", "B@32", "C_1@10", "C_2@12" }));
+    QCOMPARE(loaded.parser.positions, QStringLiteral("Absolute"));
+}
+
+void tst_CSProJson::subItemsAndOccurrences()
+{
+    const Loaded loaded(dictionary(QLatin1String(identification),
+        "{ 'name': 'P', 'contentType': 'alpha', 'length': 6, 'occurrences': { 'maximum': 2, "
+        "'labels': [ { 'occurrence': 2, 'labels': [ { 'text': 'Second' } ] } ] } }, "
+            + numeric("S", 2, ", 'subitem': true, 'subitemOffset': 1") + ", "
+            + numeric(
+                "T", 1, ", 'subitem': true, 'subitemOffset': 3, 'occurrences': { 'maximum': 2 }")
+            + ", " + numeric("Z", 1)));
+    QCOMPARE(loaded.positions(),
+        (QStringList { "ID@2", "P_1@6", "P_2@12", "S_1@7", "S_2@13", "T_1_1@9", "T_1_2@10",
+            "T_2_1@15", "T_2_2@16", "Z@18" }));
+    QCOMPARE(loaded.item("S_2").parent, &loaded.item("P_2"));
+    QCOMPARE(loaded.item("P_2").occurrenceLabel, QStringLiteral("Second"));
+    QCOMPARE(loaded.item("P_1").occurrenceLabel, QString());
+    QCOMPARE(loaded.item("P_2").dictionaryName, QStringLiteral("P"));
+    QCOMPARE(loaded.item("P_2").occurrence, 2);
+    QCOMPARE(loaded.item("S_1").isSubItem, 1);
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::recordLength()
+{
+    const Loaded items(dictionary(QLatin1String(identification),
+        numeric("A", 3, ", 'occurrences': { 'maximum': 4 }") + ", "
+            + numeric("B", 2, ", 'subitem': true, 'subitemOffset': 1")));
+    QCOMPARE(items.parser.getRecord(0)->recordLen, 17);
+    const Loaded none(dictionary(QLatin1String(identification), QString()));
+    QCOMPARE(none.parser.getRecord(0)->recordLen, 5);
+}
+
+void tst_CSProJson::valuePairs_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("contentType");
+    QTest::addColumn<QStringList>("entries");
+    QTest::addColumn<QList<int>>("numbers");
+
+    const QString numeric = QStringLiteral("numeric");
+    row("a value", "{ 'labels': [ { 'text': 'Male' } ], 'pairs': [ { 'value': '1' } ] }", numeric,
+        QStringList { "1 Male" }, QList<int> { 1 });
+    row("a range", "{ 'labels': [ { 'text': 'Age' } ], 'pairs': [ { 'range': [ '0', '95' ] } ] }",
+        numeric, QStringList { "0..95 Age" }, QList<int> { 1 });
+    row("several pairs",
+        "{ 'labels': [ { 'text': 'Other' } ], 'pairs': [ { 'range': [ '1', '7' ] }, "
+        "{ 'value': '10' }, { 'value': '99' } ] }, "
+        "{ 'labels': [ { 'text': 'Eight' } ], 'pairs': [ { 'value': '8' } ] }",
+        numeric, QStringList { "1..7 Other", "10 Other", "99 Other", "8 Eight" },
+        QList<int> { 1, 1, 1, 2 });
+    row("decimals and signs",
+        "{ 'labels': [], 'pairs': [ { 'value': '-9' }, { 'value': '24.0' }, "
+        "{ 'range': [ '-90.0', '90.0' ] } ] }",
+        numeric, QStringList { "-9 ", "24.0 ", "-90.0..90.0 " }, QList<int> { 1, 1, 1 });
+    row("no label", "{ 'labels': [ { 'text': '' } ], 'pairs': [ { 'value': '0' } ] }", numeric,
+        QStringList { "0 " }, QList<int> { 1 });
+    row("no labels", "{ 'pairs': [ { 'value': '0' } ] }", numeric, QStringList { "0 " },
+        QList<int> { 1 });
+    row("text with separators",
+        "{ 'labels': [ { 'text': 'a;b|c' } ], 'pairs': [ { 'value': 'A B;C' } ] }", "alpha",
+        QStringList { "A B;C a;b|c" }, QList<int> { 1 });
+}
+
+void tst_CSProJson::valuePairs()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, contentType);
+    QFETCH(QStringList, entries);
+    QFETCH(QList<int>, numbers);
+    const Loaded loaded(values(text, contentType));
+    const TCSProValueSet& set = loaded.valueSet("V");
+    QCOMPARE(entriesOf(set), entries);
+    QList<int> found;
+    for (const TValueSetItem* entry : qAsConst(*set.items))
+        found.append(entry->valueNumber);
+    QCOMPARE(found, numbers);
+    QCOMPARE(set.label, QStringLiteral("Set"));
+    QCOMPARE(set.isNumeric, contentType == QLatin1String("numeric"));
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::specials_data()
+{
+    QTest::addColumn<QString>("word");
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("stored");
+    row("missing", "MISSING", "99999", 1, "99999");
+    row("missing, shorter than the item", "MISSING", "9", 1, "9");
+    row("not applicable, a blank", "NOTAPPL", "", 2, "     ");
+    row("not applicable, a code", "NOTAPPL", "8", 2, "8");
+    row("refused", "REFUSED", "9", 3, "9");
+    row("default", "DEFAULT", "7", 4, "7");
+    row("default, a blank", "DEFAULT", "", 4, "     ");
+    row("missing, a blank", "MISSING", "", 1, "     ");
+    row("an unknown word", "ODD", "6", 0, "6");
+}
+
+void tst_CSProJson::specials()
+{
+    QFETCH(QString, word);
+    QFETCH(QString, code);
+    QFETCH(int, type);
+    QFETCH(QString, stored);
+    const Loaded loaded(values("{ 'labels': [ { 'text': 'a' } ], 'pairs': [ { 'value': '1' } ] }, "
+                               "{ 'labels': [ { 'text': 'b' } ], 'pairs': [ { 'value': '"
+        + code + "' } ], 'special': '" + word + "' }"));
+    const TValueSetItem& entry = *loaded.valueSet("V").getValueSetItem(1);
+    QCOMPARE(entry.type, type);
+    QCOMPARE(entry.special, type != 0);
+    QCOMPARE(entry.code, stored);
+    const TCSProItem& item = loaded.item("A");
+    QCOMPARE(item.missingCode, type == 1 ? stored : QString());
+    QCOMPARE(item.notApplicableCode, type == 2 ? stored : QString());
+    QCOMPARE(item.refusedCode, type == 3 ? stored : QString());
+    QCOMPARE(loaded.hasProblem(Kind::UnknownSpecial), type == 0);
+    if (type != 0) {
+        QCOMPARE(loaded.import.fields->constLast()->maxValue, QStringLiteral("1"));
+        QCOMPARE(loaded.parser.problems().size(), 0);
+    }
+}
+
+void tst_CSProJson::specialsOfData()
+{
+    const Loaded numbers(
+        values("{ 'labels': [], 'pairs': [ { 'value': '' } ], 'special': 'NOTAPPL' }, "
+               "{ 'labels': [], 'pairs': [ { 'value': '9' } ], 'special': 'MISSING' }"));
+    auto* field = dynamic_cast<TCSProVariable*>(numbers.import.fields->constLast());
+    QVERIFY(field);
+    field->setAsString(QStringLiteral("     "));
+    QVERIFY(field->isNotApplicable());
+    field->setAsString(QStringLiteral("00009"));
+    QVERIFY(field->isMissing());
+    QVERIFY(!field->isNotApplicable());
+
+    const Loaded texts(
+        values("{ 'labels': [], 'pairs': [ { 'value': 'NA' } ], 'special': 'NOTAPPL' }", "alpha"));
+    field = dynamic_cast<TCSProVariable*>(texts.import.fields->constLast());
+    QVERIFY(field);
+    field->setAsString(QStringLiteral("NA   "));
+    QVERIFY(field->isNotApplicable());
+    field->setAsString(QStringLiteral("     "));
+    QVERIFY(!field->isNotApplicable());
+}
+
+void tst_CSProJson::links()
+{
+    const QString set = QStringLiteral(", 'valueSets': [ { 'name': '%1', 'labels': [], "
+                                       "'link': '7'%2 } ]");
+    const Loaded loaded(dictionary(QLatin1String(identification),
+        numeric("A", 1,
+            set.arg("V",
+                ", 'values': [ { 'labels': [], 'pairs': [ { 'value': '1' } ] }, { 'labels': [], "
+                "'pairs': [ { 'value': '9' } ], 'special': 'MISSING' } ]"))
+            + ", " + numeric("B", 1, set.arg("W", "")) + ", "
+            + numeric("C", 1, ", 'valueSets': [ { 'name': 'X', 'labels': [], 'link': '8' } ]")));
+    const TCSProValueSet& first = loaded.valueSet("V");
+    QCOMPARE(first.link, QStringLiteral("7"));
+    QCOMPARE(loaded.valueSet("W").linkedSet, &first);
+    QCOMPARE(*loaded.valueSet("W").items, *first.items);
+    QCOMPARE(loaded.item("B").missingCode, QStringLiteral("9"));
+    QCOMPARE(loaded.valueSet("X").linkedSet, nullptr);
+    QCOMPARE(loaded.parser.problems().size(), 1);
+    QVERIFY(loaded.hasProblem(Kind::LinkWithoutValues));
+}
+
+void tst_CSProJson::notesAndImages()
+{
+    const Loaded loaded(
+        values("{ 'labels': [], 'note': 'a\\nb', 'pairs': [ { 'value': '1' }, { 'value': '2' } ], "
+               "'image': '../Images/x.jpg', 'textColor': '#FF0000' }"));
+    for (const TValueSetItem* entry : qAsConst(*loaded.valueSet("V").items)) {
+        QCOMPARE(entry->note, QStringLiteral("a\nb"));
+        QCOMPARE(entry->image, QStringLiteral("../Images/x.jpg"));
+        QCOMPARE(entry->textColor, QStringLiteral("#FF0000"));
+    }
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::languages()
+{
+    Loaded loaded(dictionary(QLatin1String(identification),
+        "{ 'name': 'A', 'labels': [ { 'text': 'Sexe', 'language': 'FR' }, { 'text': 'Sex', "
+        "'language': 'EN' } ], 'contentType': 'numeric', 'length': 1, 'valueSets': [ { "
+        "'name': 'V', 'labels': [], 'values': [ { 'labels': [ { 'text': '性', 'language': 'JP' }, "
+        "{ 'text': 'Man', 'language': 'EN' } ], 'pairs': [ { 'value': '1' } ] } ] } ] }",
+        QStringLiteral("'languages': [ { 'name': 'EN', 'label': 'English' }, { 'name': 'FR', "
+                       "'label': 'Français' }, { 'name': 'JP', 'label': '日本語' } ], ")));
+    TCSPro& parser = loaded.parser;
+    QCOMPARE(parser.languages().size(), 3);
+    QCOMPARE(parser.languages().at(1).name, QStringLiteral("FR"));
+    QCOMPARE(parser.languages().at(1).label, QStringLiteral("Français"));
+    const QString label = loaded.item("A").label;
+    const QString valueLabel = loaded.valueSet("V").getValueSetItem(0)->label;
+    QCOMPARE(parser.labelText(label), QStringLiteral("Sex"));
+    QVERIFY(parser.setLanguage(QStringLiteral("fr")));
+    QCOMPARE(parser.labelText(label), QStringLiteral("Sexe"));
+    QCOMPARE(parser.labelText(valueLabel), QStringLiteral("Man"));
+    QVERIFY(parser.setLanguage(QStringLiteral("JP")));
+    QCOMPARE(parser.labelText(label), QStringLiteral("Sex"));
+    QCOMPARE(parser.labelText(valueLabel), QStringLiteral("性"));
+    QVERIFY(!parser.setLanguage(QStringLiteral("XX")));
+    QCOMPARE(parser.problems().size(), 0);
+}
+
+void tst_CSProJson::unknownLanguageOfALabel()
+{
+    const Loaded loaded(dictionary(QLatin1String(identification),
+        "{ 'name': 'A', 'labels': [ { 'text': 'Sex', 'language': 'EN' }, { 'text': 'Sexo', "
+        "'language': 'ES' } ], 'contentType': 'numeric', 'length': 1 }",
+        QStringLiteral("'languages': [ { 'name': 'EN', 'label': 'English' } ], ")));
+    QCOMPARE(loaded.parser.labelText(loaded.item("A").label), QStringLiteral("Sex"));
+    QVERIFY(!loaded.parser.problems().isEmpty());
+}
+
+void tst_CSProJson::relations()
+{
+    const Loaded loaded(json(
+        "{ 'name': 'D', 'levels': [], 'relations': [ { 'name': 'ONE', 'primary': 'A', 'links': [ "
+        "{ 'primaryLink': 'A1', 'secondary': 'B', 'secondaryLink': 'B1' }, "
+        "{ 'primaryLink': '(occurrence)', 'secondary': 'C', 'secondaryLink': '(occurrence)' }, "
+        "{ 'primaryLink': 'A2', 'secondary': 'E', 'secondaryLink': '(occurrence)' } ] }, "
+        "{ 'name': 'TWO', 'primary': 'F', 'links': [] } ] }"));
+    QStringList texts;
+    for (const CSProRelation& relation : loaded.parser.relations()) {
+        texts.append(relation.name + ' ' + relation.primary);
+        for (const CSProRelationLink& link : relation.links)
+            texts.append(link.primaryLink + '/' + link.secondary + '/' + link.secondaryLink);
+    }
+    QCOMPARE(texts, (QStringList { "ONE A", "A1/B/B1", "/C/", "A2/E/", "TWO F" }));
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::binaryItems()
+{
+    const Loaded loaded(dictionary(QLatin1String(identification),
+        numeric("A", 2)
+            + ", { 'name': 'PHOTO', 'labels': [], 'contentType': 'Image', "
+              "'length': 1 }, "
+            + numeric("B", 2)));
+    QCOMPARE(loaded.positions(), (QStringList { "ID@2", "A@6", "PHOTO@8", "B@9" }));
+    QCOMPARE(loaded.item("PHOTO").contentType, QStringLiteral("image"));
+    QCOMPARE(loaded.item("B").contentType, QString());
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::encoding()
+{
+    const QByteArray bytes =
+        json("{ 'name': 'D', 'labels': [ { 'text': 'Âge – возраст' } ], 'levels': [] }");
+    for (const QByteArray& mark : { QByteArray(), QByteArray("\xEF\xBB\xBF") }) {
+        const Loaded loaded(mark + bytes);
+        QCOMPARE(loaded.parser.label, QStringLiteral("Âge – возраст"));
+        QCOMPARE(loaded.parser.textEncoding(), QByteArray("UTF-8"));
+    }
+    // This form is UTF-8 whatever the text form's codec is.
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("census.dcf"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    file.close();
+    TCSPro parser;
+    parser.setReadingRules(Rules::asWritten());
+    parser.setTextCodec("windows-1252");
+    parser.loadFromFile(path);
+    QCOMPARE(parser.label, QStringLiteral("Âge – возраст"));
+    QCOMPARE(parser.textEncoding(), QByteArray("UTF-8"));
+}
+
+void tst_CSProJson::missingMembers_data()
+{
+    QTest::addColumn<QString>("levels");
+    QTest::addColumn<QStringList>("items");
+    row("no members of levels", ", 'levels': []", QStringList());
+    row("a level without members", ", 'levels': [ { } ]", QStringList());
+    row("a level without ids",
+        ", 'levels': [ { 'name': 'L', 'records': [ { 'name': 'R', 'items': [ " + numeric("A", 1)
+            + " ] } ] } ]",
+        QStringList { "A@1" });
+    row("a level without records",
+        ", 'levels': [ { 'name': 'L', 'ids': { 'items': [ " + numeric("A", 1, ", 'start': 1")
+            + " ] } } ]",
+        QStringList { "A@1" });
+    row("a record without members", ", 'levels': [ { 'name': 'L', 'records': [ { } ] } ]",
+        QStringList());
+    row("a value set without members",
+        ", 'levels': [ { 'name': 'L', 'records': [ { 'name': 'R', 'items': [ "
+            + numeric("A", 1, ", 'valueSets': [ { } ]") + " ] } ] } ]",
+        QStringList { "A@1" });
+    row("a relation without members", ", 'levels': [], 'relations': [ { } ]", QStringList());
+    row("a language without members", ", 'levels': [], 'languages': [ { } ]", QStringList());
+}
+
+void tst_CSProJson::missingMembers()
+{
+    QFETCH(QString, levels);
+    QFETCH(QStringList, items);
+    const Loaded loaded(json("{ 'name': 'D'" + levels + " }"));
+    QVERIFY(!loaded.error);
+    QCOMPARE(loaded.parser.name, QStringLiteral("D"));
+    QCOMPARE(loaded.positions(), items);
+    for (const TCSProRecord* record : qAsConst(*loaded.parser.records)) {
+        QCOMPARE(record->maxRecords, 1);
+        QCOMPARE(record->required, QStringLiteral("Yes"));
+    }
+    QCOMPARE(loaded.wrongTypes(), QStringList());
+}
+
+void tst_CSProJson::emptyArrays_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("items");
+    row("everything",
+        "{ 'name': 'D', 'aliases': [], 'labels': [], 'languages': [], 'levels': [], "
+        "'relations': [] }",
+        QStringList());
+    row("the level",
+        "{ 'name': 'D', 'levels': [ { 'name': 'L', 'labels': [], "
+        "'ids': { 'items': [] }, 'records': [] } ] }",
+        QStringList());
+    row("the record",
+        "{ 'name': 'D', 'levels': [ { 'name': 'L', 'ids': { 'items': [] }, "
+        "'records': [ { 'name': 'R', 'labels': [], 'items': [] } ] } ] }",
+        QStringList());
+    row("the item",
+        "{ 'name': 'D', 'levels': [ { 'name': 'L', 'ids': { 'items': [] }, 'records': [ { "
+        "'name': 'R', 'items': [ "
+            + numeric("A", 1, ", 'valueSets': []") + ", "
+            + numeric("B", 1, ", 'valueSets': [ { 'name': 'V', 'values': [] } ]") + ", "
+            + numeric("C", 1, ", 'occurrences': { 'maximum': 2, 'labels': [] }") + " ] } ] } ] }",
+        QStringList { "A@1", "B@2", "C_1@3", "C_2@4" });
+}
+
+void tst_CSProJson::emptyArrays()
+{
+    QFETCH(QString, text);
+    QFETCH(QStringList, items);
+    const Loaded loaded(json(text));
+    QVERIFY(!loaded.error);
+    QCOMPARE(loaded.positions(), items);
+    QCOMPARE(loaded.parser.problems().size(), 0);
+}
+
+void tst_CSProJson::wrongTypes_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("path");
+
+    const QString id = QLatin1String(identification);
+    const auto inRoot = [&](const char* name, const char* member, const char* path) {
+        row(name,
+            json(QStringLiteral("{ 'name': 'D', ") + QLatin1String(member)
+                + (QString(member).startsWith(QLatin1String("'levels'")) ? " }"
+                                                                         : ", 'levels': [] }")),
+            QString(path));
+    };
+    inRoot("the name", "'note': 7", "note");
+    inRoot("the version", "'version': '8.0'", "version");
+    inRoot("the labels", "'labels': 'Survey'", "labels");
+    inRoot("a label", "'labels': [ 'Survey' ]", "labels");
+    inRoot("a label's text", "'labels': [ { 'text': 1 } ]", "text");
+    inRoot("the languages", "'languages': { 'EN': 'English' }", "languages");
+    inRoot("the record type", "'recordType': 1", "recordType");
+    inRoot("the record type's start", "'recordType': { 'start': '1', 'length': 0 }", "start");
+    inRoot("the defaults", "'defaults': []", "defaults");
+    inRoot("a default", "'defaults': { 'zeroFill': 1 }", "zeroFill");
+    inRoot("the positions", "'relativePositions': 'yes'", "relativePositions");
+    inRoot("a level", "'levels': [ 1 ]", "levels");
+    inRoot("null", "'languages': null", "languages");
+    inRoot("the ids", "'levels': [ { 'name': 'L', 'ids': [] } ]", "L/ids");
+    inRoot("the records", "'levels': [ { 'name': 'L', 'records': 1 } ]", "L/records");
+    inRoot("the relations", "'relations': 'all'", "relations");
+    inRoot("a relation's links", "'relations': [ { 'name': 'X', 'links': { } } ]", "X/links");
+    inRoot("a record's type",
+        "'levels': [ { 'name': 'L', 'records': [ { 'name': 'R', 'recordType': 1 } ] } ]",
+        "L/R/recordType");
+
+    const auto inItem = [&](const char* name, const char* member, const char* path) {
+        row(name,
+            dictionary(id,
+                QStringLiteral("{ 'name': 'A', 'contentType': 'numeric', 'length': 1, ")
+                    + QLatin1String(member) + " }"),
+            QString(path));
+    };
+    inItem("the length", "'length': '1'", "L/R/A/length");
+    inItem("a fraction", "'start': 1.5", "L/R/A/start");
+    inItem("a huge number", "'start': 1e12", "L/R/A/start");
+    inItem("the decimals", "'decimals': true", "L/R/A/decimals");
+    inItem("the decimal mark", "'decimalMark': 'No'", "L/R/A/decimalMark");
+    inItem("the zero fill", "'zeroFill': 0", "L/R/A/zeroFill");
+    inItem("the subitem", "'subitem': 'yes'", "L/R/A/subitem");
+    inItem("the occurrences", "'occurrences': 3", "L/R/A/occurrences");
+    inItem("the maximum", "'occurrences': { 'maximum': '3' }", "L/R/A/maximum");
+    inItem("an occurrence's number",
+        "'occurrences': { 'maximum': 2, 'labels': [ { 'occurrence': 0, 'labels': [] } ] }",
+        "L/R/A/occurrence");
+    inItem("the value sets", "'valueSets': { }", "L/R/A/valueSets");
+    inItem("a value set", "'valueSets': [ 'V' ]", "L/R/A/valueSets");
+    inItem("a link", "'valueSets': [ { 'name': 'V', 'link': 1 } ]", "L/R/A/V/link");
+    inItem("the values", "'valueSets': [ { 'name': 'V', 'values': { } } ]", "L/R/A/V/values");
+    inItem("a value", "'valueSets': [ { 'name': 'V', 'values': [ '1' ] } ]", "L/R/A/V/values");
+    inItem("the pairs", "'valueSets': [ { 'name': 'V', 'values': [ { 'pairs': '1' } ] } ]",
+        "L/R/A/V/pairs");
+    inItem("a special",
+        "'valueSets': [ { 'name': 'V', 'values': [ { 'pairs': [ { 'value': '1' } ], 'special': "
+        "true } ] } ]",
+        "L/R/A/V/special");
+    row("an item", dictionary(id, "'A'"), "L/R/items");
+}
+
+void tst_CSProJson::wrongTypes()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, path);
+    const Loaded loaded(bytes);
+    QVERIFY(!loaded.error);
+    QCOMPARE(loaded.parser.name, QStringLiteral("D"));
+    QCOMPARE(loaded.wrongTypes(), QStringList { path });
+}
+
+void tst_CSProJson::wrongPairs_data()
+{
+    QTest::addColumn<QString>("pair");
+    row("a number", "{ 'value': 5 }");
+    row("null", "{ 'value': null }");
+    row("nothing", "{ }");
+    row("a range of one", "{ 'range': [ '1' ] }");
+    row("a range of three", "{ 'range': [ '1', '2', '3' ] }");
+    row("a range of nothing", "{ 'range': [] }");
+    row("a range of numbers", "{ 'range': [ 1, 7 ] }");
+    row("a range that is a text", "{ 'range': '1:7' }");
+    row("a text", "'5'");
+    row("none", "");
+}
+
+void tst_CSProJson::wrongPairs()
+{
+    QFETCH(QString, pair);
+    const Loaded loaded(values("{ 'labels': [], 'pairs': [ " + pair
+        + " ] }, { 'labels': [], 'pairs': [ { 'value': '9' } ] }"));
+    QVERIFY(!loaded.error);
+    QCOMPARE(loaded.valueSet("V").items->constLast()->code, QStringLiteral("9"));
+    QVERIFY(!loaded.parser.problems().isEmpty());
+}
+
+void tst_CSProJson::unknownMembers_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("key");
+    const QString id = QLatin1String(identification);
+    row("of the root", json("{ 'name': 'D', 'colour': 1, 'levels': [] }"), "colour");
+    row("of a level", json("{ 'name': 'D', 'levels': [ { 'name': 'L', 'height': 1 } ] }"),
+        "height");
+    row("of a record",
+        json("{ 'name': 'D', 'levels': [ { 'name': 'L', 'records': [ { 'name': 'R', "
+             "'speed': 1 } ] } ] }"),
+        "speed");
+    row("of an item", dictionary(id, numeric("A", 1, ", 'Start': 9")), "Start");
+    row("of a value set",
+        dictionary(id, numeric("A", 1, ", 'valueSets': [ { 'name': 'V', 'kind': 1 } ]")), "kind");
+    row("of a value", values("{ 'labels': [], 'pairs': [ { 'value': '1' } ], 'shape': 'round' }"),
+        "shape");
+    row("of a pair", values("{ 'labels': [], 'pairs': [ { 'value': '1', 'to': '2' } ] }"), "to");
+    row("of a relation",
+        json("{ 'name': 'D', 'levels': [], 'relations': [ { 'name': 'X', 'kind': 1 } ] }"), "kind");
+}
+
+void tst_CSProJson::unknownMembers()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, key);
+    const Loaded loaded(bytes);
+    QVERIFY(!loaded.error);
+    QCOMPARE(loaded.parser.problems().size(), 1);
+    QCOMPARE(loaded.parser.problems().at(0).kind, Kind::UnknownKey);
+    QCOMPARE(loaded.parser.problems().at(0).text, key);
+}
+
+void tst_CSProJson::invalidJson_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("line");
+    row("a brace", QByteArray("{"), 1);
+    row("a brace on the third line", QByteArray("\n\n{"), 3);
+    row("a name without a value", QByteArray("{\n  \"name\"\n}"), 3);
+    row("a comma too many", QByteArray("{\n  \"name\": \"D\",\n}"), 3);
+    row("no comma", QByteArray("{\n  \"name\": \"D\"\n  \"note\": \"\"\n}"), 3);
+    row("an unclosed text", QByteArray("{\n\n  \"name\": \"D\n}"), 4);
+    row("an unclosed array", QByteArray("{ \"levels\": [\n{ }\n"), 3);
+    row("apostrophes", QByteArray("{ 'name': 'D' }"), 1);
+    row("something behind", QByteArray("{ }\n{ }"), 2);
+    row("no UTF-8", QByteArray("{\n  \"name\": \"\xE9\"\n}"), 2);
+    row("a byte-order mark and a brace", QByteArray("\xEF\xBB\xBF\n{"), 2);
+    row("deep nesting",
+        QByteArray("{ \"levels\":\n") + QByteArray(5000, '[') + QByteArray(5000, ']') + "}", 2);
+    row("deeper nesting than is closed", QByteArray("{ \"levels\": ") + QByteArray(100000, '['), 1);
+    row("nested objects", QByteArray("{\"a\":").repeated(100000), 1);
+    row("no dictionary", QByteArray("{\n  \"name\": \"D\"\n}"), 0);
+    row("nothing in it", QByteArray("{ }"), 0);
+    row("levels that are no array", QByteArray("{ \"levels\": { } }"), 0);
+    row("levels that are null", QByteArray("{ \"levels\": null }"), 0);
+}
+
+void tst_CSProJson::invalidJson()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, line);
+    const Loaded loaded(bytes);
+    QVERIFY(loaded.error);
+    QCOMPARE(loaded.error->code, 242);
+    QCOMPARE(loaded.parser.problems().size(), 1);
+    const CSProProblem& problem = loaded.parser.problems().at(0);
+    QCOMPARE(problem.kind, Kind::InvalidJson);
+    QVERIFY(!problem.text.isEmpty());
+    QCOMPARE(problem.line, line);
+    QCOMPARE(loaded.parser.getItemsCount(), 0);
+}
+
+void tst_CSProJson::tooManyItems()
+{
+    const Loaded loaded(dictionary(QLatin1String(identification),
+        numeric("A", 1, ", 'occurrences': { 'maximum': 2000000000 }") + ", " + numeric("B", 1)));
+    QVERIFY(loaded.error);
+    QCOMPARE(loaded.error->code, 242);
+    QVERIFY(loaded.hasProblem(Kind::TooManyItems));
+    QCOMPARE(loaded.parser.getItemsCount(), 1);
+}
+
+void tst_CSProJson::bothFormsAreOneModel()
+{
+    const Loaded text(fixture("written_household.dcf"), Rules::asWritten());
+    const Loaded json(fixture("json_household.dcf"), Rules::asWritten());
+    QVERIFY(!text.error);
+    QVERIFY(!json.error);
+    QCOMPARE(text.parser.getItemsCount(), 26);
+    QCOMPARE(text.parser.problems().size(), 0);
+    const QStringList textLines = Description(text).lines();
+    const QStringList jsonLines = Description(json).lines();
+    QVERIFY2(textLines == jsonLines, qPrintable(differences(textLines, jsonLines)));
+}
+
+void tst_CSProJson::bothFormsFollowTheRules_data()
+{
+    QTest::addColumn<int>("rule");
+    // What the JSON says of codes, specials, structure and languages is read with it.
+    row("the first value set alone", 1);
+    row("codes in order", 2);
+    row("occurrences as characters", 3);
+    row("subitems once", 4);
+    row("values as they stand", 5);
+    row("no questions left out", 6);
+    row("value sets dropped", 7);
+}
+
+void tst_CSProJson::bothFormsFollowTheRules()
+{
+    QFETCH(int, rule);
+    bool Rules::*const flags[] = { &Rules::ranges, &Rules::allValueSets, &Rules::writtenOrder,
+        &Rules::occurrenceNumbers, &Rules::repeatedSubItems, &Rules::scaledValues,
+        &Rules::decimalCodes, &Rules::keptValueSets, &Rules::specials, &Rules::structure,
+        &Rules::languages };
+    Rules rules = Rules::asWritten();
+    rules.*flags[rule] = false;
+    const Loaded text(fixture("written_household.dcf"), rules);
+    const Loaded json(fixture("json_household.dcf"), rules);
+    const QStringList textLines = Description(text).lines();
+    const QStringList jsonLines = Description(json).lines();
+    QVERIFY2(textLines == jsonLines, qPrintable(differences(textLines, jsonLines)));
+}
+
+void tst_CSProJson::largeNumbers_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    for (const char* number : { "2147483647", "-2147483648" }) {
+        const QString value = QLatin1String(number);
+        const auto add = [&](const char* name, const QByteArray& bytes) {
+            QTest::newRow(qPrintable(QLatin1String(name) + ' ' + value)) << bytes;
+        };
+        add("an item's length",
+            dictionary(QLatin1String(identification),
+                "{ 'name': 'A', 'contentType': 'numeric', 'length': " + value + " }, "
+                    + numeric("B", 1)));
+        add("an item's start and length",
+            dictionary(QLatin1String(identification),
+                "{ 'name': 'A', 'contentType': 'numeric', 'start': " + value
+                    + ", 'length': " + value + " }, "
+                    + numeric("B", 1, ", 'subitem': true, 'subitemOffset': " + value)));
+        add("an item's decimals",
+            dictionary(QLatin1String(identification),
+                numeric("A", 5, ", 'decimals': " + value) + ", "
+                    + numeric("B", 1, ", 'occurrences': { 'maximum': 2 }, 'start': " + value)));
+        add("an id's length",
+            dictionary("{ 'name': 'ID', 'contentType': 'numeric', 'start': " + value
+                    + ", 'length': " + value + " }",
+                numeric("A", 1)));
+        add("the record type",
+            json("{ 'name': 'D', 'recordType': { 'start': " + value + ", 'length': " + value
+                + " }, 'levels': [ { 'name': 'L', 'records': [ { 'name': 'R', 'items': [ "
+                + numeric("A", 1) + " ] } ] } ] }"));
+        add("an alpha special's width",
+            dictionary(QLatin1String(identification),
+                "{ 'name': 'A', 'contentType': 'alpha', 'length': " + value
+                    + ", 'valueSets': [ { 'name': 'V', 'values': [ { 'pairs': [ { 'value': '' } ], "
+                      "'special': 'NOTAPPL' } ] } ] }"));
+    }
+}
+
+void tst_CSProJson::largeNumbers()
+{
+    QFETCH(QByteArray, bytes);
+    const Loaded loaded(bytes);
+    QVERIFY(!loaded.error);
+    QVERIFY(!loaded.parser.items->isEmpty());
+    QCOMPARE(loaded.parser.name, QStringLiteral("D"));
+}
+
+QTEST_GUILESS_MAIN(tst_CSProJson)
+#include "tst_CSProJson.moc"
