@@ -1,0 +1,224 @@
+// "tessel fields" on SPSS and Stata files: real ones where TESSEL_CORPUS names a folder of them,
+// whole and damaged, and the example census.
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <random>
+
+namespace {
+
+struct Outcome {
+    bool isNormal = false;
+    int status = -1;
+    QByteArray output;
+    QByteArray errors;
+};
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+Outcome runTessel(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(TESSEL_PROGRAM), arguments);
+    if (!process.waitForFinished(120000))
+        return {};
+    return { process.exitStatus() == QProcess::NormalExit, process.exitCode(),
+        process.readAllStandardOutput(), process.readAllStandardError() };
+}
+
+QStringList corpusFiles()
+{
+    const QString corpus = qEnvironmentVariable("TESSEL_CORPUS");
+    QStringList files;
+    if (corpus.isEmpty())
+        return files;
+    for (const QString& kind : { QStringLiteral("sav"), QStringLiteral("dta") }) {
+        const QDir folder(corpus + '/' + kind);
+        for (const QString& name : folder.entryList(QDir::Files, QDir::Name))
+            files.append(folder.filePath(name));
+    }
+    return files;
+}
+
+QJsonObject firstListing(const QByteArray& json)
+{
+    return QJsonDocument::fromJson(json).object().value("files").toArray().at(0).toObject();
+}
+
+QString example(const QString& name)
+{
+    return QStringLiteral(TESSEL_EXAMPLES "/") + name;
+}
+
+} // namespace
+
+class tst_StatCommand : public QObject {
+    Q_OBJECT
+
+private slots:
+    void realFiles_data();
+    void realFiles();
+    void damagedFiles_data();
+    void damagedFiles();
+    void contentDecidesNotTheName();
+    void oneBadFileDoesNotStopTheOthers();
+    void establishedRulesListTheFieldsOfTheImporters();
+    void jsonTellsWhatTheFileHas();
+    void missingValuesAndTagsAreShown();
+};
+
+void tst_StatCommand::realFiles_data()
+{
+    const QStringList files = corpusFiles();
+    if (files.isEmpty())
+        QSKIP("TESSEL_CORPUS names no folder of real files");
+    QTest::addColumn<QString>("file");
+    for (const QString& file : files)
+        QTest::newRow(qPrintable(QFileInfo(file).fileName())) << file;
+}
+
+void tst_StatCommand::realFiles()
+{
+    QFETCH(QString, file);
+    const Outcome outcome = runTessel({ "fields", "--values", "-f", "json", file });
+    QVERIFY(outcome.isNormal);
+    if (outcome.status == 0) {
+        QVERIFY(outcome.errors.isEmpty());
+        const QJsonObject listing = firstListing(outcome.output);
+        QCOMPARE(
+            listing.value("kind").toString(), QString(file.contains("/sav/") ? "spss" : "stata"));
+        QVERIFY(!listing.value("fields").toArray().isEmpty());
+    } else {
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.errors.startsWith(file.toUtf8() + ": error: "));
+    }
+}
+
+void tst_StatCommand::damagedFiles_data()
+{
+    realFiles_data();
+}
+
+void tst_StatCommand::damagedFiles()
+{
+    QFETCH(QString, file);
+    const QByteArray whole = readFile(file);
+    std::mt19937 random(unsigned(whole.size()));
+    const auto below = [&](int limit) { return int(random() % unsigned(limit)); };
+    QTemporaryDir folder;
+    QStringList copies;
+    for (int number = 0; number < 12; ++number) {
+        QByteArray bytes = whole;
+        if (number < 4) {
+            bytes.truncate(below(whole.size()));
+        } else {
+            const int reach = number < 8 ? std::min(whole.size(), 2000) : whole.size();
+            for (int flips = 0; flips < 8; ++flips) {
+                const int place = below(reach);
+                bytes[place] = char(bytes.at(place) ^ (1 << below(8)));
+            }
+        }
+        copies.append(folder.filePath(QString::number(number)));
+        QVERIFY(writeFile(copies.constLast(), bytes));
+    }
+    const Outcome outcome = runTessel(QStringList { "fields", "--format", "csv" } + copies);
+    QVERIFY(outcome.isNormal);
+    QVERIFY2(outcome.status == 0 || outcome.status == 1, outcome.errors.constData());
+    QCOMPARE(outcome.status == 1, outcome.errors.contains(": error: "));
+}
+
+void tst_StatCommand::contentDecidesNotTheName()
+{
+    QTemporaryDir folder;
+    const QString spss = folder.filePath("census.dta");
+    const QString stata = folder.filePath("census.dcf");
+    const QString cspro = folder.filePath("census.sav");
+    QVERIFY(QFile::copy(example("household.sav"), spss));
+    QVERIFY(QFile::copy(example("household.dta"), stata));
+    QVERIFY(QFile::copy(example("census.dcf"), cspro));
+    const QMap<QString, QString> kinds { { spss, "spss" }, { stata, "stata" }, { cspro, "cspro" } };
+    for (auto entry = kinds.begin(); entry != kinds.end(); ++entry) {
+        const Outcome outcome = runTessel({ "fields", "-f", "json", entry.key() });
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(firstListing(outcome.output).value("kind").toString(), entry.value());
+    }
+    QCOMPARE(runTessel({ "fields", "--type", "stata", spss }).status, 1);
+}
+
+void tst_StatCommand::oneBadFileDoesNotStopTheOthers()
+{
+    QTemporaryDir folder;
+    const QString bad = folder.filePath("bad.sav");
+    QVERIFY(writeFile(bad, "$FL2@(#) nothing more"));
+    const Outcome outcome = runTessel({ "fields", "-f", "csv", example("person.sav"), bad,
+        example("person.dta"), example("census.dcf") });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY(outcome.errors.startsWith(bad.toUtf8() + ": error: cannot be read as SPSS file: "));
+    QCOMPARE(outcome.errors.count('\n'), 1);
+    for (const char* name : { "person.sav", "person.dta", "census.dcf" })
+        QVERIFY2(outcome.output.contains("\n" + example(name).toUtf8() + ","), name);
+    QVERIFY(!outcome.output.contains("bad.sav"));
+}
+
+void tst_StatCommand::establishedRulesListTheFieldsOfTheImporters()
+{
+    const Outcome outcome =
+        runTessel({ "fields", "--rules", "established", "-f", "json", example("person.sav") });
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.errors.isEmpty());
+    const QJsonArray fields = firstListing(outcome.output).value("fields").toArray();
+    const QJsonArray written =
+        firstListing(runTessel({ "fields", "-f", "json", example("person.sav") }).output)
+            .value("fields")
+            .toArray();
+    QCOMPARE(fields.size(), written.size());
+    for (int i = 0; i < fields.size(); ++i) {
+        QCOMPARE(fields.at(i).toObject().value("name"), written.at(i).toObject().value("name"));
+        QVERIFY(fields.at(i).toObject().value("length").toInt() < 10); // the width's first digit
+    }
+}
+
+void tst_StatCommand::jsonTellsWhatTheFileHas()
+{
+    for (const QString& name :
+        { QStringLiteral("household.sav"), QStringLiteral("household.dta") }) {
+        const Outcome outcome = runTessel({ "fields", "-f", "json", example(name) });
+        QCOMPARE(outcome.status, 0);
+        const QJsonObject listing = firstListing(outcome.output);
+        QCOMPARE(listing.value("rows").toInt(), 1000);
+        QVERIFY(!listing.value("label").toString().isEmpty());
+        QVERIFY(listing.value("records").toArray().isEmpty());
+        for (const QJsonValue& field : listing.value("fields").toArray()) {
+            QVERIFY(field.toObject().value("start").isNull());
+            QVERIFY(!field.toObject().value("format").toString().isEmpty());
+        }
+    }
+}
+
+void tst_StatCommand::missingValuesAndTagsAreShown()
+{
+    const Outcome spss = runTessel({ "fields", "--values", example("household.sav") });
+    QVERIFY(spss.output.contains("Not stated [missing]"));
+    const Outcome stata = runTessel({ "fields", "--values", example("household.dta") });
+    QVERIFY(stata.output.contains(".a "));
+    QVERIFY(stata.output.contains("Not stated [missing]"));
+}
+
+QTEST_GUILESS_MAIN(tst_StatCommand)
+#include "tst_StatCommand.moc"
