@@ -2,7 +2,9 @@
 
 #include "Console.h"
 
+#include <QCommandLineParser>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 #include <cstdio>
@@ -21,7 +23,33 @@ bool failed(const QString& name, const QFileDevice& device)
     return false;
 }
 
+bool isSameFile(const QString& first, const QString& second)
+{
+    const QString path = QFileInfo(first).canonicalFilePath();
+    return !path.isEmpty() && path == QFileInfo(second).canonicalFilePath();
+}
+
 } // namespace
+
+const QCommandLineOption& Output::option()
+{
+    static const QCommandLineOption option({ QStringLiteral("o"), QStringLiteral("output") },
+        QStringLiteral("Write to a file, whole or not at all."), QStringLiteral("file"));
+    return option;
+}
+
+QString Output::readOption(
+    const QCommandLineParser& parser, const QStringList& inputs, QString& path)
+{
+    path = parser.value(option());
+    if (parser.isSet(option()) && path.isEmpty())
+        return QStringLiteral("--output needs the name of a file");
+    for (const QString& input : inputs) {
+        if (isSameFile(path, input))
+            return QStringLiteral("--output %1 would replace an input").arg(path);
+    }
+    return QString();
+}
 
 Output::Output(const QString& path)
     : m_path(path)

@@ -1,0 +1,122 @@
+#include "InputOptions.h"
+
+#include "Console.h"
+#include "StatListing.h"
+
+#include <model_Tessel/CSProDataImport.h>
+
+#include <QCommandLineParser>
+#include <QTextCodec>
+
+namespace {
+
+const QCommandLineOption& typeOption()
+{
+    static const QCommandLineOption option(QStringLiteral("type"),
+        QStringLiteral("Kind of the files; found by their content when not given."),
+        QStringLiteral("cspro|spss|stata"));
+    return option;
+}
+
+const QCommandLineOption& rulesOption()
+{
+    static const QCommandLineOption option(QStringLiteral("rules"),
+        QStringLiteral("How to read: as written, or with the established rules, to see what a "
+                       "program sees that uses the library's default."),
+        QStringLiteral("written|established"), QStringLiteral("written"));
+    return option;
+}
+
+const QCommandLineOption& languageOption()
+{
+    static const QCommandLineOption option(QStringLiteral("language"),
+        QStringLiteral("Language of the labels, for example FR, where a dictionary has several."),
+        QStringLiteral("name"));
+    return option;
+}
+
+const QCommandLineOption& decimalsOption()
+{
+    static const QCommandLineOption option(QStringLiteral("decimals"),
+        QStringLiteral("With the established rules, value sets with decimal codes: drop them "
+                       "(no), keep them with 0 in place of such codes (yes), or ask. On a "
+                       "terminal ask is the default, elsewhere no."),
+        QStringLiteral("yes|no|ask"));
+    return option;
+}
+
+const QCommandLineOption& encodingOption()
+{
+    static const QCommandLineOption option(QStringLiteral("encoding"),
+        QStringLiteral("Encoding of dictionaries without a byte-order mark, for example "
+                       "windows-1252; found when not given."),
+        QStringLiteral("name"));
+    return option;
+}
+
+bool readDecimals(const QString& text, DictionaryOptions::Decimals& decimals)
+{
+    using Decimals = DictionaryOptions::Decimals;
+    if (text.isNull())
+        decimals = Console::canAsk() ? Decimals::Ask : Decimals::No;
+    else if (text == QLatin1String("yes"))
+        decimals = Decimals::Yes;
+    else if (text == QLatin1String("no"))
+        decimals = Decimals::No;
+    else if (text == QLatin1String("ask"))
+        decimals = Decimals::Ask;
+    else
+        return false;
+    return true;
+}
+
+QString readDictionaryOptions(const QCommandLineParser& parser, DictionaryOptions& options)
+{
+    const QString rules = parser.value(rulesOption());
+    options.asWritten = rules == QLatin1String("written");
+    if (!options.asWritten && rules != QLatin1String("established"))
+        return QStringLiteral("--rules takes written or established, not '%1'").arg(rules);
+    const QString decimals =
+        parser.isSet(decimalsOption()) ? parser.value(decimalsOption()) : QString();
+    if (!readDecimals(decimals, options.decimals))
+        return QStringLiteral("--decimals takes yes, no or ask, not '%1'").arg(decimals);
+    options.language = parser.value(languageOption());
+    options.encoding = parser.value(encodingOption()).toLatin1();
+    if (parser.isSet(encodingOption()) && !QTextCodec::codecForName(options.encoding)) {
+        return QStringLiteral("unknown encoding '%1'; names are for example UTF-8, windows-1252, "
+                              "ISO-8859-1 and UTF-16")
+            .arg(parser.value(encodingOption()));
+    }
+    return QString();
+}
+
+} // namespace
+
+QList<QCommandLineOption> inputOptions()
+{
+    return { typeOption(), rulesOption(), languageOption(), decimalsOption(), encodingOption() };
+}
+
+QString readInputOptions(const QCommandLineParser& parser, InputOptions& options)
+{
+    options.kind = kindOfName(parser.value(typeOption()));
+    if (parser.isSet(typeOption()) && options.kind == FileKind::Unknown) {
+        return QStringLiteral("--type takes cspro, spss or stata, not '%1'")
+            .arg(parser.value(typeOption()));
+    }
+    return readDictionaryOptions(parser, options.dictionary);
+}
+
+bool readListing(const QString& path, const InputOptions& options, Listing& listing)
+{
+    if (!checkInput(path))
+        return false;
+    const FileKind kind = options.kind == FileKind::Unknown ? kindOfContent(path) : options.kind;
+    if (kind != FileKind::CSPro)
+        return listStatFile(path, kind, options.dictionary.asWritten, listing);
+    const auto importer = openDictionary(path, options.dictionary);
+    if (!importer)
+        return false;
+    listing = listFields(path, *importer);
+    return true;
+}
