@@ -1,6 +1,7 @@
 #include "DictionaryFile.h"
 
 #include "Console.h"
+#include "DictionaryProblems.h"
 #include "InputFile.h"
 
 #include <model_Tessel/CSProDataImport.h>
@@ -176,98 +177,6 @@ CSProDecimalQuestion decimalQuestion(const QString& path, DictionaryOptions::Dec
     return [](const CSProProblem&) { return int(QMessageBox::NoToAll); };
 }
 
-QString describe(const CSProProblem& problem)
-{
-    using Kind = CSProProblem::Kind;
-    const QString valueSet =
-        QStringLiteral("value set %1 of item %2").arg(problem.valueSet, problem.name);
-    switch (problem.kind) {
-    case Kind::ItemWithoutLength:
-        return QStringLiteral("item %1 has no length (Len is %2), so it has no value in the data")
-            .arg(problem.name, problem.text);
-    case Kind::ItemDropped:
-        return QStringLiteral("item %1 was left out: its number of occurrences is %2")
-            .arg(problem.name, problem.text);
-    case Kind::RecordTypeRepeated:
-        return QStringLiteral("record %1 has the record type '%2' of an earlier record, so lines "
-                              "of that type cannot be told apart")
-            .arg(problem.name, problem.text);
-    case Kind::ValueSetIgnored:
-        return valueSet + QStringLiteral(" was ignored: an item's first value set is kept");
-    case Kind::ValueSetWithoutItem:
-        return QStringLiteral("value set %1 was ignored: no item stands before it")
-            .arg(problem.valueSet);
-    case Kind::ValueSetOnLastOccurrence:
-        return valueSet + QStringLiteral(" was given to the item's last occurrence alone");
-    case Kind::DecimalCodesDropped:
-        return valueSet
-            + QStringLiteral(" was dropped: it has decimal codes, the first is %1; --decimals yes "
-                             "keeps it with 0 in their place")
-                  .arg(problem.text);
-    case Kind::DecimalCodesConverted:
-        return valueSet
-            + QStringLiteral(" was converted: its decimal codes, the first is %1, became 0")
-                  .arg(problem.text);
-    case Kind::CodesNotInteger:
-        return valueSet
-            + QStringLiteral(" was dropped: the code '%1' of a numeric item is not an integer")
-                  .arg(problem.text);
-    case Kind::TooManyItems:
-        return QStringLiteral("item %1 makes more than %2 fields; check its number of occurrences")
-            .arg(problem.name, problem.text);
-    case Kind::UnknownSection:
-        return QStringLiteral("the section %1 is unknown and was passed over").arg(problem.text);
-    case Kind::UnknownKey:
-        return QStringLiteral("the key '%1' is unknown and was passed over").arg(problem.text);
-    case Kind::LineWithoutKey:
-        return QStringLiteral("the line '%1' has no key and was passed over").arg(problem.text);
-    case Kind::LineOutsideSection:
-        return QStringLiteral("the line '%1' stands before the first section and was passed over")
-            .arg(problem.text);
-    case Kind::RepeatedKey:
-        return QStringLiteral("the key '%1' stands twice; its first line was taken")
-            .arg(problem.text);
-    case Kind::ItemWithoutStart:
-        return QStringLiteral("item %1 has no Start; it is taken to begin at column 1")
-            .arg(problem.name);
-    case Kind::RangeReversed:
-        return valueSet + QStringLiteral(": the range %1 begins above its end").arg(problem.text);
-    case Kind::NotANumber:
-        return QStringLiteral("'%1' is no number; the key was passed over").arg(problem.text);
-    case Kind::UnknownWord:
-        return QStringLiteral("'%1' is no word that the key can have; it was passed over")
-            .arg(problem.text);
-    case Kind::UnknownSpecial:
-        return valueSet
-            + QStringLiteral(": '%1' names no special value; the value stays ordinary")
-                  .arg(problem.text);
-    case Kind::UnclosedQuote:
-        return valueSet
-            + QStringLiteral(": a quote in '%1' is not closed; check the code").arg(problem.text);
-    case Kind::CodeNotANumber:
-        return valueSet
-            + QStringLiteral(": the code '%1' of a numeric item is no number").arg(problem.text);
-    case Kind::SubItemWithoutParent:
-        return QStringLiteral("subitem %1 has no item before it that it could be part of")
-            .arg(problem.name);
-    case Kind::LinkWithoutValues:
-        return valueSet
-            + QStringLiteral(" has no values: no set before it with the link %1 has any")
-                  .arg(problem.text);
-    case Kind::InvalidJson:
-        return QStringLiteral("the JSON cannot be read: %1").arg(problem.text);
-    case Kind::WrongJsonType:
-        return QStringLiteral("%1 has another type than the format says and was passed over")
-            .arg(problem.text);
-    }
-    return QString();
-}
-
-bool isError(CSProProblem::Kind kind)
-{
-    return kind == CSProProblem::Kind::TooManyItems || kind == CSProProblem::Kind::InvalidJson;
-}
-
 void tellLanguage(const QString& path, const TCSPro& dictionary, const QString& wanted)
 {
     QStringList names;
@@ -286,7 +195,8 @@ void tellProblems(const QString& path, const TCSPro& dictionary)
 {
     for (const CSProProblem& problem : dictionary.problems()) {
         Console::tell(path, problem.line,
-            isError(problem.kind) ? Severity::Error : Severity::Warning, describe(problem));
+            endsReading(problem.kind) ? Severity::Error : Severity::Warning,
+            describeProblem(problem));
     }
 }
 
