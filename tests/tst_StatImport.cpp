@@ -78,8 +78,8 @@ readstat_error_t parseNothing(readstat_parser_t* parser, const char* path, void*
     if (handlers.value_label) {
         for (const Label& label : qAsConst(labelsToReport)) {
             // Names come in a buffer that is used again.
-            char setName[8] = {};
-            std::strcpy(setName, label.setName);
+            char setName[8];
+            std::snprintf(setName, sizeof setName, "%s", label.setName);
             if (handlers.value_label(setName, realValue(label.number), label.text, context)
                 != READSTAT_HANDLER_OK)
                 return READSTAT_ERROR_USER_ABORT;
@@ -236,7 +236,7 @@ void TestStatImport::rememberedTextsAreThoseOfEachVariable()
     read(importer);
     bool isWhole = false;
     for (int index = 0; index < decimals.size(); ++index) {
-        const auto first = static_cast<std::size_t>(4 * index);
+        const auto first = 4 * static_cast<std::size_t>(index);
         isWhole = isWhole || decimals.at(index) == 0;
         const Shown& shown = importer.shown.at(first);
         QCOMPARE(shown.labels,
