@@ -98,9 +98,9 @@ readstat_error_t parseNothing(readstat_parser_t* parser, const char* path, void*
     return READSTAT_ERROR_CONVERT;
 }
 
-QString utf8Text(const char* text, int size)
+void appendUtf8(QString& text, const char* label, int size)
 {
-    return QString::fromUtf8(text, size);
+    text += QString::fromUtf8(label, size);
 }
 
 int noLength(const readstat_variable_t& variable)
@@ -109,8 +109,8 @@ int noLength(const readstat_variable_t& variable)
     return 0;
 }
 
-constexpr StatRules turningWhole { "unit", 1, parseNothing, utf8Text, noLength, true, false };
-constexpr StatRules leavingReal { "unit", 1, parseNothing, utf8Text, noLength, false, false };
+constexpr StatRules turningWhole { "unit", 1, parseNothing, appendUtf8, noLength, true, false };
+constexpr StatRules leavingReal { "unit", 1, parseNothing, appendUtf8, noLength, false, false };
 
 struct Importer {
     explicit Importer(const StatRules& rules)
