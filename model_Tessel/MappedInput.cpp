@@ -98,7 +98,7 @@ readstat_error_t MappedInput::update(
 void MappedInput::map()
 {
     struct stat info = {};
-    if (::fstat(m_file, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size == 0)
+    if (::fstat(m_file, &info) != 0 || info.st_size == 0)
         return;
     void* bytes =
         ::mmap(nullptr, static_cast<size_t>(info.st_size), PROT_READ, MAP_PRIVATE, m_file, 0);

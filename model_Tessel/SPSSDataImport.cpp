@@ -9,9 +9,9 @@ namespace {
 
 const QString providerType = QStringLiteral("SPSS"); // clazy:exclude=non-pod-global-static
 
-QString utf8Text(const char* text, int size)
+void appendUtf8(QString& text, const char* label, int size)
 {
-    return QString::fromUtf8(text, size);
+    text += QString::fromUtf8(label, size);
 }
 
 // Kept: the first digit of the format's width alone, so F10.2 gives 1 and DATE11 gives 0.
@@ -25,7 +25,7 @@ constexpr StatRules rules {
     /* unit */ "SPSSDataImport",
     /* line */ 304,
     /* parse */ readstat_parse_sav,
-    /* labelText */ utf8Text,
+    /* appendLabel */ appendUtf8,
     /* length */ firstDigitOfWidth,
     /* wholeWithoutDecimals */ true,
     /* boundsForStrings */ false,

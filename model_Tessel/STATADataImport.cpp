@@ -12,9 +12,9 @@ namespace {
 const QString providerType = QStringLiteral("STATA"); // clazy:exclude=non-pod-global-static
 
 // Kept: libreadstat gives UTF-8, which these labels are not read as.
-QString latin1Text(const char* text, int size)
+void appendLatin1(QString& text, const char* label, int size)
 {
-    return QString::fromLatin1(text, size);
+    text += QLatin1String(label, size);
 }
 
 int storageWidth(const readstat_variable_t& variable)
@@ -26,7 +26,7 @@ constexpr StatRules rules {
     /* unit */ "STATADataImport",
     /* line */ 282,
     /* parse */ readstat_parse_dta,
-    /* labelText */ latin1Text,
+    /* appendLabel */ appendLatin1,
     /* length */ storageWidth,
     /* wholeWithoutDecimals */ false,
     /* boundsForStrings */ true,

@@ -58,32 +58,32 @@ void makeWhole(TStatValueLabel& label)
     label.numValue = -1.0;
 }
 
-// The value of a label as its fields show it.
-struct LabelValue {
-    QString text;
-    double number = std::numeric_limits<double>::quiet_NaN(); // none for a string
-};
-
-// As printf's "%f" writes it, but with a point in every locale.
-QString realText(double number)
+// As printf's "%d" and "%f" write numbers, but with a point in every locale.
+template <typename Number, typename... Format>
+void appendNumber(QString& text, Number number, Format... format)
 {
     char buffer[ValueTextSize];
-    const auto end =
-        std::to_chars(std::begin(buffer), std::end(buffer), number, std::chars_format::fixed, 6);
-    return QString::fromLatin1(buffer, static_cast<int>(end.ptr - buffer));
+    const auto end = std::to_chars(std::begin(buffer), std::end(buffer), number, format...).ptr;
+    text += QLatin1String(buffer, static_cast<int>(end - buffer));
 }
 
-// Nothing when the label has no value that can be told from an unset one.
-std::optional<LabelValue> valueOf(const TStatValueLabel& label)
+// Appends the value of a label and returns its number, a NaN for a string. Nothing when the label
+// has no value that can be told from an unset one.
+std::optional<double> appendValue(QString& text, const TStatValueLabel& label)
 {
-    if (label.intValue != -1)
-        return LabelValue { QString::number(label.intValue), double(label.intValue) };
-    if (label.numValue != -1.0)
-        return LabelValue { realText(label.numValue), label.numValue };
+    if (label.intValue != -1) {
+        appendNumber(text, label.intValue);
+        return label.intValue;
+    }
+    if (label.numValue != -1.0) {
+        appendNumber(text, label.numValue, std::chars_format::fixed, 6);
+        return label.numValue;
+    }
     if (!label.strValue)
         return std::nullopt;
     const std::size_t size = ::strnlen(label.strValue, ValueTextSize - 1);
-    return LabelValue { QString::fromUtf8(label.strValue, static_cast<int>(size)) };
+    text += QString::fromUtf8(label.strValue, static_cast<int>(size));
+    return std::numeric_limits<double>::quiet_NaN();
 }
 
 } // namespace
@@ -145,8 +145,8 @@ void StatImport::describe(
         field.notApplicableValue = QLatin1String("");
     field.name = QString::fromUtf8(
         variable.name, static_cast<int>(::strnlen(variable.name, sizeof variable.name)));
-    field.label = m_rules.labelText(
-        variable.label, static_cast<int>(::strnlen(variable.label, sizeof variable.label)));
+    m_rules.appendLabel(field.label, variable.label,
+        static_cast<int>(::strnlen(variable.label, sizeof variable.label)));
     field.length = m_rules.length(variable);
     if (type != READSTAT_TYPE_STRING || m_rules.boundsForStrings) {
         field.minValue = QStringLiteral("0");
@@ -254,20 +254,19 @@ StatLabelSummary StatImport::newSummary(Labels& labels, bool isWhole) const
     StatLabelSummary summary;
     summary.isWhole = isWhole;
     for (const TStatValueLabel* label : labels) {
-        const std::optional<LabelValue> value = valueOf(*label);
-        if (!value)
+        const std::optional<double> number = appendValue(summary.text, *label);
+        if (!number)
             continue;
-        if (value->number < summary.minimum) {
-            summary.minimum = value->number;
+        if (*number < summary.minimum) {
+            summary.minimum = *number;
             summary.hasMinimum = true;
         }
-        if (value->number > summary.maximum) {
-            summary.maximum = value->number;
+        if (*number > summary.maximum) {
+            summary.maximum = *number;
             summary.hasMaximum = true;
         }
-        summary.text += value->text;
         summary.text += QLatin1Char(' ');
-        summary.text += m_rules.labelText(label->label, static_cast<int>(qstrlen(label->label)));
+        m_rules.appendLabel(summary.text, label->label, static_cast<int>(qstrlen(label->label)));
         summary.text += QLatin1Char('\t');
     }
     summary.text.squeeze();

@@ -21,7 +21,8 @@ struct StatRules {
     const char* unit; // named when a value label has an unsupported type
     int line;
     StatParse parse;
-    QString (*labelText)(const char* text, int size); // decodes labels of variables and values
+    // Decodes a label of a variable or of a value.
+    void (*appendLabel)(QString& text, const char* label, int size);
     int (*length)(const readstat_variable_t& variable);
     // Floating variables without decimals are integers, and turn their labels into whole numbers.
     bool wholeWithoutDecimals;

@@ -61,6 +61,7 @@ private slots:
     void missingRanges();
     void missingTexts();
     void labelsOfLongTexts();
+    void damagedLabelsLeaveTheVariables();
     void sharedSetIsKeptOnce();
     void setsOutOfUseAreKept();
     void setThatTheFileLacks();
@@ -405,6 +406,33 @@ void TestStatDictionary::labelsOfLongTexts()
     QCOMPARE(description.variables.at(0).labelSet, 0);
     QCOMPARE(textsOf(description.labelSets.at(0).labels),
         QStringList({ QStringLiteral("abcdefghijkl=first"), QString::fromUtf8(u8"ñ=second") }));
+}
+
+void TestStatDictionary::damagedLabelsLeaveTheVariables()
+{
+    StatFileWriter writer;
+    readstat_label_set_t* labels = writer.addLabels("L", READSTAT_TYPE_STRING);
+    readstat_label_string_value(labels, "abcdefghijkl", "first");
+    writer.add("A", READSTAT_TYPE_STRING, "A20", labels, 20);
+    QVERIFY(written(writer, TStatFileKind::Spss, 4).isWhole());
+    QFile file(path(QStringLiteral("written")));
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const int label = file.readAll().indexOf("first");
+    QVERIFY(label > 4);
+    QVERIFY(file.seek(label - 4)); // the length of the label
+    file.write(QByteArray(4, '\x7f'));
+    file.close();
+
+    const TStatFileDescription description =
+        readStatDescription(file.fileName(), TStatFileKind::Spss);
+    QVERIFY(!description.isWhole());
+    QVERIFY(description.outcome.error != READSTAT_OK);
+    QVERIFY(!description.outcome.errorText.isEmpty());
+    QVERIFY(description.variablesOutcome.isWhole());
+    QVERIFY(description.variablesOutcome.errorText.isEmpty());
+    QCOMPARE(description.variables.size(), 1);
+    QCOMPARE(description.variables.at(0).name, QStringLiteral("A"));
+    QCOMPARE(description.rowCount, qint64(4));
 }
 
 void TestStatDictionary::sharedSetIsKeptOnce()

@@ -78,8 +78,8 @@ readstat_error_t parseNothing(readstat_parser_t* parser, const char* path, void*
     if (handlers.value_label) {
         for (const Label& label : qAsConst(labelsToReport)) {
             // Names come in a buffer that is used again.
-            char setName[8] = {};
-            std::strcpy(setName, label.setName);
+            char setName[8];
+            std::snprintf(setName, sizeof setName, "%s", label.setName);
             if (handlers.value_label(setName, realValue(label.number), label.text, context)
                 != READSTAT_HANDLER_OK)
                 return READSTAT_ERROR_USER_ABORT;
@@ -98,9 +98,9 @@ readstat_error_t parseNothing(readstat_parser_t* parser, const char* path, void*
     return READSTAT_ERROR_CONVERT;
 }
 
-QString utf8Text(const char* text, int size)
+void appendUtf8(QString& text, const char* label, int size)
 {
-    return QString::fromUtf8(text, size);
+    text += QString::fromUtf8(label, size);
 }
 
 int noLength(const readstat_variable_t& variable)
@@ -109,8 +109,8 @@ int noLength(const readstat_variable_t& variable)
     return 0;
 }
 
-constexpr StatRules turningWhole { "unit", 1, parseNothing, utf8Text, noLength, true, false };
-constexpr StatRules leavingReal { "unit", 1, parseNothing, utf8Text, noLength, false, false };
+constexpr StatRules turningWhole { "unit", 1, parseNothing, appendUtf8, noLength, true, false };
+constexpr StatRules leavingReal { "unit", 1, parseNothing, appendUtf8, noLength, false, false };
 
 struct Importer {
     explicit Importer(const StatRules& rules)
@@ -236,7 +236,7 @@ void TestStatImport::rememberedTextsAreThoseOfEachVariable()
     read(importer);
     bool isWhole = false;
     for (int index = 0; index < decimals.size(); ++index) {
-        const auto first = static_cast<std::size_t>(4 * index);
+        const auto first = 4 * static_cast<std::size_t>(index);
         isWhole = isWhole || decimals.at(index) == 0;
         const Shown& shown = importer.shown.at(first);
         QCOMPARE(shown.labels,

@@ -171,7 +171,7 @@ Report reportOf(Input input, const QString& path, TStatFileKind kind,
         return reportOf(parser.get(), path, kind, progress);
     }
     readstat_parser_t* parser = readstat_parser_init();
-    const Report report = reportOf(parser, path, kind, progress);
+    Report report = reportOf(parser, path, kind, progress);
     readstat_parser_free(parser);
     return report;
 }
