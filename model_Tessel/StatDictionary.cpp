@@ -100,6 +100,11 @@ QVector<TStatMissingRange> missingRangesOf(const readstat_variable_t& variable)
 }
 
 // Collects what one parse reports. Its callbacks come in another order for each kind of file.
+QString messageOf(readstat_error_t error)
+{
+    return error == READSTAT_OK ? QString() : QString::fromUtf8(readstat_error_message(error));
+}
+
 class DescriptionReader {
 public:
     enum class Scope { WithoutValueLabels, All };
@@ -119,6 +124,7 @@ private:
     void addVariable(const readstat_variable_t& variable, const char* setName);
     void addLabel(const char* setName, const readstat_value_t& value, const char* label);
     void join(TStatFileKind kind);
+    int setOf(const QByteArray& name) const;
 
     TStatFileDescription m_result;
     std::multimap<int, QString> m_notes; // by number
@@ -145,9 +151,7 @@ TStatFileDescription DescriptionReader::read(const QString& path, TStatFileKind 
         m_result.outcome.endsEarly = parser.fileEndedEarly();
     }
     m_guard.rethrow();
-    if (m_result.outcome.error != READSTAT_OK)
-        m_result.outcome.errorText =
-            QString::fromUtf8(readstat_error_message(m_result.outcome.error));
+    m_result.outcome.errorText = messageOf(m_result.outcome.error);
     join(kind);
     return m_result;
 }
@@ -237,10 +241,45 @@ void DescriptionReader::join(TStatFileKind kind)
     for (const auto& [number, text] : m_notes)
         m_result.notes.append(text);
     for (int index = 0; index < m_setNames.size(); ++index)
-        m_result.variables[index].labelSet = m_sets.value(m_setNames.at(index), -1);
+        m_result.variables[index].labelSet = setOf(m_setNames.at(index));
+}
+
+// A variable without a set has no name here; a set may have an empty one.
+int DescriptionReader::setOf(const QByteArray& name) const
+{
+    return name.isNull() ? -1 : m_sets.value(name, -1);
+}
+
+int skipValueLabel(const char*, readstat_value_t, const char*, void*)
+{
+    return READSTAT_HANDLER_OK;
+}
+
+int skipVariable(int, readstat_variable_t*, const char*, void*)
+{
+    return READSTAT_HANDLER_OK;
 }
 
 } // namespace
+
+TStatOutcome readStatOutcome(const QString& path, TStatFileKind kind)
+{
+    const StatParse parse = kind == TStatFileKind::Spss ? readstat_parse_sav : readstat_parse_dta;
+    TStatOutcome outcome;
+    for (const bool isLabelPass : { true, false }) {
+        StatParser parser;
+        if (isLabelPass)
+            readstat_set_value_label_handler(parser.get(), skipValueLabel);
+        else
+            readstat_set_variable_handler(parser.get(), skipVariable);
+        outcome.error = parse(parser.get(), path.toLocal8Bit().constData(), nullptr);
+        outcome.errorText = messageOf(outcome.error);
+        outcome.endsEarly = parser.fileEndedEarly();
+        if (!outcome.isWhole())
+            break;
+    }
+    return outcome;
+}
 
 TStatFileDescription readStatDescription(const QString& path, TStatFileKind kind)
 {

@@ -112,3 +112,10 @@ struct TStatFileDescription {
  */
 MODEL_TESSEL_EXPORT TStatFileDescription readStatDescription(
     const QString& path, TStatFileKind kind);
+
+/*!
+ * How the two passes of an importer over the file \a path end, value labels first: the first that
+ * fails, or the second. libreadstat passes over damage in one way with some handlers and not with
+ * others, so this may differ from the outcome of readStatDescription().
+ */
+MODEL_TESSEL_EXPORT TStatOutcome readStatOutcome(const QString& path, TStatFileKind kind);

@@ -2,6 +2,7 @@
 
 #include <model_Tessel/GenericField.h>
 #include <model_Tessel/Numbers_p.h>
+#include <model_Tessel/UtilStrings.h>
 
 #include <QByteArray>
 #include <QScopeGuard>
@@ -28,7 +29,7 @@ constexpr int WidestString = 65'535;
 
 QString nines(int count)
 {
-    return QString(std::clamp(count, 0, WidestString), QLatin1Char('9'));
+    return StringOfChar('9', std::min(count, WidestString));
 }
 
 bool isFloating(readstat_type_t type)

@@ -135,7 +135,7 @@ QStringList tableCells(const ListedField& field)
         return text.isNull() || text.contains(QLatin1String(", ")) ? text : shownCode(text);
     };
     QStringList cells { field.name, field.type, field.format, shownNumber(field.start),
-        QString::number(field.length), shownNumber(field.decimals), rangeText(field),
+        shownNumber(field.length), shownNumber(field.decimals), rangeText(field),
         code(field.missing), code(field.notApplicable), shownNumber(field.valueLabelCount()),
         shownLabel(field) };
     for (QString& cell : cells)
@@ -248,7 +248,7 @@ QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
     for (const Listing& listing : listings) {
         for (const ListedField& field : listing.fields) {
             const QStringList cells { listing.file, field.record, field.name, shownLabel(field),
-                field.type, shownNumber(field.start), QString::number(field.length),
+                field.type, shownNumber(field.start), shownNumber(field.length),
                 QString::number(field.decimals), field.missing, field.notApplicable, field.min,
                 field.max, QString::number(field.valueLabelCount()), field.format, field.measure };
             bytes += format.withValues ? csvValueLines(cells, field) : csvLine(cells);

@@ -17,10 +17,22 @@ struct KindName {
 constexpr KindName kindNames[] = { { FileKind::CSPro, "cspro" }, { FileKind::Spss, "spss" },
     { FileKind::Stata, "stata" } };
 
-// "$FL2", or "$FL3" for a compressed file; an encrypted one says so behind eight bytes.
+QByteArray headOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.read(32) : QByteArray();
+}
+
+// Said behind eight bytes.
+bool isEncryptedSpss(const QByteArray& head)
+{
+    return head.mid(8, 12) == "ENCRYPTEDSAV";
+}
+
+// "$FL2", or "$FL3" for a compressed file.
 bool isSpss(const QByteArray& head)
 {
-    return head.startsWith("$FL2") || head.startsWith("$FL3") || head.mid(8, 12) == "ENCRYPTEDSAV";
+    return head.startsWith("$FL2") || head.startsWith("$FL3") || isEncryptedSpss(head);
 }
 
 // Marked text since format 117; before it the number of the format, the byte order (1 or 2), and 1.
@@ -57,13 +69,15 @@ FileKind kindOfName(const QString& name)
 
 FileKind kindOfContent(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return FileKind::Unknown;
-    const QByteArray head = file.read(32);
+    const QByteArray head = headOf(path);
     if (isSpss(head))
         return FileKind::Spss;
     return isStata(head) ? FileKind::Stata : FileKind::CSPro;
+}
+
+bool isEncrypted(const QString& path)
+{
+    return isEncryptedSpss(headOf(path));
 }
 
 bool checkInput(const QString& path)

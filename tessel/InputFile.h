@@ -23,6 +23,9 @@ FileKind kindOfName(const QString& name);
  */
 FileKind kindOfContent(const QString& path);
 
+/*! True for an encrypted SPSS file. */
+bool isEncrypted(const QString& path);
+
 /*! True when \a path is a file that can be read and is not empty; else tells why not. */
 bool checkInput(const QString& path);
 

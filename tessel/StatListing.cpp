@@ -7,8 +7,14 @@
 #include <model_Tessel/SourceField.h>
 #include <model_Tessel/StatDictionary.h>
 
+#include <QHash>
+
 #include <algorithm>
+#include <cstdio>
 #include <memory>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -44,7 +50,7 @@ struct FormatNumbers {
         const auto start = std::find_if(format.begin(), format.end(), isDigit);
         const auto point = std::find_if_not(start, format.end(), isDigit);
         width = QString(start, int(point - start)).toInt();
-        if (point != format.end() && *point == QLatin1Char('.')) {
+        if (point != format.end() && (*point == QLatin1Char('.') || *point == QLatin1Char(','))) {
             const auto end = std::find_if_not(point + 1, format.end(), isDigit);
             decimals = QString(point + 1, int(end - point - 1)).toInt();
         }
@@ -127,8 +133,47 @@ int valueWidth(const TStatVariableDescription& variable, FileKind kind)
     return formatWidth > 0 ? formatWidth : variable.displayWidth;
 }
 
+// Variables of one label set and the same missing values share its codes, and what follows of them.
+class LabelSetLister {
+public:
+    explicit LabelSetLister(const TStatFileDescription& file)
+        : m_file(file)
+    {
+    }
+
+    void listFor(const TStatVariableDescription& variable, ListedField& field)
+    {
+        if (variable.labelSet < 0)
+            return;
+        const QString key = QStringLiteral("%1 %2 %3")
+                                .arg(QString::number(variable.labelSet), field.type, field.missing);
+        const auto known = m_known.constFind(key);
+        if (known != m_known.constEnd()) {
+            field.valueSets = known->valueSets;
+            field.min = known->min;
+            field.max = known->max;
+            return;
+        }
+        field.valueSets.append(
+            listLabels(m_file.labelSets.at(variable.labelSet), variable.missingRanges));
+        if (!isText(variable))
+            takeRange(field);
+        m_known.insert(key, { field.valueSets, field.min, field.max });
+    }
+
+private:
+    struct Listed {
+        QVector<ListedValueSet> valueSets;
+        QString min;
+        QString max;
+    };
+
+    const TStatFileDescription& m_file;
+    QHash<QString, Listed> m_known;
+};
+
 ListedField listVariable(
-    const TStatVariableDescription& variable, const TStatFileDescription& file, FileKind kind)
+    const TStatVariableDescription& variable, FileKind kind, LabelSetLister& labelSets)
 {
     const FormatNumbers format(variable.format);
     ListedField field;
@@ -141,20 +186,16 @@ ListedField listVariable(
     field.format = variable.format;
     field.measure = measureName(variable.measure);
     takeMissing(field, variable.missingRanges);
-    if (variable.labelSet >= 0) {
-        field.valueSets.append(
-            listLabels(file.labelSets.at(variable.labelSet), variable.missingRanges));
-    }
-    if (!isText(variable))
-        takeRange(field);
+    labelSets.listFor(variable, field);
     return field;
 }
 
 void listWritten(const TStatFileDescription& file, FileKind kind, Listing& listing)
 {
+    LabelSetLister labelSets(file);
     listing.fields.reserve(file.variables.size());
     for (const TStatVariableDescription& variable : file.variables)
-        listing.fields.append(listVariable(variable, file, kind));
+        listing.fields.append(listVariable(variable, kind, labelSets));
 }
 
 // ---- as the importers give it
@@ -171,9 +212,38 @@ ListedValueSet cutLabels(const QString& valueLabels)
     return listed;
 }
 
+// The Stata importer reports on standard output, which is for the listing.
+class QuietOutput {
+public:
+    QuietOutput()
+        : m_output(dup(STDOUT_FILENO))
+    {
+        std::fflush(stdout);
+        const int nowhere = open("/dev/null", O_WRONLY);
+        dup2(nowhere, STDOUT_FILENO);
+        close(nowhere);
+    }
+
+    ~QuietOutput()
+    {
+        std::fflush(stdout);
+        dup2(m_output, STDOUT_FILENO);
+        close(m_output);
+    }
+
+private:
+    Q_DISABLE_COPY(QuietOutput)
+
+    int m_output;
+};
+
 void listEstablished(TDataImport& importer, Listing& listing)
 {
-    importer.openFile();
+    {
+        const QuietOutput quiet;
+        importer.openFile();
+    }
+    QHash<const QChar*, QVector<ListedValueSet>> known; // by the text that variables share
     TOxDataProvider provider;
     provider.genericGetFieldsFrom(&importer);
     const std::unique_ptr<TOxRecord> tree(provider.recordTree);
@@ -187,8 +257,12 @@ void listEstablished(TDataImport& importer, Listing& listing)
         field.length = source->length;
         field.min = source->minValue;
         field.max = source->maxValue;
-        if (!source->valueLabels.isEmpty())
-            field.valueSets.append(cutLabels(source->valueLabels));
+        if (!source->valueLabels.isEmpty()) {
+            QVector<ListedValueSet>& valueSets = known[source->valueLabels.constData()];
+            if (valueSets.isEmpty())
+                valueSets.append(cutLabels(source->valueLabels));
+            field.valueSets = valueSets;
+        }
         listing.fields.append(field);
     }
 }
@@ -234,8 +308,12 @@ bool checkWhole(
 bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& listing)
 {
     const bool isSpss = kind == FileKind::Spss;
-    const TStatFileDescription file =
-        readStatDescription(path, isSpss ? TStatFileKind::Spss : TStatFileKind::Stata);
+    const TStatFileKind statKind = isSpss ? TStatFileKind::Spss : TStatFileKind::Stata;
+    if (isEncrypted(path)) {
+        return failInput(
+            path, 0, QStringLiteral("is encrypted; save it without a password and try again"));
+    }
+    const TStatFileDescription file = readStatDescription(path, statKind);
     if (!checkWhole(path, file, kind, listing))
         return false;
     listing.file = path;
@@ -247,7 +325,15 @@ bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& l
     listing.notes = file.notes;
     if (asWritten) {
         listWritten(file, kind, listing);
-    } else if (isSpss) {
+        return true;
+    }
+    const TStatOutcome outcome = readStatOutcome(path, statKind);
+    if (!outcome.isWhole() && !listing.isPartial) {
+        listing.isPartial = true;
+        failInput(path, 0,
+            QStringLiteral("the importer does not read it whole: %1").arg(describe(outcome)));
+    }
+    if (isSpss) {
         TSPSSDataImport importer(path);
         listEstablished(importer, listing);
     } else {

@@ -3,11 +3,13 @@
 #include "Console.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <new>
+
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/time.h>
@@ -85,16 +87,27 @@ int Supervisor::waitFor(int child)
     }
     if (WIFEXITED(status))
         return WEXITSTATUS(status);
-    const int signal = WTERMSIG(status);
-    const QString file = m_files.value(int(*m_current), QStringLiteral("tessel"));
     Console::setSilent(false);
-    Console::tell(file, 0, Console::Severity::Error,
-        signal == SIGPROF
-            ? QStringLiteral("reading it takes more than %1 seconds; the file is damaged")
-                  .arg(m_limit)
-            : QStringLiteral("reading it ended with a crash (%1); the file is damaged")
-                  .arg(QString::fromLocal8Bit(strsignal(signal))));
+    Console::tell(m_files.value(int(*m_current), QStringLiteral("tessel")), 0,
+        Console::Severity::Error, describeEnd(WTERMSIG(status)));
     return -1;
+}
+
+QString Supervisor::describeEnd(int signal) const
+{
+    const QString name = QString::fromLocal8Bit(strsignal(signal));
+    if (*m_current == NoFile)
+        return QStringLiteral("ended unexpectedly (%1)").arg(name);
+    switch (signal) {
+    case SIGPROF:
+        return QStringLiteral("reading it takes more than %1 seconds; the file is damaged")
+            .arg(m_limit);
+    case SIGKILL:
+        return QStringLiteral("reading it was stopped (%1); there may be too little memory")
+            .arg(name);
+    default:
+        return QStringLiteral("reading it ended with a crash (%1); the file is damaged").arg(name);
+    }
 }
 
 bool Supervisor::beginFile(int index)

@@ -7,7 +7,8 @@
 
 /*!
  * Lets a child process do a command's work over some files, so that a crash or an endless loop in
- * it becomes an error that names the file.
+ * it becomes an error that names the file. After each such file the work begins again from the
+ * first.
  */
 class Supervisor {
 public:
@@ -32,6 +33,7 @@ public:
 
 private:
     int waitFor(int child);
+    QString describeEnd(int signal) const;
 
     QStringList m_files;
     int m_limit;

@@ -137,10 +137,15 @@ void tst_StatCommand::damagedFiles()
         copies.append(folder.filePath(QString::number(number)));
         QVERIFY(writeFile(copies.constLast(), bytes));
     }
-    const Outcome outcome = runTessel(QStringList { "fields", "--format", "csv" } + copies);
-    QVERIFY(outcome.isNormal);
-    QVERIFY2(outcome.status == 0 || outcome.status == 1, outcome.errors.constData());
-    QCOMPARE(outcome.status == 1, outcome.errors.contains(": error: "));
+    for (const char* rules : { "written", "established" }) {
+        const Outcome outcome =
+            runTessel(QStringList { "fields", "--rules", rules, "--format", "json" } + copies);
+        QVERIFY(outcome.isNormal);
+        QVERIFY2(outcome.status == 0 || outcome.status == 1, outcome.errors.constData());
+        QCOMPARE(outcome.status == 1, outcome.errors.contains(": error: "));
+        QVERIFY2(outcome.output.isEmpty() || !firstListing(outcome.output).isEmpty(),
+            outcome.output.left(200).constData());
+    }
 }
 
 void tst_StatCommand::contentDecidesNotTheName()
