@@ -125,7 +125,15 @@ QString changeText(const Difference& difference)
 {
     const bool isLabel = difference.property == QLatin1String("label")
         || difference.property == QLatin1String("occurrenceLabel");
-    const auto shown = [&](const QString& text) { return isLabel ? quoted(text) : orNone(text); };
+    const bool isCode = difference.property == QLatin1String("missing")
+        || difference.property == QLatin1String("notApplicable");
+    const auto shown = [&](const QString& text) {
+        if (isLabel)
+            return quoted(text);
+        return isCode && !text.isNull() && text.trimmed().isEmpty()
+            ? QLatin1Char('\'') + text + QLatin1Char('\'')
+            : orNone(text);
+    };
     return QStringLiteral("%1 %2 -> %3")
         .arg(propertyName(difference.property), shown(difference.before), shown(difference.after));
 }

@@ -227,11 +227,19 @@ QVector<ListedCode> missingCodes(const ListedField& field)
     return { { field.missing, QString(), QString(), QString() } };
 }
 
-QString joined(const QString& first, const QString& second)
+bool isBlank(const QString& code)
 {
-    if (first.isNull() || second.isNull())
-        return first.isNull() ? second : first;
-    return first + QLatin1String(", ") + second;
+    return code.trimmed().isEmpty();
+}
+
+QString joined(const QVector<ListedCode>& codes)
+{
+    QStringList texts;
+    for (const ListedCode& entry : codes) {
+        texts.append(entry.highCode.isNull() ? entry.code
+                                             : entry.code + QLatin1String("..") + entry.highCode);
+    }
+    return texts.isEmpty() ? QString() : texts.join(QLatin1String(", "));
 }
 
 // ---- variables
@@ -648,38 +656,44 @@ bool losesKeys(const QStringList& before, const QStringList& after)
         before.cbegin(), before.cend(), [&](const QString& key) { return !kept.contains(key); });
 }
 
+QVector<ListedCode> notApplicableCodes(const ListedField& field)
+{
+    if (field.notApplicable.isNull())
+        return {};
+    return { { field.notApplicable, QString(), QString(), QString() } };
+}
+
+// Both as an SPSS or Stata file has them: a number cannot be blank there but is missing by itself.
+QVector<ListedCode> allMissingCodes(const ListedField& field)
+{
+    QVector<ListedCode> codes = missingCodes(field) + notApplicableCodes(field);
+    const auto isDropped = [&](const ListedCode& entry) {
+        return !isText(field) && isBlank(entry.code);
+    };
+    codes.erase(std::remove_if(codes.begin(), codes.end(), isDropped), codes.end());
+    return codes;
+}
+
 // SPSS and Stata files do not tell what is not applicable from what is missing.
 void Comparison::compareMissing(const ListedField& before, const ListedField& after)
 {
     const KeyOfCode keyOf = keyFor(before, after);
-    const bool areApart = hasRecords(m_before) == hasRecords(m_after);
     const auto compare = [&](DifferenceKind kind, const char* property,
-                             const QVector<ListedCode>& first, const QVector<ListedCode>& second,
-                             const QString& firstText, const QString& secondText) {
+                             const QVector<ListedCode>& first, const QVector<ListedCode>& second) {
         const QStringList firstKeys = rangeKeys(first, keyOf);
         const QStringList secondKeys = rangeKeys(second, keyOf);
         const bool isLost = losesKeys(firstKeys, secondKeys);
         if (isLost || losesKeys(secondKeys, firstKeys))
-            add(kind, property, isLost, firstText, secondText);
+            add(kind, property, isLost, joined(first), joined(second));
     };
-    const auto notApplicable = [](const ListedField& field) {
-        QVector<ListedCode> codes;
-        if (!field.notApplicable.isNull())
-            codes.append({ field.notApplicable, QString(), QString(), QString() });
-        return codes;
-    };
-    if (!areApart) {
-        compare(DifferenceKind::MissingChanged, "missing",
-            missingCodes(before) + notApplicable(before),
-            missingCodes(after) + notApplicable(after),
-            joined(before.missing, before.notApplicable),
-            joined(after.missing, after.notApplicable));
+    if (hasRecords(m_before) != hasRecords(m_after)) {
+        compare(DifferenceKind::MissingChanged, "missing", allMissingCodes(before),
+            allMissingCodes(after));
         return;
     }
-    compare(DifferenceKind::MissingChanged, "missing", missingCodes(before), missingCodes(after),
-        before.missing, after.missing);
-    compare(DifferenceKind::NotApplicableChanged, "notApplicable", notApplicable(before),
-        notApplicable(after), before.notApplicable, after.notApplicable);
+    compare(DifferenceKind::MissingChanged, "missing", missingCodes(before), missingCodes(after));
+    compare(DifferenceKind::NotApplicableChanged, "notApplicable", notApplicableCodes(before),
+        notApplicableCodes(after));
 }
 
 QStringList namesOf(const QVector<ListedValueSet>& valueSets)
@@ -739,7 +753,8 @@ void Comparison::addCode(
         difference.after = entry.label;
 }
 
-// A code that another value set, or a range, still has is not lost to the data.
+// A code that another value set, or a range, still has is not lost to the data. SPSS and Stata
+// files have no labels for ranges and blanks, and take such values without.
 void Comparison::compareCodes(const ListedValueSet& before, const ListedValueSet& after,
     const CodeCover& cover, KeyOfCode keyOf)
 {
@@ -749,7 +764,10 @@ void Comparison::compareCodes(const ListedValueSet& before, const ListedValueSet
         const ListedCode& entry = before.codes.at(i);
         const int partner = pairing.afterOf(i);
         if (partner < 0) {
-            addCode(DifferenceKind::ValueRemoved, !cover.contains(entry), before, entry);
+            const bool isUnlabelled = hasRecords(m_before) && !hasRecords(m_after)
+                && (!entry.highCode.isNull() || isBlank(entry.code));
+            addCode(DifferenceKind::ValueRemoved, !isUnlabelled && !cover.contains(entry), before,
+                entry);
             continue;
         }
         const int known = m_groups.at(m_group).size();

@@ -111,6 +111,7 @@ private slots:
     void swappedFilesSwapAdditions();
     void additionsFollowTheirRecord();
     void kindsMatchByName();
+    void statisticsFilesLabelNoRanges();
     void repeatedNamesHaveNoPartnerElsewhere();
     void displayWidthBindsNoNumber();
     void manyVariables();
@@ -389,6 +390,18 @@ void tst_ListingDiff::kindsMatchByName()
     named(before, "SEX").notApplicable = "9";
     named(after, "SEX").missing = "9";
     QVERIFY(!shown(compareListings(before, after)).join(' ').contains("SEX"));
+}
+
+void tst_ListingDiff::statisticsFilesLabelNoRanges()
+{
+    Listing before = survey();
+    named(before, "AGE").notApplicable = "   ";
+    named(before, "AGE").valueSets[0].codes.append({ "   ", {}, "Absent", "not applicable" });
+    Listing after = variables("spss");
+    named(after, "AGE").valueSets[0].codes.removeFirst();
+    QCOMPARE(shown(compareListings(before, after)),
+        QStringList(
+            { "fits value-removed PERSON AGE 0 Years", "fits value-removed PERSON AGE Absent" }));
 }
 
 void tst_ListingDiff::repeatedNamesHaveNoPartnerElsewhere()
