@@ -1,4 +1,5 @@
 #include "Console.h"
+#include "DiffCommand.h"
 #include "FieldsCommand.h"
 
 #include <QByteArray>
@@ -21,6 +22,7 @@ struct Command {
 };
 
 constexpr Command commands[] = {
+    { "diff", "compare two dictionaries", runDiff },
     { "fields", "list the fields of dictionaries", runFields },
 };
 

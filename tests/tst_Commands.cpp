@@ -60,6 +60,7 @@ private slots:
     void fieldsOfAllEncodingsAgree();
     void asksOnATerminal();
     void badEncodingIsWrongUsage();
+    void diffTellsTroubleFromDifferences();
     void readmeShowsRealOutput();
     void readmeShowsTheExampleProgram();
 };
@@ -256,6 +257,26 @@ void tst_Commands::badEncodingIsWrongUsage()
     const Outcome outcome = runTessel({ "fields", "--encoding", "klingon", "basic.dcf" });
     QCOMPARE(outcome.status, 2);
     QVERIFY(outcome.errors.contains("unknown encoding 'klingon'"));
+}
+
+void tst_Commands::diffTellsTroubleFromDifferences()
+{
+    QTemporaryDir folder;
+    const QStringList arguments { "diff", "diff_before.dcf", "diff_after.dcf" };
+    const QString path = folder.filePath("differences.txt");
+    const Outcome printed = runTessel(arguments);
+    QCOMPARE(printed.status, 1);
+    QCOMPARE(runTessel(arguments + QStringList { "-o", path }).status, 1);
+    QCOMPARE(readFile(path), printed.output);
+    const QString nowhere = folder.filePath("missing/differences.txt");
+    QCOMPARE(runTessel(arguments + QStringList { "-o", nowhere }).status, 2);
+    QCOMPARE(runTessel(arguments + QStringList { "-o", "diff_after.dcf" }).status, 2);
+
+    // An SPSS file that is cut short.
+    const QString damaged = folder.filePath("damaged.sav");
+    QVERIFY(
+        writeFile(damaged, readFile(QStringLiteral(TESSEL_EXAMPLES "/household.sav")).left(900)));
+    QCOMPARE(runTessel({ "diff", "diff_before.dcf", damaged }).status, 2);
 }
 
 void tst_Commands::readmeShowsRealOutput()
