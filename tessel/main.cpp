@@ -1,5 +1,6 @@
 #include "Console.h"
 #include "FieldsCommand.h"
+#include "LookupCommand.h"
 
 #include <QByteArray>
 #include <QCommandLineParser>
@@ -21,6 +22,7 @@ struct Command {
 
 constexpr Command commands[] = {
     { "fields", "list the fields of dictionaries", runFields },
+    { "lookup", "check a lookup file of keys and values", runLookup },
 };
 
 const Command* findCommand(const char* name)
