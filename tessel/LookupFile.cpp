@@ -72,13 +72,22 @@ bool scan(const QString& path, const QTextCodec& codec, Scan& result)
     return true;
 }
 
-// The codec to read with: what a byte-order mark says, else the wanted one, else UTF-8.
-QTextCodec* firstChoice(const QString& path, const QByteArray& wanted)
+// The codec that a byte-order mark asks for; null: there is none.
+QTextCodec* markedCodec(const QString& path)
 {
     QFile file(path);
     const QByteArray mark = file.open(QIODevice::ReadOnly) ? file.read(4) : QByteArray();
-    return QTextCodec::codecForUtfText(
-        mark, QTextCodec::codecForName(wanted.isEmpty() ? "UTF-8" : wanted));
+    return QTextCodec::codecForUtfText(mark, nullptr);
+}
+
+bool failInvalid(const QString& path, int line, const QTextCodec& codec, bool isMarked)
+{
+    const QString name = QString::fromLatin1(codec.name());
+    return failInput(path, line,
+        isMarked ? QStringLiteral("the text is not valid %1, as its byte-order mark says it is")
+                       .arg(name)
+                 : QStringLiteral("the text is not valid %1; name another encoding with --encoding")
+                       .arg(name));
 }
 
 QStringList firstLines(const QByteArray& head, const QTextCodec& codec)
@@ -132,7 +141,10 @@ bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& 
 {
     if (!checkInput(path))
         return false;
-    const QTextCodec* codec = firstChoice(path, encoding);
+    const QTextCodec* const marked = markedCodec(path);
+    const QTextCodec* const wanted =
+        QTextCodec::codecForName(encoding.isEmpty() ? "UTF-8" : encoding);
+    const QTextCodec* codec = marked ? marked : wanted;
     Scan result;
     if (!scan(path, *codec, result))
         return false;
@@ -142,11 +154,8 @@ bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& 
                            "UTF-16"));
     }
     if (result.invalidLine > 0) {
-        if (!encoding.isEmpty() || codec->name() != "UTF-8") {
-            return failInput(path, result.invalidLine,
-                QStringLiteral("the text is not valid %1; name another encoding with --encoding")
-                    .arg(QString::fromLatin1(codec->name())));
-        }
+        if (marked || !encoding.isEmpty())
+            return failInvalid(path, result.invalidLine, *codec, marked != nullptr);
         Console::tell(path, result.invalidLine, Console::Severity::Warning,
             QStringLiteral("the text is not valid UTF-8 and was read as windows-1252; if letters "
                            "look wrong, name its encoding with --encoding"));

@@ -210,7 +210,7 @@ QStringList lookupSummary(const LookupOutcome& outcome)
                                    .arg(counted(outcome.withoutSeparator, QStringLiteral("line")));
     if (outcome.repeatedBySeparator > 0) {
         withoutSeparator +=
-            QStringLiteral(" (%1 of which repeat the key before)").arg(outcome.repeatedBySeparator);
+            QStringLiteral(" (duplicate keys among them: %1)").arg(outcome.repeatedBySeparator);
     }
     QStringList lines { QStringLiteral("%1: separator %2, encoding %3")
                             .arg(outcome.path, separatorNames().at(outcome.separator),
