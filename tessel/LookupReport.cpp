@@ -61,11 +61,19 @@ QString fact(const QString& caption, int number)
     return fact(caption, QString::number(number));
 }
 
-QString tableStart(const QStringList& headings)
+struct Heading {
+    const char* text;
+    bool isNumber;
+};
+
+QString tableStart(const QVector<Heading>& headings)
 {
     QString text = QStringLiteral("<table>\n<thead><tr>");
-    for (const QString& heading : headings)
-        text += QStringLiteral("<th scope=\"col\">%1</th>").arg(heading);
+    for (const Heading& heading : headings) {
+        text += QStringLiteral("<th scope=\"col\"%1>%2</th>")
+                    .arg(heading.isNumber ? QStringLiteral(" class=\"number\"") : QString(),
+                        QLatin1String(heading.text));
+    }
     return text + QStringLiteral("</tr></thead>\n<tbody>\n");
 }
 
@@ -81,11 +89,9 @@ QString heading(const QString& text)
 
 QString identification(const ReportLookup& report)
 {
-    QString text = QStringLiteral("<table class=\"facts\">\n<tbody>\n")
-        + fact(report.idLabel(), report.idValue());
-    if (!report.labelValue().isEmpty())
-        text += fact(report.labelLabel(), report.labelValue());
-    return text + fact(report.dataFileLabel(), report.dataFileValue()) + tableEnd();
+    return QStringLiteral("<table class=\"facts\">\n<tbody>\n")
+        + fact(report.idLabel(), report.idValue()) + fact(report.labelLabel(), report.labelValue())
+        + fact(report.dataFileLabel(), report.dataFileValue()) + tableEnd();
 }
 
 QString summary(const LookupOutcome& outcome)
@@ -111,7 +117,7 @@ QString messages(const QVector<LookupMessage>& messages)
     QString text = heading(QStringLiteral("Messages"));
     if (messages.isEmpty())
         return text + QStringLiteral("<p>There are none.</p>\n");
-    text += tableStart({ QStringLiteral("Line"), QStringLiteral("Message") });
+    text += tableStart({ { "Line", true }, { "Message", false } });
     for (const LookupMessage& message : messages) {
         text += QStringLiteral("<tr>") + numberCell(message.line) + cell(message.text)
             + QStringLiteral("</tr>\n");
@@ -124,7 +130,7 @@ QString differences(const QString& title, const QVector<LabelDifference>& differ
     if (differences.isEmpty())
         return QString();
     QString text = QStringLiteral("<h3>%1</h3>\n").arg(title);
-    text += tableStart({ QStringLiteral("Key"), QStringLiteral("Text"), QStringLiteral("Label") });
+    text += tableStart({ { "Key", false }, { "Text", false }, { "Label", false } });
     for (const LabelDifference& difference : differences) {
         text += QStringLiteral("<tr>") + cell(difference.key) + cell(difference.text)
             + cell(difference.label) + QStringLiteral("</tr>\n");
@@ -159,7 +165,7 @@ QString frequencies(const QVector<ValueCount>& counts)
     QString text = heading(QStringLiteral("Frequencies"))
         + QStringLiteral("<p>%1; how many keys carry each.</p>\n")
               .arg(counted(counts.size(), QStringLiteral("different value")))
-        + tableStart({ QStringLiteral("Value"), QStringLiteral("Keys"), QString() });
+        + tableStart({ { "Value", false }, { "Keys", true }, { "", false } });
     const int highest = counts.isEmpty() ? 1 : counts.constFirst().keys;
     for (const ValueCount& count : counts) {
         text += QStringLiteral("<tr>") + cell(count.value) + numberCell(count.keys)

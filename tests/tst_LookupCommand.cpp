@@ -346,7 +346,9 @@ void tst_LookupCommand::reportIsWellFormed()
     for (const char* text : { "AREAS", "Areas & places", "lookup_problems.txt", "semicolon",
              "Key [02] already exists", "North" })
         QVERIFY2(page.cells.contains(text), text);
-    QVERIFY(bytes.contains("Lookup Identification"));
+    for (const char* caption :
+        { "Lookup Checking", "Lookup Identification", "Lookup Label", "Lookup File" })
+        QVERIFY2(bytes.contains(caption), caption);
     QVERIFY(bytes.contains("is not consistent"));
     QCOMPARE(page.elements.value("svg"), 3);
     QVERIFY(bytes.contains("<rect width=\"100.00\""));
