@@ -3,6 +3,7 @@
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/DebugLog_p.h>
 #include <model_Tessel/MLDB.h>
+#include <model_Tessel/Numbers_p.h>
 
 #include <algorithm>
 #include <iterator>
@@ -68,12 +69,6 @@ QString catalogueText(const char* name, const char* defaultText)
     const QString none = QLatin1String("");
     return MLDBGetMessage(QLatin1String("ErrorManager.ErrorMessage.") + QLatin1String(name),
         QLatin1String(defaultText), none, none, none, none, none, none);
-}
-
-// Kept: hosts cut the number out of the text as one character.
-QString asCharacter(int number)
-{
-    return QString(QChar(static_cast<ushort>(number)));
 }
 
 } // namespace

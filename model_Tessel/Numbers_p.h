@@ -49,3 +49,9 @@ inline double realOrZero(const QString& text)
     const double number = text.toDouble(&isNumber);
     return isNumber ? number : 0;
 }
+
+// Kept: hosts cut the number out of a message as the one character with that 16-bit code.
+inline QString asCharacter(int number)
+{
+    return QString(QChar(static_cast<ushort>(number)));
+}

@@ -1,6 +1,7 @@
 #include "FieldWriters.h"
 
 #include "Console.h"
+#include "CsvText.h"
 #include "TextTable.h"
 
 #include <QHash>
@@ -191,25 +192,6 @@ QByteArray asTables(const QVector<Listing>& listings, const ListingFormat& forma
 
 // ---- CSV
 
-QString csvCell(const QString& text)
-{
-    const bool needsQuotes = text.contains(QLatin1Char(',')) || text.contains(QLatin1Char('"'))
-        || text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r'));
-    if (!needsQuotes)
-        return text;
-    return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QLatin1String("\"\""))
-        + QLatin1Char('"');
-}
-
-QByteArray csvLine(const QStringList& cells)
-{
-    QStringList quoted;
-    quoted.reserve(cells.size());
-    for (const QString& cell : cells)
-        quoted.append(csvCell(cell));
-    return quoted.join(QLatin1Char(',')).toUtf8() + "\r\n";
-}
-
 QStringList valueHeadings()
 {
     return { QStringLiteral("value_set"), QStringLiteral("code"), QStringLiteral("code_to"),
@@ -368,6 +350,19 @@ QByteArray asJson(const QVector<Listing>& listings, const ListingFormat& format)
 }
 
 } // namespace
+
+bool readFormat(const QString& text, ListingFormat::Kind& kind)
+{
+    if (text == QLatin1String("table"))
+        kind = ListingFormat::Kind::Table;
+    else if (text == QLatin1String("csv"))
+        kind = ListingFormat::Kind::Csv;
+    else if (text == QLatin1String("json"))
+        kind = ListingFormat::Kind::Json;
+    else
+        return false;
+    return true;
+}
 
 QByteArray writeListings(const QVector<Listing>& listings, const ListingFormat& format)
 {

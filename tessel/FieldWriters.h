@@ -13,4 +13,7 @@ struct ListingFormat {
     int width = 80; /*!< columns of a table */
 };
 
+/*! False when \a text is none of table, csv and json. */
+bool readFormat(const QString& text, ListingFormat::Kind& kind);
+
 QByteArray writeListings(const QVector<Listing>& listings, const ListingFormat& format);

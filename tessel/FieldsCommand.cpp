@@ -50,19 +50,6 @@ void describe(QCommandLineParser& parser)
         QStringLiteral("DICTIONARY..."));
 }
 
-bool readFormat(const QString& text, ListingFormat::Kind& kind)
-{
-    if (text == QLatin1String("table"))
-        kind = ListingFormat::Kind::Table;
-    else if (text == QLatin1String("csv"))
-        kind = ListingFormat::Kind::Csv;
-    else if (text == QLatin1String("json"))
-        kind = ListingFormat::Kind::Json;
-    else
-        return false;
-    return true;
-}
-
 QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
 {
     options.files = parser.positionalArguments();

@@ -3,6 +3,7 @@
 #include "Console.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -25,8 +26,13 @@ bool failed(const QString& name, const QFileDevice& device)
 
 bool isSameFile(const QString& first, const QString& second)
 {
-    const QString path = QFileInfo(first).canonicalFilePath();
-    return !path.isEmpty() && path == QFileInfo(second).canonicalFilePath();
+    if (first.isEmpty() || second.isEmpty())
+        return false;
+    const QFileInfo one(first);
+    const QFileInfo other(second);
+    if (one.exists() && other.exists())
+        return one.canonicalFilePath() == other.canonicalFilePath();
+    return QDir::cleanPath(one.absoluteFilePath()) == QDir::cleanPath(other.absoluteFilePath());
 }
 
 } // namespace
@@ -44,9 +50,14 @@ QString Output::readOption(
     path = parser.value(option());
     if (parser.isSet(option()) && path.isEmpty())
         return QStringLiteral("--output needs the name of a file");
-    for (const QString& input : inputs) {
-        if (isSameFile(path, input))
-            return QStringLiteral("--output %1 would replace an input").arg(path);
+    return checkPath(QStringLiteral("--output"), path, inputs);
+}
+
+QString Output::checkPath(const QString& option, const QString& path, const QStringList& others)
+{
+    for (const QString& other : others) {
+        if (isSameFile(path, other))
+            return QStringLiteral("%1 %2 would replace an input").arg(option, path);
     }
     return QString();
 }

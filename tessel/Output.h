@@ -19,6 +19,10 @@ public:
      */
     static QString readOption(
         const QCommandLineParser& parser, const QStringList& inputs, QString& path);
+    /*!
+     * Null when \a path, which \a option names, is none of \a others, else what is wrong.
+     */
+    static QString checkPath(const QString& option, const QString& path, const QStringList& others);
 
     /*! \param path empty: standard output */
     explicit Output(const QString& path);

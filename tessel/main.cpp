@@ -1,6 +1,7 @@
 #include "Console.h"
 #include "DiffCommand.h"
 #include "FieldsCommand.h"
+#include "LookupCommand.h"
 
 #include <QByteArray>
 #include <QCommandLineParser>
@@ -24,6 +25,7 @@ struct Command {
 constexpr Command commands[] = {
     { "diff", "compare two dictionaries", runDiff },
     { "fields", "list the fields of dictionaries", runFields },
+    { "lookup", "check a lookup file of keys and values", runLookup },
 };
 
 const Command* findCommand(const char* name)

@@ -1,0 +1,264 @@
+#include "LookupCommand.h"
+
+#include "Console.h"
+#include "InputFile.h"
+#include "LookupReport.h"
+#include "LookupWriters.h"
+#include "Output.h"
+#include "Supervisor.h"
+
+#include <model_Tessel/ReportLookup.h>
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QTextCodec>
+
+#include <cstdio>
+
+namespace {
+
+struct LookupOptions {
+    QString file;
+    int separator = -1; // the library's code for it; -1: guess
+    QByteArray encoding;
+    ListingFormat format;
+    bool withFrequencies = false;
+    QString againstFile; // empty: no comparison
+    QString againstVariable;
+    QString report; // empty: none
+    QString id;
+    QString label;
+    QString output;
+};
+
+const QCommandLineOption& separatorOption()
+{
+    static const QCommandLineOption option({ QStringLiteral("s"), QStringLiteral("separator") },
+        QStringLiteral("What stands between key and value; guessed from the first lines when not "
+                       "given."),
+        QStringLiteral("space|tab|comma|semicolon|colon"));
+    return option;
+}
+
+const QCommandLineOption& formatOption()
+{
+    static const QCommandLineOption option({ QStringLiteral("f"), QStringLiteral("format") },
+        QStringLiteral("How to list: table (for people), csv or json."), QStringLiteral("format"),
+        QStringLiteral("table"));
+    return option;
+}
+
+const QCommandLineOption& frequenciesOption()
+{
+    static const QCommandLineOption option(QStringLiteral("frequencies"),
+        QStringLiteral("List the values with how many keys carry each."));
+    return option;
+}
+
+const QCommandLineOption& againstOption()
+{
+    static const QCommandLineOption option(QStringLiteral("against"),
+        QStringLiteral("Compare the keys with the value labels of a variable of a CSPro "
+                       "dictionary, SPSS or Stata file."),
+        QStringLiteral("file:variable"));
+    return option;
+}
+
+const QCommandLineOption& encodingOption()
+{
+    static const QCommandLineOption option(QStringLiteral("encoding"),
+        QStringLiteral("Encoding of a lookup without a byte-order mark, for example windows-1252; "
+                       "found when not given."),
+        QStringLiteral("name"));
+    return option;
+}
+
+const QCommandLineOption& reportOption()
+{
+    static const QCommandLineOption option(QStringLiteral("report"),
+        QStringLiteral("Also write a page to look at in a browser, frequencies included."),
+        QStringLiteral("file.html"));
+    return option;
+}
+
+const QCommandLineOption& idOption()
+{
+    static const QCommandLineOption option(QStringLiteral("id"),
+        QStringLiteral("Identification of the lookup in the report; the file's name when not "
+                       "given."),
+        QStringLiteral("text"));
+    return option;
+}
+
+const QCommandLineOption& labelOption()
+{
+    static const QCommandLineOption option(QStringLiteral("label"),
+        QStringLiteral("Label of the lookup in the report."), QStringLiteral("text"));
+    return option;
+}
+
+void describe(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(
+        QStringLiteral("Checks a lookup file: a key, a separator and a value on each line, no key\n"
+                       "twice, all keys of one length.\n\n"
+                       "What is found goes to standard output.\n"
+                       "Exit status: 0 the lookup is consistent, 1 it is not or cannot be read,\n"
+                       "2 wrong usage."));
+    parser.addOption(Console::helpOption());
+    parser.addOptions({ separatorOption(), formatOption(), frequenciesOption(), againstOption(),
+        reportOption(), idOption(), labelOption(), encodingOption(), Output::option() });
+    parser.addPositionalArgument(
+        QStringLiteral("file"), QStringLiteral("Lookup file."), QStringLiteral("FILE"));
+}
+
+QString readAgainst(const QCommandLineParser& parser, LookupOptions& options)
+{
+    if (!parser.isSet(againstOption()))
+        return QString();
+    const QString text = parser.value(againstOption());
+    const int colon = text.lastIndexOf(QLatin1Char(':'));
+    options.againstFile = text.left(qMax(colon, 0));
+    options.againstVariable = text.mid(colon + 1).trimmed();
+    if (options.againstFile.isEmpty() || options.againstVariable.isEmpty())
+        return QStringLiteral("--against takes FILE:VARIABLE, not '%1'").arg(text);
+    return QString();
+}
+
+QString readReading(const QCommandLineParser& parser, LookupOptions& options)
+{
+    const QString separator = parser.value(separatorOption());
+    options.separator = separatorNames().indexOf(separator);
+    if (parser.isSet(separatorOption()) && options.separator < 0) {
+        return QStringLiteral("--separator takes space, tab, comma, semicolon or colon, not '%1'")
+            .arg(separator);
+    }
+    options.encoding = parser.value(encodingOption()).toLatin1();
+    if (parser.isSet(encodingOption()) && !QTextCodec::codecForName(options.encoding)) {
+        return QStringLiteral("unknown encoding '%1'; names are for example UTF-8, windows-1252, "
+                              "ISO-8859-1 and UTF-16")
+            .arg(parser.value(encodingOption()));
+    }
+    return QString();
+}
+
+QString readTargets(const QCommandLineParser& parser, LookupOptions& options)
+{
+    const QStringList inputs { options.file, options.againstFile };
+    const QString mistake = Output::readOption(parser, inputs, options.output);
+    if (!mistake.isNull())
+        return mistake;
+    options.report = parser.value(reportOption());
+    if (parser.isSet(reportOption()) && options.report.isEmpty())
+        return QStringLiteral("--report needs the name of a file");
+    options.id = parser.isSet(idOption()) ? parser.value(idOption())
+                                          : QFileInfo(options.file).completeBaseName();
+    options.label = parser.value(labelOption());
+    if (!Output::checkPath(QString(), options.report, { options.output }).isNull())
+        return QStringLiteral("--report and --output name the same file");
+    return Output::checkPath(QStringLiteral("--report"), options.report, inputs);
+}
+
+QString readOptions(const QCommandLineParser& parser, LookupOptions& options)
+{
+    const QStringList files = parser.positionalArguments();
+    if (files.size() != 1)
+        return files.isEmpty() ? QStringLiteral("no lookup file given")
+                               : QStringLiteral("more than one lookup file given");
+    options.file = files.constFirst();
+    const QString format = parser.value(formatOption());
+    if (!readFormat(format, options.format.kind))
+        return QStringLiteral("unknown format '%1'; give table, csv or json").arg(format);
+    options.format.width = Console::tableWidth();
+    options.withFrequencies = parser.isSet(frequenciesOption());
+    QString mistake = readAgainst(parser, options);
+    if (mistake.isNull())
+        mistake = readReading(parser, options);
+    return mistake.isNull() ? readTargets(parser, options) : mistake;
+}
+
+// The separator wanted, or the one that the first lines suggest, which is told.
+bool chooseSeparator(const LookupOptions& options, LookupTask& task)
+{
+    task.separator = options.separator;
+    if (task.separator >= 0)
+        return true;
+    task.separator = guessSeparator(task.file.firstLines);
+    if (task.separator < 0) {
+        return failInput(options.file, 1,
+            QStringLiteral("no separator is found from this line on; a lookup has a key, a space, "
+                           "tab, comma, semicolon or colon, and a value on each line"));
+    }
+    task.isGuessed = true;
+    Console::tell(options.file, 0, Console::Severity::Note,
+        QStringLiteral("the separator is taken to be %1; if it is not, name it with --separator")
+            .arg(separatorNames().at(task.separator)));
+    return true;
+}
+
+bool writeReport(const LookupOptions& options, const LookupOutcome& outcome)
+{
+    ReportLookup report;
+    report.setIdValue(options.id);
+    report.setLabelValue(options.label);
+    report.setDataFileValue(options.file);
+    report.setConsistency(checkAndCount);
+    return Output(options.report).write(lookupPage(report, outcome));
+}
+
+bool writeAll(const LookupOptions& options, LookupOutcome& outcome)
+{
+    if (!options.report.isEmpty() && !writeReport(options, outcome))
+        return false;
+    if (!options.withFrequencies)
+        outcome.frequencies.reset();
+    return Output(options.output).write(writeLookup(outcome, options.format));
+}
+
+int check(const LookupOptions& options, Supervisor& supervisor)
+{
+    LookupTask task;
+    ListedField variable;
+    if (!options.againstFile.isEmpty()) {
+        if (!supervisor.beginFile(0))
+            return InputFailed;
+        const bool isRead = readVariable(options.againstFile, options.againstVariable, variable);
+        supervisor.endFile();
+        if (!isRead)
+            return InputFailed;
+        task.variable = &variable;
+    }
+    if (!examineLookup(options.file, options.encoding, task.file)
+        || !chooseSeparator(options, task))
+        return InputFailed;
+    task.countsValues = options.withFrequencies || !options.report.isEmpty();
+    LookupOutcome outcome;
+    if (!checkLookup(task, outcome))
+        return InputFailed;
+    if (outcome.comparison)
+        outcome.comparison->file = options.againstFile;
+    const bool isConsistent = outcome.isConsistent();
+    return writeAll(options, outcome) && isConsistent ? AllRead : InputFailed;
+}
+
+} // namespace
+
+int runLookup(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    describe(parser);
+    if (!parser.parse(arguments))
+        return Console::wrongUsage(parser.errorText());
+    if (parser.isSet(Console::helpOption())) {
+        std::fputs(qUtf8Printable(parser.helpText()), stdout);
+        return AllRead;
+    }
+    LookupOptions options;
+    const QString mistake = readOptions(parser, options);
+    if (!mistake.isNull())
+        return Console::wrongUsage(mistake);
+    // Only the file to compare with is of a kind that can be damaged.
+    return Supervisor({ options.againstFile }).run([&](Supervisor& supervisor) {
+        return check(options, supervisor);
+    });
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+/*! A lookup file as it was found before its import. */
+struct LookupFile {
+    QString path;
+    QByteArray encoding; /*!< name of the text codec that it is decoded with */
+    QStringList firstLines; /*!< those with something in them */
+};
+
+/*!
+ * Finds out how the lookup file \a path is to be read. False, and told, when it is no text that can
+ * be read.
+ * \param encoding name of the text codec; empty: byte-order mark, else UTF-8 when it is valid, else
+ *     Windows-1252, which is told. A byte-order mark wins over the name, too.
+ */
+bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& file);
+
+/*! Names of the separators, in the order of the library's codes for them. */
+QStringList separatorNames();
+
+/*!
+ * Code of the separator that divides most of \a lines; of several such the one that gives keys of
+ * one length, then the one that comes first in the lines. -1: none divides any line.
+ */
+int guessSeparator(const QStringList& lines);
