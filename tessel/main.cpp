@@ -1,4 +1,5 @@
 #include "Console.h"
+#include "ExportCommand.h"
 #include "FieldsCommand.h"
 
 #include <QByteArray>
@@ -21,6 +22,7 @@ struct Command {
 
 constexpr Command commands[] = {
     { "fields", "list the fields of dictionaries", runFields },
+    { "export", "write a dictionary as DDI, SQL, CSV, JSON or a web page", runExport },
 };
 
 const Command* findCommand(const char* name)
