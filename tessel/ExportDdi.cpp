@@ -80,6 +80,8 @@ private:
     void writeLocation(int index);
     void writeRange(const ListedField& field);
     void writeInvalid(const ListedField& field);
+    void writeBounds(const ListedField& field, const QString& min, const QString& max);
+    void writeUnits(const ListedField& field);
     void writeCode(const ListedField& field, const ListedCode& entry);
     void writeValueSets(int index);
     void writeCategoryGroups(int index);
@@ -294,8 +296,25 @@ void DdiWriter::writeRange(const ListedField& field)
     if (field.min.isNull() && field.max.isNull())
         return;
     open("valrng");
-    writeCode(field, { field.min, field.max, QString(), QString() });
+    writeBounds(field, field.min, field.max);
     close();
+}
+
+void DdiWriter::writeBounds(const ListedField& field, const QString& min, const QString& max)
+{
+    open("range");
+    writeUnits(field);
+    if (!min.isNull())
+        attribute("min", min);
+    if (!max.isNull())
+        attribute("max", max);
+    close();
+}
+
+void DdiWriter::writeUnits(const ListedField& field)
+{
+    attribute("UNITS",
+        field.type == QLatin1String("real") ? QStringLiteral("REAL") : QStringLiteral("INT"));
 }
 
 void DdiWriter::writeInvalid(const ListedField& field)
@@ -315,16 +334,13 @@ void DdiWriter::writeInvalid(const ListedField& field)
 
 void DdiWriter::writeCode(const ListedField& field, const ListedCode& entry)
 {
-    open(entry.highCode.isNull() ? "item" : "range");
-    attribute("UNITS",
-        field.type == QLatin1String("real") ? QStringLiteral("REAL") : QStringLiteral("INT"));
-    if (entry.highCode.isNull()) {
-        attribute("VALUE", entry.code);
-    } else {
-        if (!entry.code.isNull())
-            attribute("min", entry.code);
-        attribute("max", entry.highCode);
+    if (!entry.highCode.isNull()) {
+        writeBounds(field, entry.code, entry.highCode);
+        return;
     }
+    open("item");
+    writeUnits(field);
+    attribute("VALUE", entry.code);
     close();
 }
 

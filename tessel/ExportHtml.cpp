@@ -75,8 +75,8 @@ HtmlWriter::HtmlWriter(const Listing& listing)
     UniqueNames ids;
     ids.take(QStringLiteral("contents"));
     for (const FieldGroup& group : qAsConst(m_groups)) {
-        m_groupIds.append(ids.take(
-            QLatin1String("record-") + idOf(group.record ? group.record->name : QString())));
+        const QString name = group.record ? group.record->name : QStringLiteral("fields");
+        m_groupIds.append(ids.take(QLatin1String("record-") + idOf(name)));
     }
     for (const ListedField& field : listing.fields)
         m_fieldIds.append(ids.take(idOf(field.name)));

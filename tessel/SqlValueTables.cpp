@@ -70,7 +70,10 @@ SqlType sqlTypeOf(const ListedField& field, SqlDialect dialect)
 {
     if (field.type == QLatin1String("string"))
         return SqlType::Text;
-    if (field.type == QLatin1String("real"))
+    // The library takes long whole numbers for real; columns without decimals are whole.
+    const bool isWhole =
+        field.type == QLatin1String("integer") || (field.start > 0 && field.decimals == 0);
+    if (!isWhole)
         return SqlType::Real;
     if (field.length <= LongestInteger)
         return SqlType::Integer;
