@@ -51,6 +51,13 @@ struct ListedField {
     {
         return valueSets.isEmpty() ? 0 : valueSets.constFirst().codes.size();
     }
+
+    /*! The label, of an occurrence followed by the occurrence's own. */
+    QString fullLabel() const
+    {
+        return occurrenceLabel.isNull() ? label
+                                        : QStringLiteral("%1 (%2)").arg(label, occurrenceLabel);
+    }
 };
 
 struct ListedRecord {

@@ -49,13 +49,6 @@ QString shownRange(const ListedCode& entry)
                                    : entry.code + QLatin1Char(':') + entry.highCode;
 }
 
-QString shownLabel(const ListedField& field)
-{
-    return field.occurrenceLabel.isNull()
-        ? field.label
-        : QStringLiteral("%1 (%2)").arg(field.label, field.occurrenceLabel);
-}
-
 void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString& indent)
 {
     int width = 0;
@@ -138,7 +131,7 @@ QStringList tableCells(const ListedField& field)
     QStringList cells { field.name, field.type, field.format, shownNumber(field.start),
         shownNumber(field.length), shownNumber(field.decimals), rangeText(field),
         code(field.missing), code(field.notApplicable), shownNumber(field.valueLabelCount()),
-        shownLabel(field) };
+        field.fullLabel() };
     for (QString& cell : cells)
         cell = Console::printable(cell);
     return cells;
@@ -229,7 +222,7 @@ QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
     QByteArray bytes = csvLine(headings);
     for (const Listing& listing : listings) {
         for (const ListedField& field : listing.fields) {
-            const QStringList cells { listing.file, field.record, field.name, shownLabel(field),
+            const QStringList cells { listing.file, field.record, field.name, field.fullLabel(),
                 field.type, shownNumber(field.start), shownNumber(field.length),
                 QString::number(field.decimals), field.missing, field.notApplicable, field.min,
                 field.max, QString::number(field.valueLabelCount()), field.format, field.measure };

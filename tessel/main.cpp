@@ -1,5 +1,6 @@
 #include "Console.h"
 #include "DiffCommand.h"
+#include "ExportCommand.h"
 #include "FieldsCommand.h"
 #include "LookupCommand.h"
 
@@ -24,6 +25,7 @@ struct Command {
 
 constexpr Command commands[] = {
     { "diff", "compare two dictionaries", runDiff },
+    { "export", "write a dictionary as DDI, SQL, CSV, JSON or a web page", runExport },
     { "fields", "list the fields of dictionaries", runFields },
     { "lookup", "check a lookup file of keys and values", runLookup },
 };

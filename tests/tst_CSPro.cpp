@@ -2110,6 +2110,12 @@ void tst_CSPro::problems_data()
         "[Dictionary]\n[Record]\nRecordTypeValue='1'\n[Record]\n"
         "RecordTypeValue='2'\n[Item]\nName=A\nLen=1\n[ValueSet]\nValue=1;x",
         no, QStringList());
+    row("odd lines, keys and values are none",
+        "Name=lost\n[Other]\nKey=1\n[Dictionary]\nRecordTypeLen=one\nno key\n[Record]\n"
+        "RecordTypeValue=1\nMaxRecords=x\n[Item]\nName=A\nLen=1\nStart=first\nDataType=Date\n"
+        "ItemType=Other\nDecimalChar=Maybe\nUnknown=1\n[ValueSet]\nValue=1;x\nName=OTHER,Special\n"
+        "Colour=red",
+        no, QStringList());
     row("item without a length", "\n[Item]\nName=A", no,
         QStringList { "ItemWithoutLength|2|A||0" });
     row("item with a length below zero", "[Item]\nName=A\nLen=-3", no,

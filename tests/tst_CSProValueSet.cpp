@@ -937,7 +937,7 @@ void tst_CSProValueSet::sortsManyTextsInTime()
     QElapsedTimer timer;
     timer.start();
     set.sortItems();
-    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(timer.elapsed() < 30'000, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(isPermutation(*set.items, before));
 }
 

@@ -1,0 +1,172 @@
+#include "ExportCommand.h"
+
+#include "Console.h"
+#include "ExportWriters.h"
+#include "FieldWriters.h"
+#include "InputOptions.h"
+#include "Output.h"
+#include "Supervisor.h"
+
+#include <QCommandLineParser>
+
+#include <cstdio>
+
+namespace {
+
+enum class Target { Ddi, Sql, Csv, Json, Html };
+
+struct ExportOptions {
+    QString file;
+    InputOptions input;
+    Target target = Target::Ddi;
+    SqlDialect dialect = SqlDialect::Sqlite;
+    QString output;
+};
+
+const QCommandLineOption& targetOption()
+{
+    static const QCommandLineOption option(QStringLiteral("to"),
+        QStringLiteral("What to write: DDI-Codebook 2.5 XML, SQL statements that make tables, or a "
+                       "codebook as CSV, JSON or a web page."),
+        QStringLiteral("ddi|sql|csv|json|html"));
+    return option;
+}
+
+const QCommandLineOption& dialectOption()
+{
+    static const QCommandLineOption option(QStringLiteral("dialect"),
+        QStringLiteral("Database that the SQL is for."), QStringLiteral("sqlite|postgresql"),
+        QStringLiteral("sqlite"));
+    return option;
+}
+
+void describe(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(QStringLiteral(
+        "Writes a CSPro dictionary, or the dictionary of an SPSS or Stata file, in a\nform that "
+        "other programs read.\n\n"
+        "The result goes to standard output. What was not read as written, and names\n"
+        "that had to change, are told on standard error.\n"
+        "Exit status: 0 all was read, 1 the input failed, 2 wrong usage."));
+    parser.addOption(Console::helpOption());
+    parser.addOptions({ targetOption(), dialectOption(), Output::option() });
+    parser.addOptions(inputOptions());
+    parser.addPositionalArgument(QStringLiteral("file"),
+        QStringLiteral("CSPro dictionary (.dcf), SPSS file (.sav, .zsav) or Stata file (.dta)."),
+        QStringLiteral("FILE"));
+}
+
+bool readTarget(const QString& text, Target& target)
+{
+    if (text == QLatin1String("ddi"))
+        target = Target::Ddi;
+    else if (text == QLatin1String("sql"))
+        target = Target::Sql;
+    else if (text == QLatin1String("csv"))
+        target = Target::Csv;
+    else if (text == QLatin1String("json"))
+        target = Target::Json;
+    else if (text == QLatin1String("html"))
+        target = Target::Html;
+    else
+        return false;
+    return true;
+}
+
+QString readDialect(const QCommandLineParser& parser, ExportOptions& options)
+{
+    if (parser.isSet(dialectOption()) && options.target != Target::Sql)
+        return QStringLiteral("--dialect goes with --to sql only");
+    const QString dialect = parser.value(dialectOption());
+    if (dialect == QLatin1String("postgresql"))
+        options.dialect = SqlDialect::PostgreSql;
+    else if (dialect != QLatin1String("sqlite"))
+        return QStringLiteral("--dialect takes sqlite or postgresql, not '%1'").arg(dialect);
+    return QString();
+}
+
+QString readOptions(const QCommandLineParser& parser, ExportOptions& options)
+{
+    const QStringList files = parser.positionalArguments();
+    if (files.isEmpty())
+        return QStringLiteral("no file given");
+    if (files.size() > 1)
+        return QStringLiteral("one file is exported at a time, not %1").arg(files.size());
+    options.file = files.constFirst();
+    if (!parser.isSet(targetOption()))
+        return QStringLiteral("--to is missing; give ddi, sql, csv, json or html");
+    const QString target = parser.value(targetOption());
+    if (!readTarget(target, options.target))
+        return QStringLiteral("--to takes ddi, sql, csv, json or html, not '%1'").arg(target);
+    QString mistake = readDialect(parser, options);
+    if (mistake.isNull())
+        mistake = readInputOptions(parser, options.input);
+    return mistake.isNull() ? Output::readOption(parser, files, options.output) : mistake;
+}
+
+// The codebook as CSV and JSON is the listing with its values.
+QByteArray writeCodebook(const Listing& listing, ListingFormat::Kind kind)
+{
+    ListingFormat format;
+    format.kind = kind;
+    format.withValues = true;
+    return writeListings({ listing }, format);
+}
+
+QByteArray write(const Listing& listing, const ExportOptions& options, QStringList& notes)
+{
+    switch (options.target) {
+    case Target::Ddi:
+        return writeDdi(listing);
+    case Target::Sql:
+        return writeSql(listing, options.dialect, notes);
+    case Target::Html:
+        return writeHtml(listing);
+    case Target::Csv:
+        return writeCodebook(listing, ListingFormat::Kind::Csv);
+    case Target::Json:
+        break;
+    }
+    return writeCodebook(listing, ListingFormat::Kind::Json);
+}
+
+int exportFile(const ExportOptions& options, Supervisor& supervisor)
+{
+    if (!supervisor.beginFile(0))
+        return InputFailed;
+    Listing listing;
+    const bool isListed = readListing(options.file, options.input, listing);
+    QStringList notes;
+    QByteArray bytes;
+    if (isListed)
+        bytes = write(listing, options, notes);
+    supervisor.endFile();
+    if (!isListed)
+        return InputFailed;
+    for (const QString& note : qAsConst(notes))
+        Console::tell(options.file, 0, Console::Severity::Note, note);
+    if (!Output(options.output).write(bytes))
+        return InputFailed;
+    return listing.isPartial ? InputFailed : AllRead;
+}
+
+} // namespace
+
+int runExport(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    describe(parser);
+    if (!parser.parse(arguments))
+        return Console::wrongUsage(parser.errorText());
+    if (parser.isSet(Console::helpOption())) {
+        std::fputs(qUtf8Printable(parser.helpText()), stdout);
+        return AllRead;
+    }
+    ExportOptions options;
+    const QString mistake = readOptions(parser, options);
+    if (!mistake.isNull())
+        return Console::wrongUsage(mistake);
+    return Supervisor({ options.file }).run([&](Supervisor& supervisor) {
+        return exportFile(options, supervisor);
+    });
+}

@@ -1,0 +1,239 @@
+#include "ExportWriters.h"
+
+#include "ExportText.h"
+#include "SqlNames.h"
+#include "SqlValueTables.h"
+
+#include <QFileInfo>
+
+namespace {
+
+constexpr int LongestText = 10485760; // that PostgreSQL takes in VARCHAR(n)
+constexpr int MostDigits = 1000; // that PostgreSQL takes in NUMERIC(n)
+
+int mostColumns(SqlDialect dialect)
+{
+    return dialect == SqlDialect::Sqlite ? 2000 : 1600;
+}
+
+struct Column {
+    QString name;
+    int field = 0;
+    bool isKey = false;
+};
+
+struct Table {
+    QString name;
+    QString about;
+    bool hasOneRow = false; // for each case
+    QVector<Column> columns;
+};
+
+class SqlWriter {
+public:
+    SqlWriter(const Listing& listing, SqlDialect dialect, QStringList& notes)
+        : m_listing(listing)
+        , m_dialect(dialect)
+        , m_notes(notes)
+        , m_tableNames(notes)
+        , m_values(dialect, m_tableNames)
+    {
+    }
+
+    QByteArray write();
+
+private:
+    void addTables();
+    Table tableOf(const FieldGroup& group);
+    void addColumns(Table& table, SqlNames& names, const QVector<int>& fields, bool areKeys) const;
+    QString typeOf(const ListedField& field) const;
+    QString about(const ListedField& field) const;
+    QString heading() const;
+    QString definition(const Table& table) const;
+    QString columnDefinition(const Column& column) const;
+    QString index(const Table& table);
+    QString comments(const Table& table) const;
+
+    const Listing& m_listing;
+    SqlDialect m_dialect;
+    QStringList& m_notes;
+    SqlNames m_tableNames;
+    SqlValueTables m_values;
+    QVector<Table> m_tables;
+};
+
+QByteArray SqlWriter::write()
+{
+    addTables();
+    for (const ListedField& field : m_listing.fields)
+        m_values.add(field);
+    QString text = heading() + QLatin1String("BEGIN;\n") + m_values.statements();
+    for (const Table& table : qAsConst(m_tables)) {
+        text += QLatin1Char('\n') + sqlComment(table.about) + QLatin1Char('\n') + definition(table);
+        text += index(table);
+        if (m_dialect == SqlDialect::PostgreSql)
+            text += comments(table);
+    }
+    text += QLatin1String("\nCOMMIT;\n");
+    return text.toUtf8();
+}
+
+QString SqlWriter::heading() const
+{
+    const bool isSqlite = m_dialect == SqlDialect::Sqlite;
+    QString text = sqlComment(titleOf(m_listing)) + QLatin1Char('\n')
+        + sqlComment(QStringLiteral("From %1, for %2.")
+                         .arg(QFileInfo(m_listing.file).fileName(),
+                             isSqlite ? QStringLiteral("SQLite") : QStringLiteral("PostgreSQL")))
+        + QLatin1Char('\n');
+    if (isSqlite) {
+        text += QLatin1String("-- Foreign keys are checked where a program says "
+                              "'PRAGMA foreign_keys = ON'.\n");
+    }
+    return text;
+}
+
+// A file with identification items only still has its keys.
+void SqlWriter::addTables()
+{
+    const QVector<FieldGroup> groups = groupsOf(m_listing);
+    for (const FieldGroup& group : groups) {
+        if (group.record || m_listing.records.isEmpty())
+            m_tables.append(tableOf(group));
+    }
+}
+
+Table SqlWriter::tableOf(const FieldGroup& group)
+{
+    Table table;
+    const ListedRecord* record = group.record;
+    const QString wanted = record ? record->name : QFileInfo(m_listing.file).completeBaseName();
+    table.name = m_tableNames.take(wanted, QStringLiteral("table %1").arg(wanted));
+    table.about = record ? record->label : titleOf(m_listing);
+    SqlNames names(m_notes);
+    if (record) {
+        table.hasOneRow = record->maxRecords == 1;
+        addColumns(table, names, keysOf(m_listing, *record), true);
+    }
+    addColumns(table, names, group.fields, false);
+    if (table.columns.isEmpty()) {
+        m_notes.append(QStringLiteral("table %1 has no columns and is left out").arg(table.name));
+    } else if (table.columns.size() > mostColumns(m_dialect)) {
+        m_notes.append(QStringLiteral("table %1 has %2 columns, and the database takes %3")
+                           .arg(table.name)
+                           .arg(table.columns.size())
+                           .arg(mostColumns(m_dialect)));
+    }
+    return table;
+}
+
+void SqlWriter::addColumns(
+    Table& table, SqlNames& names, const QVector<int>& fields, bool areKeys) const
+{
+    for (const int field : fields) {
+        const QString wanted = m_listing.fields.at(field).name;
+        const QString name =
+            names.take(wanted, QStringLiteral("column %1 of table %2").arg(wanted, table.name));
+        table.columns.append({ name, field, areKeys });
+    }
+}
+
+// Widths are the data's own where they have columns; elsewhere they say how values are shown.
+QString SqlWriter::typeOf(const ListedField& field) const
+{
+    const SqlType type = sqlTypeOf(field, m_dialect);
+    const bool isNumber = field.type != QLatin1String("string");
+    if (type == SqlType::Text && !isNumber && field.length > 0 && field.length <= LongestText) {
+        return m_dialect == SqlDialect::Sqlite ? QStringLiteral("TEXT(%1)").arg(field.length)
+                                               : QStringLiteral("VARCHAR(%1)").arg(field.length);
+    }
+    const bool hasDigits = field.start > 0 && field.length > 0 && field.length <= MostDigits
+        && field.decimals <= field.length;
+    if (type == SqlType::Real && m_dialect == SqlDialect::PostgreSql && hasDigits)
+        return QStringLiteral("NUMERIC(%1, %2)").arg(field.length).arg(field.decimals);
+    return sqlTypeName(type, m_dialect);
+}
+
+QString SqlWriter::about(const ListedField& field) const
+{
+    const QStringList tables = m_values.tablesOf(field);
+    if (tables.isEmpty())
+        return field.fullLabel();
+    return QStringLiteral("%1 (values: %2)")
+        .arg(field.fullLabel(), tables.join(QLatin1String(", ")));
+}
+
+QString SqlWriter::columnDefinition(const Column& column) const
+{
+    const ListedField& field = m_listing.fields.at(column.field);
+    QString text = sqlIdentifier(column.name) + QLatin1Char(' ') + typeOf(field);
+    if (column.isKey)
+        text += QLatin1String(" NOT NULL");
+    const QString reference = m_values.referenceOf(field);
+    if (!reference.isNull())
+        text += QStringLiteral(" REFERENCES %1 (code)").arg(sqlIdentifier(reference));
+    return text;
+}
+
+QString keyList(const Table& table)
+{
+    QStringList keys;
+    for (const Column& column : table.columns) {
+        if (column.isKey)
+            keys.append(sqlIdentifier(column.name));
+    }
+    return keys.join(QLatin1String(", "));
+}
+
+QString SqlWriter::definition(const Table& table) const
+{
+    if (table.columns.isEmpty())
+        return QString();
+    const QString keys = keyList(table);
+    const bool hasPrimaryKey = table.hasOneRow && !keys.isEmpty();
+    QString text = QStringLiteral("CREATE TABLE %1 (\n").arg(sqlIdentifier(table.name));
+    for (int i = 0; i < table.columns.size(); ++i) {
+        const Column& column = table.columns.at(i);
+        const bool isLast = i + 1 == table.columns.size() && !hasPrimaryKey;
+        text += QLatin1String("  ") + columnDefinition(column)
+            + (isLast ? QString() : QStringLiteral(",")) + QLatin1Char(' ')
+            + sqlComment(about(m_listing.fields.at(column.field))) + QLatin1Char('\n');
+    }
+    if (hasPrimaryKey)
+        text += QStringLiteral("  PRIMARY KEY (%1)\n").arg(keys);
+    return text + QLatin1String(");\n");
+}
+
+// Where a case has several rows its key finds them.
+QString SqlWriter::index(const Table& table)
+{
+    const QString keys = keyList(table);
+    if (keys.isEmpty() || table.hasOneRow)
+        return QString();
+    const QString wanted = table.name + QLatin1String("_key");
+    const QString name =
+        m_tableNames.take(wanted, QStringLiteral("the index of table %1").arg(table.name));
+    return QStringLiteral("CREATE INDEX %1 ON %2 (%3);\n")
+        .arg(sqlIdentifier(name), sqlIdentifier(table.name), keys);
+}
+
+QString SqlWriter::comments(const Table& table) const
+{
+    const QString name = sqlIdentifier(table.name);
+    if (table.columns.isEmpty())
+        return QString();
+    QString text = QStringLiteral("COMMENT ON TABLE %1 IS %2;\n").arg(name, sqlText(table.about));
+    for (const Column& column : table.columns) {
+        text += QStringLiteral("COMMENT ON COLUMN %1.%2 IS %3;\n")
+                    .arg(name, sqlIdentifier(column.name),
+                        sqlText(about(m_listing.fields.at(column.field))));
+    }
+    return text;
+}
+
+} // namespace
+
+QByteArray writeSql(const Listing& listing, SqlDialect dialect, QStringList& notes)
+{
+    return SqlWriter(listing, dialect, notes).write();
+}

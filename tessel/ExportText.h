@@ -1,0 +1,44 @@
+#pragma once
+
+#include "FieldListing.h"
+
+#include <QSet>
+#include <QString>
+#include <QVector>
+
+/*! Fields that stand together: the identification items, those of a record, or all of a file. */
+struct FieldGroup {
+    const ListedRecord* record = nullptr; /*!< null: none */
+    QVector<int> fields; /*!< indexes in the listing */
+};
+
+/*!
+ * The identification items, if there are any, then a group for each record; one group for files
+ * without records. Of records with the same name the first has the fields.
+ */
+QVector<FieldGroup> groupsOf(const Listing& listing);
+
+/*!
+ * Indexes of the identification items that are in the lines of \a record: those of its level and of
+ * the levels above.
+ */
+QVector<int> keysOf(const Listing& listing, const ListedRecord& record);
+
+/*! The label of the dictionary, else its name, else the name of its file. */
+QString titleOf(const Listing& listing);
+
+/*! The code, or "low:high" for a range. */
+QString codeText(const ListedCode& entry);
+
+/*! \a text with the characters that XML cannot hold made visible. */
+QString xmlText(const QString& text);
+
+/*! Hands out names that differ in more than upper and lower case. */
+class UniqueNames {
+public:
+    /*! \a wanted, or when that is taken, \a wanted followed by "_2", "_3" and so on. */
+    QString take(const QString& wanted);
+
+private:
+    QSet<QString> m_taken;
+};
