@@ -1,0 +1,3 @@
+#include <model_Tessel/model_Tessel.h>
+
+Model_Tessel::Model_Tessel() = default;
