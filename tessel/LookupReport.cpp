@@ -50,6 +50,13 @@ QString numberCell(int number)
     return QStringLiteral("<td class=\"number\">%1</td>").arg(number);
 }
 
+// A text of its own: appended piece by piece to a long page it would have the page copied each
+// time.
+QString row(const QString& cells)
+{
+    return QStringLiteral("<tr>") + cells + QStringLiteral("</tr>\n");
+}
+
 QString fact(const QString& caption, const QString& text)
 {
     return QStringLiteral("<tr><th scope=\"row\">") + escaped(caption) + QStringLiteral("</th>")
@@ -119,8 +126,7 @@ QString messages(const QVector<LookupMessage>& messages)
         return text + QStringLiteral("<p>There are none.</p>\n");
     text += tableStart({ { "Line", true }, { "Message", false } });
     for (const LookupMessage& message : messages) {
-        text += QStringLiteral("<tr>") + numberCell(message.line) + cell(message.text)
-            + QStringLiteral("</tr>\n");
+        text += row(numberCell(message.line) + cell(message.text));
     }
     return text + tableEnd();
 }
@@ -132,8 +138,7 @@ QString differences(const QString& title, const QVector<LabelDifference>& differ
     QString text = QStringLiteral("<h3>%1</h3>\n").arg(title);
     text += tableStart({ { "Key", false }, { "Text", false }, { "Label", false } });
     for (const LabelDifference& difference : differences) {
-        text += QStringLiteral("<tr>") + cell(difference.key) + cell(difference.text)
-            + cell(difference.label) + QStringLiteral("</tr>\n");
+        text += row(cell(difference.key) + cell(difference.text) + cell(difference.label));
     }
     return text + tableEnd();
 }
@@ -168,8 +173,7 @@ QString frequencies(const QVector<ValueCount>& counts)
         + tableStart({ { "Value", false }, { "Keys", true }, { "", false } });
     const int highest = counts.isEmpty() ? 1 : counts.constFirst().keys;
     for (const ValueCount& count : counts) {
-        text += QStringLiteral("<tr>") + cell(count.value) + numberCell(count.keys)
-            + bar(count.keys, highest) + QStringLiteral("</tr>\n");
+        text += row(cell(count.value) + numberCell(count.keys) + bar(count.keys, highest));
     }
     return text + tableEnd();
 }
