@@ -49,6 +49,15 @@ QString numberLiteral(const QString& code, SqlType type)
         : QString();
 }
 
+// Dictionaries pad codes to the width of the columns, databases do not; null for blanks.
+QString textLiteral(const QString& code)
+{
+    int length = code.size();
+    while (length > 0 && code.at(length - 1) == QLatin1Char(' '))
+        --length;
+    return length > 0 ? sqlText(code.left(length)) : QString();
+}
+
 bool hasCode(const QVector<ListedCode>& codes, const ListedCode& wanted)
 {
     return std::any_of(codes.cbegin(), codes.cend(),
@@ -151,10 +160,8 @@ QString SqlValueTables::literal(const QString& code, SqlType type) const
 {
     if (code.isNull())
         return QStringLiteral("NULL");
-    if (type == SqlType::Text)
-        return sqlText(code);
-    const QString number = numberLiteral(code, type);
-    return number.isNull() ? QStringLiteral("NULL") : number;
+    const QString known = type == SqlType::Text ? textLiteral(code) : numberLiteral(code, type);
+    return known.isNull() ? QStringLiteral("NULL") : known;
 }
 
 QString SqlValueTables::definition(const Table& table) const
