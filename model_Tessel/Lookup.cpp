@@ -54,20 +54,16 @@ int commonLength(const QString& a, const QString& b, int limit)
         std::mismatch(a.begin(), a.begin() + length, b.begin()).first - a.begin());
 }
 
-// The eight characters from start on as a number that orders as they do. A character beyond Latin-1
-// ends it: keys with the same number may differ.
+// The eight characters from start on as a number that orders nearly as they do: those beyond
+// Latin-1 are all the same.
 quint64 orderNumber(const QString& key, int start)
 {
-    constexpr int BitsOfCharacter = 8;
+    constexpr int Characters = 8;
     constexpr ushort Highest = 0xFF;
     quint64 number = 0;
-    int shift = 64;
-    for (int index = start; index < key.size() && shift > 0; ++index) {
-        const ushort character = std::min(key.at(index).unicode(), Highest);
-        shift -= BitsOfCharacter;
-        number |= quint64(character) << shift;
-        if (character == Highest)
-            break;
+    for (int index = start; index < start + Characters; ++index) {
+        const ushort character = index < key.size() ? key.at(index).unicode() : 0;
+        number = number << 8 | std::min(character, Highest);
     }
     return number;
 }
@@ -102,10 +98,12 @@ void report(TOxLookup& lookup, QStringList* messages, const QString& text)
 }
 
 /*
- * One import. Lines whose key is above all others so far are inserted at once, at the end. The
+ * One import. A line whose key is not below those before it is inserted at the end, at once. The
  * others are late: they wait, are put in key order and then inserted each beside the one before,
- * which takes a fraction of the time that inserting them as they come takes. A late key is never
- * above a key inserted before it, so of several records with one key the first still stays.
+ * which takes a fraction of the time that inserting them as they come takes.
+ *
+ * The first record of a key still stays: a late key is below one that is there already, so no line
+ * inserted at once comes after it with the same key, and late lines with one key stay in order.
  * Problems wait with the duplicates that are found last, and are reported in order of the lines.
  */
 class Import {
@@ -184,7 +182,7 @@ void Import::checkKeyLength()
 
 bool Import::isLate() const
 {
-    return !m_lookup.values.empty() && !(m_lookup.values.rbegin()->first < m_lookup.key);
+    return !m_lookup.values.empty() && m_lookup.key < m_lookup.values.rbegin()->first;
 }
 
 void Import::postpone()
