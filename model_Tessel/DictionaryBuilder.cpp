@@ -12,6 +12,7 @@
 #include <QHash>
 #include <QSet>
 #include <QStringBuilder>
+#include <QVector>
 
 #include <algorithm>
 #include <cmath>
@@ -117,7 +118,8 @@ private:
     static void addJoinedLabels(TOxVariable& variable, const QString& text)
     {
         const QChar end = QLatin1Char(text.contains(QLatin1Char('\t')) ? '\t' : '\n');
-        for (const QStringRef& entry : text.splitRef(end, Qt::SkipEmptyParts)) {
+        const QVector<QStringRef> entries = text.splitRef(end, Qt::SkipEmptyParts);
+        for (const QStringRef& entry : entries) {
             const int blank = entry.indexOf(QLatin1Char(' '));
             addLabel(variable, entry.left(blank).toString(),
                 blank < 0 ? QString() : entry.mid(blank + 1).toString());

@@ -1018,7 +1018,8 @@ void tst_DictionaryBuilder::hostsMayRenameFields()
 void tst_DictionaryBuilder::fieldsOfOneNameInTwoRecords()
 {
     const auto source =
-        openText("[Dictionary]\nName=D\n[Record]\nName=R1\nRecordTypeValue='1'\n"
+        openText("[Dictionary]\nName=D\nRecordTypeStart=1\nRecordTypeLen=1\n[Record]\nName="
+                 "R1\nRecordTypeValue='1'\n"
                  "[Item]\nName=A\nStart=2\nLen=1\n[ValueSet]\nName=V1\nValue=1;One\n"
                  "[Record]\nName=R2\nRecordTypeValue='2'\n"
                  "[Item]\nName=A\nStart=5\nLen=1\n[ValueSet]\nName=V2\nValue=2;Two\n");
