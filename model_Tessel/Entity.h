@@ -13,7 +13,7 @@ class TOxVariable;
  * One level of a dictionary's hierarchy, with its variables and the entities below it.
  *
  * Ownership: the lists come with the entity and outlive it, as what they hold does; setters delete
- * nothing, and a copy shares the lists.
+ * nothing, and a copy shares the lists. releaseEntity() deletes a tree with all that it holds.
  */
 class MODEL_TESSEL_EXPORT TOxEntity {
 public:

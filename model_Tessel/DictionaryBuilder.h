@@ -1,0 +1,62 @@
+#pragma once
+
+#include <model_Tessel/Config.h>
+#include <model_Tessel/model_Tessel_global.h>
+
+#include <QVector>
+
+#include <memory>
+
+class TOxDataProvider;
+class TOxEntity;
+
+/*!
+ * \file DictionaryBuilder.h
+ * Builds the dictionary that a database is generated from, and deletes it.
+ */
+
+/*!
+ * A new dictionary with the fields of \a provider, which releaseDictionary() deletes; made in time
+ * linear in the fields and codes.
+ *
+ * Entities: the root has the name of the dictionary or, without one, of its file. Below it stands
+ * one entity for each record type, in the importer's order; records that only fields name come
+ * last.
+ *
+ * Variables: one for each field, in order; an occurrence has its number in digits. Those of no
+ * record are the root's: the identification items, which lead every record and so the columns of
+ * its table, or all fields of a source without records.
+ *
+ * Value labels: those of a CSPro item's first value set with values, special ones too; a range is
+ * one label, "LOW:HIGH". Without an item, those of the field's joined text.
+ *
+ * Ranges, of numbers alone: the ranges and the ordinary codes of that value set where the reading
+ * rules tell them apart, else the field's minimum and maximum. A missing or not-applicable code
+ * that is no number stays 0.
+ *
+ * Sharing: variables of one value set or one joined text have one list of value labels, those of
+ * one value set one list of ranges; to change a single variable's, give it a list of its own.
+ *
+ * \param provider its importer, if it has one, is still there
+ * \param lookups become the dictionary's; each marks the variables of the field or the repeated
+ * item that it is named after
+ */
+MODEL_TESSEL_EXPORT Dictionary* buildDictionary(
+    const TOxDataProvider& provider, const QVector<LookupDictionary>& lookups = {});
+
+/*! Deletes \a entity, all below it, their variables and all that those hold. It may be null. */
+MODEL_TESSEL_EXPORT void releaseEntity(TOxEntity* entity);
+
+/*! Deletes \a dictionary with its tree and all else that it holds. It may be null. */
+MODEL_TESSEL_EXPORT void releaseDictionary(Dictionary* dictionary);
+
+/*! Deletes as releaseDictionary() does. */
+struct DictionaryDeleter {
+    void operator()(Dictionary* dictionary) const
+    {
+        releaseDictionary(dictionary);
+    }
+};
+
+/*! Owns a dictionary with all that it holds. */
+using DictionaryPointer = std::unique_ptr<Dictionary, DictionaryDeleter>;
