@@ -452,6 +452,7 @@ void tst_LookupCommand::longFile()
 {
     constexpr int Count = 200000;
     QByteArray bytes;
+    bytes.reserve(Count * 32);
     for (int i = 0; i < Count; ++i) {
         bytes += QByteArray::number((i * 7919LL) % Count + Count) + "\tvalue "
             + QByteArray::number(i % 1000) + '\n';
@@ -472,6 +473,7 @@ void tst_LookupCommand::progressOnATerminal()
     if (QProcess::execute("script", { "-qec", "true", "/dev/null" }) != 0)
         QSKIP("no terminal can be had here");
     QByteArray bytes;
+    bytes.reserve(1500000 * 24);
     for (int i = 0; i < 1500000; ++i)
         bytes += QByteArray::number(1000000 + i) + ",some value\n";
     const QString file = fileOf(bytes);
