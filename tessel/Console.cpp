@@ -1,5 +1,6 @@
 #include "Console.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
 
@@ -51,6 +52,16 @@ const QCommandLineOption& Console::helpOption()
     static const QCommandLineOption option(
         { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
     return option;
+}
+
+std::optional<int> Console::parseArguments(QCommandLineParser& parser, const QStringList& arguments)
+{
+    if (!parser.parse(arguments))
+        return wrongUsage(parser.errorText());
+    if (!parser.isSet(helpOption()))
+        return std::nullopt;
+    std::fputs(qUtf8Printable(parser.helpText()), stdout);
+    return AllRead;
 }
 
 void Console::setSilent(bool isSilent)

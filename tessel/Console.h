@@ -2,6 +2,11 @@
 
 #include <QCommandLineOption>
 #include <QString>
+#include <QStringList>
+
+#include <optional>
+
+class QCommandLineParser;
 
 /*! Exit statuses of the program. */
 enum ExitStatus {
@@ -29,6 +34,12 @@ int wrongUsage(const QString& text);
 
 /*! The option -h, --help of every command. */
 const QCommandLineOption& helpOption();
+
+/*!
+ * Parses a command's \a arguments. The exit status when the command ends with that: help was asked
+ * for, and shown, or the arguments make no sense.
+ */
+std::optional<int> parseArguments(QCommandLineParser& parser, const QStringList& arguments);
 
 /*! Writes \a text as it is. */
 void print(const QString& text);

@@ -156,12 +156,8 @@ int runExport(const QStringList& arguments)
 {
     QCommandLineParser parser;
     describe(parser);
-    if (!parser.parse(arguments))
-        return Console::wrongUsage(parser.errorText());
-    if (parser.isSet(Console::helpOption())) {
-        std::fputs(qUtf8Printable(parser.helpText()), stdout);
-        return AllRead;
-    }
+    if (const auto status = Console::parseArguments(parser, arguments))
+        return *status;
     ExportOptions options;
     const QString mistake = readOptions(parser, options);
     if (!mistake.isNull())

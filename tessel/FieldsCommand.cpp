@@ -92,12 +92,8 @@ int runFields(const QStringList& arguments)
 {
     QCommandLineParser parser;
     describe(parser);
-    if (!parser.parse(arguments))
-        return Console::wrongUsage(parser.errorText());
-    if (parser.isSet(Console::helpOption())) {
-        std::fputs(qUtf8Printable(parser.helpText()), stdout);
-        return AllRead;
-    }
+    if (const auto status = Console::parseArguments(parser, arguments))
+        return *status;
     FieldsOptions options;
     const QString mistake = readOptions(parser, options);
     if (!mistake.isNull())

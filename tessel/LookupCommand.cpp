@@ -247,12 +247,8 @@ int runLookup(const QStringList& arguments)
 {
     QCommandLineParser parser;
     describe(parser);
-    if (!parser.parse(arguments))
-        return Console::wrongUsage(parser.errorText());
-    if (parser.isSet(Console::helpOption())) {
-        std::fputs(qUtf8Printable(parser.helpText()), stdout);
-        return AllRead;
-    }
+    if (const auto status = Console::parseArguments(parser, arguments))
+        return *status;
     LookupOptions options;
     const QString mistake = readOptions(parser, options);
     if (!mistake.isNull())
