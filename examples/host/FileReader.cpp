@@ -1,0 +1,123 @@
+#include "FileReader.h"
+
+#include <model_Tessel/CSProDataImport.h>
+#include <model_Tessel/DataProvider.h>
+#include <model_Tessel/ErrorManager.h>
+#include <model_Tessel/Record.h>
+#include <model_Tessel/SPSSDataImport.h>
+#include <model_Tessel/STATADataImport.h>
+#include <model_Tessel/SourceField.h>
+#include <model_Tessel/StatDictionary.h>
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+
+#include <memory>
+
+namespace {
+
+// More than any dictionary has; what is larger is a data file of some other kind.
+constexpr qint64 LargestDictionary = 256 * 1024 * 1024;
+
+QString text(const char* source)
+{
+    return QCoreApplication::translate("FileReader", source);
+}
+
+bool isSpss(const QByteArray& head)
+{
+    return head.startsWith("$FL2") || head.startsWith("$FL3");
+}
+
+// Marked text, or the number of an older format, the byte order (1 or 2), and 1.
+bool isStata(const QByteArray& head)
+{
+    if (head.startsWith("<stata_dta>"))
+        return true;
+    if (head.size() < 3)
+        return false;
+    const auto format = static_cast<unsigned char>(head.at(0));
+    return format >= 102 && format <= 116 && (head.at(1) == 1 || head.at(1) == 2)
+        && head.at(2) == 1;
+}
+
+// The source fields and the record tree are the host's; the dictionary has copies.
+template <typename Importer> DictionaryPointer build(Importer& importer)
+{
+    importer.openFile();
+    TOxDataProvider provider;
+    provider.genericGetFieldsFrom(&importer);
+    const std::unique_ptr<TOxRecord> recordTree(provider.recordTree);
+    DictionaryPointer dictionary(buildDictionary(provider));
+    qDeleteAll(*provider.fields);
+    return dictionary;
+}
+
+// The importers of such files tell no errors, so the file is asked for them first.
+template <typename Importer> ReadFile readStatFile(const QString& path, TStatFileKind kind)
+{
+    ReadFile result;
+    const TStatOutcome outcome = readStatOutcome(path, kind);
+    Importer importer(path);
+    result.dictionary = build(importer);
+    if (outcome.isWhole())
+        return result;
+    const bool isEmpty = result.dictionary->getRoot()->getVariables()->isEmpty();
+    result.problem = isEmpty ? text("The file cannot be read.")
+                             : text("The file is damaged; what could be read is shown.");
+    const QStringList details = QStringList(outcome.errorText) + outcome.errorDetails;
+    result.problem += QLatin1Char('\n') + details.join(QLatin1Char('\n')).trimmed();
+    if (isEmpty)
+        result.dictionary.reset();
+    return result;
+}
+
+// The reader is tolerant: any text gives a dictionary, one that is none an empty one.
+bool isDictionary(const TCSPro& cspro)
+{
+    return !cspro.name.isEmpty() || !cspro.records->isEmpty() || !cspro.items->isEmpty();
+}
+
+ReadFile readCSPro(const QString& path, bool asWritten)
+{
+    ReadFile result;
+    TCSProDataImport importer(path);
+    if (asWritten)
+        importer.setReadingRules(CSProReadingRules::asWritten());
+    try {
+        result.dictionary = build(importer);
+        if (!isDictionary(*importer.dictionary)) {
+            result.dictionary.reset();
+            result.problem = text("The file is no dictionary.");
+        }
+    } catch (OxErrorManager* error) {
+        result.problem =
+            error->getErrorMessage().replace(QLatin1String("\r\n"), QLatin1String("\n"));
+        delete error;
+    }
+    delete importer.dictionary; // closes its message box
+    return result;
+}
+
+} // namespace
+
+ReadFile readFile(const QString& path, bool asWritten)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return { nullptr, text("There is no such file.") };
+    QFile file(path);
+    if (!info.isFile() || !file.open(QIODevice::ReadOnly))
+        return { nullptr, text("The file cannot be read.") };
+    if (file.size() == 0)
+        return { nullptr, text("The file is empty.") };
+    const QByteArray head = file.peek(16);
+    if (isSpss(head))
+        return readStatFile<TSPSSDataImport>(path, TStatFileKind::Spss);
+    if (isStata(head))
+        return readStatFile<TSTATADataImport>(path, TStatFileKind::Stata);
+    if (file.size() > LargestDictionary)
+        return { nullptr, text("The file is no dictionary.") };
+    return readCSPro(path, asWritten);
+}

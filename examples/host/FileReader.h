@@ -1,0 +1,19 @@
+#pragma once
+
+#include <model_Tessel/DictionaryBuilder.h>
+
+#include <QString>
+
+/*! What became of reading a file; either may stand alone, or both. */
+struct ReadFile {
+    DictionaryPointer dictionary; /*!< null when there is nothing to show */
+    QString problem; /*!< what the user must know; empty when all went well */
+};
+
+/*!
+ * Reads the dictionary of \a path; what kind of file it is, its content tells.
+ *
+ * \param asWritten a CSPro dictionary is read as it says, and not by the established rules, which
+ * may ask the user
+ */
+ReadFile readFile(const QString& path, bool asWritten);

@@ -1,0 +1,218 @@
+#include "MainWindow.h"
+
+#include "DictionaryModel.h"
+#include "FileReader.h"
+
+#include <model_Tessel/Variable.h>
+
+#include <QAction>
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QTimer>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+namespace {
+
+// The first file among what is dragged; empty when there is none.
+QString localFile(const QMimeData& data)
+{
+    for (const QUrl& url : data.urls()) {
+        if (url.isLocalFile())
+            return url.toLocalFile();
+    }
+    return {};
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget* parent)
+    : QMainWindow(parent)
+    , m_model(new DictionaryModel(this))
+{
+    m_visible.setSourceModel(m_model);
+    m_visible.setRecursiveFilteringEnabled(true);
+    m_visible.setFilterCaseSensitivity(Qt::CaseInsensitive);
+    m_visible.setFilterRole(DictionaryModel::SearchRole);
+    createActions();
+    createWidgets();
+    setAcceptDrops(true);
+    setWindowTitle(tr("Dictionary"));
+    resize(1120, 600);
+    statusBar()->showMessage(tr("Open a file, or drop one here."));
+}
+
+void MainWindow::createActions()
+{
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    QAction* open = file->addAction(tr("&Open..."), this, &MainWindow::chooseFile);
+    open->setObjectName(QStringLiteral("open"));
+    open->setShortcut(QKeySequence::Open);
+    QAction* quit = file->addAction(tr("&Quit"), this, &QWidget::close);
+    quit->setShortcut(QKeySequence::Quit);
+
+    m_asWritten = menuBar()->addMenu(tr("&Reading"))->addAction(tr("As &written"));
+    m_asWritten->setObjectName(QStringLiteral("asWritten"));
+    m_asWritten->setToolTip(tr("Read what a CSPro dictionary says; else by the established rules"));
+    m_asWritten->setCheckable(true);
+    m_asWritten->setChecked(true);
+    connect(m_asWritten, &QAction::toggled, this, &MainWindow::readAgain);
+}
+
+void MainWindow::createWidgets()
+{
+    m_filter = new QLineEdit;
+    m_filter->setObjectName(QStringLiteral("filter"));
+    m_filter->setPlaceholderText(tr("Search names and labels"));
+    m_filter->setClearButtonEnabled(true);
+    m_filter->setAcceptDrops(false); // a file dropped here is for the window
+    connect(m_filter, &QLineEdit::textChanged, this, &MainWindow::filter);
+    createTree();
+
+    auto* splitter = new QSplitter;
+    splitter->addWidget(m_tree);
+    splitter->addWidget(createLabels());
+    splitter->setStretchFactor(0, 1);
+    splitter->setSizes({ 820, 300 });
+
+    auto* central = new QWidget;
+    auto* layout = new QVBoxLayout(central);
+    layout->addWidget(m_filter);
+    layout->addWidget(splitter, 1);
+    setCentralWidget(central);
+}
+
+void MainWindow::createTree()
+{
+    m_tree = new QTreeView;
+    m_tree->setObjectName(QStringLiteral("tree"));
+    m_tree->setModel(&m_visible);
+    m_tree->setUniformRowHeights(true);
+    m_tree->setAlternatingRowColors(true);
+    QHeaderView& header = *m_tree->header();
+    header.setStretchLastSection(false);
+    header.resizeSection(DictionaryModel::NameColumn, 250);
+    header.setSectionResizeMode(DictionaryModel::LabelColumn, QHeaderView::Stretch);
+    for (int column = DictionaryModel::TypeColumn; column < DictionaryModel::ColumnCount; ++column)
+        header.resizeSection(column, 72);
+    header.resizeSection(DictionaryModel::TypeColumn, 90);
+    connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
+        &MainWindow::showLabels);
+}
+
+QWidget* MainWindow::createLabels()
+{
+    m_labelsTitle = new QLabel(tr("Value labels"));
+    m_labelsTitle->setObjectName(QStringLiteral("labelsTitle"));
+    m_labelsTitle->setTextFormat(Qt::PlainText);
+    m_labels = new QTableWidget(0, 2);
+    m_labels->setObjectName(QStringLiteral("valueLabels"));
+    m_labels->setHorizontalHeaderLabels({ tr("Code"), tr("Label") });
+    m_labels->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_labels->verticalHeader()->hide();
+    m_labels->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    m_labels->horizontalHeader()->setStretchLastSection(true);
+    m_labels->setColumnWidth(0, 70);
+
+    auto* panel = new QWidget;
+    auto* layout = new QVBoxLayout(panel);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_labelsTitle);
+    layout->addWidget(m_labels);
+    return panel;
+}
+
+bool MainWindow::openPath(const QString& path)
+{
+    ReadFile read = readFile(path, m_asWritten->isChecked());
+    const bool isRead = read.dictionary != nullptr;
+    if (isRead) {
+        m_model->setDictionary(std::move(read.dictionary));
+        m_path = path;
+        m_tree->expandAll();
+        showLabels({});
+        setWindowTitle(tr("%1 - Dictionary").arg(QFileInfo(path).fileName()));
+        statusBar()->showMessage(tr("%1 entities, %2 variables")
+                                     .arg(m_model->entityCount())
+                                     .arg(m_model->variableCount()));
+    }
+    if (!read.problem.isEmpty())
+        tellProblem(path, read.problem);
+    return isRead;
+}
+
+void MainWindow::tellProblem(const QString& path, const QString& problem)
+{
+    QMessageBox box(QMessageBox::Warning, tr("Dictionary"),
+        QDir::toNativeSeparators(path) + QLatin1Char('\n') + problem, QMessageBox::Ok, this);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+}
+
+void MainWindow::chooseFile()
+{
+    const QString path =
+        QFileDialog::getOpenFileName(this, tr("Open a dictionary"), QFileInfo(m_path).path(),
+            tr("Dictionaries and data files (*.dcf *.sav *.zsav *.dta);;All files (*)"));
+    if (!path.isEmpty())
+        openPath(path);
+}
+
+// The action always says how the dictionary that is shown was read.
+void MainWindow::readAgain()
+{
+    if (m_path.isEmpty() || openPath(m_path))
+        return;
+    const QSignalBlocker blocker(m_asWritten);
+    m_asWritten->toggle();
+}
+
+void MainWindow::filter(const QString& text)
+{
+    m_visible.setFilterFixedString(text);
+    m_tree->expandAll();
+}
+
+void MainWindow::showLabels(const QModelIndex& index)
+{
+    const TOxVariable* variable = m_model->variable(m_visible.mapToSource(index));
+    m_labelsTitle->setText(
+        variable ? tr("Value labels of %1").arg(variable->getName()) : tr("Value labels"));
+    m_labels->setRowCount(0);
+    if (!variable)
+        return;
+    const QList<ValueLabelElement*>& labels = *variable->getValueLabelElementList();
+    m_labels->setRowCount(labels.size());
+    for (int row = 0; row < labels.size(); ++row) {
+        m_labels->setItem(row, 0, new QTableWidgetItem(labels.at(row)->getValue()));
+        m_labels->setItem(row, 1, new QTableWidgetItem(labels.at(row)->getLabel()));
+    }
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!localFile(*event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+// The program that the file comes from waits for this to return, so the file is opened after it.
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    const QString path = localFile(*event->mimeData());
+    if (path.isEmpty())
+        return;
+    event->acceptProposedAction();
+    QTimer::singleShot(0, this, [this, path] { openPath(path); });
+}

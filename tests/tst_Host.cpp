@@ -1,0 +1,433 @@
+#include "DictionaryModel.h"
+#include "FileReader.h"
+#include "MainWindow.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemModelTester>
+#include <QAction>
+#include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLoggingCategory>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QTreeView>
+#include <QtTest>
+
+namespace {
+
+QString example(const QString& name)
+{
+    return QString(TESSEL_EXAMPLES "/") + name;
+}
+
+QString fixture(const QString& name)
+{
+    return QString(TESSEL_TEST_DATA "/") + name;
+}
+
+// Presses a button of every message box and keeps what the boxes said.
+class BoxUser : public QObject {
+public:
+    explicit BoxUser(QMessageBox::StandardButton button = QMessageBox::Ok)
+    {
+        connect(&m_timer, &QTimer::timeout, this, [this, button] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box)
+                return;
+            texts << box->text();
+            buttons = box->standardButtons();
+            if (QAbstractButton* pressed = box->button(button))
+                pressed->click();
+            else
+                box->reject();
+        });
+        m_timer.start(1);
+    }
+
+    QStringList texts;
+    QMessageBox::StandardButtons buttons;
+
+private:
+    QTimer m_timer;
+};
+
+// The window and what a user sees of it.
+class Host {
+public:
+    Host()
+    {
+        window.show();
+    }
+
+    bool open(const QString& path)
+    {
+        return window.openPath(path);
+    }
+
+    template <typename Widget> Widget& get(const char* name)
+    {
+        return *window.findChild<Widget*>(name);
+    }
+
+    QAbstractItemModel& tree()
+    {
+        return *get<QTreeView>("tree").model();
+    }
+
+    QModelIndex root()
+    {
+        return tree().index(0, 0);
+    }
+
+    QModelIndex find(const QString& name)
+    {
+        return tree()
+            .match(root(), Qt::DisplayRole, name, 1, Qt::MatchExactly | Qt::MatchRecursive)
+            .value(0);
+    }
+
+    // The cells of a row, separated by "|".
+    QString row(const QModelIndex& index)
+    {
+        QStringList cells;
+        for (int column = 0; column < tree().columnCount(); ++column)
+            cells << index.sibling(index.row(), column).data().toString();
+        return cells.join('|');
+    }
+
+    QStringList names(const QModelIndex& parent)
+    {
+        QStringList list;
+        for (int row = 0; row < tree().rowCount(parent); ++row)
+            list << tree().index(row, 0, parent).data().toString();
+        return list;
+    }
+
+    void select(const QString& name)
+    {
+        get<QTreeView>("tree").setCurrentIndex(find(name));
+    }
+
+    // The value labels as "code=label".
+    QStringList labels()
+    {
+        const auto& table = get<QTableWidget>("valueLabels");
+        QStringList list;
+        for (int row = 0; row < table.rowCount(); ++row)
+            list << table.item(row, 0)->text() + '=' + table.item(row, 1)->text();
+        return list;
+    }
+
+    MainWindow window;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(QMessageBox::StandardButton)
+
+class tst_Host : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void startsEmpty();
+    void tree();
+    void filter();
+    void valueLabels();
+    void statFiles();
+    void openDialog();
+    void drop();
+    void dropOfOtherThings();
+    void problems_data();
+    void problems();
+    void damagedStatFile();
+    void decimalQuestion_data();
+    void decimalQuestion();
+    void readAgain();
+    void model();
+    void picture();
+};
+
+void tst_Host::initTestCase()
+{
+    QLoggingCategory::setFilterRules("default.debug=false");
+}
+
+void tst_Host::startsEmpty()
+{
+    Host host;
+    QCOMPARE(host.tree().rowCount(), 0);
+    QVERIFY(host.labels().isEmpty());
+    QVERIFY(host.get<QAction>("asWritten").isChecked());
+    host.get<QLineEdit>("filter").setText("age");
+    QCOMPARE(host.tree().rowCount(), 0);
+}
+
+void tst_Host::tree()
+{
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    QCOMPARE(host.window.windowTitle(), QString("census.dcf - Dictionary"));
+    QCOMPARE(host.tree().rowCount(), 1);
+    QCOMPARE(
+        host.row(host.root()), QString("CENSUS_DICT|Population and housing census of Velmora||||"));
+    QCOMPARE(host.names(host.root()),
+        QStringList({ "PROVINCE", "DISTRICT", "EA", "HOUSEHOLD_NUMBER", "HOUSEHOLD", "PERSON",
+            "LIVESTOCK" }));
+    QCOMPARE(host.row(host.find("PERSON")), QString("PERSON|Person|record 2|||"));
+    QCOMPARE(host.row(host.find("PROVINCE")), QString("PROVINCE|Province|integer|2|2|6"));
+    QCOMPARE(host.row(host.find("EA")), QString("EA|Enumeration area|integer|7|4|"));
+    QCOMPARE(host.find("SEX").parent(), host.find("PERSON"));
+    QVERIFY(host.get<QTreeView>("tree").isExpanded(host.find("PERSON")));
+}
+
+void tst_Host::filter()
+{
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    auto& filter = host.get<QLineEdit>("filter");
+    QTest::keyClicks(&filter, "birth_y");
+    QCOMPARE(host.names(host.root()), QStringList({ "PERSON" }));
+    QCOMPARE(host.names(host.find("PERSON")), QStringList({ "BIRTH_YEAR" }));
+    QVERIFY(host.get<QTreeView>("tree").isExpanded(host.find("PERSON")));
+    filter.clear();
+    QTest::keyClicks(&filter, "OUTER WALLS"); // of a label
+    QCOMPARE(host.names(host.root()), QStringList({ "HOUSEHOLD" }));
+    QCOMPARE(host.names(host.find("HOUSEHOLD")), QStringList({ "WALLS" }));
+    filter.setText("integer"); // is in another column
+    QCOMPARE(host.tree().rowCount(), 0);
+    filter.setText("[");
+    QCOMPARE(host.tree().rowCount(), 0);
+    filter.clear();
+    QCOMPARE(host.names(host.root()).size(), 7);
+}
+
+void tst_Host::valueLabels()
+{
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    host.select("URBAN_RURAL");
+    QCOMPARE(host.labels(), QStringList({ "1=Urban", "2=Rural" }));
+    QCOMPARE(host.get<QLabel>("labelsTitle").text(), QString("Value labels of URBAN_RURAL"));
+    host.select("PERSONS");
+    QCOMPARE(host.labels(), QStringList({ "1:20=Persons" }));
+    host.select("EA");
+    QVERIFY(host.labels().isEmpty());
+    host.select("URBAN_RURAL");
+    host.select("PERSON");
+    QVERIFY(host.labels().isEmpty());
+    QCOMPARE(host.get<QLabel>("labelsTitle").text(), QString("Value labels"));
+    host.select("URBAN_RURAL");
+    QVERIFY(host.open(example("census.dcf")));
+    QVERIFY(host.labels().isEmpty());
+}
+
+void tst_Host::statFiles()
+{
+    Host host;
+    QVERIFY(host.open(example("household.sav")));
+    QCOMPARE(host.tree().rowCount(), 1);
+    QVERIFY(host.find("URBAN_RURAL").isValid());
+    host.select("URBAN_RURAL");
+    QCOMPARE(host.labels().size(), 2);
+    QVERIFY(host.labels().first().endsWith("=Urban"));
+    QVERIFY(host.open(example("person.dta")));
+    QVERIFY(!host.find("URBAN_RURAL").isValid());
+    QVERIFY(host.labels().isEmpty());
+    host.select("SEX");
+    QVERIFY(host.labels().size() >= 2);
+}
+
+void tst_Host::openDialog()
+{
+    Host host;
+    QTimer user;
+    connect(&user, &QTimer::timeout, &host.window, [] {
+        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        dialog->selectFile(example("census.dcf"));
+        QMetaObject::invokeMethod(dialog, "accept");
+    });
+    user.start(20);
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    host.get<QAction>("open").trigger();
+    QVERIFY(host.find("SEX").isValid());
+}
+
+void tst_Host::drop()
+{
+    Host host;
+    QMimeData data;
+    data.setUrls(
+        { QUrl("https://velmora.example/census.dcf"), QUrl::fromLocalFile(example("census.dcf")) });
+    QDragEnterEvent enter({ 9, 9 }, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&host.window, &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop({ 9, 9 }, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&host.window, &drop);
+    QVERIFY(drop.isAccepted());
+    QTRY_VERIFY(host.find("SEX").isValid());
+}
+
+void tst_Host::dropOfOtherThings()
+{
+    Host host;
+    QMimeData data;
+    data.setText("census.dcf");
+    data.setUrls({ QUrl("https://velmora.example/census.dcf") });
+    QDragEnterEvent enter({ 9, 9 }, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    enter.ignore();
+    QApplication::sendEvent(&host.window, &enter);
+    QVERIFY(!enter.isAccepted());
+}
+
+void tst_Host::problems_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("problem");
+
+    QTest::newRow("missing") << fixture("nowhere.dcf") << "There is no such file.";
+    QTest::newRow("folder") << fixture("") << "The file cannot be read.";
+    QTest::newRow("empty") << fixture("empty.dcf") << "The file is empty.";
+    QTest::newRow("text") << fixture("not_a_dictionary.txt") << "The file is no dictionary.";
+    QTest::newRow("data") << example("census.dat") << "The file is no dictionary.";
+    QTest::newRow("damaged JSON") << "{\n\"name\": "
+                                  << "Invalid contents in line";
+    QTest::newRow("SPSS header alone") << "$FL2"
+                                       << "The file cannot be read.";
+    QTest::newRow("Stata header alone") << "\x72\x02\x01"
+                                        << "The file cannot be read.";
+}
+
+// A path without a slash is the content of a file.
+void tst_Host::problems()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, problem);
+    QTemporaryDir folder;
+    if (!path.contains('/')) {
+        QFile file(folder.filePath("file"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(path.toLatin1());
+        path = file.fileName();
+    }
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    BoxUser user;
+    QVERIFY(!host.open(path));
+    QCOMPARE(user.texts.size(), 1);
+    QVERIFY2(user.texts.first().startsWith(path), qPrintable(user.texts.first()));
+    QVERIFY2(user.texts.first().contains(problem), qPrintable(user.texts.first()));
+    QVERIFY(host.find("SEX").isValid()); // what was open stays
+}
+
+void tst_Host::damagedStatFile()
+{
+    QFile whole(example("person.dta"));
+    QVERIFY(whole.open(QIODevice::ReadOnly));
+    const QByteArray bytes = whole.readAll();
+    QTemporaryDir folder;
+    QFile cut(folder.filePath("cut.dta"));
+    QVERIFY(cut.open(QIODevice::WriteOnly));
+    cut.write(bytes.left(bytes.indexOf("<value_labels>") + 40));
+    cut.close();
+    Host host;
+    BoxUser user;
+    QVERIFY(host.open(cut.fileName()));
+    QCOMPARE(user.texts.size(), 1);
+    QVERIFY2(user.texts.first().contains("is damaged"), qPrintable(user.texts.first()));
+    QVERIFY(host.find("SEX").isValid());
+}
+
+void tst_Host::decimalQuestion_data()
+{
+    QTest::addColumn<QMessageBox::StandardButton>("button");
+    QTest::addColumn<int>("questions");
+    QTest::addColumn<QStringList>("labels");
+
+    QTest::newRow("yes to all") << QMessageBox::YesToAll << 1
+                                << QStringList({ "0=Half an hour", "1=An hour" });
+    QTest::newRow("no to all") << QMessageBox::NoToAll << 1 << QStringList();
+    QTest::newRow("no") << QMessageBox::No << 2 << QStringList();
+}
+
+void tst_Host::decimalQuestion()
+{
+    QFETCH(QMessageBox::StandardButton, button);
+    QFETCH(int, questions);
+    Host host;
+    host.get<QAction>("asWritten").trigger();
+    QVERIFY(!host.get<QAction>("asWritten").isChecked());
+    BoxUser user(button);
+    QVERIFY(host.open(fixture("decimals.dcf")));
+    QCOMPARE(user.texts.size(), questions);
+    QCOMPARE(user.buttons,
+        QMessageBox::Yes | QMessageBox::YesToAll | QMessageBox::No | QMessageBox::NoToAll);
+    host.select("HOURS");
+    QTEST(host.labels(), "labels");
+}
+
+void tst_Host::readAgain()
+{
+    Host host;
+    BoxUser user(QMessageBox::NoToAll);
+    QVERIFY(host.open(fixture("decimals.dcf")));
+    QVERIFY(user.texts.isEmpty());
+    host.select("HOURS");
+    QCOMPARE(host.labels(), QStringList({ "0.5=Half an hour", "1=An hour" }));
+    host.get<QAction>("asWritten").trigger();
+    QCOMPARE(user.texts.size(), 1);
+    host.select("HOURS");
+    QVERIFY(host.labels().isEmpty());
+
+    host.get<QAction>("asWritten").trigger();
+    QVERIFY(host.open(fixture("json_household.dcf")));
+    user.texts.clear();
+    host.get<QAction>("asWritten").trigger(); // the established rules read no JSON
+    QCOMPARE(user.texts.size(), 1);
+    QVERIFY(host.get<QAction>("asWritten").isChecked());
+    QCOMPARE(host.tree().rowCount(), 1);
+}
+
+void tst_Host::model()
+{
+    DictionaryModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    for (const QString name : { "census.dcf", "person.sav" }) {
+        ReadFile read = readFile(example(name), true);
+        QVERIFY(read.problem.isEmpty());
+        model.setDictionary(std::move(read.dictionary));
+        QVERIFY(!model.variable(model.index(0, 0)));
+        QVERIFY(model.variable(model.index(0, 0, model.index(0, 0))));
+    }
+    QCOMPARE(model.entityCount(), 1);
+    model.setDictionary(nullptr);
+    QCOMPARE(model.rowCount(), 0);
+}
+
+// Made for the documentation, when a path is named.
+void tst_Host::picture()
+{
+    const QString path = qEnvironmentVariable("TESSEL_HOST_PICTURE");
+    if (path.isEmpty())
+        QSKIP("no path is named");
+    Host host;
+    QVERIFY(QTest::qWaitForWindowExposed(&host.window));
+    QVERIFY(host.open(example("census.dcf")));
+    host.select("WALLS");
+    const QImage image = host.window.grab().toImage();
+    QVERIFY(
+        image.convertToFormat(QImage::Format_Indexed8, Qt::ThresholdDither).save(path, "PNG", 0));
+}
+
+QTEST_MAIN(tst_Host)
+
+#include "tst_Host.moc"
