@@ -5,7 +5,11 @@
 #include <model_Tessel/CSProValueSet.h>
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/DataProvider.h>
+#include <model_Tessel/Record.h>
+#include <model_Tessel/SPSSDataImport.h>
+#include <model_Tessel/STATADataImport.h>
 #include <model_Tessel/SourceField.h>
+#include <model_Tessel/StatDictionary.h>
 #include <model_Tessel/Variable.h>
 
 #include <QFileInfo>
@@ -80,6 +84,15 @@ public:
         }
     }
 
+    // Those of one label set; its number is below 0 where there is none.
+    void takeLabels(TOxVariable& variable, const QVector<TStatLabelSet>& sets, int set)
+    {
+        if (set < 0 || sharesLabels(variable, m_labelsOfNumberedSets[set]))
+            return;
+        for (const TStatLabelledValue& entry : sets.at(set).labels)
+            addLabel(variable, entry.value.text, entry.label);
+    }
+
     void takeRanges(
         MetadataVariables& metadata, const TOxSourceField& source, const TCSProItem* item)
     {
@@ -151,8 +164,90 @@ private:
 
     const TCSPro* m_cspro; // what the importer read; null for other importers
     QHash<const TCSProValueSet*, QList<ValueLabelElement*>*> m_labelsOfSets;
+    QHash<int, QList<ValueLabelElement*>*> m_labelsOfNumberedSets;
     QHash<QString, QList<ValueLabelElement*>*> m_labelsOfTexts;
     QHash<const TCSProValueSet*, QList<Range*>*> m_rangesOfSets; // null: it has none
+};
+
+// The variables of an SPSS or Stata file as it is written.
+class WrittenFields : public TOxDataProvider {
+public:
+    WrittenFields(TDataImport& unopened, const TStatFileDescription& file)
+        : m_file(file)
+    {
+        genericGetFieldsFrom(&unopened);
+        setDataProviderLabel(file.fileLabel);
+        fields->reserve(file.variables.size());
+        for (const TStatVariableDescription& variable : file.variables) {
+            auto* field = new TOxSourceField;
+            fields->append(field);
+            field->fieldName = variable.name;
+            field->fieldLabel = variable.label;
+            field->setFieldType(variable.typeName(file.kind));
+            field->length = variable.width(file.kind);
+            field->decimals = variable.decimals();
+            field->dataProviderId = dataProviderId;
+            takeMissing(*field, variable);
+            takeBounds(*field, variable);
+        }
+    }
+
+    ~WrittenFields() override
+    {
+        qDeleteAll(*fields);
+        delete recordTree->references;
+        delete recordTree;
+    }
+
+private:
+    Q_DISABLE_COPY(WrittenFields)
+
+    using Bounds = std::pair<QString, QString>;
+
+    static void takeMissing(TOxSourceField& field, const TStatVariableDescription& variable)
+    {
+        const auto single =
+            std::find_if(variable.missingRanges.cbegin(), variable.missingRanges.cend(),
+                [](const TStatMissingRange& range) { return range.low.text == range.high.text; });
+        if (single != variable.missingRanges.cend())
+            field.missingValue = single->low.text;
+    }
+
+    // Variables of one label set and the same missing values have the same bounds. Where labels mark
+    // some values of a scale alone they bound nothing.
+    void takeBounds(TOxSourceField& field, const TStatVariableDescription& variable)
+    {
+        if (variable.labelSet < 0 || variable.isString()
+            || variable.measure == READSTAT_MEASURE_SCALE)
+            return;
+        QString key = QString::number(variable.labelSet);
+        for (const TStatMissingRange& range : variable.missingRanges)
+            key += QLatin1Char(' ') % range.low.text % QLatin1Char(' ') % range.high.text;
+        auto known = m_bounds.constFind(key);
+        if (known == m_bounds.constEnd())
+            known = m_bounds.insert(key, boundsOf(variable));
+        field.minValue = known->first;
+        field.maxValue = known->second;
+    }
+
+    Bounds boundsOf(const TStatVariableDescription& variable) const
+    {
+        const TStatValue* lowest = nullptr;
+        const TStatValue* highest = nullptr;
+        for (const TStatLabelledValue& entry : m_file.labelSets.at(variable.labelSet).labels) {
+            const TStatValue& value = entry.value;
+            if (variable.isMissing(value))
+                continue;
+            if (!lowest || value.number < lowest->number)
+                lowest = &value;
+            if (!highest || value.number > highest->number)
+                highest = &value;
+        }
+        return lowest != highest ? Bounds(lowest->text, highest->text) : Bounds();
+    }
+
+    const TStatFileDescription& m_file;
+    QHash<QString, Bounds> m_bounds;
 };
 
 const TCSPro* csproOf(const TDataImport* importer)
@@ -163,10 +258,14 @@ const TCSPro* csproOf(const TDataImport* importer)
 
 class Builder {
 public:
-    Builder(const TOxDataProvider& provider, const QVector<LookupDictionary>& lookups)
+    // The file is what the provider's fields were made of, variable by variable; null: something
+    // else.
+    Builder(const TOxDataProvider& provider, const QVector<LookupDictionary>& lookups,
+        const TStatFileDescription* file = nullptr)
         : m_provider(provider)
         , m_importer(provider.getImportData())
         , m_cspro(csproOf(m_importer))
+        , m_file(file)
         , m_codes(m_cspro)
     {
         addLookups(lookups);
@@ -221,6 +320,10 @@ private:
             names.prepend(m_cspro->name);
             label = m_cspro->labelText(m_cspro->label);
             root().setDocumentationEntity(m_cspro->note());
+        }
+        if (m_file) {
+            root().setDocumentationEntity(m_file->notes.join(QLatin1Char('\n')));
+            root().setNrElements(std::max<qint64>(m_file->rowCount, 0));
         }
         names.removeAll(QString());
         root().setName(names.value(0));
@@ -281,7 +384,11 @@ private:
                 &entity == &root() ? source.record : entity.getName());
             if (item)
                 describeItem(*variable, *item);
-            m_codes.takeLabels(*variable, source, item);
+            if (m_file)
+                m_codes.takeLabels(
+                    *variable, m_file->labelSets, m_file->variables.at(index).labelSet);
+            else
+                m_codes.takeLabels(*variable, source, item);
             if (source.getFieldType() != TypeNameString)
                 m_codes.takeRanges(*variable->getMetadataVariables(), source, item);
         }
@@ -361,6 +468,7 @@ private:
     const TOxDataProvider& m_provider;
     TDataImport* m_importer;
     const TCSPro* m_cspro; // what the importer read; null for other importers
+    const TStatFileDescription* m_file;
     Codes m_codes;
     DictionaryPointer m_dictionary { new Dictionary };
     QSet<QString> m_lookupNames;
@@ -425,6 +533,19 @@ Dictionary* buildDictionary(
     const TOxDataProvider& provider, const QVector<LookupDictionary>& lookups)
 {
     return Builder(provider, lookups).build().release();
+}
+
+Dictionary* buildDictionary(
+    const TStatFileDescription& file, const QVector<LookupDictionary>& lookups)
+{
+    std::unique_ptr<TDataImport> importer;
+    if (file.kind == TStatFileKind::Spss)
+        importer = std::make_unique<TSPSSDataImport>(file.path);
+    else
+        importer = std::make_unique<TSTATADataImport>(file.path);
+    const std::unique_ptr<QList<TGenericField*>> noFields(importer->fields);
+    const WrittenFields provider(*importer, file);
+    return Builder(provider, lookups, &file).build().release();
 }
 
 void releaseEntity(TOxEntity* entity)

@@ -9,6 +9,7 @@
 
 class TOxDataProvider;
 class TOxEntity;
+struct TStatFileDescription;
 
 /*!
  * \file DictionaryBuilder.h
@@ -43,6 +44,18 @@ class TOxEntity;
  */
 MODEL_TESSEL_EXPORT Dictionary* buildDictionary(
     const TOxDataProvider& provider, const QVector<LookupDictionary>& lookups = {});
+
+/*!
+ * The same for an SPSS or Stata file as readStatDescription() describes it, with what the fields of
+ * its importer do not have: widths and types by the formats, the labels of every value, decimal
+ * ones and those of long strings too, and missing values.
+ *
+ * The root has the file's rows as elements and its notes as documentation. The files tell no
+ * ranges; that of a number is the one of its labelled values, without the missing ones, when there
+ * are two or more and it is no scale. Its missing code is the first single one.
+ */
+MODEL_TESSEL_EXPORT Dictionary* buildDictionary(
+    const TStatFileDescription& file, const QVector<LookupDictionary>& lookups = {});
 
 /*! Deletes \a entity, all below it, their variables and all that those hold. It may be null. */
 MODEL_TESSEL_EXPORT void releaseEntity(TOxEntity* entity);

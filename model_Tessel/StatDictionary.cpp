@@ -1,10 +1,12 @@
 #include <model_Tessel/StatDictionary.h>
 
+#include <model_Tessel/Constants.h>
 #include <model_Tessel/StatParser_p.h>
 
 #include <QByteArray>
 #include <QHash>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -99,12 +101,12 @@ QVector<TStatMissingRange> missingRangesOf(const readstat_variable_t& variable)
     return ranges;
 }
 
-// Collects what one parse reports. Its callbacks come in another order for each kind of file.
 QString messageOf(readstat_error_t error)
 {
     return error == READSTAT_OK ? QString() : QString::fromUtf8(readstat_error_message(error));
 }
 
+// Collects what one parse reports. Its callbacks come in another order for each kind of file.
 class DescriptionReader {
 public:
     enum class Scope { WithoutValueLabels, All };
@@ -151,6 +153,8 @@ TStatFileDescription DescriptionReader::read(const QString& path, TStatFileKind 
         m_result.outcome.endsEarly = parser.fileEndedEarly();
     }
     m_guard.rethrow();
+    m_result.path = path;
+    m_result.kind = kind;
     m_result.outcome.errorText = messageOf(m_result.outcome.error);
     join(kind);
     return m_result;
@@ -250,6 +254,39 @@ int DescriptionReader::setOf(const QByteArray& name) const
     return name.isNull() ? -1 : m_sets.value(name, -1);
 }
 
+// The width and the decimals in a format, for example 8 and 2 in "F8.2" and "%8.2f".
+struct FormatNumbers {
+    int width = 0;
+    int decimals = 0;
+
+    explicit FormatNumbers(const QString& format)
+    {
+        const auto isDigit = [](QChar character) { return character.isDigit(); };
+        const auto start = std::find_if(format.begin(), format.end(), isDigit);
+        const auto point = std::find_if_not(start, format.end(), isDigit);
+        width = QString(start, int(point - start)).toInt();
+        if (point != format.end() && (*point == QLatin1Char('.') || *point == QLatin1Char(','))) {
+            const auto end = std::find_if_not(point + 1, format.end(), isDigit);
+            decimals = QString(point + 1, int(end - point - 1)).toInt();
+        }
+    }
+};
+
+bool isWhole(const TStatVariableDescription& variable, TStatFileKind kind)
+{
+    switch (variable.type) {
+    case READSTAT_TYPE_INT8:
+    case READSTAT_TYPE_INT16:
+    case READSTAT_TYPE_INT32:
+        return true;
+    default:
+        break;
+    }
+    const bool isPlain = variable.format.startsWith(QLatin1Char('F'))
+        || variable.format.startsWith(QLatin1Char('N'));
+    return kind == TStatFileKind::Spss && isPlain && FormatNumbers(variable.format).decimals == 0;
+}
+
 int skipValueLabel(const char*, readstat_value_t, const char*, void*)
 {
     return READSTAT_HANDLER_OK;
@@ -261,6 +298,48 @@ int skipVariable(int, readstat_variable_t*, const char*, void*)
 }
 
 } // namespace
+
+bool TStatVariableDescription::isString() const
+{
+    return type == READSTAT_TYPE_STRING || type == READSTAT_TYPE_STRING_REF;
+}
+
+QString TStatVariableDescription::typeName(TStatFileKind kind) const
+{
+    if (isString())
+        return TypeNameString;
+    return isWhole(*this, kind) ? TypeNameInteger : TypeNameReal;
+}
+
+// Storage is padded, and the format of a string ends at 255 where the string is longer.
+int TStatVariableDescription::width(TStatFileKind kind) const
+{
+    constexpr quint64 LongestFormat = 255;
+    const int formatWidth = FormatNumbers(format).width;
+    if (isString() && kind == TStatFileKind::Stata) // libreadstat counts a null at the end
+        return int(std::max<quint64>(storageWidth, 1) - 1);
+    if (isString() && userWidth > LongestFormat)
+        return int(userWidth);
+    return formatWidth > 0 ? formatWidth : displayWidth;
+}
+
+int TStatVariableDescription::decimals() const
+{
+    return isString() ? 0 : FormatNumbers(format).decimals;
+}
+
+bool TStatVariableDescription::isMissing(const TStatValue& value) const
+{
+    if (value.tag != '\0' || value.isSystemMissing)
+        return true;
+    const bool isText = value.type == READSTAT_TYPE_STRING;
+    return std::any_of(
+        missingRanges.cbegin(), missingRanges.cend(), [&](const TStatMissingRange& range) {
+            if (isText)
+                return range.low.text.trimmed() == value.text.trimmed();
+            return value.number >= range.low.number && value.number <= range.high.number;
+        });
+}
 
 TStatOutcome readStatOutcome(const QString& path, TStatFileKind kind)
 {

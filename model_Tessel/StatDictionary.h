@@ -57,7 +57,7 @@ struct TStatMissingRange {
 };
 
 /*! One variable as the file has it. */
-struct TStatVariableDescription {
+struct MODEL_TESSEL_EXPORT TStatVariableDescription {
     QString name;
     QString label;
     readstat_type_t type = READSTAT_TYPE_DOUBLE;
@@ -70,6 +70,19 @@ struct TStatVariableDescription {
     QVector<TStatMissingRange> missingRanges; /*!< in the order of the file */
     QString labelSetName; /*!< empty: no value labels */
     int labelSet = -1; /*!< index in \c labelSets of the file; -1: the file has no such set */
+
+    bool isString() const;
+    /*!
+     * "STRING", "REAL" or "INTEGER". SPSS has no whole numbers of its own; those shown without
+     * decimals are taken for them, dates are not.
+     */
+    QString typeName(TStatFileKind kind) const;
+    /*! Width of a value in characters, as the format shows it; 0: not told. */
+    int width(TStatFileKind kind) const;
+    /*! Decimal places that the format shows. */
+    int decimals() const;
+    /*! True for a value of \c missingRanges, a tagged missing value and no number at all. */
+    bool isMissing(const TStatValue& value) const;
 };
 
 /*! How the reading of a file ended. */
@@ -88,6 +101,8 @@ struct TStatOutcome {
 
 /*! What a file says of itself. */
 struct TStatFileDescription {
+    QString path; /*!< as it was given */
+    TStatFileKind kind = TStatFileKind::Spss; /*!< as it was read */
     QString fileLabel;
     QString encoding; /*!< name of the encoding of its texts; empty: not told */
     int formatVersion = 0;

@@ -40,6 +40,9 @@ int childMain(const QStringList& arguments)
 
 } // namespace
 
+Q_DECLARE_METATYPE(TStatFileKind)
+Q_DECLARE_METATYPE(readstat_type_t)
+
 class TestStatDictionary : public QObject {
     Q_OBJECT
 
@@ -55,6 +58,9 @@ private slots:
     void widthsAndFormats();
     void variableTypesOfStata_data();
     void variableTypesOfStata();
+    void typesWidthsAndDecimals_data();
+    void typesWidthsAndDecimals();
+    void missingValues();
     void labelValuesAreExact_data();
     void labelValuesAreExact();
     void taggedValuesKeepTheirTags();
@@ -280,6 +286,93 @@ void TestStatDictionary::variableTypesOfStata()
     const TStatFileDescription description = written(writer, TStatFileKind::Stata);
     QCOMPARE(int(description.variables.at(0).type), type);
     QCOMPARE(description.variables.at(0).storageWidth, quint64(storageWidth));
+}
+
+void TestStatDictionary::typesWidthsAndDecimals_data()
+{
+    QTest::addColumn<TStatFileKind>("kind");
+    QTest::addColumn<readstat_type_t>("type");
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<QString>("typeName");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("decimals");
+    constexpr auto Spss = TStatFileKind::Spss;
+    constexpr auto Stata = TStatFileKind::Stata;
+    const auto row = [](TStatFileKind kind, readstat_type_t type,
+                         const char* format) -> QTestData& {
+        return QTest::addRow("%s of %s, type %d", format, kind == Spss ? "SPSS" : "Stata", type)
+            << kind << type << QString(format);
+    };
+    row(Spss, READSTAT_TYPE_DOUBLE, "F3.0") << "INTEGER" << 3 << 0;
+    row(Spss, READSTAT_TYPE_DOUBLE, "F10.0") << "INTEGER" << 10 << 0;
+    row(Spss, READSTAT_TYPE_DOUBLE, "F3") << "INTEGER" << 3 << 0;
+    row(Spss, READSTAT_TYPE_DOUBLE, "N6") << "INTEGER" << 6 << 0;
+    row(Spss, READSTAT_TYPE_DOUBLE, "F8.2") << "REAL" << 8 << 2;
+    row(Spss, READSTAT_TYPE_DOUBLE, "F40.16") << "REAL" << 40 << 16;
+    row(Spss, READSTAT_TYPE_DOUBLE, "DATE11") << "REAL" << 11 << 0;
+    row(Spss, READSTAT_TYPE_DOUBLE, "COMMA9.2") << "REAL" << 9 << 2;
+    row(Spss, READSTAT_TYPE_DOUBLE, "") << "REAL" << 7 << 0; // the screen's
+    row(Spss, READSTAT_TYPE_STRING, "A20") << "STRING" << 20 << 0;
+    row(Stata, READSTAT_TYPE_INT8, "%8.0g") << "INTEGER" << 8 << 0;
+    row(Stata, READSTAT_TYPE_INT16, "%8.0g") << "INTEGER" << 8 << 0;
+    row(Stata, READSTAT_TYPE_INT32, "%12.0g") << "INTEGER" << 12 << 0;
+    row(Stata, READSTAT_TYPE_FLOAT, "%9.0g") << "REAL" << 9 << 0;
+    row(Stata, READSTAT_TYPE_DOUBLE, "%10.2f") << "REAL" << 10 << 2;
+    row(Stata, READSTAT_TYPE_DOUBLE, "%10,2f") << "REAL" << 10 << 2;
+    row(Stata, READSTAT_TYPE_DOUBLE, "%td") << "REAL" << 7 << 0;
+    row(Stata, READSTAT_TYPE_STRING, "%-9.5s") << "STRING" << 41 << 0;
+    row(Stata, READSTAT_TYPE_STRING_REF, "%9s") << "STRING" << 41 << 0;
+}
+
+void TestStatDictionary::typesWidthsAndDecimals()
+{
+    QFETCH(TStatFileKind, kind);
+    TStatVariableDescription variable;
+    QFETCH(readstat_type_t, type);
+    QFETCH(QString, format);
+    variable.type = type;
+    variable.format = format;
+    variable.storageWidth = 42; // with the null that libreadstat counts in strings of Stata
+    variable.displayWidth = 7;
+    QTEST(variable.typeName(kind), "typeName");
+    QTEST(variable.width(kind), "width");
+    QTEST(variable.decimals(), "decimals");
+    QCOMPARE(variable.isString(), variable.typeName(kind) == QLatin1String("STRING"));
+    variable.userWidth = 300; // longer than a format of SPSS can tell
+    if (variable.isString() && kind == TStatFileKind::Spss)
+        QCOMPARE(variable.width(kind), 300);
+}
+
+void TestStatDictionary::missingValues()
+{
+    const auto number = [](double value) {
+        TStatValue result;
+        result.number = value;
+        return result;
+    };
+    const auto text = [](const char* value) {
+        TStatValue result;
+        result.type = READSTAT_TYPE_STRING;
+        result.text = QString::fromUtf8(value);
+        return result;
+    };
+    TStatVariableDescription variable;
+    QVERIFY(!variable.isMissing(number(9)));
+    variable.missingRanges = { { number(9), number(9) }, { number(-Infinity), number(-1) } };
+    QVERIFY(variable.isMissing(number(9)));
+    QVERIFY(variable.isMissing(number(-1)));
+    QVERIFY(variable.isMissing(number(-1e300)));
+    QVERIFY(!variable.isMissing(number(-0.5)));
+    QVERIFY(!variable.isMissing(number(8.5)));
+    TStatValue tagged = number(5);
+    tagged.tag = 'a';
+    QVERIFY(variable.isMissing(tagged));
+    TStatValue system = number(5);
+    system.isSystemMissing = true;
+    QVERIFY(variable.isMissing(system));
+    variable.missingRanges = { { text("NA"), text("NA") } };
+    QVERIFY(variable.isMissing(text("NA   "))); // strings are padded
+    QVERIFY(!variable.isMissing(text("N")));
 }
 
 void TestStatDictionary::labelValuesAreExact_data()

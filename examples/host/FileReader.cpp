@@ -4,8 +4,6 @@
 #include <model_Tessel/DataProvider.h>
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/Record.h>
-#include <model_Tessel/SPSSDataImport.h>
-#include <model_Tessel/STATADataImport.h>
 #include <model_Tessel/SourceField.h>
 #include <model_Tessel/StatDictionary.h>
 
@@ -42,8 +40,26 @@ bool isStata(const QByteArray& head)
         && head.at(2) == 1;
 }
 
+ReadFile readStatFile(const QString& path, TStatFileKind kind)
+{
+    ReadFile result;
+    const TStatFileDescription file = readStatDescription(path, kind);
+    const bool isReadable = file.variablesOutcome.isWhole();
+    if (isReadable)
+        result.dictionary.reset(buildDictionary(file));
+    if (file.isWhole())
+        return result;
+    const TStatOutcome& outcome = isReadable ? file.outcome : file.variablesOutcome;
+    const QStringList details = QStringList(outcome.errorText) + outcome.errorDetails;
+    result.problem = isReadable
+        ? text("The file is damaged; it is shown without the value labels that are missing.")
+        : text("The file cannot be read.");
+    result.problem += QLatin1Char('\n') + details.join(QLatin1Char('\n')).trimmed();
+    return result;
+}
+
 // The source fields and the record tree are the host's; the dictionary has copies.
-template <typename Importer> DictionaryPointer build(Importer& importer)
+DictionaryPointer build(TCSProDataImport& importer)
 {
     importer.openFile();
     TOxDataProvider provider;
@@ -52,25 +68,6 @@ template <typename Importer> DictionaryPointer build(Importer& importer)
     DictionaryPointer dictionary(buildDictionary(provider));
     qDeleteAll(*provider.fields);
     return dictionary;
-}
-
-// The importers of such files tell no errors, so the file is asked for them first.
-template <typename Importer> ReadFile readStatFile(const QString& path, TStatFileKind kind)
-{
-    ReadFile result;
-    const TStatOutcome outcome = readStatOutcome(path, kind);
-    Importer importer(path);
-    result.dictionary = build(importer);
-    if (outcome.isWhole())
-        return result;
-    const bool isEmpty = result.dictionary->getRoot()->getVariables()->isEmpty();
-    result.problem = isEmpty ? text("The file cannot be read.")
-                             : text("The file is damaged; what could be read is shown.");
-    const QStringList details = QStringList(outcome.errorText) + outcome.errorDetails;
-    result.problem += QLatin1Char('\n') + details.join(QLatin1Char('\n')).trimmed();
-    if (isEmpty)
-        result.dictionary.reset();
-    return result;
 }
 
 // The reader is tolerant: any text gives a dictionary, one that is none an empty one.
@@ -114,9 +111,9 @@ ReadFile readFile(const QString& path, bool asWritten)
         return { nullptr, text("The file is empty.") };
     const QByteArray head = file.peek(16);
     if (isSpss(head))
-        return readStatFile<TSPSSDataImport>(path, TStatFileKind::Spss);
+        return readStatFile(path, TStatFileKind::Spss);
     if (isStata(head))
-        return readStatFile<TSTATADataImport>(path, TStatFileKind::Stata);
+        return readStatFile(path, TStatFileKind::Stata);
     if (file.size() > LargestDictionary)
         return { nullptr, text("The file is no dictionary.") };
     return readCSPro(path, asWritten);
