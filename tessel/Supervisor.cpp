@@ -87,6 +87,9 @@ int Supervisor::waitFor(int child)
     }
     if (WIFEXITED(status))
         return WEXITSTATUS(status);
+    // Who read the output has read enough; the program ends silently then, as any other does.
+    if (WTERMSIG(status) == SIGPIPE && *m_current == NoFile)
+        std::raise(SIGPIPE);
     Console::setSilent(false);
     Console::tell(m_files.value(int(*m_current), QStringLiteral("tessel")), 0,
         Console::Severity::Error, describeEnd(WTERMSIG(status)));

@@ -61,6 +61,7 @@ private slots:
     void asksOnATerminal();
     void badEncodingIsWrongUsage();
     void diffTellsTroubleFromDifferences();
+    void whoReadsNoFurtherHearsNothing();
     void readmeShowsRealOutput();
     void readmeShowsTheExampleProgram();
 };
@@ -277,6 +278,20 @@ void tst_Commands::diffTellsTroubleFromDifferences()
     QVERIFY(
         writeFile(damaged, readFile(QStringLiteral(TESSEL_EXAMPLES "/household.sav")).left(900)));
     QCOMPARE(runTessel({ "diff", "diff_before.dcf", damaged }).status, 2);
+}
+
+// More is written than a pipe holds, to a reader that ends without reading.
+void tst_Commands::whoReadsNoFurtherHearsNothing()
+{
+    QProcess process;
+    process.setWorkingDirectory(QStringLiteral(TESSEL_EXAMPLES));
+    process.start(QStringLiteral("sh"),
+        { "-c",
+            "{ \"$0\" fields --values -f json census.dcf census.dcf census.dcf; echo $? >&2; } | "
+            "true",
+            QStringLiteral(TESSEL_PROGRAM) });
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.readAllStandardError(), QByteArray("141\n")); // 128 and SIGPIPE
 }
 
 void tst_Commands::readmeShowsRealOutput()
