@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "CsvText.h"
+#include "ShownText.h"
 #include "TextTable.h"
 
 #include <QHash>
@@ -17,30 +18,12 @@ namespace {
 // Changes only when a reader of the JSON has to change.
 constexpr int JsonVersion = 1;
 
-QString plural(qint64 count, const QString& thing)
-{
-    return QStringLiteral("%1 %2%3").arg(count).arg(
-        thing, count == 1 ? QString() : QStringLiteral("s"));
-}
-
 // ---- table
 
 QString rangeText(const ListedField& field)
 {
     return field.min.isNull() && field.max.isNull() ? QString()
                                                     : field.min + QLatin1String("..") + field.max;
-}
-
-// A code with blanks at its ends, or none at all, would not be seen as it is.
-QString shownCode(const QString& code)
-{
-    const bool needsQuotes = code.isEmpty() || code.contains(QLatin1Char(' '));
-    return needsQuotes ? QLatin1Char('\'') + code + QLatin1Char('\'') : code;
-}
-
-QString shownNumber(int number)
-{
-    return number == 0 ? QString() : QString::number(number);
 }
 
 QString shownRange(const ListedCode& entry)

@@ -173,6 +173,11 @@ QStringList separatorNames()
         QStringLiteral("semicolon"), QStringLiteral("colon") };
 }
 
+QString separatorText(int code)
+{
+    return QString(QLatin1Char(separators[code]));
+}
+
 int guessSeparator(const QStringList& lines)
 {
     int best = -1;

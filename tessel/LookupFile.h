@@ -22,6 +22,9 @@ bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& 
 /*! Names of the separators, in the order of the library's codes for them. */
 QStringList separatorNames();
 
+/*! The separator of \a code itself. */
+QString separatorText(int code);
+
 /*!
  * Code of the separator that divides most of \a lines; of several such the one that gives keys of
  * one length, then the one that comes first in the lines. -1: none divides any line.

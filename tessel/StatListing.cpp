@@ -1,20 +1,16 @@
 #include "StatListing.h"
 
+#include "StatFile.h"
+
+#include <model_Tessel/DataImport.h>
 #include <model_Tessel/DataProvider.h>
 #include <model_Tessel/Record.h>
-#include <model_Tessel/SPSSDataImport.h>
-#include <model_Tessel/STATADataImport.h>
 #include <model_Tessel/SourceField.h>
 #include <model_Tessel/StatDictionary.h>
 
 #include <QHash>
 
-#include <algorithm>
-#include <cstdio>
 #include <memory>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -34,74 +30,14 @@ QString measureName(readstat_measure_t measure)
     }
 }
 
-bool isText(const TStatVariableDescription& variable)
-{
-    return variable.type == READSTAT_TYPE_STRING || variable.type == READSTAT_TYPE_STRING_REF;
-}
-
-// The width and the decimals in a format, for example 8 and 2 in "F8.2" and "%8.2f".
-struct FormatNumbers {
-    int width = 0;
-    int decimals = 0;
-
-    explicit FormatNumbers(const QString& format)
-    {
-        const auto isDigit = [](QChar character) { return character.isDigit(); };
-        const auto start = std::find_if(format.begin(), format.end(), isDigit);
-        const auto point = std::find_if_not(start, format.end(), isDigit);
-        width = QString(start, int(point - start)).toInt();
-        if (point != format.end() && (*point == QLatin1Char('.') || *point == QLatin1Char(','))) {
-            const auto end = std::find_if_not(point + 1, format.end(), isDigit);
-            decimals = QString(point + 1, int(end - point - 1)).toInt();
-        }
-    }
-};
-
-// SPSS has no integers of its own; numbers shown without decimals are taken for them, dates are
-// not.
-bool isWhole(const TStatVariableDescription& variable, FileKind kind)
-{
-    switch (variable.type) {
-    case READSTAT_TYPE_INT8:
-    case READSTAT_TYPE_INT16:
-    case READSTAT_TYPE_INT32:
-        return true;
-    default:
-        break;
-    }
-    const bool isPlain = variable.format.startsWith(QLatin1Char('F'))
-        || variable.format.startsWith(QLatin1Char('N'));
-    return kind == FileKind::Spss && isPlain && FormatNumbers(variable.format).decimals == 0;
-}
-
-QString typeName(const TStatVariableDescription& variable, FileKind kind)
-{
-    if (isText(variable))
-        return QStringLiteral("string");
-    return isWhole(variable, kind) ? QStringLiteral("integer") : QStringLiteral("real");
-}
-
-bool isMissing(const TStatValue& value, const QVector<TStatMissingRange>& ranges)
-{
-    if (value.tag != '\0' || value.isSystemMissing)
-        return true;
-    const bool isString = value.type == READSTAT_TYPE_STRING;
-    return std::any_of(ranges.cbegin(), ranges.cend(), [&](const TStatMissingRange& range) {
-        if (isString)
-            return range.low.text.trimmed() == value.text.trimmed();
-        return value.number >= range.low.number && value.number <= range.high.number;
-    });
-}
-
-ListedValueSet listLabels(
-    const TStatLabelSet& labels, const QVector<TStatMissingRange>& missingRanges)
+ListedValueSet listLabels(const TStatLabelSet& labels, const TStatVariableDescription& variable)
 {
     ListedValueSet listed;
     listed.name = labels.name;
     listed.codes.reserve(labels.labels.size());
     for (const TStatLabelledValue& entry : labels.labels) {
         listed.codes.append({ entry.value.text, QString(), entry.label,
-            isMissing(entry.value, missingRanges) ? QStringLiteral("missing") : QString() });
+            variable.isMissing(entry.value) ? QStringLiteral("missing") : QString() });
     }
     return listed;
 }
@@ -118,19 +54,6 @@ void takeMissing(ListedField& field, const QVector<TStatMissingRange>& ranges)
     }
     if (!texts.isEmpty())
         field.missing = texts.join(QLatin1String(", "));
-}
-
-// In characters of the format; storage is padded, and a format ends at 255 where a string is
-// longer.
-int valueWidth(const TStatVariableDescription& variable, FileKind kind)
-{
-    constexpr quint64 LongestFormat = 255;
-    const int formatWidth = FormatNumbers(variable.format).width;
-    if (isText(variable) && kind == FileKind::Stata) // libreadstat counts a null at the end
-        return int(std::max<quint64>(variable.storageWidth, 1) - 1);
-    if (isText(variable) && variable.userWidth > LongestFormat)
-        return int(variable.userWidth);
-    return formatWidth > 0 ? formatWidth : variable.displayWidth;
 }
 
 // Variables of one label set and the same missing values share its codes, and what follows of them.
@@ -154,9 +77,8 @@ public:
             field.max = known->max;
             return;
         }
-        field.valueSets.append(
-            listLabels(m_file.labelSets.at(variable.labelSet), variable.missingRanges));
-        if (!isText(variable))
+        field.valueSets.append(listLabels(m_file.labelSets.at(variable.labelSet), variable));
+        if (!variable.isString())
             takeRange(field);
         m_known.insert(key, { field.valueSets, field.min, field.max });
     }
@@ -173,16 +95,15 @@ private:
 };
 
 ListedField listVariable(
-    const TStatVariableDescription& variable, FileKind kind, LabelSetLister& labelSets)
+    const TStatVariableDescription& variable, TStatFileKind kind, LabelSetLister& labelSets)
 {
-    const FormatNumbers format(variable.format);
     ListedField field;
     field.name = variable.name;
     field.item = variable.name;
     field.label = variable.label;
-    field.type = typeName(variable, kind);
-    field.length = valueWidth(variable, kind);
-    field.decimals = isText(variable) ? 0 : format.decimals;
+    field.type = variable.typeName(kind).toLower();
+    field.length = variable.width(kind);
+    field.decimals = variable.decimals();
     field.format = variable.format;
     field.measure = measureName(variable.measure);
     takeMissing(field, variable.missingRanges);
@@ -190,12 +111,12 @@ ListedField listVariable(
     return field;
 }
 
-void listWritten(const TStatFileDescription& file, FileKind kind, Listing& listing)
+void listWritten(const TStatFileDescription& file, Listing& listing)
 {
     LabelSetLister labelSets(file);
     listing.fields.reserve(file.variables.size());
     for (const TStatVariableDescription& variable : file.variables)
-        listing.fields.append(listVariable(variable, kind, labelSets));
+        listing.fields.append(listVariable(variable, file.kind, labelSets));
 }
 
 // ---- as the importers give it
@@ -212,37 +133,8 @@ ListedValueSet cutLabels(const QString& valueLabels)
     return listed;
 }
 
-// The Stata importer reports on standard output, which is for the listing.
-class QuietOutput {
-public:
-    QuietOutput()
-        : m_output(dup(STDOUT_FILENO))
-    {
-        std::fflush(stdout);
-        const int nowhere = open("/dev/null", O_WRONLY);
-        dup2(nowhere, STDOUT_FILENO);
-        close(nowhere);
-    }
-
-    ~QuietOutput()
-    {
-        std::fflush(stdout);
-        dup2(m_output, STDOUT_FILENO);
-        close(m_output);
-    }
-
-private:
-    Q_DISABLE_COPY(QuietOutput)
-
-    int m_output;
-};
-
 void listEstablished(TDataImport& importer, Listing& listing)
 {
-    {
-        const QuietOutput quiet;
-        importer.openFile();
-    }
     QHash<const QChar*, QVector<ListedValueSet>> known; // by the text that variables share
     TOxDataProvider provider;
     provider.genericGetFieldsFrom(&importer);
@@ -267,78 +159,31 @@ void listEstablished(TDataImport& importer, Listing& listing)
     }
 }
 
-QString versionText(const TStatFileDescription& file, FileKind kind)
+QString versionText(const TStatFileDescription& file)
 {
-    const QString name = kind == FileKind::Spss ? QStringLiteral("SPSS system file, format %1")
-                                                : QStringLiteral("Stata data file, format %1");
+    const QString name = file.kind == TStatFileKind::Spss
+        ? QStringLiteral("SPSS system file, format %1")
+        : QStringLiteral("Stata data file, format %1");
     return name.arg(file.formatVersion);
-}
-
-QString describe(const TStatOutcome& outcome)
-{
-    if (outcome.errorText.isEmpty())
-        return QStringLiteral("it ends early");
-    QStringList texts { outcome.errorText };
-    texts += outcome.errorDetails;
-    return texts.join(QLatin1String("; "));
-}
-
-// False when there is nothing to list. Value labels may be damaged where the variables are not.
-bool checkWhole(
-    const QString& path, const TStatFileDescription& file, FileKind kind, Listing& listing)
-{
-    if (file.isWhole())
-        return true;
-    listing.isPartial = file.variablesOutcome.isWhole();
-    if (listing.isPartial) {
-        failInput(path, 0,
-            QStringLiteral("the value labels cannot be read, the variables are listed without "
-                           "those that are missing: %1")
-                .arg(describe(file.outcome)));
-        return true;
-    }
-    return failInput(path, 0,
-        QStringLiteral("cannot be read as %1 file: %2")
-            .arg(kind == FileKind::Spss ? QStringLiteral("SPSS") : QStringLiteral("Stata"),
-                describe(file.variablesOutcome)));
 }
 
 } // namespace
 
 bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& listing)
 {
-    const bool isSpss = kind == FileKind::Spss;
-    const TStatFileKind statKind = isSpss ? TStatFileKind::Spss : TStatFileKind::Stata;
-    if (isEncrypted(path)) {
-        return failInput(
-            path, 0, QStringLiteral("is encrypted; save it without a password and try again"));
-    }
-    const TStatFileDescription file = readStatDescription(path, statKind);
-    if (!checkWhole(path, file, kind, listing))
+    TStatFileDescription file;
+    if (!describeStatFile(path, kind, file, listing.isPartial))
         return false;
     listing.file = path;
     listing.kind = kindName(kind);
     listing.label = file.fileLabel;
-    listing.version = versionText(file, kind);
+    listing.version = versionText(file);
     listing.encoding = file.encoding;
     listing.rowCount = file.rowCount;
     listing.notes = file.notes;
-    if (asWritten) {
-        listWritten(file, kind, listing);
-        return true;
-    }
-    const TStatOutcome outcome = readStatOutcome(path, statKind);
-    if (!outcome.isWhole() && !listing.isPartial) {
-        listing.isPartial = true;
-        failInput(path, 0,
-            QStringLiteral("the importer does not read it whole: %1").arg(describe(outcome)));
-    }
-    if (isSpss) {
-        TSPSSDataImport importer(path);
-        listEstablished(importer, listing);
-    } else {
-        TSTATADataImport importer(path);
-        listEstablished(importer, listing);
-    }
+    if (asWritten)
+        listWritten(file, listing);
+    else
+        listEstablished(*importStatFile(file, listing.isPartial), listing);
     return true;
 }

@@ -3,6 +3,7 @@
 #include "ExportCommand.h"
 #include "FieldsCommand.h"
 #include "LookupCommand.h"
+#include "TreeCommand.h"
 
 #include <QByteArray>
 #include <QCommandLineParser>
@@ -28,6 +29,7 @@ constexpr Command commands[] = {
     { "export", "write a dictionary as DDI, SQL, CSV, JSON or a web page", runExport },
     { "fields", "list the fields of dictionaries", runFields },
     { "lookup", "check a lookup file of keys and values", runLookup },
+    { "tree", "print the tree of entities and variables", runTree },
 };
 
 const Command* findCommand(const char* name)

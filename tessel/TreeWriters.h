@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+class Dictionary;
+class TOxEntity;
+
+/*! How a tree of entities and variables is written. */
+struct TreeFormat {
+    bool asJson = false;
+    bool withValues = false; /*!< the value labels, and in JSON the ranges, too */
+    int width = 80; /*!< of text, in columns */
+};
+
+/*! Writes \a top, which is \a dictionary's root or an entity below it, with all that it holds. */
+QByteArray writeTree(
+    const QString& file, const Dictionary& dictionary, const TOxEntity& top, TreeFormat format);
