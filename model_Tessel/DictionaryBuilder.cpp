@@ -213,8 +213,8 @@ private:
             field.missingValue = single->low.text;
     }
 
-    // Variables of one label set and the same missing values have the same bounds. Where labels mark
-    // some values of a scale alone they bound nothing.
+    // Variables of one label set and the same missing values have the same bounds. Where labels
+    // mark some values of a scale alone they bound nothing.
     void takeBounds(TOxSourceField& field, const TStatVariableDescription& variable)
     {
         if (variable.labelSet < 0 || variable.isString()
