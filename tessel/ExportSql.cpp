@@ -14,6 +14,7 @@ constexpr int LongestText = 10485760; // that PostgreSQL takes in VARCHAR(n)
 constexpr int MostDigits = 1000; // that PostgreSQL takes in NUMERIC(n)
 
 constexpr int MostRowBytes = 7900; // that PostgreSQL surely takes in the columns of a row
+constexpr int DoubleDigits = 17;
 constexpr int LongestInRow = 24; // bytes of a value that PostgreSQL does not keep elsewhere
 
 int mostColumns(SqlDialect dialect)
@@ -158,16 +159,15 @@ int SqlWriter::bytesOf(const Column& column) const
     if (column.field < 0)
         return Word;
     const ListedField& field = m_listing.fields.at(column.field);
-    switch (sqlTypeOf(field, m_dialect)) {
-    case SqlType::Integer:
+    const SqlType type = sqlTypeOf(field, m_dialect);
+    if (type == SqlType::Integer)
         return Word;
-    case SqlType::Real:
-        return LongestInRow;
-    case SqlType::Text:
-        break;
-    }
-    const bool isShort = field.length > 0 && field.length < LongestInRow / 4;
-    return isShort ? (4 * field.length / Word + 1) * Word : LongestInRow;
+    // Four digits are two bytes, and a character is four bytes at most.
+    const int digits = field.start > 0 ? field.length : DoubleDigits;
+    const qint64 bytes =
+        type == SqlType::Real ? 7 + qint64(digits) / 2 : 1 + qint64(4) * field.length;
+    return field.length > 0 && bytes < LongestInRow ? int(bytes + Word - 1) / Word * Word
+                                                    : LongestInRow;
 }
 
 bool SqlWriter::isTooWide(int columns, int bytes) const
