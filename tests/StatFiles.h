@@ -12,6 +12,7 @@
 
 #include <readstat.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -108,6 +109,12 @@ public:
         return readstat_add_label_set(get(), type, name);
     }
 
+    // Of all numeric variables in the rows, instead of a missing value.
+    void setNumber(double number)
+    {
+        m_number = number;
+    }
+
     // Writes the file with that many rows of missing values and empty strings.
     bool write(const QString& path, TStatFileKind kind, int rows = 0) const
     {
@@ -145,13 +152,18 @@ private:
             return false;
         for (int index = 0; index < get()->variables_count; ++index) {
             const readstat_variable_t* variable = readstat_get_variable(get(), index);
-            if (readstat_insert_missing_value(get(), variable) != READSTAT_OK)
+            const bool hasNumber = !std::isnan(m_number) && variable->type == READSTAT_TYPE_DOUBLE;
+            const readstat_error_t error = hasNumber
+                ? readstat_insert_double_value(get(), variable, m_number)
+                : readstat_insert_missing_value(get(), variable);
+            if (error != READSTAT_OK)
                 return false;
         }
         return readstat_end_row(get()) == READSTAT_OK;
     }
 
     std::unique_ptr<readstat_writer_t, Free> m_writer;
+    double m_number = NAN;
 };
 
 // ---- samples

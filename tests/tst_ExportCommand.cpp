@@ -1,4 +1,6 @@
 // Runs "tessel export" and hands what it writes to programs and parsers that read such files.
+#include "StatFiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -237,11 +239,14 @@ private slots:
     void sqliteCodesThatAreOneNumber();
     void sqliteReservedWords();
     void referencesFollowTheRows();
+    void unlabelledMissingGivesNoReference_data();
+    void unlabelledMissingGivesNoReference();
     void unreadRowsGiveNoReferences();
     void postgresqlText();
     void postgresqlWideTables();
     void postgresqlLoads();
     void namesAreTold();
+    void longNamesStayApart();
     void equalNamesTakeLinearTime();
     void manyRecordsTakeLinearTime_data();
     void manyRecordsTakeLinearTime();
@@ -250,11 +255,13 @@ private slots:
     void htmlShowsEveryField_data();
     void htmlShowsEveryField();
     void htmlIsEscaped();
+    void htmlLinksOccurrences();
     void htmlOpensInABrowser();
     void csvAndJsonAreTheListing_data();
     void csvAndJsonAreTheListing();
     void outputIsWholeOrAbsent();
     void damagedFileFails();
+    void lostLabelsFail();
 
 private:
     QString sqlite(const QString& file, const QByteArray& query, QString* errors = nullptr) const;
@@ -314,7 +321,9 @@ void tst_ExportCommand::ddiVariables()
     QCOMPARE(variable(ddi, "WALLS").count("<catgryGrp "), 2);
     const QByteArray spss = exportTo("ddi", TESSEL_EXAMPLES "/household.sav").output;
     QVERIFY(variable(spss, "PROVINCE").contains("schema=\"SPSS\""));
-    QVERIFY(spss.contains("<invalrng>"));
+    QVERIFY(variable(spss, "INCOME").contains("<item UNITS=\"INT\" VALUE=\"999998\"/>"));
+    QVERIFY(variable(spss, "INCOME").contains("<item UNITS=\"INT\" VALUE=\"999999\"/>"));
+    QVERIFY(variable(ddi, "ASSET_2").contains(" (Television)</labl>"));
     const QByteArray stata = exportTo("ddi", TESSEL_EXAMPLES "/person.dta").output;
     QVERIFY(stata.contains("formatname=\"%8.0g\" schema=\"other\" otherSchema=\"Stata\""));
     QVERIFY(stata.contains("<caseQnty>4299</caseQnty>"));
@@ -327,6 +336,16 @@ void tst_ExportCommand::ddiRecords()
     QCOMPARE(attributesOf(ddi, "recGrp", "keyvar").constFirst(), QString("V1 V2 V3 V4"));
     QVERIFY(attributesOf(ddi, "varGrp", "type").contains("repetition"));
     QVERIFY(attributesOf(ddi, "varGrp", "name").contains("LIVESTOCK"));
+
+    // Items of one name in two records are not the occurrences of one.
+    QTemporaryDir folder;
+    const QString path = folder.filePath("same.dcf");
+    QVERIFY(writeFile(path,
+        dictionaryStart() + record("ONE") + item("SAME", 11, 1, "Occurrences=2\n")
+            + record("TWO", "2") + item("SAME", 11, 1, "Occurrences=2\n")));
+    const QByteArray same = exportTo("ddi", path).output;
+    QCOMPARE(same.count("<varGrp ID=\"O"), 2);
+    QVERIFY(same.contains("type=\"repetition\" var=\"V2 V3\" name=\"SAME\""));
 }
 
 // What the query answers once the statements for file are carried out.
@@ -531,6 +550,11 @@ void tst_ExportCommand::referencesFollowTheRows()
     QVERIFY(!household.contains("VISIT_DAY"));
     QVERIFY(!household.contains("LAND_SHARE")); // a measure
     QVERIFY(!household.contains("ROOMS"));
+    // Blanks, and missing codes of Stata, need no label.
+    QVERIFY(
+        references(exportTo("sql", TESSEL_EXAMPLES "/person.sav").output).contains("OCCUPATION"));
+    QVERIFY(
+        references(exportTo("sql", TESSEL_EXAMPLES "/person.dta").output).contains("EDUCATION"));
     const QByteArray stata =
         exportTo("sql", TESSEL_EXAMPLES "/household.dta", { "--dialect", "postgresql" }).output;
     QVERIFY(references(stata).contains("PROVINCE"));
@@ -538,6 +562,45 @@ void tst_ExportCommand::referencesFollowTheRows()
     QVERIFY(!references(stata).contains("WATER_HOURS"));
     QVERIFY(stata.contains(
         "COMMENT ON COLUMN household.VISIT_DAY IS 'Day of the week of the visit (values: "));
+}
+
+// Missing values may come with the next rows.
+void tst_ExportCommand::unlabelledMissingGivesNoReference_data()
+{
+    QTest::addColumn<double>("low");
+    QTest::addColumn<double>("high");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("labelled") << 9.0 << 9.0 << QStringList { "PLAIN", "CODED" };
+    QTest::newRow("unlabelled") << 8.0 << 8.0 << QStringList { "PLAIN" };
+    QTest::newRow("range") << 9.0 << 10.0 << QStringList { "PLAIN" };
+}
+
+void tst_ExportCommand::unlabelledMissingGivesNoReference()
+{
+    QFETCH(double, low);
+    QFETCH(double, high);
+    QFETCH(QStringList, expected);
+    QTemporaryDir folder;
+    const QString path = folder.filePath("made.sav");
+    StatFileWriter writer;
+    readstat_label_set_t* labels = writer.addLabels("codes", READSTAT_TYPE_DOUBLE);
+    readstat_label_double_value(labels, 1, "One");
+    readstat_label_double_value(labels, 9, "Unknown");
+    writer.add("PLAIN", READSTAT_TYPE_DOUBLE, "F1.0", labels);
+    readstat_variable_t* coded = writer.add("CODED", READSTAT_TYPE_DOUBLE, "F1.0", labels);
+    readstat_variable_add_missing_double_range(coded, low, high);
+    writer.setNumber(1);
+    QVERIFY(writer.write(path, TStatFileKind::Spss, 3));
+    QCOMPARE(references(exportTo("sql", path).output), expected);
+
+    // Without rows nothing shows that the labels are all values.
+    QVERIFY(writeFile(path, {}));
+    StatFileWriter empty;
+    readstat_label_set_t* sameLabels = empty.addLabels("codes", READSTAT_TYPE_DOUBLE);
+    readstat_label_double_value(sameLabels, 1, "One");
+    empty.add("PLAIN", READSTAT_TYPE_DOUBLE, "F1.0", sameLabels);
+    QVERIFY(empty.write(path, TStatFileKind::Spss));
+    QCOMPARE(references(exportTo("sql", path).output), QStringList());
 }
 
 void tst_ExportCommand::unreadRowsGiveNoReferences()
@@ -769,6 +832,22 @@ void tst_ExportCommand::namesAreTold()
     QVERIFY(exportTo("sql", TESSEL_EXAMPLES "/census.dcf").errors.isEmpty());
 }
 
+void tst_ExportCommand::longNamesStayApart()
+{
+    const QByteArray start(70, 'X');
+    QTemporaryDir folder;
+    const QString path = folder.filePath("long.dcf");
+    QVERIFY(writeFile(path,
+        dictionaryStart() + record("LONG") + item(start + "A", 11, 1) + item(start + "B", 12, 1)
+            + item("PG_TYPE", 13, 1) + item("TINY", 14, 2, "Decimal=3\n")));
+    const Outcome outcome = exportTo("sql", path, { "--dialect", "postgresql" });
+    QVERIFY(outcome.output.contains("\n  " + start.left(63) + " BIGINT, -- " + start + "A\n"));
+    QVERIFY(outcome.output.contains("\n  " + start.left(55) + " BIGINT, -- " + start + "B\n"));
+    QVERIFY(outcome.output.contains("\n  _PG_TYPE BIGINT, -- PG_TYPE\n"));
+    QCOMPARE(outcome.errors.count(": the databases do not take its name\n"), 3);
+    QVERIFY(outcome.output.contains("\n  TINY NUMERIC, -- TINY\n"));
+}
+
 void tst_ExportCommand::htmlShowsEveryField_data()
 {
     addFiles();
@@ -808,6 +887,13 @@ void tst_ExportCommand::htmlIsEscaped()
     QVERIFY(page.contains("A reserved word &lt;b&gt;and&lt;/b&gt; markup &amp; such"));
     QVERIFY(page.contains("It's &lt;one&gt;"));
     QVERIFY(!page.contains("<b>"));
+}
+
+void tst_ExportCommand::htmlLinksOccurrences()
+{
+    const QByteArray page = exportTo("html", TESSEL_EXAMPLES "/census.dcf").output;
+    QCOMPARE(page.count("Values as of <a href=\"#ASSET_1\">ASSET_1</a>"), 3);
+    QCOMPARE(page.count("Values as of <a href=\"#SOLD_1\">SOLD_1</a>"), 3);
 }
 
 void tst_ExportCommand::htmlOpensInABrowser()
@@ -875,6 +961,27 @@ void tst_ExportCommand::damagedFileFails()
         QVERIFY(outcome.output.isEmpty());
         QVERIFY(outcome.errors.contains("cut.dta: error: "));
     }
+}
+
+// The value labels of Stata files stand at the end.
+void tst_ExportCommand::lostLabelsFail()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("cut.dta");
+    const QByteArray bytes = readFile(TESSEL_EXAMPLES "/household.dta");
+    QVERIFY(writeFile(path, bytes.left(bytes.size() - 400)));
+    for (const char* target : { "ddi", "sql", "csv", "json", "html" }) {
+        const Outcome outcome = exportTo(target, path);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.output.contains("PROVINCE"));
+        QVERIFY(outcome.errors.contains("cut.dta: error: the value labels cannot be read"));
+    }
+    // What was not read is no difference.
+    const Outcome compared =
+        run(TESSEL_PROGRAM, { "diff", TESSEL_EXAMPLES "/household.dta", path });
+    QCOMPARE(compared.status, 2);
+    QVERIFY(compared.output.isEmpty());
+    QVERIFY(compared.errors.contains("cut.dta: error: "));
 }
 
 QTEST_GUILESS_MAIN(tst_ExportCommand)
