@@ -589,9 +589,13 @@ void tst_ExportCommand::unlabelledMissingGivesNoReference()
     writer.add("PLAIN", READSTAT_TYPE_DOUBLE, "F1.0", labels);
     readstat_variable_t* coded = writer.add("CODED", READSTAT_TYPE_DOUBLE, "F1.0", labels);
     readstat_variable_add_missing_double_range(coded, low, high);
+    readstat_label_set_t* words = writer.addLabels("words", READSTAT_TYPE_STRING);
+    readstat_label_string_value(words, "A", "First");
+    writer.add("WORD", READSTAT_TYPE_STRING, "A8", words, 8);
     writer.setNumber(1);
+    writer.setFirstText("A"); // blanks follow
     QVERIFY(writer.write(path, TStatFileKind::Spss, 3));
-    QCOMPARE(references(exportTo("sql", path).output), expected);
+    QCOMPARE(references(exportTo("sql", path).output), expected + QStringList("WORD"));
 
     // Without rows nothing shows that the labels are all values.
     QVERIFY(writeFile(path, {}));
