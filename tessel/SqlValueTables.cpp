@@ -68,7 +68,7 @@ QString numberLiteral(const QString& code, SqlType type)
         const qlonglong number = trimmed.toLongLong(&isNumber);
         return isNumber ? QString::number(number) : QString();
     }
-    const QString plain = plainNumber(trimmed); // may have more digits than fit a double
+    QString plain = plainNumber(trimmed); // may have more digits than fit a double
     if (!plain.isNull())
         return plain;
     const double number = trimmed.toDouble(&isNumber);
