@@ -139,7 +139,7 @@ QString readReading(const QCommandLineParser& parser, LookupOptions& options)
 QString readTargets(const QCommandLineParser& parser, LookupOptions& options)
 {
     const QStringList inputs { options.file, options.againstFile };
-    const QString mistake = Output::readOption(parser, inputs, options.output);
+    QString mistake = Output::readOption(parser, inputs, options.output);
     if (!mistake.isNull())
         return mistake;
     options.report = parser.value(reportOption());

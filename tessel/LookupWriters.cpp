@@ -69,8 +69,9 @@ QString comparisonTable(const LabelComparison& comparison, int width)
 
 QByteArray asTable(const LookupOutcome& outcome, int width)
 {
+    const QStringList summary = lookupSummary(outcome);
     QString text;
-    for (const QString& line : lookupSummary(outcome)) {
+    for (const QString& line : summary) {
         const QStringList parts = wrapped(Console::printable(line), width);
         text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
