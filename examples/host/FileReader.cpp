@@ -16,7 +16,7 @@
 namespace {
 
 // More than any dictionary has; what is larger is a data file of some other kind.
-constexpr qint64 LargestDictionary = 256 * 1024 * 1024;
+constexpr qint64 LargestDictionary = 268'435'456;
 
 QString text(const char* source)
 {

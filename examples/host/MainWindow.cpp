@@ -29,7 +29,8 @@ namespace {
 // The first file among what is dragged; empty when there is none.
 QString localFile(const QMimeData& data)
 {
-    for (const QUrl& url : data.urls()) {
+    const QList<QUrl> urls = data.urls();
+    for (const QUrl& url : urls) {
         if (url.isLocalFile())
             return url.toLocalFile();
     }
