@@ -14,6 +14,7 @@
 #include <QLoggingCategory>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QStatusBar>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -140,6 +141,8 @@ private slots:
     void startsEmpty();
     void tree();
     void filter();
+    void filterKeepsTheSelection();
+    void filterOfManyVariables();
     void valueLabels();
     void statFiles();
     void openDialog();
@@ -148,6 +151,7 @@ private slots:
     void problems_data();
     void problems();
     void damagedStatFile();
+    void passedOver();
     void decimalQuestion_data();
     void decimalQuestion();
     void readAgain();
@@ -207,6 +211,40 @@ void tst_Host::filter()
     QCOMPARE(host.tree().rowCount(), 0);
     filter.clear();
     QCOMPARE(host.names(host.root()).size(), 7);
+}
+
+void tst_Host::filterKeepsTheSelection()
+{
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    host.select("WALLS");
+    auto& filter = host.get<QLineEdit>("filter");
+    filter.setText("walls");
+    QCOMPARE(host.get<QTreeView>("tree").currentIndex(), host.find("WALLS"));
+    QVERIFY(!host.labels().isEmpty());
+    filter.setText("birth_year"); // its row is gone
+    QVERIFY(!host.get<QTreeView>("tree").currentIndex().isValid());
+    QVERIFY(host.labels().isEmpty());
+}
+
+// Were the rows that a filter hides taken away one by one, this would not end.
+void tst_Host::filterOfManyVariables()
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath("many.dcf"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[Dictionary]\nName=D\nRecordTypeStart=1\nRecordTypeLen=1\n"
+               "[Record]\nName=R\nRecordTypeValue='1'\n");
+    for (int i = 0; i < 50'000; ++i)
+        file.write("[Item]\nName=V" + QByteArray::number(i)
+            + "\nStart=2\nLen=1\nLabel=" + (i % 2 == 0 ? "even" : "odd") + '\n');
+    file.close();
+    Host host;
+    QVERIFY(host.open(file.fileName()));
+    auto& filter = host.get<QLineEdit>("filter");
+    for (const QString text : { "even", "odd", "9", "" })
+        filter.setText(text);
+    QCOMPARE(host.names(host.find("R")).size(), 50'000);
 }
 
 void tst_Host::valueLabels()
@@ -306,6 +344,8 @@ void tst_Host::problems_data()
     QTest::newRow("data") << example("census.dat") << "The file is no dictionary.";
     QTest::newRow("damaged JSON") << "{\n\"name\": "
                                   << "Invalid contents in line";
+    QTest::newRow("encrypted") << "12345678ENCRYPTEDSAV"
+                               << "The file is encrypted.";
     QTest::newRow("SPSS header alone") << "$FL2"
                                        << "The file cannot be read.";
     QTest::newRow("Stata header alone") << "\x72\x02\x01"
@@ -350,6 +390,22 @@ void tst_Host::damagedStatFile()
     QCOMPARE(user.texts.size(), 1);
     QVERIFY2(user.texts.first().contains("is damaged"), qPrintable(user.texts.first()));
     QVERIFY(host.find("SEX").isValid());
+}
+
+void tst_Host::passedOver()
+{
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    QCOMPARE(host.window.statusBar()->currentMessage(), QString("4 entities, 65 variables"));
+    QTemporaryDir folder;
+    QFile file(folder.filePath("odd.dcf"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[Dictionary]\nName=D\nColour=red\n[Record]\nName=R\n[Item]\nName=A\nLen=1\n");
+    file.close();
+    QVERIFY(host.open(file.fileName()));
+    QVERIFY2(host.window.statusBar()->currentMessage().startsWith(
+                 "2 entities, 1 variables; not read as written: "),
+        qPrintable(host.window.statusBar()->currentMessage()));
 }
 
 void tst_Host::decimalQuestion_data()
