@@ -117,6 +117,7 @@ QWidget* MainWindow::createLabels()
     m_labelsTitle = new QLabel(tr("Value labels"));
     m_labelsTitle->setObjectName(QStringLiteral("labelsTitle"));
     m_labelsTitle->setTextFormat(Qt::PlainText);
+    m_labelsTitle->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_labels = new QTableWidget(0, 2);
     m_labels->setObjectName(QStringLiteral("valueLabels"));
     m_labels->setHorizontalHeaderLabels({ tr("Code"), tr("Label") });
