@@ -1,8 +1,12 @@
-// Feeds bytes to the reader of CSPro dictionaries and to the importer over it, and tears down what
-// they made, as a host does.
+// Feeds bytes to the reader of CSPro dictionaries, to the importer over it and to the builder of
+// trees, and tears down what they made, as a host does.
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/DataProvider.h>
+#include <model_Tessel/DictionaryBuilder.h>
 #include <model_Tessel/ErrorManager.h>
+#include <model_Tessel/Record.h>
+#include <model_Tessel/SourceField.h>
 
 #include <QLoggingCategory>
 #include <QSet>
@@ -12,6 +16,16 @@
 #include <cstdint>
 
 namespace {
+
+void buildTree(TCSProDataImport& importer)
+{
+    TOxDataProvider provider;
+    provider.genericGetFieldsFrom(&importer);
+    const DictionaryPointer tree(buildDictionary(provider));
+    qDeleteAll(*provider.fields);
+    delete provider.recordTree->references;
+    delete provider.recordTree;
+}
 
 void tearDown(TCSProDataImport& importer)
 {
@@ -62,6 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     });
     try {
         importer.openFile();
+        buildTree(importer);
     } catch (OxErrorManager* error) {
         delete error;
     }

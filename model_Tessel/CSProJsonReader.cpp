@@ -129,9 +129,11 @@ int CSProJsonReader::lastFixedColumn(const QJsonObject& root)
     qint64 last = m_dictionary.recordTypeLen > 0
         ? qint64(m_dictionary.recordTypeStart) + m_dictionary.recordTypeLen - 1
         : 0;
-    for (const QJsonValue level : root.value(QLatin1String("levels")).toArray()) {
+    const QJsonArray levels = root.value(QLatin1String("levels")).toArray();
+    for (const QJsonValue& level : levels) {
         const QJsonObject ids = level.toObject().value(QLatin1String("ids")).toObject();
-        for (const QJsonValue value : ids.value(QLatin1String("items")).toArray()) {
+        const QJsonArray items = ids.value(QLatin1String("items")).toArray();
+        for (const QJsonValue& value : items) {
             const QJsonObject item = value.toObject();
             if (isSubItem(item))
                 continue;
@@ -182,7 +184,7 @@ void CSProJsonReader::readRecord(const QJsonObject& object)
 
 void CSProJsonReader::readItems(const QJsonArray& items)
 {
-    for (const QJsonValue item : items) {
+    for (const QJsonValue& item : items) {
         if (item.isObject())
             readItem(item.toObject());
         else
@@ -412,7 +414,7 @@ template <typename Read>
 void CSProJsonReader::forEachObject(const QJsonObject& parent, const char* name, Read read)
 {
     const QJsonArray elements = array(parent, name);
-    for (const QJsonValue element : elements) {
+    for (const QJsonValue& element : elements) {
         if (element.isObject())
             read(element.toObject());
         else

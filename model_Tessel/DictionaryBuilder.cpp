@@ -234,11 +234,11 @@ private:
         QString key = QString::number(variable.labelSet);
         for (const TStatMissingRange& range : variable.missingRanges)
             key += QLatin1Char(' ') % range.low.text % QLatin1Char(' ') % range.high.text;
-        auto known = m_bounds.constFind(key);
-        if (known == m_bounds.constEnd())
-            known = m_bounds.insert(key, boundsOf(variable));
-        field.minValue = known->first;
-        field.maxValue = known->second;
+        if (!m_bounds.contains(key))
+            m_bounds.insert(key, boundsOf(variable));
+        const Bounds bounds = m_bounds.value(key);
+        field.minValue = bounds.first;
+        field.maxValue = bounds.second;
     }
 
     Bounds boundsOf(const TStatVariableDescription& variable) const

@@ -2,15 +2,14 @@
 
 #include "Console.h"
 #include "InputOptions.h"
+#include "JsonWriter.h"
 #include "ListingDiff.h"
 #include "Output.h"
+#include "ShownText.h"
 #include "Supervisor.h"
 
 #include <QCommandLineParser>
 #include <QHash>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <algorithm>
 #include <cstdio>
@@ -113,12 +112,8 @@ QString subjectOf(const Difference& difference)
 
 QString codeOf(const Difference& difference)
 {
-    const bool isRange = !difference.highCode.isNull();
-    const bool needsQuotes =
-        difference.code.isEmpty() || difference.code.contains(QLatin1Char(' '));
-    if (isRange)
-        return difference.code + QLatin1Char(':') + difference.highCode;
-    return needsQuotes ? QLatin1Char('\'') + difference.code + QLatin1Char('\'') : difference.code;
+    return difference.highCode.isNull() ? shownCode(difference.code)
+                                        : difference.code + QLatin1Char(':') + difference.highCode;
 }
 
 QString changeText(const Difference& difference)
@@ -192,10 +187,8 @@ QByteArray asText(
     } else {
         text += Console::printable(
             QStringLiteral("%1 from %2 to %3; %4 data that fits %2.")
-                .arg(differences.size() == 1
-                        ? QStringLiteral("1 difference")
-                        : QStringLiteral("%1 differences").arg(differences.size()),
-                    before.file, after.file,
+                .arg(plural(differences.size(), QStringLiteral("difference")), before.file,
+                    after.file,
                     breakingIn(differences) == 0
                         ? QStringLiteral("none breaks")
                         : QStringLiteral("%1 of them can break").arg(breakingIn(differences))));
@@ -204,11 +197,6 @@ QByteArray asText(
 }
 
 // ---- JSON
-
-QJsonValue textOrNull(const QString& text)
-{
-    return text.isNull() ? QJsonValue() : QJsonValue(text);
-}
 
 QJsonObject jsonOf(const Listing& listing)
 {
@@ -232,15 +220,16 @@ QJsonObject jsonOf(const Difference& difference)
 QByteArray asJson(
     const Listing& before, const Listing& after, const QVector<Difference>& differences)
 {
-    QJsonArray array;
+    JsonWriter json;
+    json.beginObject({ { QStringLiteral("tesselDiff"), JsonVersion },
+        { QStringLiteral("before"), jsonOf(before) }, { QStringLiteral("after"), jsonOf(after) },
+        { QStringLiteral("breaking"), breakingIn(differences) } });
+    json.beginList("differences");
     for (const Difference& difference : differences)
-        array.append(jsonOf(difference));
-    return QJsonDocument(QJsonObject { { QStringLiteral("tesselDiff"), JsonVersion },
-                             { QStringLiteral("before"), jsonOf(before) },
-                             { QStringLiteral("after"), jsonOf(after) },
-                             { QStringLiteral("breaking"), breakingIn(differences) },
-                             { QStringLiteral("differences"), array } })
-        .toJson();
+        json.add(jsonOf(difference));
+    json.endList();
+    json.endObject();
+    return json.text();
 }
 
 // ---- work

@@ -4,6 +4,7 @@
 #include "ExportWriters.h"
 #include "FieldWriters.h"
 #include "InputOptions.h"
+#include "LabelledValues.h"
 #include "Output.h"
 #include "Supervisor.h"
 
@@ -138,8 +139,13 @@ int exportFile(const ExportOptions& options, Supervisor& supervisor)
     const bool isListed = readListing(options.file, options.input, listing);
     QStringList notes;
     QByteArray bytes;
-    if (isListed)
+    if (isListed) {
+        if (options.target == Target::Sql && !findListedValues(listing)) {
+            notes.append(QStringLiteral(
+                "not all rows were read, so no column refers to a table of value labels"));
+        }
         bytes = write(listing, options, notes);
+    }
     supervisor.endFile();
     if (!isListed)
         return InputFailed;

@@ -59,8 +59,13 @@ public:
     explicit DdiWriter(const Listing& listing)
         : m_listing(listing)
         , m_groups(groupsOf(listing))
+        , m_keys(listing)
         , m_xml(&m_bytes)
     {
+        for (const ListedRecord& record : listing.records) {
+            if (!m_recordTypes.contains(record.name))
+                m_recordTypes.insert(record.name, record.recordType);
+        }
     }
 
     QByteArray write();
@@ -90,6 +95,8 @@ private:
 
     const Listing& m_listing;
     QVector<FieldGroup> m_groups;
+    KeyFields m_keys;
+    QHash<QString, QString> m_recordTypes; // by the names of records
     QByteArray m_bytes;
     QXmlStreamWriter m_xml;
 };
@@ -183,7 +190,7 @@ void DdiWriter::writeRecordGroup(int index)
 {
     const FieldGroup& group = m_groups.at(index);
     const ListedRecord& record = *group.record;
-    const QVector<int> keys = keysOf(m_listing, record);
+    const QVector<int> keys = m_keys.of(record);
     open("recGrp");
     attribute("ID", QStringLiteral("R%1").arg(index + 1));
     attribute("rectype", record.recordType);
@@ -260,10 +267,9 @@ void DdiWriter::writeVariable(int index)
         attribute("dcml", QString::number(field.decimals));
     attribute(
         "intrvl", isContinuous(field) ? QStringLiteral("contin") : QStringLiteral("discrete"));
-    const auto record = std::find_if(m_listing.records.cbegin(), m_listing.records.cend(),
-        [&](const ListedRecord& candidate) { return candidate.name == field.record; });
-    if (record != m_listing.records.cend() && !record->recordType.isEmpty())
-        attribute("rectype", record->recordType);
+    const QString recordType = m_recordTypes.value(field.record);
+    if (!recordType.isEmpty())
+        attribute("rectype", recordType);
     writeLocation(index);
     element("labl", field.fullLabel());
     writeRange(field);

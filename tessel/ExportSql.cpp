@@ -6,19 +6,31 @@
 
 #include <QFileInfo>
 
+#include <numeric>
+
 namespace {
 
 constexpr int LongestText = 10485760; // that PostgreSQL takes in VARCHAR(n)
 constexpr int MostDigits = 1000; // that PostgreSQL takes in NUMERIC(n)
+
+constexpr int MostRowBytes = 7900; // that PostgreSQL surely takes in the columns of a row
+constexpr int DoubleDigits = 17;
+constexpr int LongestInRow = 24; // bytes of a value that PostgreSQL does not keep elsewhere
 
 int mostColumns(SqlDialect dialect)
 {
     return dialect == SqlDialect::Sqlite ? 2000 : 1600;
 }
 
+// Columns of an index.
+int mostKeys(SqlDialect dialect)
+{
+    return dialect == SqlDialect::Sqlite ? 1000 : 32;
+}
+
 struct Column {
     QString name;
-    int field = 0;
+    int field = 0; // -1: none, it is the number of the row
     bool isKey = false;
 };
 
@@ -27,6 +39,7 @@ struct Table {
     QString about;
     bool hasOneRow = false; // for each case
     QVector<Column> columns;
+    QString firstPart; // null: the table is none, or the first, of a table in parts
 };
 
 class SqlWriter {
@@ -35,6 +48,7 @@ public:
         : m_listing(listing)
         , m_dialect(dialect)
         , m_notes(notes)
+        , m_keys(listing)
         , m_tableNames(notes)
         , m_values(dialect, m_tableNames)
     {
@@ -45,18 +59,25 @@ public:
 private:
     void addTables();
     Table tableOf(const FieldGroup& group);
+    void divideWideTables();
+    QVector<Table> partsOf(Table table);
+    int bytesOf(const Column& column) const;
+    bool isTooWide(int columns, int bytes) const;
     void addColumns(Table& table, SqlNames& names, const QVector<int>& fields, bool areKeys) const;
     QString typeOf(const ListedField& field) const;
     QString about(const ListedField& field) const;
     QString heading() const;
     QString definition(const Table& table) const;
-    QString columnDefinition(const Column& column) const;
+    QString columnDefinition(const Table& table, const Column& column) const;
+    QString aboutColumn(const Column& column) const;
+    QString keyList(const Table& table) const;
     QString index(const Table& table);
     QString comments(const Table& table) const;
 
     const Listing& m_listing;
     SqlDialect m_dialect;
     QStringList& m_notes;
+    KeyFields m_keys;
     SqlNames m_tableNames;
     SqlValueTables m_values;
     QVector<Table> m_tables;
@@ -65,6 +86,7 @@ private:
 QByteArray SqlWriter::write()
 {
     addTables();
+    divideWideTables();
     for (const ListedField& field : m_listing.fields)
         m_values.add(field);
     QString text = heading() + QLatin1String("BEGIN;\n") + m_values.statements();
@@ -113,18 +135,88 @@ Table SqlWriter::tableOf(const FieldGroup& group)
     SqlNames names(m_notes);
     if (record) {
         table.hasOneRow = record->maxRecords == 1;
-        addColumns(table, names, keysOf(m_listing, *record), true);
+        addColumns(table, names, m_keys.of(*record), true);
     }
     addColumns(table, names, group.fields, false);
-    if (table.columns.isEmpty()) {
+    if (table.columns.isEmpty())
         m_notes.append(QStringLiteral("table %1 has no columns and is left out").arg(table.name));
-    } else if (table.columns.size() > mostColumns(m_dialect)) {
-        m_notes.append(QStringLiteral("table %1 has %2 columns, and the database takes %3")
-                           .arg(table.name)
-                           .arg(table.columns.size())
-                           .arg(mostColumns(m_dialect)));
-    }
     return table;
+}
+
+// The names of the parts come after those of the records.
+void SqlWriter::divideWideTables()
+{
+    QVector<Table> tables;
+    for (const Table& table : qAsConst(m_tables))
+        tables += partsOf(table);
+    m_tables = tables;
+}
+
+// At most as many bytes as a value takes in a row of PostgreSQL, with what aligns the next.
+int SqlWriter::bytesOf(const Column& column) const
+{
+    constexpr int Word = 8;
+    if (column.field < 0)
+        return Word;
+    const ListedField& field = m_listing.fields.at(column.field);
+    const SqlType type = sqlTypeOf(field, m_dialect);
+    if (type == SqlType::Integer)
+        return Word;
+    // Four digits are two bytes, and a character is four bytes at most.
+    const int digits = field.start > 0 ? field.length : DoubleDigits;
+    const qint64 bytes =
+        type == SqlType::Real ? 7 + qint64(digits) / 2 : 1 + qint64(4) * field.length;
+    return field.length > 0 && bytes < LongestInRow ? int(bytes + Word - 1) / Word * Word
+                                                    : LongestInRow;
+}
+
+bool SqlWriter::isTooWide(int columns, int bytes) const
+{
+    return columns > mostColumns(m_dialect)
+        || (m_dialect == SqlDialect::PostgreSql && bytes > MostRowBytes);
+}
+
+// The rows of the parts of a table that is too wide belong together by their numbers.
+QVector<Table> SqlWriter::partsOf(Table table)
+{
+    const auto addBytes = [&](int sum, const Column& column) { return sum + bytesOf(column); };
+    if (!isTooWide(table.columns.size(),
+            std::accumulate(table.columns.cbegin(), table.columns.cend(), 0, addBytes)))
+        return { table };
+    QVector<Column> columns;
+    std::swap(columns, table.columns);
+    QVector<Table> parts { table };
+    const int rowNumberBytes = bytesOf({ QString(), -1, false });
+    int bytes = rowNumberBytes;
+    for (const Column& column : qAsConst(columns)) {
+        bytes += bytesOf(column);
+        if (isTooWide(parts.constLast().columns.size() + 2, bytes)) {
+            bytes = rowNumberBytes + bytesOf(column);
+            parts.append(Table());
+        }
+        parts.last().columns.append(column);
+    }
+    QStringList ignored; // the names of the columns were told of
+    SqlNames names(ignored);
+    for (const Column& column : qAsConst(columns))
+        names.take(column.name, QString());
+    const Column number { names.take(QStringLiteral("row_number"), QString()), -1, false };
+    for (int i = 0; i < parts.size(); ++i) {
+        Table& part = parts[i];
+        part.columns.prepend(number);
+        if (i == 0)
+            continue;
+        const QString wanted = QStringLiteral("%1_%2").arg(table.name, QString::number(i + 1));
+        part.name = m_tableNames.take(
+            wanted, QStringLiteral("part %1 of table %2").arg(QString::number(i + 1), table.name));
+        part.about = table.about;
+        part.firstPart = table.name;
+    }
+    m_notes.append(QStringLiteral("table %1 has %2 columns, more than the database takes, and is "
+                                  "in %3 parts, to %4; column %5 tells which rows belong together")
+                       .arg(table.name, QString::number(columns.size()),
+                           QString::number(parts.size()), parts.constLast().name, number.name));
+    return parts;
 }
 
 void SqlWriter::addColumns(
@@ -163,10 +255,25 @@ QString SqlWriter::about(const ListedField& field) const
         .arg(field.fullLabel(), tables.join(QLatin1String(", ")));
 }
 
-QString SqlWriter::columnDefinition(const Column& column) const
+QString SqlWriter::aboutColumn(const Column& column) const
 {
+    return column.field < 0 ? QStringLiteral("Number of the row, the same in all parts")
+                            : about(m_listing.fields.at(column.field));
+}
+
+QString SqlWriter::columnDefinition(const Table& table, const Column& column) const
+{
+    QString text = sqlIdentifier(column.name) + QLatin1Char(' ');
+    if (column.field < 0) {
+        text += sqlTypeName(SqlType::Integer, m_dialect) + QLatin1String(" NOT NULL UNIQUE");
+        if (!table.firstPart.isNull()) {
+            text += QStringLiteral(" REFERENCES %1 (%2)")
+                        .arg(sqlIdentifier(table.firstPart), sqlIdentifier(column.name));
+        }
+        return text;
+    }
     const ListedField& field = m_listing.fields.at(column.field);
-    QString text = sqlIdentifier(column.name) + QLatin1Char(' ') + typeOf(field);
+    text += typeOf(field);
     if (column.isKey)
         text += QLatin1String(" NOT NULL");
     const QString reference = m_values.referenceOf(field);
@@ -175,14 +282,15 @@ QString SqlWriter::columnDefinition(const Column& column) const
     return text;
 }
 
-QString keyList(const Table& table)
+// Empty when the keys are too many for an index.
+QString SqlWriter::keyList(const Table& table) const
 {
     QStringList keys;
     for (const Column& column : table.columns) {
         if (column.isKey)
             keys.append(sqlIdentifier(column.name));
     }
-    return keys.join(QLatin1String(", "));
+    return keys.size() > mostKeys(m_dialect) ? QString() : keys.join(QLatin1String(", "));
 }
 
 QString SqlWriter::definition(const Table& table) const
@@ -195,9 +303,9 @@ QString SqlWriter::definition(const Table& table) const
     for (int i = 0; i < table.columns.size(); ++i) {
         const Column& column = table.columns.at(i);
         const bool isLast = i + 1 == table.columns.size() && !hasPrimaryKey;
-        text += QLatin1String("  ") + columnDefinition(column)
+        text += QLatin1String("  ") + columnDefinition(table, column)
             + (isLast ? QString() : QStringLiteral(",")) + QLatin1Char(' ')
-            + sqlComment(about(m_listing.fields.at(column.field))) + QLatin1Char('\n');
+            + sqlComment(aboutColumn(column)) + QLatin1Char('\n');
     }
     if (hasPrimaryKey)
         text += QStringLiteral("  PRIMARY KEY (%1)\n").arg(keys);
@@ -225,8 +333,7 @@ QString SqlWriter::comments(const Table& table) const
     QString text = QStringLiteral("COMMENT ON TABLE %1 IS %2;\n").arg(name, sqlText(table.about));
     for (const Column& column : table.columns) {
         text += QStringLiteral("COMMENT ON COLUMN %1.%2 IS %3;\n")
-                    .arg(name, sqlIdentifier(column.name),
-                        sqlText(about(m_listing.fields.at(column.field))));
+                    .arg(name, sqlIdentifier(column.name), sqlText(aboutColumn(column)));
     }
     return text;
 }

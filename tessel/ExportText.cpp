@@ -1,7 +1,8 @@
 #include "ExportText.h"
 
 #include <QFileInfo>
-#include <QHash>
+
+#include <algorithm>
 
 QVector<FieldGroup> groupsOf(const Listing& listing)
 {
@@ -21,22 +22,31 @@ QVector<FieldGroup> groupsOf(const Listing& listing)
     return groups;
 }
 
-QVector<int> keysOf(const Listing& listing, const ListedRecord& record)
+KeyFields::KeyFields(const Listing& listing)
 {
     QHash<QString, int> levels;
-    for (const ListedRecord& other : listing.records)
-        levels.insert(other.name, other.level);
+    for (const ListedRecord& record : listing.records)
+        levels.insert(record.name, record.level);
     // The items of a level stand before the records of the level.
-    QVector<int> keys;
     int level = 0;
     for (int i = listing.fields.size() - 1; i >= 0; --i) {
         const ListedField& field = listing.fields.at(i);
-        if (!field.isIdentification)
+        if (field.isIdentification)
+            m_keys.append({ i, level });
+        else
             level = levels.value(field.record);
-        else if (level <= record.level)
-            keys.prepend(i);
     }
-    return keys;
+    std::reverse(m_keys.begin(), m_keys.end());
+}
+
+QVector<int> KeyFields::of(const ListedRecord& record) const
+{
+    QVector<int> fields;
+    for (const Key& key : m_keys) {
+        if (key.level <= record.level)
+            fields.append(key.field);
+    }
+    return fields;
 }
 
 QString titleOf(const Listing& listing)
@@ -71,9 +81,12 @@ QString xmlText(const QString& text)
 
 QString UniqueNames::take(const QString& wanted)
 {
+    const QString key = wanted.toCaseFolded();
     QString name = wanted;
-    for (int number = 2; m_taken.contains(name.toCaseFolded()); ++number)
-        name = wanted + QLatin1Char('_') + QString::number(number);
-    m_taken.insert(name.toCaseFolded());
+    int number = m_lastNumbers.value(key, 1);
+    while (m_lastNumbers.contains(name.toCaseFolded()))
+        name = wanted + QLatin1Char('_') + QString::number(++number);
+    m_lastNumbers[key] = number;
+    m_lastNumbers.insert(name.toCaseFolded(), 1);
     return name;
 }

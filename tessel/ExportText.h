@@ -2,7 +2,7 @@
 
 #include "FieldListing.h"
 
-#include <QSet>
+#include <QHash>
 #include <QString>
 #include <QVector>
 
@@ -18,11 +18,24 @@ struct FieldGroup {
  */
 QVector<FieldGroup> groupsOf(const Listing& listing);
 
-/*!
- * Indexes of the identification items that are in the lines of \a record: those of its level and of
- * the levels above.
- */
-QVector<int> keysOf(const Listing& listing, const ListedRecord& record);
+/*! The identification items, by the levels that they stand in. */
+class KeyFields {
+public:
+    explicit KeyFields(const Listing& listing);
+
+    /*!
+     * Indexes of those that are in the lines of \a record: of its level and of the levels above.
+     */
+    QVector<int> of(const ListedRecord& record) const;
+
+private:
+    struct Key {
+        int field = 0;
+        int level = 0;
+    };
+
+    QVector<Key> m_keys;
+};
 
 /*! The label of the dictionary, else its name, else the name of its file. */
 QString titleOf(const Listing& listing);
@@ -40,5 +53,5 @@ public:
     QString take(const QString& wanted);
 
 private:
-    QSet<QString> m_taken;
+    QHash<QString, int> m_lastNumbers; // of the names taken, in small letters
 };

@@ -131,6 +131,7 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     field.notApplicable = orNull(source.notApplicableValue);
     field.note = orNull(item.note);
     field.valueSets = valueSets.list(item);
+    field.areValuesListed = true;
     if (!variable.isString()) {
         field.min = orNull(source.minValue);
         field.max = orNull(source.maxValue);

@@ -45,6 +45,7 @@ struct ListedField {
     QString max; /*!< null: none */
     QString note; /*!< null: none */
     QVector<ListedValueSet> valueSets; /*!< the first is the one to show when one is shown */
+    bool areValuesListed = false; /*!< no value is in the data but those of the value sets */
 
     /*! Number of codes with labels, in the first value set. */
     int valueLabelCount() const

@@ -2,12 +2,12 @@
 
 #include "Console.h"
 #include "CsvText.h"
+#include "JsonWriter.h"
 #include "ShownText.h"
 #include "TextTable.h"
 
 #include <QHash>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QStringList>
 
@@ -217,11 +217,6 @@ QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
 
 // ---- JSON
 
-QJsonValue textOrNull(const QString& text)
-{
-    return text.isNull() ? QJsonValue() : QJsonValue(text);
-}
-
 QJsonValue numberOrNull(int number)
 {
     return number > 0 ? QJsonValue(number) : QJsonValue();
@@ -246,23 +241,9 @@ QJsonArray jsonOf(const QVector<ListedCode>& ranges)
     return array;
 }
 
-QJsonObject jsonOf(const ListedValueSet& valueSet)
+QJsonObject jsonOf(const ListedField& field)
 {
-    QJsonArray values;
-    for (const ListedCode& entry : valueSet.codes) {
-        values.append(QJsonObject { { QStringLiteral("code"), entry.code },
-            { QStringLiteral("to"), textOrNull(entry.highCode) },
-            { QStringLiteral("label"), entry.label },
-            { QStringLiteral("special"), textOrNull(entry.special) } });
-    }
-    return { { QStringLiteral("name"), valueSet.name }, { QStringLiteral("label"), valueSet.label },
-        { QStringLiteral("values"), values } };
-}
-
-QJsonObject jsonOf(const ListedField& field, bool withValues)
-{
-    QJsonObject object { { QStringLiteral("name"), field.name },
-        { QStringLiteral("item"), field.item },
+    return { { QStringLiteral("name"), field.name }, { QStringLiteral("item"), field.item },
         { QStringLiteral("occurrence"), numberOrNull(field.occurrence) },
         { QStringLiteral("occurrenceLabel"), textOrNull(field.occurrenceLabel) },
         { QStringLiteral("label"), field.label },
@@ -284,23 +265,10 @@ QJsonObject jsonOf(const ListedField& field, bool withValues)
         { QStringLiteral("note"), textOrNull(field.note) },
         { QStringLiteral("valueSetCount"), field.valueSets.size() },
         { QStringLiteral("valueLabelCount"), field.valueLabelCount() } };
-    if (withValues) {
-        QJsonArray valueSets;
-        for (const ListedValueSet& valueSet : field.valueSets)
-            valueSets.append(jsonOf(valueSet));
-        object.insert(QStringLiteral("valueSets"), valueSets);
-    }
-    return object;
 }
 
-QJsonObject jsonOf(const Listing& listing, bool withValues)
+QJsonObject jsonOf(const Listing& listing)
 {
-    QJsonArray records;
-    for (const ListedRecord& record : listing.records)
-        records.append(jsonOf(record));
-    QJsonArray fields;
-    for (const ListedField& field : listing.fields)
-        fields.append(jsonOf(field, withValues));
     return { { QStringLiteral("file"), listing.file }, { QStringLiteral("kind"), listing.kind },
         { QStringLiteral("name"), listing.name }, { QStringLiteral("label"), listing.label },
         { QStringLiteral("version"), listing.version },
@@ -311,18 +279,56 @@ QJsonObject jsonOf(const Listing& listing, bool withValues)
         { QStringLiteral("levels"), QJsonArray::fromStringList(listing.levels) },
         { QStringLiteral("rows"),
             listing.rowCount < 0 ? QJsonValue() : QJsonValue(listing.rowCount) },
-        { QStringLiteral("notes"), QJsonArray::fromStringList(listing.notes) },
-        { QStringLiteral("records"), records }, { QStringLiteral("fields"), fields } };
+        { QStringLiteral("notes"), QJsonArray::fromStringList(listing.notes) } };
+}
+
+void addValueSets(JsonWriter& json, const QVector<ListedValueSet>& valueSets)
+{
+    json.beginList("valueSets");
+    for (const ListedValueSet& valueSet : valueSets) {
+        json.beginObject({ { QStringLiteral("name"), valueSet.name },
+            { QStringLiteral("label"), valueSet.label } });
+        json.beginList("values");
+        for (const ListedCode& entry : valueSet.codes) {
+            json.add({ { QStringLiteral("code"), entry.code },
+                { QStringLiteral("to"), textOrNull(entry.highCode) },
+                { QStringLiteral("label"), entry.label },
+                { QStringLiteral("special"), textOrNull(entry.special) } });
+        }
+        json.endList();
+        json.endObject();
+    }
+    json.endList();
+}
+
+void addJson(JsonWriter& json, const Listing& listing, bool withValues)
+{
+    json.beginObject(jsonOf(listing));
+    json.beginList("records");
+    for (const ListedRecord& record : listing.records)
+        json.add(jsonOf(record));
+    json.endList();
+    json.beginList("fields");
+    for (const ListedField& field : listing.fields) {
+        json.beginObject(jsonOf(field));
+        if (withValues)
+            addValueSets(json, field.valueSets);
+        json.endObject();
+    }
+    json.endList();
+    json.endObject();
 }
 
 QByteArray asJson(const QVector<Listing>& listings, const ListingFormat& format)
 {
-    QJsonArray files;
+    JsonWriter json;
+    json.beginObject({ { QStringLiteral("tesselFields"), JsonVersion } });
+    json.beginList("files");
     for (const Listing& listing : listings)
-        files.append(jsonOf(listing, format.withValues));
-    return QJsonDocument(QJsonObject { { QStringLiteral("tesselFields"), JsonVersion },
-                             { QStringLiteral("files"), files } })
-        .toJson();
+        addJson(json, listing, format.withValues);
+    json.endList();
+    json.endObject();
+    return json.text();
 }
 
 } // namespace

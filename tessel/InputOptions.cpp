@@ -81,13 +81,7 @@ QString readDictionaryOptions(const QCommandLineParser& parser, DictionaryOption
     if (!readDecimals(decimals, options.decimals))
         return QStringLiteral("--decimals takes yes, no or ask, not '%1'").arg(decimals);
     options.language = parser.value(languageOption());
-    options.encoding = parser.value(encodingOption()).toLatin1();
-    if (parser.isSet(encodingOption()) && !QTextCodec::codecForName(options.encoding)) {
-        return QStringLiteral("unknown encoding '%1'; names are for example UTF-8, windows-1252, "
-                              "ISO-8859-1 and UTF-16")
-            .arg(parser.value(encodingOption()));
-    }
-    return QString();
+    return readEncoding(parser, encodingOption(), options.encoding);
 }
 
 } // namespace
@@ -105,6 +99,18 @@ QString readInputOptions(const QCommandLineParser& parser, InputOptions& options
             .arg(parser.value(typeOption()));
     }
     return readDictionaryOptions(parser, options.dictionary);
+}
+
+QString readEncoding(
+    const QCommandLineParser& parser, const QCommandLineOption& option, QByteArray& encoding)
+{
+    encoding = parser.value(option).toLatin1();
+    if (parser.isSet(option) && !QTextCodec::codecForName(encoding)) {
+        return QStringLiteral("unknown encoding '%1'; names are for example UTF-8, windows-1252, "
+                              "ISO-8859-1 and UTF-16")
+            .arg(parser.value(option));
+    }
+    return QString();
 }
 
 bool readListing(const QString& path, const InputOptions& options, Listing& listing)

@@ -21,6 +21,11 @@ QList<QCommandLineOption> inputOptions();
 /*! Null when the options make sense, else what is wrong with them. */
 QString readInputOptions(const QCommandLineParser& parser, InputOptions& options);
 
+/*! Reads the name of an encoding that \a option gives. Null when it makes sense, else what is
+ * wrong. */
+QString readEncoding(
+    const QCommandLineParser& parser, const QCommandLineOption& option, QByteArray& encoding);
+
 /*!
  * Lists the fields of the file \a path, whatever kind it is. False, and told on standard error,
  * when it cannot be read; Listing::isPartial when something of it cannot.

@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "InputFile.h"
+#include "InputOptions.h"
 #include "LookupReport.h"
 #include "LookupWriters.h"
 #include "Output.h"
@@ -11,7 +12,6 @@
 
 #include <QCommandLineParser>
 #include <QFileInfo>
-#include <QTextCodec>
 
 #include <cstdio>
 
@@ -133,19 +133,13 @@ QString readReading(const QCommandLineParser& parser, LookupOptions& options)
         return QStringLiteral("--separator takes space, tab, comma, semicolon or colon, not '%1'")
             .arg(separator);
     }
-    options.encoding = parser.value(encodingOption()).toLatin1();
-    if (parser.isSet(encodingOption()) && !QTextCodec::codecForName(options.encoding)) {
-        return QStringLiteral("unknown encoding '%1'; names are for example UTF-8, windows-1252, "
-                              "ISO-8859-1 and UTF-16")
-            .arg(parser.value(encodingOption()));
-    }
-    return QString();
+    return readEncoding(parser, encodingOption(), options.encoding);
 }
 
 QString readTargets(const QCommandLineParser& parser, LookupOptions& options)
 {
     const QStringList inputs { options.file, options.againstFile };
-    const QString mistake = Output::readOption(parser, inputs, options.output);
+    QString mistake = Output::readOption(parser, inputs, options.output);
     if (!mistake.isNull())
         return mistake;
     options.report = parser.value(reportOption());

@@ -94,8 +94,9 @@ QStringList firstLines(const QByteArray& head, const QTextCodec& codec)
 {
     QTextCodec::ConverterState state;
     const QString text = codec.toUnicode(head.constData(), head.size(), &state);
+    const QVector<QStringRef> parts = text.splitRef(QLatin1Char('\n'));
     QStringList lines;
-    for (const QStringRef& line : text.splitRef(QLatin1Char('\n'))) {
+    for (const QStringRef& line : parts) {
         if (!line.trimmed().isEmpty() && lines.size() < GuessLines)
             lines.append(line.toString().remove(QLatin1Char('\r')));
     }

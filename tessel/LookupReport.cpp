@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "LookupWriters.h"
+#include "ShownText.h"
 
 #include <model_Tessel/ReportLookup.h>
 
@@ -169,7 +170,7 @@ QString frequencies(const QVector<ValueCount>& counts)
 {
     QString text = heading(QStringLiteral("Frequencies"))
         + QStringLiteral("<p>%1; how many keys carry each.</p>\n")
-              .arg(counted(counts.size(), QStringLiteral("different value")))
+              .arg(plural(counts.size(), QStringLiteral("different value")))
         + tableStart({ { "Value", false }, { "Keys", true }, { "", false } });
     const int highest = counts.isEmpty() ? 1 : counts.constFirst().keys;
     for (const ValueCount& count : counts) {

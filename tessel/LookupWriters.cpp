@@ -2,11 +2,9 @@
 
 #include "Console.h"
 #include "CsvText.h"
+#include "JsonWriter.h"
+#include "ShownText.h"
 #include "TextTable.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
 
@@ -71,8 +69,9 @@ QString comparisonTable(const LabelComparison& comparison, int width)
 
 QByteArray asTable(const LookupOutcome& outcome, int width)
 {
+    const QStringList summary = lookupSummary(outcome);
     QString text;
-    for (const QString& line : lookupSummary(outcome)) {
+    for (const QString& line : summary) {
         const QStringList parts = wrapped(Console::printable(line), width);
         text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
@@ -131,55 +130,53 @@ QByteArray asCsv(const LookupOutcome& outcome)
 
 // ---- JSON
 
-QJsonValue textOrNull(const QString& text)
+void addDifferences(JsonWriter& json, const char* name, const QVector<LabelDifference>& differences)
 {
-    return text.isNull() ? QJsonValue() : QJsonValue(text);
-}
-
-QJsonArray jsonOf(const QVector<LookupMessage>& messages)
-{
-    QJsonArray array;
-    for (const LookupMessage& message : messages) {
-        array.append(QJsonObject { { QStringLiteral("line"), message.line },
-            { QStringLiteral("kind"), kindName(message.kind) },
-            { QStringLiteral("text"), message.text } });
-    }
-    return array;
-}
-
-QJsonArray jsonOf(const QVector<ValueCount>& frequencies)
-{
-    QJsonArray array;
-    for (const ValueCount& count : frequencies) {
-        array.append(QJsonObject {
-            { QStringLiteral("value"), count.value }, { QStringLiteral("keys"), count.keys } });
-    }
-    return array;
-}
-
-QJsonArray jsonOf(const QVector<LabelDifference>& differences)
-{
-    QJsonArray array;
+    json.beginList(name);
     for (const LabelDifference& difference : differences) {
-        array.append(QJsonObject { { QStringLiteral("key"), difference.key },
+        json.add({ { QStringLiteral("key"), difference.key },
             { QStringLiteral("text"), textOrNull(difference.text) },
             { QStringLiteral("label"), textOrNull(difference.label) } });
     }
-    return array;
+    json.endList();
 }
 
-QJsonObject jsonOf(const LabelComparison& comparison)
+void addComparison(JsonWriter& json, const LabelComparison& comparison)
 {
-    return { { QStringLiteral("file"), comparison.file },
-        { QStringLiteral("variable"), comparison.variable },
-        { QStringLiteral("keysWithoutLabel"), jsonOf(comparison.keysWithoutLabel) },
-        { QStringLiteral("labelsWithoutKey"), jsonOf(comparison.labelsWithoutKey) },
-        { QStringLiteral("differentTexts"), jsonOf(comparison.differentTexts) } };
+    json.beginObject({ { QStringLiteral("file"), comparison.file },
+                         { QStringLiteral("variable"), comparison.variable } },
+        "against");
+    addDifferences(json, "keysWithoutLabel", comparison.keysWithoutLabel);
+    addDifferences(json, "labelsWithoutKey", comparison.labelsWithoutKey);
+    addDifferences(json, "differentTexts", comparison.differentTexts);
+    json.endObject();
+}
+
+void addMessages(JsonWriter& json, const QVector<LookupMessage>& messages)
+{
+    json.beginList("messages");
+    for (const LookupMessage& message : messages) {
+        json.add({ { QStringLiteral("line"), message.line },
+            { QStringLiteral("kind"), kindName(message.kind) },
+            { QStringLiteral("text"), message.text } });
+    }
+    json.endList();
+}
+
+void addFrequencies(JsonWriter& json, const QVector<ValueCount>& frequencies)
+{
+    json.beginList("frequencies");
+    for (const ValueCount& count : frequencies) {
+        json.add(
+            { { QStringLiteral("value"), count.value }, { QStringLiteral("keys"), count.keys } });
+    }
+    json.endList();
 }
 
 QByteArray asJson(const LookupOutcome& outcome)
 {
-    QJsonObject object { { QStringLiteral("tesselLookup"), JsonVersion },
+    JsonWriter json;
+    json.beginObject({ { QStringLiteral("tesselLookup"), JsonVersion },
         { QStringLiteral("file"), outcome.path }, { QStringLiteral("encoding"), outcome.encoding },
         { QStringLiteral("separator"), separatorNames().at(outcome.separator) },
         { QStringLiteral("separatorGuessed"), outcome.isGuessed },
@@ -187,27 +184,22 @@ QByteArray asJson(const LookupOutcome& outcome)
         { QStringLiteral("lines"), outcome.lines }, { QStringLiteral("keys"), outcome.keys },
         { QStringLiteral("duplicateKeys"), outcome.duplicateKeys },
         { QStringLiteral("wrongKeyLengths"), outcome.wrongKeyLengths },
-        { QStringLiteral("withoutSeparator"), outcome.withoutSeparator },
-        { QStringLiteral("messages"), jsonOf(outcome.messages) } };
+        { QStringLiteral("withoutSeparator"), outcome.withoutSeparator } });
+    addMessages(json, outcome.messages);
     if (outcome.frequencies)
-        object.insert(QStringLiteral("frequencies"), jsonOf(*outcome.frequencies));
+        addFrequencies(json, *outcome.frequencies);
     if (outcome.comparison)
-        object.insert(QStringLiteral("against"), jsonOf(*outcome.comparison));
-    return QJsonDocument(object).toJson();
+        addComparison(json, *outcome.comparison);
+    json.endObject();
+    return json.text();
 }
 
 } // namespace
 
-QString counted(int count, const QString& thing)
-{
-    return QStringLiteral("%1 %2%3").arg(count).arg(
-        thing, count == 1 ? QString() : QStringLiteral("s"));
-}
-
 QStringList lookupSummary(const LookupOutcome& outcome)
 {
     QString withoutSeparator = QStringLiteral("%1 without a separator")
-                                   .arg(counted(outcome.withoutSeparator, QStringLiteral("line")));
+                                   .arg(plural(outcome.withoutSeparator, QStringLiteral("line")));
     if (outcome.repeatedBySeparator > 0) {
         withoutSeparator +=
             QStringLiteral(" (duplicate keys among them: %1)").arg(outcome.repeatedBySeparator);
@@ -215,19 +207,19 @@ QStringList lookupSummary(const LookupOutcome& outcome)
     QStringList lines { QStringLiteral("%1: separator %2, encoding %3")
                             .arg(outcome.path, separatorNames().at(outcome.separator),
                                 outcome.encoding),
-        QStringLiteral("%1, %2").arg(counted(outcome.lines, QStringLiteral("line")),
-            counted(outcome.keys, QStringLiteral("key"))),
+        QStringLiteral("%1, %2").arg(plural(outcome.lines, QStringLiteral("line")),
+            plural(outcome.keys, QStringLiteral("key"))),
         QStringLiteral("%1, %2 of another length, %3")
-            .arg(counted(outcome.duplicateKeys, QStringLiteral("duplicate key")),
-                counted(outcome.wrongKeyLengths, QStringLiteral("key")), withoutSeparator) };
+            .arg(plural(outcome.duplicateKeys, QStringLiteral("duplicate key")),
+                plural(outcome.wrongKeyLengths, QStringLiteral("key")), withoutSeparator) };
     if (outcome.comparison) {
         const LabelComparison& labels = *outcome.comparison;
         lines.append(
             QStringLiteral("Against %1, variable %2: %3 without a label, %4 without a key, %5")
                 .arg(labels.file, labels.variable,
-                    counted(labels.keysWithoutLabel.size(), QStringLiteral("key")),
-                    counted(labels.labelsWithoutKey.size(), QStringLiteral("label")),
-                    counted(labels.differentTexts.size(), QStringLiteral("different text"))));
+                    plural(labels.keysWithoutLabel.size(), QStringLiteral("key")),
+                    plural(labels.labelsWithoutKey.size(), QStringLiteral("label")),
+                    plural(labels.differentTexts.size(), QStringLiteral("different text"))));
     }
     lines.append(outcome.isConsistent() ? QStringLiteral("The lookup is consistent.")
                                         : QStringLiteral("The lookup is not consistent."));

@@ -8,8 +8,5 @@
 /*! How the keys, duplicates and so on are counted in words, one text for each line. */
 QStringList lookupSummary(const LookupOutcome& outcome);
 
-/*! "1 key", "2 keys". */
-QString counted(int count, const QString& thing);
-
 /*! The outcome in UTF-8. */
 QByteArray writeLookup(const LookupOutcome& outcome, const ListingFormat& format);

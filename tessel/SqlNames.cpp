@@ -5,7 +5,7 @@
 namespace {
 
 constexpr int LongestName = 63; // PostgreSQL cuts longer ones, in bytes
-constexpr int RoomForNumber = 6;
+constexpr int RoomForNumber = 8;
 
 // Of both databases, so that a name is the same in both.
 const QSet<QString>& reservedWords()
@@ -17,7 +17,8 @@ const QSet<QString>& reservedWords()
             "CONCURRENTLY CONSTRAINT CREATE CROSS CURRENT_CATALOG CURRENT_DATE CURRENT_ROLE "
             "CURRENT_SCHEMA CURRENT_TIME CURRENT_TIMESTAMP CURRENT_USER DEFAULT DEFERRABLE DELETE "
             "DESC DISTINCT DO DROP ELSE END ESCAPE EXCEPT EXISTS FALSE FETCH FOR FOREIGN FREEZE "
-            "FROM FULL GRANT GROUP HAVING ILIKE IN INDEX INITIALLY INNER INSERT INTERSECT INTO IS "
+            "FROM FULL GRANT GROUP HAVING IF ILIKE IN INDEX INITIALLY INNER INSERT INTERSECT INTO "
+            "IS "
             "ISNULL JOIN LATERAL LEADING LEFT LIKE LIMIT LOCALTIME LOCALTIMESTAMP NATURAL NOT "
             "NOTHING NOTNULL NULL OFFSET ON ONLY OR ORDER OUTER OVERLAPS PLACING PRIMARY "
             "REFERENCES RETURNING RIGHT SELECT SESSION_USER SET SIMILAR SOME SYMMETRIC "
@@ -91,9 +92,16 @@ QString sqlIdentifier(const QString& name)
 
 QString sqlText(const QString& text)
 {
-    // No database takes a null character.
+    // No database takes a null character, and half a surrogate pair is no character.
     QString content = text;
-    content.replace(QChar(), QChar(QChar::ReplacementCharacter));
+    for (int i = 0; i < content.size(); ++i) {
+        const bool isPair = content.at(i).isHighSurrogate() && i + 1 < content.size()
+            && content.at(i + 1).isLowSurrogate();
+        if (isPair)
+            ++i;
+        else if (content.at(i).isNull() || content.at(i).isSurrogate())
+            content[i] = QChar::ReplacementCharacter;
+    }
     content.replace(QLatin1Char('\''), QLatin1String("''"));
     return QLatin1Char('\'') + content + QLatin1Char('\'');
 }

@@ -1,7 +1,6 @@
 #include "SqlValueTables.h"
 
 #include <QLocale>
-#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -9,6 +8,7 @@
 namespace {
 
 constexpr int LongestInteger = 18; // digits that always fit 64 bits
+constexpr int LongestCode = 600; // characters that fit PostgreSQL's indexes whatever they are
 constexpr int RowsPerStatement = 200;
 
 bool hasRanges(const QVector<ListedCode>& codes)
@@ -22,55 +22,69 @@ bool isSpecial(const ListedCode& entry)
     return !entry.special.isNull();
 }
 
+bool isBlank(const QString& code)
+{
+    return code.trimmed().isEmpty();
+}
+
 bool isDigits(const QString& text)
 {
-    return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar character) {
+    return std::all_of(text.begin(), text.end(), [](QChar character) {
         return character >= QLatin1Char('0') && character <= QLatin1Char('9');
     });
+}
+
+// The same text for the same number: no plus, and no zeros that say nothing. Null for other texts.
+QString plainNumber(const QString& text)
+{
+    const bool isNegative = text.startsWith(QLatin1Char('-'));
+    const bool hasSign = isNegative || text.startsWith(QLatin1Char('+'));
+    const int point = text.indexOf(QLatin1Char('.'));
+    QString whole = text.left(point).mid(hasSign ? 1 : 0);
+    QString fraction = point < 0 ? QString() : text.mid(point + 1);
+    if (whole.size() + fraction.size() == 0 || !isDigits(whole) || !isDigits(fraction))
+        return QString();
+    const auto isDigit = [](QChar digit) { return digit != QLatin1Char('0'); };
+    whole.remove(0, int(std::find_if(whole.cbegin(), whole.cend(), isDigit) - whole.cbegin()));
+    while (fraction.endsWith(QLatin1Char('0')))
+        fraction.chop(1);
+    QString number = whole.isEmpty() ? QStringLiteral("0") : whole;
+    if (!fraction.isEmpty())
+        number += QLatin1Char('.') + fraction;
+    return isNegative && number != QLatin1String("0") ? QLatin1Char('-') + number : number;
+}
+
+QString null()
+{
+    return QStringLiteral("NULL");
 }
 
 // Null for texts that are no number: blanks, and the missing codes of Stata.
 QString numberLiteral(const QString& code, SqlType type)
 {
     bool isNumber = false;
-    QString trimmed = code.trimmed();
+    const QString trimmed = code.trimmed();
     if (type == SqlType::Integer) {
         const qlonglong number = trimmed.toLongLong(&isNumber);
         return isNumber ? QString::number(number) : QString();
     }
-    if (isDigits(trimmed)) { // may have more digits than fit a double
-        while (trimmed.size() > 1 && trimmed.startsWith(QLatin1Char('0')))
-            trimmed.remove(0, 1);
-        return trimmed;
-    }
+    QString plain = plainNumber(trimmed); // may have more digits than fit a double
+    if (!plain.isNull())
+        return plain;
     const double number = trimmed.toDouble(&isNumber);
     return isNumber && std::isfinite(number)
-        ? QString::number(number, 'g', QLocale::FloatingPointShortest)
+        ? plainNumber(QString::number(number, 'f', QLocale::FloatingPointShortest))
         : QString();
 }
 
-// Dictionaries pad codes to the width of the columns, databases do not; null for blanks.
+// Dictionaries pad codes to the width of the columns, databases do not; null for blanks, and for
+// texts that an index does not take.
 QString textLiteral(const QString& code)
 {
     int length = code.size();
     while (length > 0 && code.at(length - 1) == QLatin1Char(' '))
         --length;
-    return length > 0 ? sqlText(code.left(length)) : QString();
-}
-
-bool hasCode(const QVector<ListedCode>& codes, const ListedCode& wanted)
-{
-    return std::any_of(codes.cbegin(), codes.cend(),
-        [&](const ListedCode& entry) { return entry.code == wanted.code; });
-}
-
-// A missing value without a label may be in the data, but is in no table.
-bool lacksMissing(const ListedField& field, const QVector<ListedCode>& codes)
-{
-    return std::any_of(
-        field.missingRanges.cbegin(), field.missingRanges.cend(), [&](const ListedCode& entry) {
-            return !entry.highCode.isNull() || !hasCode(codes, entry);
-        });
+    return length > 0 && length <= LongestCode ? sqlText(code.left(length)) : QString();
 }
 
 } // namespace
@@ -113,55 +127,100 @@ QString SqlValueTables::keyOf(const ListedField& field, const ListedValueSet& va
     return key;
 }
 
+SqlValueTables::CodesId SqlValueTables::idOf(
+    const ListedField& field, const ListedValueSet& valueSet) const
+{
+    return { valueSet.codes.constData(), int(sqlTypeOf(field, m_dialect)) };
+}
+
 void SqlValueTables::add(const ListedField& field)
 {
     for (const ListedValueSet& valueSet : field.valueSets) {
         if (valueSet.codes.isEmpty())
             continue;
-        const QString key = keyOf(field, valueSet);
-        if (!m_indexes.contains(key)) {
-            const QString wanted =
-                valueSet.name.isEmpty() ? field.item + QLatin1String("_labels") : valueSet.name;
-            const QString name = m_tableNames.take(
-                wanted, QStringLiteral("the table of value set %1 of %2").arg(wanted, field.name));
-            m_indexes.insert(key, m_tables.size());
-            m_tables.append({ name, valueSet.label, sqlTypeOf(field, m_dialect),
-                hasRanges(valueSet.codes), valueSet.codes, {} });
+        const CodesId id = idOf(field, valueSet);
+        if (!m_known.contains(id)) {
+            const QString key = keyOf(field, valueSet);
+            if (!m_indexes.contains(key))
+                m_indexes.insert(key, addTable(field, valueSet));
+            m_known.insert(id, m_indexes.value(key));
         }
-        QStringList& fields = m_tables[m_indexes.value(key)].fields;
-        if (!fields.contains(field.item))
-            fields.append(field.item);
+        Table& table = m_tables[m_known.value(id)];
+        if (table.knownFields.contains(field.item))
+            continue;
+        table.knownFields.insert(field.item);
+        table.fields.append(field.item);
     }
+}
+
+int SqlValueTables::addTable(const ListedField& field, const ListedValueSet& valueSet)
+{
+    const QString wanted =
+        valueSet.name.isEmpty() ? field.item + QLatin1String("_labels") : valueSet.name;
+    Table table;
+    table.name = m_tableNames.take(
+        wanted, QStringLiteral("the table of value set %1 of %2").arg(wanted, field.name));
+    table.label = valueSet.label;
+    table.type = sqlTypeOf(field, m_dialect);
+    table.hasRanges = hasRanges(valueSet.codes);
+    table.codes = valueSet.codes;
+    table.isClosed =
+        !table.hasRanges && !std::all_of(valueSet.codes.cbegin(), valueSet.codes.cend(), isSpecial);
+    for (const ListedCode& entry : valueSet.codes) {
+        const QString code = literal(entry.code, table.type);
+        table.literals.insert(code);
+        const bool isHeld = code != null() || isBlank(entry.code) || isSpecial(entry);
+        table.isClosed = table.isClosed && isHeld;
+    }
+    m_tables.append(table);
+    return m_tables.size() - 1;
 }
 
 QStringList SqlValueTables::tablesOf(const ListedField& field) const
 {
     QStringList names;
     for (const ListedValueSet& valueSet : field.valueSets) {
-        const auto index = m_indexes.constFind(keyOf(field, valueSet));
-        if (index != m_indexes.cend() && !names.contains(m_tables.at(*index).name))
+        const auto index = m_known.constFind(idOf(field, valueSet));
+        if (index != m_known.cend() && !names.contains(m_tables.at(*index).name))
             names.append(m_tables.at(*index).name);
     }
     return names;
 }
 
+// A missing value without a label may be in the data, but is in no table; blanks are null in both.
+bool SqlValueTables::lacksMissing(const ListedField& field, const Table& table) const
+{
+    return std::any_of(
+        field.missingRanges.cbegin(), field.missingRanges.cend(), [&](const ListedCode& entry) {
+            return !entry.highCode.isNull()
+                || (!isBlank(entry.code)
+                    && !table.literals.contains(literal(entry.code, table.type)));
+        });
+}
+
 QString SqlValueTables::referenceOf(const ListedField& field) const
 {
-    const QStringList names = tablesOf(field);
-    if (names.size() != 1 || field.measure == QLatin1String("scale"))
+    if (!field.areValuesListed || field.measure == QLatin1String("scale")
+        || tablesOf(field).size() != 1)
         return QString();
-    const QVector<ListedCode>& codes = field.valueSets.constFirst().codes;
-    const bool isClosed = !hasRanges(codes) && !lacksMissing(field, codes)
-        && !std::all_of(codes.cbegin(), codes.cend(), isSpecial);
-    return isClosed ? names.constFirst() : QString();
+    const auto first = std::find_if(field.valueSets.cbegin(), field.valueSets.cend(),
+        [](const ListedValueSet& valueSet) { return !valueSet.codes.isEmpty(); });
+    const Table& table = m_tables.at(m_known.value(idOf(field, *first)));
+    return table.isClosed && !lacksMissing(field, table) ? table.name : QString();
 }
 
 QString SqlValueTables::literal(const QString& code, SqlType type) const
 {
-    if (code.isNull())
-        return QStringLiteral("NULL");
     const QString known = type == SqlType::Text ? textLiteral(code) : numberLiteral(code, type);
-    return known.isNull() ? QStringLiteral("NULL") : known;
+    return known.isNull() ? null() : known;
+}
+
+// The same text for what the database takes for the same code: SQLite rounds, PostgreSQL does not.
+QString SqlValueTables::uniqueKey(const QString& literal, SqlType type) const
+{
+    if (type != SqlType::Real || m_dialect == SqlDialect::PostgreSql || literal == null())
+        return literal;
+    return QString::number(literal.toDouble(), 'g', QLocale::FloatingPointShortest);
 }
 
 QString SqlValueTables::definition(const Table& table) const
@@ -185,12 +244,14 @@ QStringList SqlValueTables::rows(const Table& table) const
         if (table.hasRanges) {
             const QString& high = entry.highCode.isNull() ? entry.code : entry.highCode;
             code += QLatin1String(", ") + literal(high, table.type);
-        } else if (seen.contains(code)) {
-            code = QStringLiteral("NULL");
+        } else {
+            const QString key = uniqueKey(code, table.type);
+            if (seen.contains(key))
+                code = null();
+            seen.insert(key);
         }
-        seen.insert(code);
         const QStringList cells { code, sqlText(codeText(entry)), sqlText(entry.label),
-            entry.special.isNull() ? QStringLiteral("NULL") : sqlText(entry.special) };
+            entry.special.isNull() ? null() : sqlText(entry.special) };
         rows.append(QLatin1String("  (") + cells.join(QLatin1String(", ")) + QLatin1Char(')'));
     }
     return rows;

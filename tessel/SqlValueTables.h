@@ -4,6 +4,8 @@
 #include "SqlNames.h"
 
 #include <QHash>
+#include <QPair>
+#include <QSet>
 #include <QStringList>
 #include <QVector>
 
@@ -33,8 +35,8 @@ public:
 
     /*!
      * The table that the values of \a field must be in. Null when its codes are ranges or all
-     * special, when some missing value has no label, when its value sets are alternatives, and for
-     * measures: their labels mark only some values.
+     * special, when some value or missing value has no code that a column holds, when its value
+     * sets are alternatives, and for measures: their labels mark only some values.
      */
     QString referenceOf(const ListedField& field) const;
 
@@ -49,15 +51,25 @@ private:
         bool hasRanges;
         QVector<ListedCode> codes;
         QStringList fields;
+        QSet<QString> knownFields;
+        QSet<QString> literals; // of the codes
+        bool isClosed; // lists all values of some field
     };
 
+    using CodesId = QPair<const ListedCode*, int>;
+
+    CodesId idOf(const ListedField& field, const ListedValueSet& valueSet) const;
     QString keyOf(const ListedField& field, const ListedValueSet& valueSet) const;
+    int addTable(const ListedField& field, const ListedValueSet& valueSet);
+    bool lacksMissing(const ListedField& field, const Table& table) const;
     QString literal(const QString& code, SqlType type) const;
+    QString uniqueKey(const QString& literal, SqlType type) const;
     QString definition(const Table& table) const;
     QStringList rows(const Table& table) const;
 
     SqlDialect m_dialect;
     SqlNames& m_tableNames;
-    QHash<QString, int> m_indexes;
+    QHash<QString, int> m_indexes; // by type, codes and labels
+    QHash<CodesId, int> m_known; // of codes that fields share
     QVector<Table> m_tables;
 };

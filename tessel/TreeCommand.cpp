@@ -83,7 +83,8 @@ void describe(QCommandLineParser& parser)
 
 QString readLookups(const QCommandLineParser& parser, QVector<LookupArgument>& lookups)
 {
-    for (const QString& text : parser.values(lookupOption())) {
+    const QStringList texts = parser.values(lookupOption());
+    for (const QString& text : texts) {
         const int sign = text.indexOf(QLatin1Char('='));
         const LookupArgument lookup { text.left(std::max(sign, 0)), text.mid(sign + 1) };
         if (lookup.variable.isEmpty() || lookup.file.isEmpty())

@@ -1,6 +1,7 @@
 #include "TreeWriters.h"
 
 #include "Console.h"
+#include "JsonWriter.h"
 #include "ShownText.h"
 #include "TextTable.h"
 
@@ -8,8 +9,6 @@
 #include <model_Tessel/Entity.h>
 #include <model_Tessel/Variable.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
@@ -184,36 +183,16 @@ QByteArray asText(
 
 // ---- JSON
 
-QJsonArray jsonOf(const QList<Range*>& ranges)
-{
-    QJsonArray array;
-    for (const Range* range : ranges) {
-        array.append(QJsonObject { { QStringLiteral("min"), range->getRangeMin() },
-            { QStringLiteral("max"), range->getRangeMax() } });
-    }
-    return array;
-}
-
-QJsonArray jsonOf(const QList<ValueLabelElement*>& labels)
-{
-    QJsonArray array;
-    for (const ValueLabelElement* element : labels) {
-        array.append(QJsonObject { { QStringLiteral("value"), element->getValue() },
-            { QStringLiteral("label"), element->getLabel() } });
-    }
-    return array;
-}
-
 // A code 0 would be one that the variable may not have.
 QJsonValue codeOrNull(double code)
 {
     return code == 0 ? QJsonValue() : QJsonValue(code);
 }
 
-QJsonObject jsonOf(const TOxVariable& variable, bool withValues)
+QJsonObject jsonOf(const TOxVariable& variable)
 {
     const MetadataVariables& metadata = *variable.getMetadataVariables();
-    QJsonObject object { { QStringLiteral("name"), variable.getName() },
+    return { { QStringLiteral("name"), variable.getName() },
         { QStringLiteral("label"), variable.getLabel() },
         { QStringLiteral("type"), variable.getVarType().toLower() },
         { QStringLiteral("entity"), variable.getEntity() },
@@ -229,68 +208,75 @@ QJsonObject jsonOf(const TOxVariable& variable, bool withValues)
         { QStringLiteral("lookup"), metadata.getLookup() },
         { QStringLiteral("rangeCount"), metadata.getRange()->size() },
         { QStringLiteral("valueLabelCount"), variable.getValueLabelElementList()->size() } };
-    if (withValues) {
-        object.insert(QStringLiteral("ranges"), jsonOf(*metadata.getRange()));
-        object.insert(QStringLiteral("valueLabels"), jsonOf(*variable.getValueLabelElementList()));
-    }
-    return object;
 }
 
-QByteArray compact(const QJsonObject& object)
+QJsonObject jsonOf(const TOxEntity& entity)
 {
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
-}
-
-// A variable on each line: a document of all would take many times the memory of its text.
-void addJson(QByteArray& bytes, const TOxEntity& entity, bool withValues, const QByteArray& indent)
-{
-    QByteArray head = compact({ { QStringLiteral("name"), entity.getName() },
+    return { { QStringLiteral("name"), entity.getName() },
         { QStringLiteral("label"), entity.getLabel() },
         { QStringLiteral("parent"), entity.parent() },
         { QStringLiteral("recordType"), entity.getRecType() },
         { QStringLiteral("level"), entity.getLevel() },
         { QStringLiteral("elements"), entity.getNrElements() },
-        { QStringLiteral("documentation"), entity.getDocumentationEntity() } });
-    head.chop(1); // the brace
-    const QByteArray inner = indent + "  ";
-    bytes += indent + head + ",\"variables\":[";
-    const char* separator = "\n";
+        { QStringLiteral("documentation"), entity.getDocumentationEntity() } };
+}
+
+void addValues(JsonWriter& json, const TOxVariable& variable)
+{
+    json.beginList("ranges");
+    for (const Range* range : qAsConst(*variable.getMetadataVariables()->getRange())) {
+        json.add({ { QStringLiteral("min"), range->getRangeMin() },
+            { QStringLiteral("max"), range->getRangeMax() } });
+    }
+    json.endList();
+    json.beginList("valueLabels");
+    for (const ValueLabelElement* element : qAsConst(*variable.getValueLabelElementList())) {
+        json.add({ { QStringLiteral("value"), element->getValue() },
+            { QStringLiteral("label"), element->getLabel() } });
+    }
+    json.endList();
+}
+
+void addJson(JsonWriter& json, const TOxEntity& entity, bool withValues, const char* name = nullptr)
+{
+    json.beginObject(jsonOf(entity), name);
+    json.beginList("variables");
     for (const TOxVariable* variable : qAsConst(*entity.getVariables())) {
-        bytes += separator + inner + compact(jsonOf(*variable, withValues));
-        separator = ",\n";
+        json.beginObject(jsonOf(*variable));
+        if (withValues)
+            addValues(json, *variable);
+        json.endObject();
     }
-    bytes += "],\"children\":[";
-    separator = "\n";
-    for (const TOxEntity* child : qAsConst(*entity.getChildren())) {
-        bytes += separator;
-        addJson(bytes, *child, withValues, inner);
-        separator = ",\n";
-    }
-    bytes += "]}";
+    json.endList();
+    json.beginList("children");
+    for (const TOxEntity* child : qAsConst(*entity.getChildren()))
+        addJson(json, *child, withValues);
+    json.endList();
+    json.endObject();
 }
 
 QByteArray asJson(
     const QString& file, const Dictionary& dictionary, const TOxEntity& top, bool withValues)
 {
     const MetadataDictionary& metadata = *dictionary.getMetadataDictionary();
-    QJsonArray lookups;
+    const Datasource& source = *metadata.getDatasource();
+    JsonWriter json;
+    json.beginObject(
+        { { QStringLiteral("tesselTree"), JsonVersion }, { QStringLiteral("file"), file },
+            { QStringLiteral("source"),
+                QJsonObject { { QStringLiteral("type"), source.getType() },
+                    { QStringLiteral("file"), source.getFile() } } } });
+    json.beginList("lookups");
     for (const LookupDictionary* lookup : qAsConst(*metadata.getLookUp())) {
-        lookups.append(QJsonObject { { QStringLiteral("name"), lookup->getName() },
+        json.add({ { QStringLiteral("name"), lookup->getName() },
             { QStringLiteral("label"), lookup->getLabel() },
             { QStringLiteral("file"), lookup->getFile() },
             { QStringLiteral("separator"), lookup->getSeparator() } });
     }
-    const Datasource& source = *metadata.getDatasource();
-    QByteArray bytes =
-        compact({ { QStringLiteral("tesselTree"), JsonVersion }, { QStringLiteral("file"), file },
-            { QStringLiteral("source"),
-                QJsonObject { { QStringLiteral("type"), source.getType() },
-                    { QStringLiteral("file"), source.getFile() } } },
-            { QStringLiteral("lookups"), lookups } });
-    bytes.chop(1); // the brace
-    bytes += ",\"tree\":\n";
-    addJson(bytes, top, withValues, "  ");
-    return bytes + "\n}\n";
+    json.endList();
+    addJson(json, top, withValues, "tree");
+    json.endObject();
+    return json.text();
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 
 #include <readstat.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -108,6 +109,18 @@ public:
         return readstat_add_label_set(get(), type, name);
     }
 
+    // Of all numeric variables in the rows, instead of a missing value.
+    void setNumber(double number)
+    {
+        m_number = number;
+    }
+
+    // Of all text variables in the first row, instead of an empty text.
+    void setFirstText(const char* text)
+    {
+        m_firstText = text;
+    }
+
     // Writes the file with that many rows of missing values and empty strings.
     bool write(const QString& path, TStatFileKind kind, int rows = 0) const
     {
@@ -119,7 +132,7 @@ public:
         if (begin(get(), &file, rows) != READSTAT_OK)
             return false;
         for (int row = 0; row < rows; ++row) {
-            if (!writeRow())
+            if (!writeRow(row == 0))
                 return false;
         }
         return readstat_end_writing(get()) == READSTAT_OK;
@@ -139,19 +152,30 @@ private:
             static_cast<const char*>(bytes), static_cast<qint64>(size));
     }
 
-    bool writeRow() const
+    bool writeRow(bool isFirst) const
     {
         if (readstat_begin_row(get()) != READSTAT_OK)
             return false;
         for (int index = 0; index < get()->variables_count; ++index) {
             const readstat_variable_t* variable = readstat_get_variable(get(), index);
-            if (readstat_insert_missing_value(get(), variable) != READSTAT_OK)
+            const bool hasNumber = !std::isnan(m_number) && variable->type == READSTAT_TYPE_DOUBLE;
+            const bool hasText = isFirst && m_firstText && variable->type == READSTAT_TYPE_STRING;
+            readstat_error_t error = READSTAT_OK;
+            if (hasNumber)
+                error = readstat_insert_double_value(get(), variable, m_number);
+            else if (hasText)
+                error = readstat_insert_string_value(get(), variable, m_firstText);
+            else
+                error = readstat_insert_missing_value(get(), variable);
+            if (error != READSTAT_OK)
                 return false;
         }
         return readstat_end_row(get()) == READSTAT_OK;
     }
 
     std::unique_ptr<readstat_writer_t, Free> m_writer;
+    double m_number = NAN;
+    const char* m_firstText = nullptr;
 };
 
 // ---- samples

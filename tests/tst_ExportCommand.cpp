@@ -1,4 +1,6 @@
 // Runs "tessel export" and hands what it writes to programs and parsers that read such files.
+#include "StatFiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -10,6 +12,9 @@
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 #include <QtTest>
+
+#include <pwd.h>
+#include <unistd.h>
 
 namespace {
 
@@ -90,6 +95,123 @@ QString textOf(const QByteArray& xml)
     return reader.hasError() ? QString() : text;
 }
 
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The start of a dictionary: an identification item and no record.
+QByteArray dictionaryStart(int recordTypeLength = 1)
+{
+    return "[Dictionary]\nVersion=CSPro "
+           "7.7\nLabel=Made\nName=MADE\nRecordTypeStart=1\nRecordTypeLen="
+        + QByteArray::number(recordTypeLength)
+        + "\nPositions=Absolute\nZeroFill=No\nDecimalChar=No\n\n[Level]\nLabel=Level\nName="
+          "LEVEL\n\n"
+          "[IdItems]\n\n[Item]\nLabel=Id\nName=ID\nStart=7\nLen=4\n\n";
+}
+
+QByteArray record(const QByteArray& name, const QByteArray& type = "1", int length = 100000)
+{
+    return "[Record]\nLabel=" + name + "\nName=" + name + "\nRecordTypeValue='" + type
+        + "'\nRecordLen=" + QByteArray::number(length) + "\n\n";
+}
+
+QByteArray item(const QByteArray& name, int start, int length, const QByteArray& more = {})
+{
+    return "[Item]\nLabel=" + name + "\nName=" + name + "\nStart=" + QByteArray::number(start)
+        + "\nLen=" + QByteArray::number(length) + '\n' + more + '\n';
+}
+
+QByteArray wideDictionary(int items)
+{
+    QByteArray text = dictionaryStart() + record("WIDE");
+    for (int i = 0; i < items; ++i)
+        text += item("V" + QByteArray::number(i), 11 + 2 * i, 2);
+    return text + record("WIDE_2", "2") + item("OTHER", 11, 1);
+}
+
+// A server of its own without a network, and the rights of nobody where the test has all.
+class PostgreSqlServer {
+public:
+    ~PostgreSqlServer()
+    {
+        if (m_isRunning)
+            run("pg_ctl", { "stop", "-D", data(), "-m", "immediate" });
+    }
+
+    // Why there is none; empty when it runs.
+    QString start()
+    {
+        const QDir versions("/usr/lib/postgresql");
+        for (const QString& version : versions.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+            m_programs = versions.filePath(version + "/bin/");
+        if (!QFile::exists(m_programs + "initdb") || m_psql.isEmpty())
+            return QStringLiteral("no PostgreSQL server is installed");
+        if (geteuid() == 0 && !giveFolderToNobody())
+            return QStringLiteral("the server does not run as root, and setpriv is not installed");
+        const Outcome made = run("initdb",
+            { "-D", data(), "-A", "trust", "-U", "tessel", "-E", "UTF8", "--locale=C",
+                "--no-sync" });
+        if (made.status != 0)
+            return "initdb fails: " + QString::fromUtf8(made.errors);
+        const QString options = "-c listen_addresses= -c fsync=off -k " + m_folder.path();
+        m_isRunning =
+            run("pg_ctl", { "start", "-w", "-D", data(), "-l", data() + "/log", "-o", options })
+                .status
+            == 0;
+        return m_isRunning ? QString() : QStringLiteral("pg_ctl cannot start the server");
+    }
+
+    // In an empty schema; tuples without padding.
+    Outcome carryOut(const QByteArray& statements) const
+    {
+        return ::run(m_psql,
+            { "-qAtX", "-v", "ON_ERROR_STOP=1", "-h", m_folder.path(), "-U", "tessel", "postgres" },
+            "SET client_min_messages = warning;\nDROP SCHEMA public CASCADE;\n"
+            "CREATE SCHEMA public;\n"
+                + statements);
+    }
+
+private:
+    QString data() const
+    {
+        return m_folder.filePath("data");
+    }
+
+    bool giveFolderToNobody()
+    {
+        const passwd* nobody = getpwnam("nobody");
+        m_setpriv = QStandardPaths::findExecutable("setpriv");
+        return nobody && !m_setpriv.isEmpty()
+            && chown(QFile::encodeName(m_folder.path()).constData(), nobody->pw_uid, nobody->pw_gid)
+            == 0;
+    }
+
+    Outcome run(const QString& program, const QStringList& arguments) const
+    {
+        if (m_setpriv.isEmpty())
+            return ::run(m_programs + program, arguments);
+        return ::run(m_setpriv,
+            QStringList {
+                "--reuid=nobody", "--regid=nogroup", "--clear-groups", m_programs + program }
+                + arguments);
+    }
+
+    QTemporaryDir m_folder;
+    QString m_programs;
+    QString m_psql = QStandardPaths::findExecutable("psql");
+    QString m_setpriv;
+    bool m_isRunning = false;
+};
+
 QByteArray variable(const QByteArray& ddi, const QByteArray& name)
 {
     const int start = ddi.indexOf("name=\"" + name + "\" files");
@@ -113,16 +235,33 @@ private slots:
     void sqliteRows();
     void sqliteKeysOfLevels();
     void sqliteChecksValues();
+    void sqliteDividesWideTables();
+    void sqliteCodesThatAreOneNumber();
+    void sqliteReservedWords();
+    void referencesFollowTheRows();
+    void unlabelledMissingGivesNoReference_data();
+    void unlabelledMissingGivesNoReference();
+    void unreadRowsGiveNoReferences();
     void postgresqlText();
+    void postgresqlWideTables();
+    void postgresqlLoads();
     void namesAreTold();
+    void longNamesStayApart();
+    void equalNamesTakeLinearTime();
+    void manyRecordsTakeLinearTime_data();
+    void manyRecordsTakeLinearTime();
+    void sharedLabelsTakeLinearTime();
+    void hostileTexts();
     void htmlShowsEveryField_data();
     void htmlShowsEveryField();
     void htmlIsEscaped();
+    void htmlLinksOccurrences();
     void htmlOpensInABrowser();
     void csvAndJsonAreTheListing_data();
     void csvAndJsonAreTheListing();
     void outputIsWholeOrAbsent();
     void damagedFileFails();
+    void lostLabelsFail();
 
 private:
     QString sqlite(const QString& file, const QByteArray& query, QString* errors = nullptr) const;
@@ -182,7 +321,9 @@ void tst_ExportCommand::ddiVariables()
     QCOMPARE(variable(ddi, "WALLS").count("<catgryGrp "), 2);
     const QByteArray spss = exportTo("ddi", TESSEL_EXAMPLES "/household.sav").output;
     QVERIFY(variable(spss, "PROVINCE").contains("schema=\"SPSS\""));
-    QVERIFY(spss.contains("<invalrng>"));
+    QVERIFY(variable(spss, "INCOME").contains("<item UNITS=\"INT\" VALUE=\"999998\"/>"));
+    QVERIFY(variable(spss, "INCOME").contains("<item UNITS=\"INT\" VALUE=\"999999\"/>"));
+    QVERIFY(variable(ddi, "ASSET_2").contains(" (Television)</labl>"));
     const QByteArray stata = exportTo("ddi", TESSEL_EXAMPLES "/person.dta").output;
     QVERIFY(stata.contains("formatname=\"%8.0g\" schema=\"other\" otherSchema=\"Stata\""));
     QVERIFY(stata.contains("<caseQnty>4299</caseQnty>"));
@@ -195,6 +336,16 @@ void tst_ExportCommand::ddiRecords()
     QCOMPARE(attributesOf(ddi, "recGrp", "keyvar").constFirst(), QString("V1 V2 V3 V4"));
     QVERIFY(attributesOf(ddi, "varGrp", "type").contains("repetition"));
     QVERIFY(attributesOf(ddi, "varGrp", "name").contains("LIVESTOCK"));
+
+    // Items of one name in two records are not the occurrences of one.
+    QTemporaryDir folder;
+    const QString path = folder.filePath("same.dcf");
+    QVERIFY(writeFile(path,
+        dictionaryStart() + record("ONE") + item("SAME", 11, 1, "Occurrences=2\n")
+            + record("TWO", "2") + item("SAME", 11, 1, "Occurrences=2\n")));
+    const QByteArray same = exportTo("ddi", path).output;
+    QCOMPARE(same.count("<varGrp ID=\"O"), 2);
+    QVERIFY(same.contains("type=\"repetition\" var=\"V2 V3\" name=\"SAME\""));
 }
 
 // What the query answers once the statements for file are carried out.
@@ -282,6 +433,195 @@ void tst_ExportCommand::sqliteChecksValues()
         QString("0"));
 }
 
+void tst_ExportCommand::sqliteDividesWideTables()
+{
+    if (m_sqlite.isEmpty())
+        QSKIP("sqlite3 is not installed");
+    QTemporaryDir folder;
+    const QString path = folder.filePath("wide.dcf");
+    const QByteArray counts = "SELECT (SELECT count(*) FROM pragma_table_info('WIDE')), "
+                              "(SELECT count(*) FROM pragma_table_info('WIDE_3'));";
+    QVERIFY(writeFile(path, wideDictionary(1999)));
+    QCOMPARE(sqlite(path, counts), QString("2000|0"));
+    QVERIFY(!exportTo("sql", path).errors.contains("parts"));
+
+    // The second part does not take the name of a record.
+    QVERIFY(writeFile(path, wideDictionary(2000)));
+    const QByteArray errors = exportTo("sql", path).errors;
+    QVERIFY(errors.contains("note: part 2 of table WIDE is called WIDE_2_2: its name is taken\n"));
+    QVERIFY(errors.contains(
+        "note: table WIDE has 2001 columns, more than the database takes, and is in "
+        "2 parts, to WIDE_2_2; column row_number tells which rows belong together\n"));
+    QString failure;
+    QCOMPARE(sqlite(path,
+                 "INSERT INTO WIDE (row_number, ID, V0) VALUES (5, 1, 7);\n"
+                 "INSERT INTO WIDE_2_2 (row_number, V1999) VALUES (5, 8);\n"
+                 "SELECT V0, V1999 FROM WIDE JOIN WIDE_2_2 USING (row_number);",
+                 &failure),
+        QString("7|8"));
+    QCOMPARE(failure, QString());
+    sqlite(path, "INSERT INTO WIDE_2_2 (row_number, V1999) VALUES (6, 8);", &failure);
+    QVERIFY2(failure.contains("FOREIGN KEY"), qPrintable(failure));
+}
+
+void tst_ExportCommand::sqliteCodesThatAreOneNumber()
+{
+    if (m_sqlite.isEmpty())
+        QSKIP("sqlite3 is not installed");
+    QTemporaryDir folder;
+    const QString path = folder.filePath("codes.dcf");
+    QVERIFY(writeFile(path,
+        dictionaryStart() + record("CODES")
+            + item("WEIGHT", 11, 15,
+                "Decimal=2\n\n[ValueSet]\nLabel=Codes\nName=WEIGHT_VS1\nValue=20000000;First\n"
+                "Value=20000000.00;Again\nValue=-0;Zero\nValue=0.0;Zero again\nValue=1.50;Other\n"
+                "Value=1e1;Ten\n")
+            + item("WORD", 30, 999,
+                "DataType=Alpha\n\n[ValueSet]\nLabel=Codes\nName=WORD_VS1\nValue='A';Short\nValue='"
+                    + QByteArray(700, 'x') + "';Long\n")));
+    QString errors;
+    QCOMPARE(sqlite(path,
+                 "SELECT group_concat(code, ' ') FROM (SELECT ifnull(code, 'null') AS code FROM "
+                 "WEIGHT_VS1 ORDER BY rowid);"
+                 "SELECT count(*), count(code) FROM WORD_VS1;"
+                 "SELECT \"from\" FROM pragma_foreign_key_list('CODES');",
+                 &errors),
+        QString("20000000.0 null 0.0 null 1.5 10.0\n2|1\nWEIGHT"));
+    QCOMPARE(errors, QString());
+}
+
+void tst_ExportCommand::sqliteReservedWords()
+{
+    if (m_sqlite.isEmpty())
+        QSKIP("sqlite3 is not installed");
+    // All that SQLite knows, reserved or not.
+    const QByteArrayList words = QByteArray(
+        "ABORT ACTION ADD AFTER ALL ALTER ALWAYS ANALYZE AND AS ASC ATTACH AUTOINCREMENT BEFORE "
+        "BEGIN BETWEEN BY CASCADE CASE CAST CHECK COLLATE COLUMN COMMIT CONFLICT CONSTRAINT CREATE "
+        "CROSS CURRENT CURRENT_DATE CURRENT_TIME CURRENT_TIMESTAMP DATABASE DEFAULT DEFERRABLE "
+        "DEFERRED DELETE DESC DETACH DISTINCT DO DROP EACH ELSE END ESCAPE EXCEPT EXCLUDE "
+        "EXCLUSIVE "
+        "EXISTS EXPLAIN FAIL FILTER FIRST FOLLOWING FOR FOREIGN FROM FULL GENERATED GLOB GROUP "
+        "GROUPS HAVING IF IGNORE IMMEDIATE IN INDEX INDEXED INITIALLY INNER INSERT INSTEAD "
+        "INTERSECT "
+        "INTO IS ISNULL JOIN KEY LAST LEFT LIKE LIMIT MATCH MATERIALIZED NATURAL NO NOT NOTHING "
+        "NOTNULL NULL NULLS OF OFFSET ON OR ORDER OTHERS OUTER OVER PARTITION PLAN PRAGMA "
+        "PRECEDING "
+        "PRIMARY QUERY RAISE RANGE RECURSIVE REFERENCES REGEXP REINDEX RELEASE RENAME REPLACE "
+        "RESTRICT RETURNING RIGHT ROLLBACK ROW ROWS SAVEPOINT SELECT SET TABLE TEMP TEMPORARY THEN "
+        "TIES TO TRANSACTION TRIGGER UNBOUNDED UNION UNIQUE UPDATE USING VACUUM VALUES VIEW "
+        "VIRTUAL "
+        "WHEN WHERE WINDOW WITH WITHOUT ROWID OID ROW_NUMBER CODE LABEL WRITTEN")
+                                     .split(' ');
+    QByteArray text = dictionaryStart(3);
+    for (int i = 0; i < words.size(); ++i) {
+        text += record(words.at(i), QByteArray::number(100 + i));
+        text += item(words.at(i), 11, 1);
+    }
+    QTemporaryDir folder;
+    const QString path = folder.filePath("words.dcf");
+    QVERIFY(writeFile(path, text));
+    QString errors;
+    QCOMPARE(sqlite(path, "SELECT count(*) FROM sqlite_master WHERE type = 'table';", &errors),
+        QString::number(words.size()));
+    QCOMPARE(errors, QString());
+}
+
+// Columns of the only table of a file that refer to a table of values.
+QStringList references(const QByteArray& sql)
+{
+    QStringList names;
+    QRegularExpression expression(
+        "^  (\\w+) [^\n]* REFERENCES ", QRegularExpression::MultilineOption);
+    auto match = expression.globalMatch(QString::fromUtf8(sql));
+    while (match.hasNext())
+        names.append(match.next().captured(1));
+    return names;
+}
+
+// VISIT_DAY is nominal and its labels have no gap, but its rows hold values without one.
+void tst_ExportCommand::referencesFollowTheRows()
+{
+    const QStringList household =
+        references(exportTo("sql", TESSEL_EXAMPLES "/household.sav").output);
+    QVERIFY(household.contains("PROVINCE"));
+    QVERIFY(household.contains("WATER_SOURCE"));
+    QVERIFY(household.contains("WALLS"));
+    QVERIFY(!household.contains("VISIT_DAY"));
+    QVERIFY(!household.contains("LAND_SHARE")); // a measure
+    QVERIFY(!household.contains("ROOMS"));
+    // Blanks, and missing codes of Stata, need no label.
+    QVERIFY(
+        references(exportTo("sql", TESSEL_EXAMPLES "/person.sav").output).contains("OCCUPATION"));
+    QVERIFY(
+        references(exportTo("sql", TESSEL_EXAMPLES "/person.dta").output).contains("EDUCATION"));
+    const QByteArray stata =
+        exportTo("sql", TESSEL_EXAMPLES "/household.dta", { "--dialect", "postgresql" }).output;
+    QVERIFY(references(stata).contains("PROVINCE"));
+    QVERIFY(!references(stata).contains("VISIT_DAY"));
+    QVERIFY(!references(stata).contains("WATER_HOURS"));
+    QVERIFY(stata.contains(
+        "COMMENT ON COLUMN household.VISIT_DAY IS 'Day of the week of the visit (values: "));
+}
+
+// Missing values may come with the next rows.
+void tst_ExportCommand::unlabelledMissingGivesNoReference_data()
+{
+    QTest::addColumn<double>("low");
+    QTest::addColumn<double>("high");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("labelled") << 9.0 << 9.0 << QStringList { "PLAIN", "CODED" };
+    QTest::newRow("unlabelled") << 8.0 << 8.0 << QStringList { "PLAIN" };
+    QTest::newRow("range") << 9.0 << 10.0 << QStringList { "PLAIN" };
+}
+
+void tst_ExportCommand::unlabelledMissingGivesNoReference()
+{
+    QFETCH(double, low);
+    QFETCH(double, high);
+    QFETCH(QStringList, expected);
+    QTemporaryDir folder;
+    const QString path = folder.filePath("made.sav");
+    StatFileWriter writer;
+    readstat_label_set_t* labels = writer.addLabels("codes", READSTAT_TYPE_DOUBLE);
+    readstat_label_double_value(labels, 1, "One");
+    readstat_label_double_value(labels, 9, "Unknown");
+    writer.add("PLAIN", READSTAT_TYPE_DOUBLE, "F1.0", labels);
+    readstat_variable_t* coded = writer.add("CODED", READSTAT_TYPE_DOUBLE, "F1.0", labels);
+    readstat_variable_add_missing_double_range(coded, low, high);
+    readstat_label_set_t* words = writer.addLabels("words", READSTAT_TYPE_STRING);
+    readstat_label_string_value(words, "A", "First");
+    writer.add("WORD", READSTAT_TYPE_STRING, "A8", words, 8);
+    writer.setNumber(1);
+    writer.setFirstText("A"); // blanks follow
+    QVERIFY(writer.write(path, TStatFileKind::Spss, 3));
+    QCOMPARE(references(exportTo("sql", path).output), expected + QStringList("WORD"));
+
+    // Without rows nothing shows that the labels are all values.
+    QVERIFY(writeFile(path, {}));
+    StatFileWriter empty;
+    readstat_label_set_t* sameLabels = empty.addLabels("codes", READSTAT_TYPE_DOUBLE);
+    readstat_label_double_value(sameLabels, 1, "One");
+    empty.add("PLAIN", READSTAT_TYPE_DOUBLE, "F1.0", sameLabels);
+    QVERIFY(empty.write(path, TStatFileKind::Spss));
+    QCOMPARE(references(exportTo("sql", path).output), QStringList());
+}
+
+void tst_ExportCommand::unreadRowsGiveNoReferences()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("cut.sav");
+    const QByteArray bytes = readFile(TESSEL_EXAMPLES "/household.sav");
+    QVERIFY(writeFile(path, bytes.left(bytes.size() - 1000)));
+    const Outcome outcome = exportTo("sql", path);
+    QVERIFY(outcome.output.contains("CREATE TABLE cut ("));
+    QCOMPARE(references(outcome.output), QStringList());
+    QVERIFY(outcome.errors.contains(
+        "cut.sav: note: not all rows were read, so no column refers to a table of value labels\n"));
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(exportTo("ddi", path).errors.isEmpty());
+}
+
 void tst_ExportCommand::postgresqlText()
 {
     const Outcome outcome = exportTo("sql", "export_names.dcf", { "--dialect", "postgresql" });
@@ -301,6 +641,176 @@ void tst_ExportCommand::postgresqlText()
     QVERIFY(text.endsWith("COMMIT;\n"));
     QVERIFY(!text.contains(QRegularExpression(",\\s*\\)")));
     QCOMPARE(text.count('('), text.count(')'));
+}
+
+// A row of PostgreSQL takes some 8000 bytes.
+void tst_ExportCommand::postgresqlWideTables()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("wide.dcf");
+    QVERIFY(writeFile(path, wideDictionary(1500)));
+    const Outcome outcome = exportTo("sql", path, { "--dialect", "postgresql" });
+    QVERIFY(outcome.errors.contains(
+        "table WIDE has 1501 columns, more than the database takes, and is in 2 parts"));
+    const QList<int> columns = [&] {
+        QList<int> counts;
+        for (const QString& table : QString::fromUtf8(outcome.output).split("CREATE TABLE ").mid(1))
+            counts.append(table.left(table.indexOf("\n);")).count(" BIGINT"));
+        return counts;
+    }();
+    QCOMPARE(columns, QList<int>({ 987, 516, 2 }));
+    QByteArray keys = dictionaryStart();
+    for (int i = 0; i < 32; ++i)
+        keys += item("KEY" + QByteArray::number(i), 11 + i, 1);
+    QVERIFY(writeFile(path, keys + record("MANY_KEYS") + item("V", 50, 1)));
+    QVERIFY(!exportTo("sql", path, { "--dialect", "postgresql" }).output.contains("PRIMARY KEY"));
+    QVERIFY(exportTo("sql", path).output.contains("PRIMARY KEY (ID, KEY0, "));
+}
+
+void tst_ExportCommand::postgresqlLoads()
+{
+    PostgreSqlServer server;
+    const QString missing = server.start();
+    if (!missing.isEmpty())
+        QSKIP(qPrintable(missing));
+    const auto statements = [](const QString& file) {
+        return exportTo("sql", file, { "--dialect", "postgresql" }).output;
+    };
+    const QDir examples(QStringLiteral(TESSEL_EXAMPLES));
+    QStringList files { "export_names.dcf", "export_levels.dcf", "json_household.dcf" };
+    for (const char* name : { "census.dcf", "household.sav", "person.dta" })
+        files.append(examples.filePath(name));
+    for (const QString& file : qAsConst(files)) {
+        const Outcome loaded = server.carryOut(statements(file));
+        QVERIFY2(loaded.status == 0, qPrintable(file + ": " + loaded.errors));
+    }
+    QCOMPARE(
+        server
+            .carryOut(statements(examples.filePath("census.dcf"))
+                + "SELECT count(*) FROM information_schema.columns WHERE table_name = 'person';"
+                  "SELECT label FROM PROVINCE_VS1 WHERE code = 31;"
+                  "SELECT obj_description('person'::regclass);")
+            .output,
+        QByteArray("24\n\u00c9tang Noir\nPerson\n"));
+
+    // Every word that is reserved names a table and a column, and a row has all that columns hold.
+    QTemporaryDir folder;
+    const QString path = folder.filePath("made.dcf");
+    const QByteArrayList words =
+        server.carryOut("SELECT upper(word) FROM pg_get_keywords();").output.trimmed().split('\n');
+    QVERIFY(words.contains("SELECT"));
+    QByteArray text = dictionaryStart(3);
+    for (int i = 0; i < words.size(); ++i) {
+        text += record(words.at(i), QByteArray::number(100 + i));
+        text += item(words.at(i), 11, 1);
+    }
+    QVERIFY(writeFile(path, text));
+    Outcome loaded = server.carryOut(statements(path));
+    QVERIFY2(loaded.status == 0, loaded.errors.constData());
+
+    QVERIFY(writeFile(path, wideDictionary(1500)));
+    QByteArray row = "1, 1";
+    for (int i = 0; i < 985; ++i)
+        row += ", 99";
+    loaded = server.carryOut(statements(path) + "INSERT INTO WIDE VALUES (" + row + ");");
+    QVERIFY2(loaded.status == 0, loaded.errors.constData());
+}
+
+void tst_ExportCommand::equalNamesTakeLinearTime()
+{
+    QByteArray text = dictionaryStart() + record("MANY");
+    for (int i = 0; i < 40000; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        text += item("V" + number, 11, 1,
+            "\n[ValueSet]\nLabel=Codes\nName=SAME\nValue=1;Code " + number + '\n');
+    }
+    QTemporaryDir folder;
+    const QString path = folder.filePath("many.dcf");
+    QVERIFY(writeFile(path, text));
+    const Outcome outcome = exportTo("sql", path);
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.output.contains("CREATE TABLE SAME_40000 ("));
+}
+
+void tst_ExportCommand::manyRecordsTakeLinearTime_data()
+{
+    QTest::addColumn<QString>("target");
+    for (const char* target : { "ddi", "sql", "html" })
+        QTest::newRow(target) << QString(target);
+}
+
+void tst_ExportCommand::manyRecordsTakeLinearTime()
+{
+    QFETCH(QString, target);
+    constexpr int Count = 25000;
+    QByteArray text = dictionaryStart(5);
+    for (int i = 0; i < Count; ++i) {
+        const QByteArray number = QByteArray::number(10000 + i);
+        text += record("R" + number, number) + item("V" + number, 11, 1);
+    }
+    QTemporaryDir folder;
+    const QString path = folder.filePath("many.dcf");
+    QVERIFY(writeFile(path, text));
+    const Outcome outcome = exportTo(target, path);
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.output.contains("R" + QByteArray::number(10000 + Count - 1)));
+}
+
+void tst_ExportCommand::sharedLabelsTakeLinearTime()
+{
+    constexpr int Count = 40000;
+    QByteArray text = dictionaryStart() + record("MANY");
+    for (int i = 0; i < Count; ++i) {
+        const QByteArray name = "V" + QByteArray::number(i);
+        text += item(name, 11, 1,
+            "\n[ValueSet]\nLabel=Codes\nName=" + name + "_VS1\nValue=1;Yes\nValue=2;No\n");
+    }
+    QTemporaryDir folder;
+    const QString path = folder.filePath("many.dcf");
+    QVERIFY(writeFile(path, text));
+    const Outcome outcome = exportTo("sql", path);
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(outcome.output.count("INSERT INTO "), 1);
+    QCOMPARE(outcome.output.count("REFERENCES V0_VS1 (code)"), Count);
+}
+
+void tst_ExportCommand::hostileTexts()
+{
+    // A text of JSON may name any character, and half of one.
+    const QByteArray hostile =
+        "]]></script><!-- \\u0000\\u0001\\u000b\\u001f \\ud800 \\udfff "
+        "\\ufffe\\uffff\\u007f\\u0085 \\\"q\\\" 's' %1%2 \\\\ \\n.quit\\n; --\\r\\t";
+    QTemporaryDir folder;
+    const QString path = folder.filePath("hostile.dcf");
+    QByteArray text = readFile(TESSEL_TEST_DATA "/json_household.dcf");
+    QVERIFY(text.contains("\"text\": \"North\""));
+    text.replace("\"text\": \"", "\"text\": \"" + hostile);
+    text.replace("\"name\": \"TIME\"", "\"name\": \"TI%2\\n\\u0000\\\"ME\"");
+    QVERIFY(writeFile(path, text));
+    const int fields = listed(path).value("fields").toArray().size();
+    QVERIFY(fields > 0);
+    for (const char* target : { "ddi", "html" }) {
+        const QByteArray output = exportTo(target, path).output;
+        const QString element = target == QByteArray("ddi") ? "var" : "article";
+        QCOMPARE(attributesOf(output, element, target == QByteArray("ddi") ? "ID" : "id").size(),
+            fields);
+        QVERIFY(!output.contains("<!-- "));
+        const QString shown = textOf(output);
+        QVERIFY(shown.contains(
+            QString::fromUtf8("]]></script><!-- \u2400\u2401\u240b\u241f \ufffd \ufffd "
+                              "\ufffd\ufffd\ufffd\ufffd \"q\" 's' %1%2 \\ \n.quit\n; --")));
+        QVERIFY(shown.contains("North"));
+    }
+    QVERIFY(exportTo("csv", path).output.contains("%1%2 \\ \n.quit\n; --"));
+    if (m_sqlite.isEmpty())
+        QSKIP("sqlite3 is not installed");
+    QString errors;
+    QCOMPARE(
+        sqlite(path,
+            "SELECT substr(label, 18, 6) || substr(label, -5) FROM PROVINCE_VS1 WHERE code = 1;",
+            &errors),
+        QString::fromUtf8("\ufffd\x01\x0b\x1f \ufffdNorth"));
+    QCOMPARE(errors, QString());
 }
 
 void tst_ExportCommand::namesAreTold()
@@ -324,6 +834,22 @@ void tst_ExportCommand::namesAreTold()
     };
     QCOMPARE(told, expected);
     QVERIFY(exportTo("sql", TESSEL_EXAMPLES "/census.dcf").errors.isEmpty());
+}
+
+void tst_ExportCommand::longNamesStayApart()
+{
+    const QByteArray start(70, 'X');
+    QTemporaryDir folder;
+    const QString path = folder.filePath("long.dcf");
+    QVERIFY(writeFile(path,
+        dictionaryStart() + record("LONG") + item(start + "A", 11, 1) + item(start + "B", 12, 1)
+            + item("PG_TYPE", 13, 1) + item("TINY", 14, 2, "Decimal=3\n")));
+    const Outcome outcome = exportTo("sql", path, { "--dialect", "postgresql" });
+    QVERIFY(outcome.output.contains("\n  " + start.left(63) + " BIGINT, -- " + start + "A\n"));
+    QVERIFY(outcome.output.contains("\n  " + start.left(55) + " BIGINT, -- " + start + "B\n"));
+    QVERIFY(outcome.output.contains("\n  _PG_TYPE BIGINT, -- PG_TYPE\n"));
+    QCOMPARE(outcome.errors.count(": the databases do not take its name\n"), 3);
+    QVERIFY(outcome.output.contains("\n  TINY NUMERIC, -- TINY\n"));
 }
 
 void tst_ExportCommand::htmlShowsEveryField_data()
@@ -365,6 +891,13 @@ void tst_ExportCommand::htmlIsEscaped()
     QVERIFY(page.contains("A reserved word &lt;b&gt;and&lt;/b&gt; markup &amp; such"));
     QVERIFY(page.contains("It's &lt;one&gt;"));
     QVERIFY(!page.contains("<b>"));
+}
+
+void tst_ExportCommand::htmlLinksOccurrences()
+{
+    const QByteArray page = exportTo("html", TESSEL_EXAMPLES "/census.dcf").output;
+    QCOMPARE(page.count("Values as of <a href=\"#ASSET_1\">ASSET_1</a>"), 3);
+    QCOMPARE(page.count("Values as of <a href=\"#SOLD_1\">SOLD_1</a>"), 3);
 }
 
 void tst_ExportCommand::htmlOpensInABrowser()
@@ -432,6 +965,27 @@ void tst_ExportCommand::damagedFileFails()
         QVERIFY(outcome.output.isEmpty());
         QVERIFY(outcome.errors.contains("cut.dta: error: "));
     }
+}
+
+// The value labels of Stata files stand at the end.
+void tst_ExportCommand::lostLabelsFail()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("cut.dta");
+    const QByteArray bytes = readFile(TESSEL_EXAMPLES "/household.dta");
+    QVERIFY(writeFile(path, bytes.left(bytes.size() - 400)));
+    for (const char* target : { "ddi", "sql", "csv", "json", "html" }) {
+        const Outcome outcome = exportTo(target, path);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.output.contains("PROVINCE"));
+        QVERIFY(outcome.errors.contains("cut.dta: error: the value labels cannot be read"));
+    }
+    // What was not read is no difference.
+    const Outcome compared =
+        run(TESSEL_PROGRAM, { "diff", TESSEL_EXAMPLES "/household.dta", path });
+    QCOMPARE(compared.status, 2);
+    QVERIFY(compared.output.isEmpty());
+    QVERIFY(compared.errors.contains("cut.dta: error: "));
 }
 
 QTEST_GUILESS_MAIN(tst_ExportCommand)

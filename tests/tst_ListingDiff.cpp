@@ -113,6 +113,7 @@ private slots:
     void kindsMatchByName();
     void statisticsFilesLabelNoRanges();
     void repeatedNamesHaveNoPartnerElsewhere();
+    void widerPartsTakeTheNext();
     void displayWidthBindsNoNumber();
     void manyVariables();
 
@@ -266,6 +267,20 @@ void tst_ListingDiff::addValueRows()
         },
         { "fits value-removed PERSON SEX 1 Male", "fits value-removed PERSON SEX 2 Female",
             "fits value-added PERSON SEX 1 Any" });
+    row("range goes into two that overlap",
+        [=](Listing& l) {
+            codes(l, "AGE").replace(0, { "0", "70", "Years", {} });
+            codes(l, "AGE").append({ "60", "130", "Years", {} });
+        },
+        { "fits value-removed PERSON AGE 0 Years", "fits value-added PERSON AGE 0 Years",
+            "fits value-added PERSON AGE 60 Years" });
+    row("range goes into two that do not meet",
+        [=](Listing& l) {
+            codes(l, "AGE").replace(0, { "0", "50", "Years", {} });
+            codes(l, "AGE").append({ "60", "130", "Years", {} });
+        },
+        { "breaks value-removed PERSON AGE 0 Years", "fits value-added PERSON AGE 0 Years",
+            "fits value-added PERSON AGE 60 Years" });
     row("code stays in another set",
         [=](Listing& l) {
             named(l, "SEX").valueSets.append(named(l, "SEX").valueSets[0]);
@@ -414,6 +429,16 @@ void tst_ListingDiff::repeatedNamesHaveNoPartnerElsewhere()
     QCOMPARE(shown(compareListings(before, after)),
         QStringList({ "breaks variable-removed HOUSE LINE", "breaks variable-removed PERSON LINE",
             "fits variable-added LINE" }));
+}
+
+void tst_ListingDiff::widerPartsTakeTheNext()
+{
+    Listing before = survey();
+    named(before, "ROOMS").isSubItem = true;
+    Listing after = before;
+    named(after, "ROOMS").length = 3;
+    QCOMPARE(shown(compareListings(before, after)),
+        QStringList("breaks variable-resized HOUSE ROOMS length 2 3"));
 }
 
 void tst_ListingDiff::displayWidthBindsNoNumber()

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QString>
+
+/*! A null for a null text. */
+QJsonValue textOrNull(const QString& text);
+
+/*!
+ * Writes JSON with one entry of a list on each line. A QJsonDocument of a long list would take many
+ * times the memory of its text.
+ */
+class JsonWriter {
+public:
+    /*!
+     * Begins an object with \a members, and with further lists and objects until endObject().
+     * \param name of the member that it is; null for an entry of a list and for the first object
+     */
+    void beginObject(const QJsonObject& members, const char* name = nullptr);
+    void endObject();
+    /*! Begins a list as the member \a name of the object. */
+    void beginList(const char* name);
+    void endList();
+    /*! An entry of the list. */
+    void add(const QJsonObject& entry);
+
+    /*! All that was written, and a line end. */
+    QByteArray text() const;
+
+private:
+    void beginEntry(const char* name);
+
+    QByteArray m_text;
+    int m_depth = 0;
+    bool m_isFirst = true; // entry of a list, or member of an object
+};

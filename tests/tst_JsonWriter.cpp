@@ -1,0 +1,94 @@
+#include "../tessel/JsonWriter.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QtTest>
+
+class tst_JsonWriter : public QObject {
+    Q_OBJECT
+
+private slots:
+    void objects();
+    void lists();
+    void nesting();
+    void textsAreEscaped();
+    void nullTexts();
+};
+
+void tst_JsonWriter::objects()
+{
+    JsonWriter empty;
+    empty.beginObject({});
+    empty.endObject();
+    QCOMPARE(empty.text(), QByteArray("{}\n"));
+
+    JsonWriter json;
+    json.beginObject({ { "a", 1 } });
+    json.beginObject({ { "b", 2 } }, "inner");
+    json.endObject();
+    json.beginObject({}, "last");
+    json.endObject();
+    json.endObject();
+    QCOMPARE(json.text(), QByteArray("{\"a\":1,\"inner\":{\"b\":2},\"last\":{}}\n"));
+}
+
+void tst_JsonWriter::lists()
+{
+    JsonWriter json;
+    json.beginObject({});
+    json.beginList("none");
+    json.endList();
+    json.beginList("some");
+    json.add({ { "a", 1 } });
+    json.add({});
+    json.endList();
+    json.endObject();
+    QCOMPARE(json.text(), QByteArray("{\"none\":[],\"some\":[\n    {\"a\":1},\n    {}]}\n"));
+}
+
+void tst_JsonWriter::nesting()
+{
+    JsonWriter json;
+    json.beginObject({ { "version", 1 } });
+    json.beginList("outer");
+    for (int i = 0; i < 2; ++i) {
+        json.beginObject({ { "number", i } });
+        json.beginList("inner");
+        for (int j = 0; j < i; ++j)
+            json.add({ { "number", j } });
+        json.endList();
+        json.endObject();
+    }
+    json.endList();
+    json.beginList("after");
+    json.endList();
+    json.endObject();
+    const QJsonObject expected { { "version", 1 },
+        { "outer",
+            QJsonArray { QJsonObject { { "number", 0 }, { "inner", QJsonArray() } },
+                QJsonObject { { "number", 1 },
+                    { "inner", QJsonArray { QJsonObject { { "number", 0 } } } } } } },
+        { "after", QJsonArray() } };
+    QCOMPARE(QJsonDocument::fromJson(json.text()).object(), expected);
+}
+
+void tst_JsonWriter::textsAreEscaped()
+{
+    const QString text = QString::fromUtf8(u8"\"quoted\"\\ \n\t\u0001 é 漢");
+    JsonWriter json;
+    json.beginObject({ { "text", text } });
+    json.endObject();
+    QCOMPARE(json.text().count('\n'), 1);
+    QCOMPARE(QJsonDocument::fromJson(json.text()).object().value("text").toString(), text);
+}
+
+void tst_JsonWriter::nullTexts()
+{
+    QVERIFY(textOrNull(QString()).isNull());
+    QCOMPARE(textOrNull("").toString("other"), QString(""));
+    QCOMPARE(textOrNull("x").toString(), QString("x"));
+}
+
+QTEST_APPLESS_MAIN(tst_JsonWriter)
+
+#include "tst_JsonWriter.moc"
