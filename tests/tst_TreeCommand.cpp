@@ -464,12 +464,7 @@ void tst_TreeCommand::damagedLabels()
         QVERIFY2(
             outcome.errors.contains("the value labels cannot be read"), outcome.errors.constData());
     }
-    // Here the importer prints that it failed.
-    QVERIFY(writeFile(cut.fileName(), bytes.left(bytes.indexOf("<value_labels>") + 280)));
-    const Outcome quiet = runTessel({ "tree", "--rules", "established", cut.fileName() });
-    QVERIFY2(quiet.errors.contains("Unable to read"), quiet.errors.constData());
-    QVERIFY(quiet.output.startsWith(cut.fileName().toUtf8()));
-    QVERIFY(QFile::resize(cut.fileName(), 250));
+    QVERIFY(QFile::resize(cut.fileName(), 300));
     const Outcome outcome = runTessel({ "tree", cut.fileName() });
     QCOMPARE(outcome.status, 1);
     QVERIFY(outcome.output.isEmpty());
