@@ -79,7 +79,7 @@ public:
             if (!sharesLabels(variable, m_labelsOfSets[valueSet]))
                 addLabels(variable, *valueSet);
         } else if (!source.valueLabels.isEmpty()) {
-            if (!sharesLabels(variable, m_labelsOfTexts[source.valueLabels]))
+            if (!sharesLabels(variable, m_labelsOfTexts[source.valueLabels.constData()]))
                 addJoinedLabels(variable, source.valueLabels);
         }
     }
@@ -165,17 +165,37 @@ private:
     const TCSPro* m_cspro; // what the importer read; null for other importers
     QHash<const TCSProValueSet*, QList<ValueLabelElement*>*> m_labelsOfSets;
     QHash<int, QList<ValueLabelElement*>*> m_labelsOfNumberedSets;
-    QHash<QString, QList<ValueLabelElement*>*> m_labelsOfTexts;
+    // By the text that fields share; to compare texts would read each once a field.
+    QHash<const QChar*, QList<ValueLabelElement*>*> m_labelsOfTexts;
     QHash<const TCSProValueSet*, QList<Range*>*> m_rangesOfSets; // null: it has none
 };
 
+// The fields of an importer, deleted with what else the provider made.
+class ImportedFields : public TOxDataProvider {
+public:
+    explicit ImportedFields(TDataImport& importer)
+    {
+        genericGetFieldsFrom(&importer);
+    }
+
+    ~ImportedFields() override
+    {
+        qDeleteAll(*fields);
+        delete recordTree->references;
+        delete recordTree;
+    }
+
+private:
+    Q_DISABLE_COPY(ImportedFields)
+};
+
 // The variables of an SPSS or Stata file as it is written.
-class WrittenFields : public TOxDataProvider {
+class WrittenFields : public ImportedFields {
 public:
     WrittenFields(TDataImport& unopened, const TStatFileDescription& file)
-        : m_file(file)
+        : ImportedFields(unopened)
+        , m_file(file)
     {
-        genericGetFieldsFrom(&unopened);
         setDataProviderLabel(file.fileLabel);
         fields->reserve(file.variables.size());
         for (const TStatVariableDescription& variable : file.variables) {
@@ -192,16 +212,7 @@ public:
         }
     }
 
-    ~WrittenFields() override
-    {
-        qDeleteAll(*fields);
-        delete recordTree->references;
-        delete recordTree;
-    }
-
 private:
-    Q_DISABLE_COPY(WrittenFields)
-
     using Bounds = std::pair<QString, QString>;
 
     static void takeMissing(TOxSourceField& field, const TStatVariableDescription& variable)
@@ -533,6 +544,11 @@ Dictionary* buildDictionary(
     const TOxDataProvider& provider, const QVector<LookupDictionary>& lookups)
 {
     return Builder(provider, lookups).build().release();
+}
+
+Dictionary* buildDictionary(TDataImport& importer, const QVector<LookupDictionary>& lookups)
+{
+    return buildDictionary(ImportedFields(importer), lookups);
 }
 
 Dictionary* buildDictionary(

@@ -7,6 +7,7 @@
 
 #include <memory>
 
+class TDataImport;
 class TOxDataProvider;
 class TOxEntity;
 struct TStatFileDescription;
@@ -25,8 +26,8 @@ struct TStatFileDescription;
  * last.
  *
  * Variables: one for each field, in order; an occurrence has its number in digits. Those of no
- * record are the root's: the identification items, which lead every record and so the columns of
- * its table, or all fields of a source without records.
+ * record are the root's: the identification items, each of which leads the records of its level and
+ * of those below and so the columns of their tables, or all fields of a source without records.
  *
  * Value labels: those of a CSPro item's first value set with values, special ones too; a range is
  * one label, "LOW:HIGH". Without an item, those of the field's joined text.
@@ -35,7 +36,7 @@ struct TStatFileDescription;
  * rules tell them apart, else the field's minimum and maximum. A missing or not-applicable code
  * that is no number stays 0.
  *
- * Sharing: variables of one value set or one joined text have one list of value labels, those of
+ * Sharing: variables of one value set or one shared text have one list of value labels, those of
  * one value set one list of ranges; to change a single variable's, give it a list of its own.
  *
  * \param provider its importer, if it has one, is still there
@@ -44,6 +45,10 @@ struct TStatFileDescription;
  */
 MODEL_TESSEL_EXPORT Dictionary* buildDictionary(
     const TOxDataProvider& provider, const QVector<LookupDictionary>& lookups = {});
+
+/*! The same with the fields that a provider takes from \a importer, which is opened. */
+MODEL_TESSEL_EXPORT Dictionary* buildDictionary(
+    TDataImport& importer, const QVector<LookupDictionary>& lookups = {});
 
 /*!
  * The same for an SPSS or Stata file as readStatDescription() describes it, with what the fields of

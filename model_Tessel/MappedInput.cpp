@@ -24,6 +24,14 @@ int originOf(readstat_io_flags_t whence)
     return -1;
 }
 
+// True for a .dta file of format 117 or later.
+bool isMarked(const char* bytes, readstat_off_t size)
+{
+    static constexpr char mark[] = "<stata_dta>";
+    constexpr size_t length = sizeof mark - 1;
+    return size >= readstat_off_t(length) && std::memcmp(bytes, mark, length) == 0;
+}
+
 } // namespace
 
 MappedInput::~MappedInput()
@@ -74,8 +82,11 @@ ssize_t MappedInput::read(void* buffer, size_t size, void* context)
     const auto left =
         static_cast<size_t>(std::max<readstat_off_t>(input->m_size - input->m_position, 0));
     const size_t count = std::min(size, left);
-    // Nothing more at the very end is how old .dta files tell that all was read.
-    if (count < size && (count > 0 || input->m_position > input->m_size))
+    // Nothing more at the very end, where a length could stand, is how old .dta files tell that all
+    // was read; those of today have a mark there.
+    const bool isEnd = input->m_position == input->m_size && size <= sizeof(qint32)
+        && !isMarked(input->m_bytes, input->m_size);
+    if (count < size && (count > 0 || !isEnd))
         input->m_endedEarly = true;
     std::memcpy(buffer, input->m_bytes + std::min(input->m_position, input->m_size), count);
     input->m_position += static_cast<readstat_off_t>(count);

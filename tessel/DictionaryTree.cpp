@@ -4,24 +4,9 @@
 #include "StatFile.h"
 
 #include <model_Tessel/CSProDataImport.h>
-#include <model_Tessel/DataProvider.h>
-#include <model_Tessel/Record.h>
-#include <model_Tessel/SourceField.h>
 #include <model_Tessel/StatDictionary.h>
 
-#include <memory>
-
 namespace {
-
-DictionaryPointer buildTree(TDataImport& importer, const QVector<LookupDictionary>& lookups)
-{
-    TOxDataProvider provider;
-    provider.genericGetFieldsFrom(&importer);
-    const std::unique_ptr<TOxRecord> recordTree(provider.recordTree);
-    DictionaryPointer tree(buildDictionary(provider, lookups));
-    qDeleteAll(*provider.fields);
-    return tree;
-}
 
 DictionaryPointer readStatTree(const QString& path, FileKind kind, bool asWritten,
     const QVector<LookupDictionary>& lookups, bool& isPartial)
@@ -31,7 +16,7 @@ DictionaryPointer readStatTree(const QString& path, FileKind kind, bool asWritte
         return nullptr;
     if (asWritten)
         return DictionaryPointer(buildDictionary(file, lookups));
-    return buildTree(*importStatFile(file, isPartial), lookups);
+    return DictionaryPointer(buildDictionary(*importStatFile(file, isPartial), lookups));
 }
 
 } // namespace
@@ -45,5 +30,5 @@ DictionaryPointer readTree(const QString& path, const InputOptions& options,
     if (kind != FileKind::CSPro)
         return readStatTree(path, kind, options.dictionary.asWritten, lookups, isPartial);
     const auto importer = openDictionary(path, options.dictionary);
-    return importer ? buildTree(*importer, lookups) : nullptr;
+    return DictionaryPointer(importer ? buildDictionary(*importer, lookups) : nullptr);
 }

@@ -348,6 +348,7 @@ private slots:
     void hostsMayAddFields();
     void hostsMayRenameFields();
     void fieldsOfOneNameInTwoRecords();
+    void importerWithoutAProvider();
     void unopenedImporter();
     void fieldsOfOtherKinds();
 
@@ -360,6 +361,7 @@ private slots:
     void joinedLabels_data();
     void joinedLabels();
     void joinedLabelsAreShared();
+    void manyFieldsShareALongText();
     void minimumAndMaximum_data();
     void minimumAndMaximum();
     void manyFields();
@@ -1085,6 +1087,22 @@ void tst_DictionaryBuilder::fieldsOfOneNameInTwoRecords()
     check();
 }
 
+void tst_DictionaryBuilder::importerWithoutAProvider()
+{
+    TCSProDataImport importer(TESSEL_EXAMPLES "/census.dcf");
+    importer.setReadingRules(CSProReadingRules::asWritten());
+    importer.openFile();
+    LookupDictionary places;
+    places.setName("PROVINCE");
+    const DictionaryPointer dictionary(buildDictionary(importer, { places }));
+    QCOMPARE(dictionary->getRoot()->getName(), QString("CENSUS_DICT"));
+    QCOMPARE(dictionary->getRoot()->getChildren()->size(), 3);
+    const TOxVariable& province = *dictionary->getRoot()->getVariables()->first();
+    QCOMPARE(province.getName(), QString("PROVINCE"));
+    QVERIFY(province.getMetadataVariables()->getLookup());
+    QCOMPARE(province.getValueLabelElementList()->size(), 6);
+}
+
 void tst_DictionaryBuilder::unopenedImporter()
 {
     TCSProDataImport importer("/data/never.dcf");
@@ -1290,8 +1308,9 @@ void tst_DictionaryBuilder::joinedLabels()
 void tst_DictionaryBuilder::joinedLabelsAreShared()
 {
     Provider provider;
+    const QString shared = "1 Yes\t2 No\t";
     for (const QString name : { "A", "B", "C" })
-        provider.add(name).valueLabels = name == "B" ? "1 One\t" : "1 Yes\t2 No\t";
+        provider.add(name).valueLabels = name == "B" ? "1 One\t" : shared;
     provider.add("D");
     provider.add("E");
     const DictionaryPointer dictionary = build(provider);
@@ -1301,6 +1320,22 @@ void tst_DictionaryBuilder::joinedLabelsAreShared()
     QCOMPARE(labels(*variables.at(2)), QString("1=Yes|2=No"));
     QCOMPARE(labels(*variables.at(1)), QString("1=One"));
     QVERIFY(list(3) != list(4));
+}
+
+// Were the text read for each field, this would not end.
+void tst_DictionaryBuilder::manyFieldsShareALongText()
+{
+    QString text;
+    for (int code = 0; code < 1'000'000; ++code)
+        text += QString::number(code) + " Label\t";
+    Provider provider;
+    for (int i = 0; i < 50'000; ++i)
+        provider.add("F").valueLabels = text;
+    const DictionaryPointer dictionary = build(provider);
+    const QList<TOxVariable*>& variables = *dictionary->getRoot()->getVariables();
+    QCOMPARE(variables.last()->getValueLabelElementList()->size(), 1'000'000);
+    QCOMPARE(variables.last()->getValueLabelElementList(),
+        variables.first()->getValueLabelElementList());
 }
 
 void tst_DictionaryBuilder::minimumAndMaximum_data()

@@ -8,17 +8,20 @@
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QDialog>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLoggingCategory>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QStatusBar>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QTreeView>
 #include <QtTest>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -42,6 +45,7 @@ public:
             if (!box)
                 return;
             texts << box->text();
+            isPlain = isPlain && box->textFormat() == Qt::PlainText;
             buttons = box->standardButtons();
             if (QAbstractButton* pressed = box->button(button))
                 pressed->click();
@@ -52,6 +56,7 @@ public:
     }
 
     QStringList texts;
+    bool isPlain = true; // no text is taken for HTML
     QMessageBox::StandardButtons buttons;
 
 private:
@@ -139,15 +144,21 @@ private slots:
     void initTestCase();
     void startsEmpty();
     void tree();
+    void cells();
     void filter();
+    void filterKeepsTheSelection();
+    void filterOfManyVariables();
     void valueLabels();
+    void longAndMarkedNames();
     void statFiles();
     void openDialog();
     void drop();
     void dropOfOtherThings();
     void problems_data();
     void problems();
+    void pipe();
     void damagedStatFile();
+    void passedOver();
     void decimalQuestion_data();
     void decimalQuestion();
     void readAgain();
@@ -188,6 +199,22 @@ void tst_Host::tree()
     QVERIFY(host.get<QTreeView>("tree").isExpanded(host.find("PERSON")));
 }
 
+void tst_Host::cells()
+{
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    QStringList titles;
+    for (int column = 0; column < host.tree().columnCount(); ++column)
+        titles << host.tree().headerData(column, Qt::Horizontal).toString();
+    QCOMPARE(titles, QStringList({ "Name", "Label", "Type", "Start", "Length", "Codes" }));
+    const QModelIndex name = host.find("EA");
+    const QModelIndex start = name.sibling(name.row(), 3);
+    QCOMPARE(start.data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
+    QVERIFY(!name.data(Qt::TextAlignmentRole).isValid());
+    QCOMPARE(name.sibling(name.row(), 1).data(Qt::ToolTipRole).toString(),
+        QString("Enumeration area")); // where the column is too narrow
+}
+
 void tst_Host::filter()
 {
     Host host;
@@ -209,6 +236,40 @@ void tst_Host::filter()
     QCOMPARE(host.names(host.root()).size(), 7);
 }
 
+void tst_Host::filterKeepsTheSelection()
+{
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    host.select("WALLS");
+    auto& filter = host.get<QLineEdit>("filter");
+    filter.setText("walls");
+    QCOMPARE(host.get<QTreeView>("tree").currentIndex(), host.find("WALLS"));
+    QVERIFY(!host.labels().isEmpty());
+    filter.setText("birth_year"); // its row is gone
+    QVERIFY(!host.get<QTreeView>("tree").currentIndex().isValid());
+    QVERIFY(host.labels().isEmpty());
+}
+
+// Were the rows that a filter hides taken away one by one, this would not end.
+void tst_Host::filterOfManyVariables()
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath("many.dcf"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[Dictionary]\nName=D\nRecordTypeStart=1\nRecordTypeLen=1\n"
+               "[Record]\nName=R\nRecordTypeValue='1'\n");
+    for (int i = 0; i < 50'000; ++i)
+        file.write("[Item]\nName=V" + QByteArray::number(i)
+            + "\nStart=2\nLen=1\nLabel=" + (i % 2 == 0 ? "even" : "odd") + '\n');
+    file.close();
+    Host host;
+    QVERIFY(host.open(file.fileName()));
+    auto& filter = host.get<QLineEdit>("filter");
+    for (const QString text : { "even", "odd", "9", "" })
+        filter.setText(text);
+    QCOMPARE(host.names(host.find("R")).size(), 50'000);
+}
+
 void tst_Host::valueLabels()
 {
     Host host;
@@ -220,6 +281,8 @@ void tst_Host::valueLabels()
     QCOMPARE(host.labels(), QStringList({ "1:20=Persons" }));
     host.select("EA");
     QVERIFY(host.labels().isEmpty());
+    QCOMPARE(host.get<QTableWidget>("valueLabels").editTriggers(),
+        QAbstractItemView::EditTriggers(QAbstractItemView::NoEditTriggers));
     host.select("URBAN_RURAL");
     host.select("PERSON");
     QVERIFY(host.labels().isEmpty());
@@ -227,6 +290,27 @@ void tst_Host::valueLabels()
     host.select("URBAN_RURAL");
     QVERIFY(host.open(example("census.dcf")));
     QVERIFY(host.labels().isEmpty());
+}
+
+void tst_Host::longAndMarkedNames()
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath("names.dcf"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    const QByteArray name = "<b>" + QByteArray(100'000, 'N');
+    file.write("[Dictionary]\nName=D\n[Record]\nName=R\n[Item]\nLen=1\nName=" + name + '\n');
+    file.close();
+    Host host;
+    QVERIFY(host.open(file.fileName()));
+    const QSize size = host.window.size();
+    const int width = host.window.minimumSizeHint().width();
+    host.select(name);
+    auto& title = host.get<QLabel>("labelsTitle");
+    QVERIFY(title.text().endsWith(name));
+    QCOMPARE(title.textFormat(), Qt::PlainText);
+    QCoreApplication::processEvents();
+    QCOMPARE(host.window.size(), size);
+    QCOMPARE(host.window.minimumSizeHint().width(), width);
 }
 
 void tst_Host::statFiles()
@@ -253,10 +337,12 @@ void tst_Host::openDialog()
 {
     Host host;
     QTimer user;
-    connect(&user, &QTimer::timeout, &host.window, [] {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    QStringList filters;
+    connect(&user, &QTimer::timeout, &host.window, [&filters] {
+        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
         if (!dialog)
             return;
+        filters = dialog->nameFilters();
         if (auto* name = dialog->findChild<QLineEdit*>("fileNameEdit"))
             name->setText(example("census.dcf"));
         QMetaObject::invokeMethod(dialog, "accept");
@@ -265,11 +351,15 @@ void tst_Host::openDialog()
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     host.get<QAction>("open").trigger();
     QVERIFY(host.find("SEX").isValid());
+    QCOMPARE(filters.size(), 2);
+    for (const QString ending : { "*.dcf", "*.sav", "*.zsav", "*.dta" })
+        QVERIFY(filters.first().contains(ending));
 }
 
 void tst_Host::drop()
 {
     Host host;
+    QVERIFY(!host.get<QLineEdit>("filter").acceptDrops()); // it would take the file for text
     QMimeData data;
     data.setUrls(
         { QUrl("https://velmora.example/census.dcf"), QUrl::fromLocalFile(example("census.dcf")) });
@@ -306,8 +396,12 @@ void tst_Host::problems_data()
     QTest::newRow("data") << example("census.dat") << "The file is no dictionary.";
     QTest::newRow("damaged JSON") << "{\n\"name\": "
                                   << "Invalid contents in line";
+    QTest::newRow("encrypted") << "12345678ENCRYPTEDSAV"
+                               << "The file is encrypted.";
     QTest::newRow("SPSS header alone") << "$FL2"
                                        << "The file cannot be read.";
+    QTest::newRow("header alone, compressed") << "$FL3"
+                                              << "The file cannot be read.";
     QTest::newRow("Stata header alone") << "\x72\x02\x01"
                                         << "The file cannot be read.";
 }
@@ -331,7 +425,21 @@ void tst_Host::problems()
     QCOMPARE(user.texts.size(), 1);
     QVERIFY2(user.texts.first().startsWith(path), qPrintable(user.texts.first()));
     QVERIFY2(user.texts.first().contains(problem), qPrintable(user.texts.first()));
+    QVERIFY(!user.texts.first().contains('\r'));
+    QVERIFY(user.isPlain);
     QVERIFY(host.find("SEX").isValid()); // what was open stays
+}
+
+// A pipe that nobody writes to would be waited for.
+void tst_Host::pipe()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("pipe.dcf");
+    QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    Host host;
+    BoxUser user;
+    QVERIFY(!host.open(path));
+    QVERIFY(user.texts.value(0).contains("cannot be read"));
 }
 
 void tst_Host::damagedStatFile()
@@ -350,6 +458,22 @@ void tst_Host::damagedStatFile()
     QCOMPARE(user.texts.size(), 1);
     QVERIFY2(user.texts.first().contains("is damaged"), qPrintable(user.texts.first()));
     QVERIFY(host.find("SEX").isValid());
+}
+
+void tst_Host::passedOver()
+{
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    QCOMPARE(host.window.statusBar()->currentMessage(), QString("4 entities, 65 variables"));
+    QTemporaryDir folder;
+    QFile file(folder.filePath("odd.dcf"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[Dictionary]\nName=D\nColour=red\n[Record]\nName=R\n[Item]\nName=A\nLen=1\n");
+    file.close();
+    QVERIFY(host.open(file.fileName()));
+    QVERIFY2(host.window.statusBar()->currentMessage().startsWith(
+                 "2 entities, 1 variables; not read as written: "),
+        qPrintable(host.window.statusBar()->currentMessage()));
 }
 
 void tst_Host::decimalQuestion_data()
@@ -378,6 +502,8 @@ void tst_Host::decimalQuestion()
         QMessageBox::Yes | QMessageBox::YesToAll | QMessageBox::No | QMessageBox::NoToAll);
     host.select("HOURS");
     QTEST(host.labels(), "labels");
+    for (const QWidget* widget : QApplication::topLevelWidgets())
+        QVERIFY2(!qobject_cast<const QMessageBox*>(widget), "the reader's box is still there");
 }
 
 void tst_Host::readAgain()
@@ -396,10 +522,11 @@ void tst_Host::readAgain()
     host.get<QAction>("asWritten").trigger();
     QVERIFY(host.open(fixture("json_household.dcf")));
     user.texts.clear();
+    host.select("ROOF");
     host.get<QAction>("asWritten").trigger(); // the established rules read no JSON
     QCOMPARE(user.texts.size(), 1);
     QVERIFY(host.get<QAction>("asWritten").isChecked());
-    QCOMPARE(host.tree().rowCount(), 1);
+    QCOMPARE(host.get<QTreeView>("tree").currentIndex(), host.find("ROOF")); // nothing was read
 }
 
 void tst_Host::model()

@@ -699,7 +699,9 @@ void TestStatDictionary::cutLabelsAreNoticed()
     QVERIFY(written(writer, TStatFileKind::Stata, 20).isWhole());
     const QString file = path(QStringLiteral("written"));
     const qint64 size = QFile(file).size();
-    for (qint64 left = size - 50; left > size - 700; left -= 50) {
+    // The end marks of format 118 tell nothing of what stands before them.
+    const int marks = version == 118 ? int(qstrlen("</lbl></value_labels></stata_dta>")) : 0;
+    for (qint64 left = size - marks - 1; left > size - 700; --left) {
         QVERIFY(QFile::resize(file, left));
         const TStatFileDescription description = readStatDescription(file, TStatFileKind::Stata);
         QCOMPARE(description.variables.size(), 1);

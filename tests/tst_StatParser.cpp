@@ -484,6 +484,8 @@ void TestStatParser::earlyEndIsNoticed_data()
     QTest::newRow("up to the end") << qint64(6) << 4 << false;
     QTest::newRow("over the end") << qint64(6) << 5 << true;
     QTest::newRow("at the end") << qint64(10) << 1 << false;
+    QTest::newRow("a length at the end") << qint64(10) << 4 << false;
+    QTest::newRow("more than a length at the end") << qint64(10) << 5 << true;
     QTest::newRow("beyond the end") << qint64(11) << 1 << true;
     QTest::newRow("nothing beyond the end") << qint64(11) << 0 << false;
 }

@@ -129,6 +129,12 @@ QStringList summaryOf(const QJsonObject& variable, const QString& root)
         QString::number(variable.value("decimals").toInt()), labelsOf(variable).join('|') };
 }
 
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
 QStringList corpusFiles()
 {
     QStringList files;
@@ -158,6 +164,9 @@ private slots:
     void missingCodes();
     void establishedImporters();
     void textsWithBlanksAndLongTexts();
+    void textShowsCodesAndNumbers();
+    void textHasNoControlCharacters();
+    void typeOfTheFile();
     void lookups();
     void entityIsAPartOfTheTree();
     void entitiesOfOneName();
@@ -329,6 +338,42 @@ void tst_TreeCommand::textsWithBlanksAndLongTexts()
     QVERIFY2(!text.contains('\t'), text.constData()); // a terminal's columns stay
 }
 
+void tst_TreeCommand::textShowsCodesAndNumbers()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("codes.dcf");
+    QVERIFY(writeFile(path,
+        "[Dictionary]\nName=D\nRecordTypeStart=1\nRecordTypeLen=2\n"
+        "[Record]\nName=R\nRecordTypeValue='1 '\n"
+        "[Item]\nName=BACKWARDS\nLen=1\n[ValueSet]\nName=V\nValue=5:6\nValue=3\nValue=4\n"
+        "[Item]\nName=LONG\nLen=20\n[ValueSet]\nName=W\nValue=0:99999999999999999999\n"));
+    const QByteArray text = runTessel({ "tree", "--values", path }).output;
+    QVERIFY2(text.contains("record '1 '"), text.constData());
+    QVERIFY2(text.contains("(range 3..6)"), text.constData());
+    QVERIFY2(text.contains("(range 0..1e+20)"), text.constData());
+}
+
+void tst_TreeCommand::textHasNoControlCharacters()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("escapes.dcf");
+    QVERIFY(writeFile(path,
+        "[Dictionary]\nName=D\x1b[2J\nLabel=\x1b[31mRed\n[Record]\nName=R\x07\nLabel=\x1b]0;x\n"
+        "[Item]\nName=A\tB\nLen=1\nLabel=\x7f\n[ValueSet]\nName=V\nValue=1;\x1b[1mBold\n"));
+    const QByteArray text = runTessel({ "tree", "--values", path }).output;
+    QVERIFY(text.contains("Bold"));
+    for (const char character : text)
+        QVERIFY2(character == '\n' || uchar(character) >= ' ', text.constData());
+}
+
+void tst_TreeCommand::typeOfTheFile()
+{
+    QCOMPARE(runTessel({ "tree", "--type", "spss", example("person.sav") }).status, 0);
+    const Outcome outcome = runTessel({ "tree", "--type", "stata", example("person.sav") });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("cannot be read as Stata file"), outcome.errors.constData());
+}
+
 void tst_TreeCommand::lookups()
 {
     const QStringList options { "--lookup", "LANGUAGE=lookup_comma.txt", "--lookup",
@@ -349,6 +394,14 @@ void tst_TreeCommand::lookups()
         runTessel({ "tree", "--lookup", "LANGUAGE_2=lookup_comma.txt", "basic.dcf" });
     QCOMPARE(ofOccurrence.status, 0);
     QCOMPARE(ofOccurrence.output.count(" yes "), 1);
+    // An item whose name alone looks like that of an occurrence.
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("names.dcf");
+    QVERIFY(writeFile(path, "[Dictionary]\nName=D\n[Record]\nName=R\n[Item]\nName=A_\nLen=1\n"));
+    const Outcome ofNone = runTessel(
+        { "tree", "--lookup", "A_=lookup_comma.txt", "--lookup", "A=lookup_comma.txt", path });
+    QCOMPARE(ofNone.status, 1);
+    QVERIFY2(ofNone.errors.contains("no variable A "), ofNone.errors.constData());
 }
 
 void tst_TreeCommand::entityIsAPartOfTheTree()
@@ -407,6 +460,7 @@ void tst_TreeCommand::damagedLabels()
         const Outcome outcome = runTessel({ "tree", "--rules", rules, cut.fileName() });
         QCOMPARE(outcome.status, 1);
         QVERIFY(outcome.output.contains("SEX"));
+        QCOMPARE(outcome.errors.count("error:"), 1);
         QVERIFY2(
             outcome.errors.contains("the value labels cannot be read"), outcome.errors.constData());
     }

@@ -1,17 +1,12 @@
 #include "FileReader.h"
 
 #include <model_Tessel/CSProDataImport.h>
-#include <model_Tessel/DataProvider.h>
 #include <model_Tessel/ErrorManager.h>
-#include <model_Tessel/Record.h>
-#include <model_Tessel/SourceField.h>
 #include <model_Tessel/StatDictionary.h>
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-
-#include <memory>
 
 namespace {
 
@@ -21,6 +16,12 @@ constexpr qint64 LargestDictionary = 268'435'456;
 QString text(const char* source)
 {
     return QCoreApplication::translate("FileReader", source);
+}
+
+// Said behind eight bytes.
+bool isEncryptedSpss(const QByteArray& head)
+{
+    return head.mid(8, 12) == "ENCRYPTEDSAV";
 }
 
 bool isSpss(const QByteArray& head)
@@ -58,18 +59,6 @@ ReadFile readStatFile(const QString& path, TStatFileKind kind)
     return result;
 }
 
-// The source fields and the record tree are the host's; the dictionary has copies.
-DictionaryPointer build(TCSProDataImport& importer)
-{
-    importer.openFile();
-    TOxDataProvider provider;
-    provider.genericGetFieldsFrom(&importer);
-    const std::unique_ptr<TOxRecord> recordTree(provider.recordTree);
-    DictionaryPointer dictionary(buildDictionary(provider));
-    qDeleteAll(*provider.fields);
-    return dictionary;
-}
-
 // The reader is tolerant: any text gives a dictionary, one that is none an empty one.
 bool isDictionary(const TCSPro& cspro)
 {
@@ -83,11 +72,12 @@ ReadFile readCSPro(const QString& path, bool asWritten)
     if (asWritten)
         importer.setReadingRules(CSProReadingRules::asWritten());
     try {
-        result.dictionary = build(importer);
-        if (!isDictionary(*importer.dictionary)) {
-            result.dictionary.reset();
+        importer.openFile();
+        if (isDictionary(*importer.dictionary))
+            result.dictionary.reset(buildDictionary(importer));
+        else
             result.problem = text("The file is no dictionary.");
-        }
+        result.passedOver = importer.dictionary->problems().size();
     } catch (OxErrorManager* error) {
         result.problem =
             error->getErrorMessage().replace(QLatin1String("\r\n"), QLatin1String("\n"));
@@ -109,7 +99,9 @@ ReadFile readFile(const QString& path, bool asWritten)
         return { nullptr, text("The file cannot be read.") };
     if (file.size() == 0)
         return { nullptr, text("The file is empty.") };
-    const QByteArray head = file.peek(16);
+    const QByteArray head = file.peek(32);
+    if (isEncryptedSpss(head))
+        return { nullptr, text("The file is encrypted.") };
     if (isSpss(head))
         return readStatFile(path, TStatFileKind::Spss);
     if (isStata(head))

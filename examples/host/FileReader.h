@@ -8,6 +8,7 @@
 struct ReadFile {
     DictionaryPointer dictionary; /*!< null when there is nothing to show */
     QString problem; /*!< what the user must know; empty when all went well */
+    int passedOver = 0; /*!< places of the dictionary that were not read as written */
 };
 
 /*!

@@ -118,6 +118,7 @@ QWidget* MainWindow::createLabels()
     m_labelsTitle = new QLabel(tr("Value labels"));
     m_labelsTitle->setObjectName(QStringLiteral("labelsTitle"));
     m_labelsTitle->setTextFormat(Qt::PlainText);
+    m_labelsTitle->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_labels = new QTableWidget(0, 2);
     m_labels->setObjectName(QStringLiteral("valueLabels"));
     m_labels->setHorizontalHeaderLabels({ tr("Code"), tr("Label") });
@@ -145,9 +146,12 @@ bool MainWindow::openPath(const QString& path)
         m_tree->expandAll();
         showLabels({});
         setWindowTitle(tr("%1 - Dictionary").arg(QFileInfo(path).fileName()));
-        statusBar()->showMessage(tr("%1 entities, %2 variables")
-                                     .arg(m_model->entityCount())
-                                     .arg(m_model->variableCount()));
+        QString message = tr("%1 entities, %2 variables")
+                              .arg(m_model->entityCount())
+                              .arg(m_model->variableCount());
+        if (read.passedOver > 0)
+            message += tr("; not read as written: %1 places").arg(read.passedOver);
+        statusBar()->showMessage(message);
     }
     if (!read.problem.isEmpty())
         tellProblem(path, read.problem);
@@ -180,10 +184,17 @@ void MainWindow::readAgain()
     m_asWritten->toggle();
 }
 
+// The rows are set anew: taking thousands away one by one, among those that stay, would take
+// minutes.
 void MainWindow::filter(const QString& text)
 {
+    const QModelIndex current = m_visible.mapToSource(m_tree->currentIndex());
+    m_visible.setSourceModel(nullptr);
     m_visible.setFilterFixedString(text);
+    m_visible.setSourceModel(m_model);
     m_tree->expandAll();
+    m_tree->setCurrentIndex(m_visible.mapFromSource(current));
+    showLabels(m_tree->currentIndex());
 }
 
 void MainWindow::showLabels(const QModelIndex& index)
