@@ -4,7 +4,6 @@ target_compile_definitions(tessel_options INTERFACE
     QT_NO_CAST_TO_ASCII
     QT_NO_CAST_FROM_BYTEARRAY
     QT_NO_URL_CAST_FROM_STRING
-    QT_USE_QSTRINGBUILDER
     QT_DEPRECATED_WARNINGS)
 target_compile_options(tessel_options INTERFACE
     -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Wold-style-cast -Wcast-align

@@ -2,6 +2,8 @@
 
 #include <model_Tessel/Numbers_p.h>
 
+#include <QStringBuilder>
+
 #include <algorithm>
 #include <limits>
 #include <optional>
@@ -241,7 +243,7 @@ TCSProItem* CSProBuilder::makeOccurrence(const TCSProItem& item, int ofParent, i
     copy->occurrence = (ofParent - 1) * item.occurrences + number;
     if (!rules().occurrenceNumbers) {
         // Kept: zero fill stays behind, and the suffix is the character whose code is the number.
-        copy->name = item.name + QLatin1Char('_') + QChar(static_cast<ushort>(copy->occurrence));
+        copy->name = item.name % QLatin1Char('_') % QChar(static_cast<ushort>(copy->occurrence));
         return copy;
     }
     copy->isZeroFill = item.isZeroFill;

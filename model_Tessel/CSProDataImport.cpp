@@ -139,7 +139,7 @@ private:
             if (m_isNumeric && (!takeNumber(code) || (!highCode.isNull() && !takeNumber(highCode))))
                 continue;
             if (!highCode.isNull())
-                code += TokenColon + highCode;
+                code += TokenColon % highCode;
             m_labels +=
                 code % QLatin1Char(' ') % m_dictionary.labelText(entry->label) % QLatin1Char('\t');
         }

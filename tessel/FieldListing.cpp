@@ -79,7 +79,21 @@ ListedValueSet listValueSet(const TCSProValueSet& valueSet, const TCSPro& dictio
     return listed;
 }
 
-// Occurrences share their value sets, so the codes of one are the codes of all.
+CodeRange rangeOf(const QVector<ListedValueSet>& valueSets)
+{
+    CodeRange range;
+    for (const ListedValueSet& valueSet : valueSets) {
+        for (const ListedCode& entry : valueSet.codes) {
+            if (!entry.special.isNull())
+                continue;
+            range.add(entry.code);
+            range.add(entry.highCode);
+        }
+    }
+    return range;
+}
+
+// Occurrences share their value sets, so the codes and the range of one are those of all.
 class ValueSetLister {
 public:
     explicit ValueSetLister(const TCSPro& dictionary)
@@ -87,21 +101,29 @@ public:
     {
     }
 
-    QVector<ListedValueSet> list(const TCSProItem& item)
+    void listFor(const TCSProVariable& variable, ListedField& field)
     {
-        if (*item.valueSets == m_valueSets)
-            return m_listed;
-        m_valueSets = *item.valueSets;
-        m_listed.clear();
-        for (const TCSProValueSet* valueSet : qAsConst(m_valueSets))
-            m_listed.append(listValueSet(*valueSet, m_dictionary));
-        return m_listed;
+        if (*variable.item->valueSets != m_valueSets)
+            list(*variable.item->valueSets);
+        field.valueSets = m_listed;
+        if (!variable.isString())
+            m_range.applyTo(field);
     }
 
 private:
+    void list(const QList<TCSProValueSet*>& valueSets)
+    {
+        m_valueSets = valueSets;
+        m_listed.clear();
+        for (const TCSProValueSet* valueSet : valueSets)
+            m_listed.append(listValueSet(*valueSet, m_dictionary));
+        m_range = rangeOf(m_listed);
+    }
+
     const TCSPro& m_dictionary;
     QList<TCSProValueSet*> m_valueSets;
     QVector<ListedValueSet> m_listed;
+    CodeRange m_range;
 };
 
 ListedField listField(const TOxSourceField& source, const TCSProVariable& variable,
@@ -130,13 +152,12 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     field.missing = orNull(source.missingValue);
     field.notApplicable = orNull(source.notApplicableValue);
     field.note = orNull(item.note);
-    field.valueSets = valueSets.list(item);
     field.areValuesListed = true;
     if (!variable.isString()) {
         field.min = orNull(source.minValue);
         field.max = orNull(source.maxValue);
-        takeRange(field);
     }
+    valueSets.listFor(variable, field);
     return field;
 }
 
@@ -144,16 +165,7 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
 
 void takeRange(ListedField& field)
 {
-    CodeRange range;
-    for (const ListedValueSet& valueSet : qAsConst(field.valueSets)) {
-        for (const ListedCode& entry : valueSet.codes) {
-            if (!entry.special.isNull())
-                continue;
-            range.add(entry.code);
-            range.add(entry.highCode);
-        }
-    }
-    range.applyTo(field);
+    rangeOf(field.valueSets).applyTo(field);
 }
 
 Listing listFields(const QString& file, TCSProDataImport& importer)

@@ -1325,15 +1325,17 @@ void tst_DictionaryBuilder::joinedLabelsAreShared()
 // Were the text read for each field, this would not end.
 void tst_DictionaryBuilder::manyFieldsShareALongText()
 {
-    QString text;
-    for (int code = 0; code < 1'000'000; ++code)
-        text += QString::number(code) + " Label\t";
+    constexpr int Codes = 200'000;
+    QStringList entries;
+    for (int code = 0; code < Codes; ++code)
+        entries << QString::number(code) + " Label";
+    const QString text = entries.join('\t');
     Provider provider;
     for (int i = 0; i < 50'000; ++i)
         provider.add("F").valueLabels = text;
     const DictionaryPointer dictionary = build(provider);
     const QList<TOxVariable*>& variables = *dictionary->getRoot()->getVariables();
-    QCOMPARE(variables.last()->getValueLabelElementList()->size(), 1'000'000);
+    QCOMPARE(variables.last()->getValueLabelElementList()->size(), Codes);
     QCOMPARE(variables.last()->getValueLabelElementList(),
         variables.first()->getValueLabelElementList());
 }
