@@ -75,18 +75,22 @@ QStringList wrapped(const QString& text, int width)
     int start = 0; // of the line
     int blank = -1; // last place to break it
     int used = 0;
+    bool hasWord = false; // an indented word is not parted from its indentation
     for (int i = 0; i < text.size();) {
         const bool isPair = text.at(i).isHighSurrogate() && i + 1 < text.size();
         const uint code =
             isPair ? QChar::surrogateToUcs4(text.at(i), text.at(i + 1)) : text.at(i).unicode();
         used += characterWidth(code);
-        if (text.at(i).isSpace())
+        if (!text.at(i).isSpace())
+            hasWord = true;
+        else if (hasWord)
             blank = i;
-        if (used > width && i > start) {
+        while (used > width && i > start) {
             const int end = blank > start ? blank : i;
             lines.append(text.mid(start, end - start));
             start = blank > start ? blank + 1 : i;
             blank = -1;
+            hasWord = start <= i;
             used = displayWidth(text.mid(start, i - start)) + characterWidth(code);
             if (start > i)
                 used = 0;
