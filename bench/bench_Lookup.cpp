@@ -11,7 +11,6 @@
 #include <QTextStream>
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <numeric>
 #include <random>

@@ -3,8 +3,6 @@
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/StatImport_p.h>
 
-#include <algorithm>
-
 namespace {
 
 const QString providerType = QStringLiteral("SPSS"); // clazy:exclude=non-pod-global-static

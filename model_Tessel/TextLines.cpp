@@ -5,6 +5,7 @@
 #include <QTextCodec>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -31,7 +32,8 @@ bool TextLines::decode(QIODevice& device, QTextCodec* codec)
     bool hadBytes = !device.atEnd();
     bool isFirst = true;
     if (!device.isSequential())
-        m_text.reserve(static_cast<int>(std::min<qint64>(device.size() + 1, INT_MAX / 4)));
+        m_text.reserve(static_cast<int>(
+            std::min<qint64>(device.size() + 1, std::numeric_limits<int>::max() / 4)));
     for (qint64 size = 0; (size = device.read(chunk.data(), ChunkSize)) > 0; isFirst = false) {
         hadBytes = true;
         if (isFirst)

@@ -10,8 +10,6 @@
 
 #include <QCommandLineParser>
 
-#include <cstdio>
-
 namespace {
 
 enum class Target { Ddi, Sql, Csv, Json, Html };

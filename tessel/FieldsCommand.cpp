@@ -8,9 +8,6 @@
 
 #include <QCommandLineParser>
 
-#include <algorithm>
-#include <cstdio>
-
 namespace {
 
 struct FieldsOptions {

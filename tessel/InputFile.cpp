@@ -5,8 +5,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <iterator>
-
 namespace {
 
 struct KindName {

@@ -13,8 +13,6 @@
 #include <QCommandLineParser>
 #include <QFileInfo>
 
-#include <cstdio>
-
 namespace {
 
 struct LookupOptions {

@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QTextCodec>
 
-#include <memory>
 #include <tuple>
 
 namespace {

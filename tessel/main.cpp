@@ -5,7 +5,6 @@
 #include "LookupCommand.h"
 #include "TreeCommand.h"
 
-#include <QByteArray>
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -13,7 +12,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <iterator>
 #include <string>
 
 namespace {
