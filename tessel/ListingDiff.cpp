@@ -1,5 +1,7 @@
 #include "ListingDiff.h"
 
+#include "PlainNumber.h"
+
 #include <QHash>
 #include <QSet>
 #include <QStringList>
@@ -102,36 +104,6 @@ private:
 };
 
 // ---- codes
-
-// The same text for the same number, however it is written; other text as it is.
-QString numberKey(const QString& code)
-{
-    QString digits = code.trimmed();
-    const bool isNegative = digits.startsWith(QLatin1Char('-'));
-    if (isNegative || digits.startsWith(QLatin1Char('+')))
-        digits.remove(0, 1);
-    const int point = digits.indexOf(QLatin1Char('.'));
-    QString whole = digits.left(point);
-    QString fraction = point < 0 ? QString() : digits.mid(point + 1);
-    const auto isDigit = [](QChar character) {
-        return character >= QLatin1Char('0') && character <= QLatin1Char('9');
-    };
-    if (whole.size() + fraction.size() == 0 || !std::all_of(whole.begin(), whole.end(), isDigit)
-        || !std::all_of(fraction.begin(), fraction.end(), isDigit))
-        return code.trimmed();
-    int zeros = 0;
-    while (zeros < whole.size() && whole.at(zeros) == QLatin1Char('0'))
-        ++zeros;
-    whole.remove(0, zeros);
-    while (fraction.endsWith(QLatin1Char('0')))
-        fraction.chop(1);
-    if (whole.isEmpty())
-        whole = QStringLiteral("0");
-    if (!fraction.isEmpty())
-        whole += QLatin1Char('.') + fraction;
-    const bool isZero = whole == QLatin1String("0");
-    return isNegative && !isZero ? QLatin1Char('-') + whole : whole;
-}
 
 QString textKey(const QString& code)
 {

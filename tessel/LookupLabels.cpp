@@ -2,6 +2,7 @@
 
 #include "InputFile.h"
 #include "InputOptions.h"
+#include "PlainNumber.h"
 
 #include <model_Tessel/Lookup.h>
 
@@ -10,42 +11,6 @@
 #include <algorithm>
 
 namespace {
-
-bool isDigit(QChar character)
-{
-    return character >= QLatin1Char('0') && character <= QLatin1Char('9');
-}
-
-// A decimal number without the zeros that do not count, digit by digit so that long codes stay
-// apart; any other text as it is.
-QString plainNumber(const QString& text)
-{
-    const bool isNegative = text.startsWith(QLatin1Char('-'));
-    int start = isNegative || text.startsWith(QLatin1Char('+')) ? 1 : 0;
-    int point = text.indexOf(QLatin1Char('.'));
-    int end = text.size();
-    if (point < 0)
-        point = end;
-    int digits = 0;
-    for (int i = start; i < end; ++i) {
-        if (isDigit(text.at(i)))
-            ++digits;
-        else if (i != point)
-            return text;
-    }
-    if (digits == 0)
-        return text;
-    while (start < point && text.at(start) == QLatin1Char('0'))
-        ++start;
-    while (end > point && (text.at(end - 1) == QLatin1Char('0') || end - 1 == point))
-        --end;
-    QString number = text.mid(start, end - start);
-    if (number.isEmpty())
-        return QStringLiteral("0");
-    if (number.startsWith(QLatin1Char('.')))
-        number.prepend(QLatin1Char('0'));
-    return isNegative ? QLatin1Char('-') + number : number;
-}
 
 struct Range {
     double low;
@@ -104,8 +69,7 @@ int CodeIndex::find(const QString& key) const
 
 QString CodeIndex::comparable(const QString& code) const
 {
-    const QString trimmed = code.trimmed();
-    return m_isNumeric ? plainNumber(trimmed) : trimmed;
+    return m_isNumeric ? numberKey(code) : code.trimmed();
 }
 
 QString shownCode(const ListedCode& entry)

@@ -1,5 +1,7 @@
 #include "SqlValueTables.h"
 
+#include "PlainNumber.h"
+
 #include <QLocale>
 
 #include <algorithm>
@@ -25,33 +27,6 @@ bool isSpecial(const ListedCode& entry)
 bool isBlank(const QString& code)
 {
     return code.trimmed().isEmpty();
-}
-
-bool isDigits(const QString& text)
-{
-    return std::all_of(text.begin(), text.end(), [](QChar character) {
-        return character >= QLatin1Char('0') && character <= QLatin1Char('9');
-    });
-}
-
-// The same text for the same number: no plus, and no zeros that say nothing. Null for other texts.
-QString plainNumber(const QString& text)
-{
-    const bool isNegative = text.startsWith(QLatin1Char('-'));
-    const bool hasSign = isNegative || text.startsWith(QLatin1Char('+'));
-    const int point = text.indexOf(QLatin1Char('.'));
-    QString whole = text.left(point).mid(hasSign ? 1 : 0);
-    QString fraction = point < 0 ? QString() : text.mid(point + 1);
-    if (whole.size() + fraction.size() == 0 || !isDigits(whole) || !isDigits(fraction))
-        return QString();
-    const auto isDigit = [](QChar digit) { return digit != QLatin1Char('0'); };
-    whole.remove(0, int(std::find_if(whole.cbegin(), whole.cend(), isDigit) - whole.cbegin()));
-    while (fraction.endsWith(QLatin1Char('0')))
-        fraction.chop(1);
-    QString number = whole.isEmpty() ? QStringLiteral("0") : whole;
-    if (!fraction.isEmpty())
-        number += QLatin1Char('.') + fraction;
-    return isNegative && number != QLatin1String("0") ? QLatin1Char('-') + number : number;
 }
 
 QString null()
