@@ -35,11 +35,6 @@ QString variableIds(const QVector<int>& fields)
     return ids.join(QLatin1Char(' '));
 }
 
-bool isText(const ListedField& field)
-{
-    return field.type == QLatin1String("string");
-}
-
 bool hasRanges(const ListedValueSet& valueSet)
 {
     return std::any_of(valueSet.codes.cbegin(), valueSet.codes.cend(),
@@ -48,7 +43,7 @@ bool hasRanges(const ListedValueSet& valueSet)
 
 bool isContinuous(const ListedField& field)
 {
-    if (isText(field))
+    if (field.isText())
         return false;
     return field.measure == QLatin1String("scale") || field.valueSets.isEmpty()
         || hasRanges(field.valueSets.constFirst());
@@ -263,7 +258,7 @@ void DdiWriter::writeVariable(int index)
     attribute("ID", variableId(index));
     attribute("name", field.name);
     attribute("files", fileId());
-    if (!isText(field))
+    if (!field.isText())
         attribute("dcml", QString::number(field.decimals));
     attribute(
         "intrvl", isContinuous(field) ? QStringLiteral("contin") : QStringLiteral("discrete"));
@@ -325,15 +320,11 @@ void DdiWriter::writeUnits(const ListedField& field)
 
 void DdiWriter::writeInvalid(const ListedField& field)
 {
-    QVector<ListedCode> codes = field.missingRanges;
-    if (codes.isEmpty() && !field.missing.isNull())
-        codes.append({ field.missing, QString(), QString(), QString() });
-    if (!field.notApplicable.isNull())
-        codes.append({ field.notApplicable, QString(), QString(), QString() });
+    const QVector<ListedCode> codes = field.missingCodes() + field.notApplicableCodes();
     if (codes.isEmpty())
         return;
     open("invalrng");
-    for (const ListedCode& code : qAsConst(codes))
+    for (const ListedCode& code : codes)
         writeCode(field, code);
     close();
 }
@@ -383,7 +374,7 @@ void DdiWriter::writeValueSets(int index)
                 attribute("missing", QStringLiteral("Y"));
                 attribute("missType", entry.special);
             }
-            element("catValu", codeText(entry));
+            element("catValu", entry.text());
             element("labl", entry.label);
             close();
         }
@@ -393,7 +384,7 @@ void DdiWriter::writeValueSets(int index)
 void DdiWriter::writeFormat(const ListedField& field)
 {
     open("varFormat");
-    attribute("type", isText(field) ? QStringLiteral("character") : QStringLiteral("numeric"));
+    attribute("type", field.isText() ? QStringLiteral("character") : QStringLiteral("numeric"));
     if (!field.format.isEmpty()) {
         attribute("formatname", field.format);
         if (m_listing.kind == QLatin1String("spss")) {

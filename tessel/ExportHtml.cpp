@@ -313,7 +313,7 @@ void HtmlWriter::writeValueSet(const ListedField& field, const ListedValueSet& v
     for (const ListedCode& entry : valueSet.codes) {
         open("tr");
         open("td", "class", QStringLiteral("code"));
-        text(codeText(entry));
+        text(entry.text());
         close();
         element("td",
             entry.special.isNull() ? entry.label

@@ -234,8 +234,8 @@ void SqlWriter::addColumns(
 QString SqlWriter::typeOf(const ListedField& field) const
 {
     const SqlType type = sqlTypeOf(field, m_dialect);
-    const bool isNumber = field.type != QLatin1String("string");
-    if (type == SqlType::Text && !isNumber && field.length > 0 && field.length <= LongestText) {
+    if (type == SqlType::Text && field.isText() && field.length > 0
+        && field.length <= LongestText) {
         return m_dialect == SqlDialect::Sqlite ? QStringLiteral("TEXT(%1)").arg(field.length)
                                                : QStringLiteral("VARCHAR(%1)").arg(field.length);
     }

@@ -56,11 +56,6 @@ QString titleOf(const Listing& listing)
     return listing.name.isEmpty() ? QFileInfo(listing.file).fileName() : listing.name;
 }
 
-QString codeText(const ListedCode& entry)
-{
-    return entry.highCode.isNull() ? entry.code : entry.code + QLatin1Char(':') + entry.highCode;
-}
-
 QString xmlText(const QString& text)
 {
     QString result = text;

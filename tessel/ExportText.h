@@ -40,9 +40,6 @@ private:
 /*! The label of the dictionary, else its name, else the name of its file. */
 QString titleOf(const Listing& listing);
 
-/*! The code, or "low:high" for a range. */
-QString codeText(const ListedCode& entry);
-
 /*! \a text with the characters that XML cannot hold made visible. */
 QString xmlText(const QString& text);
 

@@ -12,6 +12,12 @@ struct ListedCode {
     QString highCode; /*!< high bound of a range; null: no range */
     QString label;
     QString special; /*!< "missing", "not applicable", "refused" or "default"; null: ordinary */
+
+    /*! The code, or "low:high" for a range. */
+    QString text() const
+    {
+        return highCode.isNull() ? code : code + QLatin1Char(':') + highCode;
+    }
 };
 
 struct ListedValueSet {
@@ -46,6 +52,27 @@ struct ListedField {
     QString note; /*!< null: none */
     QVector<ListedValueSet> valueSets; /*!< the first is the one to show when one is shown */
     bool areValuesListed = false; /*!< no value is in the data but those of the value sets */
+
+    bool isText() const
+    {
+        return type == QLatin1String("string");
+    }
+
+    /*! The missing codes one by one, of every kind of file. */
+    QVector<ListedCode> missingCodes() const
+    {
+        if (!missingRanges.isEmpty() || missing.isNull())
+            return missingRanges;
+        return { { missing, QString(), QString(), QString() } };
+    }
+
+    /*! The not-applicable code, if there is one. */
+    QVector<ListedCode> notApplicableCodes() const
+    {
+        if (notApplicable.isNull())
+            return {};
+        return { { notApplicable, QString(), QString(), QString() } };
+    }
 
     /*! Number of codes with labels, in the first value set. */
     int valueLabelCount() const
@@ -87,6 +114,12 @@ struct Listing {
     QStringList notes;
     QVector<ListedRecord> records;
     QVector<ListedField> fields;
+
+    /*! True for a kind of file whose fields stand in records; others are tables of rows. */
+    bool hasRecords() const
+    {
+        return kind == QLatin1String("cspro");
+    }
 };
 
 /*! Sets the range of \a field to the lowest and highest of its ordinary codes, if it has any. */

@@ -28,8 +28,7 @@ QString rangeText(const ListedField& field)
 
 QString shownRange(const ListedCode& entry)
 {
-    return entry.highCode.isNull() ? shownCode(entry.code)
-                                   : entry.code + QLatin1Char(':') + entry.highCode;
+    return entry.highCode.isNull() ? shownCode(entry.code) : entry.text();
 }
 
 void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString& indent)
@@ -66,15 +65,10 @@ int labelledFields(const Listing& listing)
         [](const ListedField& field) { return field.valueLabelCount() > 0; }));
 }
 
-bool hasRecords(const Listing& listing)
-{
-    return listing.kind == QLatin1String("cspro");
-}
-
 QString summary(const Listing& listing)
 {
     const QString labelled = QStringLiteral("%1 with value labels").arg(labelledFields(listing));
-    if (!hasRecords(listing)) {
+    if (!listing.hasRecords()) {
         const QString rows = listing.rowCount < 0 ? QStringLiteral("number of rows not told")
                                                   : plural(listing.rowCount, QStringLiteral("row"));
         return QStringLiteral("%1, %2; %3")

@@ -148,7 +148,7 @@ bool RowReader::read(const QString& path, bool isSpss)
 
 bool findListedValues(Listing& listing)
 {
-    if (listing.kind == QLatin1String("cspro"))
+    if (listing.hasRecords())
         return true;
     RowReader reader(listing);
     if (!reader.read(listing.file, listing.kind == QLatin1String("spss")))

@@ -20,11 +20,6 @@ QString yesOrNo(bool isSo)
     return isSo ? QStringLiteral("yes") : QStringLiteral("no");
 }
 
-bool isText(const ListedField& field)
-{
-    return field.type == QLatin1String("string");
-}
-
 bool hasColumns(const ListedField& field)
 {
     return field.start > 0;
@@ -33,13 +28,8 @@ bool hasColumns(const ListedField& field)
 // Where columns hold the values a whole number of many digits is listed as real.
 QString numberType(const ListedField& field)
 {
-    const bool isWhole = hasColumns(field) && !isText(field) && field.decimals == 0;
+    const bool isWhole = hasColumns(field) && !field.isText() && field.decimals == 0;
     return isWhole ? QStringLiteral("integer") : field.type;
-}
-
-bool hasRecords(const Listing& listing)
-{
-    return listing.kind == QLatin1String("cspro");
 }
 
 // Which entry of one list is which of another.
@@ -191,14 +181,6 @@ private:
     QVector<Range> m_ranges; // apart from each other, in order
 };
 
-// The missing codes one by one.
-QVector<ListedCode> missingCodes(const ListedField& field)
-{
-    if (!field.missingRanges.isEmpty() || field.missing.isNull())
-        return field.missingRanges;
-    return { { field.missing, QString(), QString(), QString() } };
-}
-
 bool isBlank(const QString& code)
 {
     return code.trimmed().isEmpty();
@@ -302,7 +284,7 @@ QHash<QString, int> indexesOf(const QStringList& names)
 Comparison::Comparison(const Listing& before, const Listing& after)
     : m_before(before)
     , m_after(after)
-    , m_haveRecords(hasRecords(before) && hasRecords(after))
+    , m_haveRecords(before.hasRecords() && after.hasRecords())
     , m_isSameKind(before.kind == after.kind)
     , m_haveFormats(
           (before.kind == QLatin1String("stata")) == (after.kind == QLatin1String("stata")))
@@ -441,7 +423,7 @@ void Comparison::locate(const QString& record, Side side, Unit& unit) const
     const int index =
         record.isNull() ? -1 : (isBefore ? m_beforeRecords : m_afterRecords).value(name, -1);
     if (index < 0) {
-        const bool isStranger = !isBefore && hasRecords(m_before) && !hasRecords(m_after);
+        const bool isStranger = !isBefore && m_before.hasRecords() && !m_after.hasRecords();
         unit.group = isStranger ? m_groups.size() - 1 : 0;
         return;
     }
@@ -494,7 +476,7 @@ QStringList placesOf(const QVector<Unit>& units, Qt::CaseSensitivity sensitivity
 Pairing Comparison::pairUnits(const QVector<Unit>& before, const QVector<Unit>& after) const
 {
     Pairing pairing(before.size(), after.size());
-    if (hasRecords(m_before) == hasRecords(m_after)) {
+    if (m_before.hasRecords() == m_after.hasRecords()) {
         for (const auto sensitivity : { Qt::CaseSensitive, Qt::CaseInsensitive })
             pairing.pair(placesOf(before, sensitivity), placesOf(after, sensitivity));
     }
@@ -551,10 +533,10 @@ void Comparison::compareTypes(const ListedField& before, const ListedField& afte
 {
     const QString first = numberType(before);
     const QString second = numberType(after);
-    const bool areNumbers = !isText(before) && !isText(after);
+    const bool areNumbers = !before.isText() && !after.isText();
     if (first == second || (areNumbers && m_haveFormats && before.decimals != after.decimals))
         return;
-    const bool isNarrower = areNumbers ? first == QLatin1String("real") : isText(before);
+    const bool isNarrower = areNumbers ? first == QLatin1String("real") : before.isText();
     add(DifferenceKind::Retyped, "type", isNarrower, first, second);
 }
 
@@ -564,10 +546,10 @@ void Comparison::compareLengths(const Unit& before, const Unit& after)
 {
     const ListedField& first = before.first();
     const ListedField& second = after.first();
-    const bool areTexts = isText(first) && isText(second);
+    const bool areTexts = first.isText() && second.isText();
     if (first.length == second.length || (!m_haveFormats && !areTexts))
         return;
-    const bool isBound = hasColumns(second) || isText(second);
+    const bool isBound = hasColumns(second) || second.isText();
     const bool isNarrower = second.length < first.length;
     const bool haveColumns = hasColumns(first) && hasColumns(second);
     const bool takesOthers = haveColumns && (before.occurrences.size() > 1 || first.isSubItem);
@@ -578,7 +560,7 @@ void Comparison::compareLengths(const Unit& before, const Unit& after)
 // Without a decimal point in the data another number of decimals makes other values of it.
 void Comparison::compareDecimals(const ListedField& before, const ListedField& after)
 {
-    if (isText(before) || isText(after) || !m_haveFormats)
+    if (before.isText() || after.isText() || !m_haveFormats)
         return;
     const bool haveColumns = hasColumns(before) && hasColumns(after);
     if (before.decimals != after.decimals) {
@@ -617,7 +599,7 @@ void Comparison::compareOccurrences(const Unit& before, const Unit& after)
 
 KeyOfCode keyFor(const ListedField& before, const ListedField& after)
 {
-    return isText(before) || isText(after) ? textKey : numberKey;
+    return before.isText() || after.isText() ? textKey : numberKey;
 }
 
 // True when a key of \a before is not among \a after.
@@ -628,19 +610,12 @@ bool losesKeys(const QStringList& before, const QStringList& after)
         before.cbegin(), before.cend(), [&](const QString& key) { return !kept.contains(key); });
 }
 
-QVector<ListedCode> notApplicableCodes(const ListedField& field)
-{
-    if (field.notApplicable.isNull())
-        return {};
-    return { { field.notApplicable, QString(), QString(), QString() } };
-}
-
 // Both as an SPSS or Stata file has them: a number cannot be blank there but is missing by itself.
 QVector<ListedCode> allMissingCodes(const ListedField& field)
 {
-    QVector<ListedCode> codes = missingCodes(field) + notApplicableCodes(field);
+    QVector<ListedCode> codes = field.missingCodes() + field.notApplicableCodes();
     const auto isDropped = [&](const ListedCode& entry) {
-        return !isText(field) && isBlank(entry.code);
+        return !field.isText() && isBlank(entry.code);
     };
     codes.erase(std::remove_if(codes.begin(), codes.end(), isDropped), codes.end());
     return codes;
@@ -658,14 +633,14 @@ void Comparison::compareMissing(const ListedField& before, const ListedField& af
         if (isLost || losesKeys(secondKeys, firstKeys))
             add(kind, property, isLost, joined(first), joined(second));
     };
-    if (hasRecords(m_before) != hasRecords(m_after)) {
+    if (m_before.hasRecords() != m_after.hasRecords()) {
         compare(DifferenceKind::MissingChanged, "missing", allMissingCodes(before),
             allMissingCodes(after));
         return;
     }
-    compare(DifferenceKind::MissingChanged, "missing", missingCodes(before), missingCodes(after));
-    compare(DifferenceKind::NotApplicableChanged, "notApplicable", notApplicableCodes(before),
-        notApplicableCodes(after));
+    compare(DifferenceKind::MissingChanged, "missing", before.missingCodes(), after.missingCodes());
+    compare(DifferenceKind::NotApplicableChanged, "notApplicable", before.notApplicableCodes(),
+        after.notApplicableCodes());
 }
 
 QStringList namesOf(const QVector<ListedValueSet>& valueSets)
@@ -736,7 +711,7 @@ void Comparison::compareCodes(const ListedValueSet& before, const ListedValueSet
         const ListedCode& entry = before.codes.at(i);
         const int partner = pairing.afterOf(i);
         if (partner < 0) {
-            const bool isUnlabelled = hasRecords(m_before) && !hasRecords(m_after)
+            const bool isUnlabelled = m_before.hasRecords() && !m_after.hasRecords()
                 && (!entry.highCode.isNull() || isBlank(entry.code));
             addCode(DifferenceKind::ValueRemoved, !isUnlabelled && !cover.contains(entry), before,
                 entry);
@@ -764,7 +739,7 @@ void Comparison::compareCode(const ListedCode& before, const ListedCode& after)
     };
     if (before.label != after.label)
         change("label", false, before.label, after.label);
-    const bool isSame = hasRecords(m_before) == hasRecords(m_after)
+    const bool isSame = m_before.hasRecords() == m_after.hasRecords()
         ? before.special == after.special
         : before.special.isNull() == after.special.isNull();
     if (!isSame)

@@ -72,11 +72,6 @@ QString CodeIndex::comparable(const QString& code) const
     return m_isNumeric ? numberKey(code) : code.trimmed();
 }
 
-QString shownCode(const ListedCode& entry)
-{
-    return entry.highCode.isNull() ? entry.code : entry.code + QLatin1Char(':') + entry.highCode;
-}
-
 QString shownLabel(const ListedCode& entry)
 {
     return entry.special.isNull() ? entry.label
@@ -120,7 +115,7 @@ LabelComparison compareLabels(
     LabelComparison result;
     result.variable = variable.name;
     const QVector<ListedCode>& codes = variable.valueSets.constFirst().codes;
-    const CodeIndex index(codes, variable.type != QLatin1String("string"));
+    const CodeIndex index(codes, !variable.isText());
     QVector<bool> hasKey(codes.size(), false);
     for (const auto& [key, value] : values) {
         if (key.isEmpty())
@@ -138,7 +133,7 @@ LabelComparison compareLabels(
     for (int i = 0; i < codes.size(); ++i) {
         if (!hasKey.at(i))
             result.labelsWithoutKey.append(
-                { shownCode(codes.at(i)), QString(), shownLabel(codes.at(i)) });
+                { codes.at(i).text(), QString(), shownLabel(codes.at(i)) });
     }
     return result;
 }

@@ -66,7 +66,7 @@ QString textLiteral(const QString& code)
 
 SqlType sqlTypeOf(const ListedField& field, SqlDialect dialect)
 {
-    if (field.type == QLatin1String("string"))
+    if (field.isText())
         return SqlType::Text;
     // The library takes long whole numbers for real; columns without decimals are whole.
     const bool isWhole =
@@ -225,7 +225,7 @@ QStringList SqlValueTables::rows(const Table& table) const
                 code = null();
             seen.insert(key);
         }
-        const QStringList cells { code, sqlText(codeText(entry)), sqlText(entry.label),
+        const QStringList cells { code, sqlText(entry.text()), sqlText(entry.label),
             entry.special.isNull() ? null() : sqlText(entry.special) };
         rows.append(QLatin1String("  (") + cells.join(QLatin1String(", ")) + QLatin1Char(')'));
     }
