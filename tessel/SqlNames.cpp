@@ -60,7 +60,9 @@ bool isPlain(const QString& name)
 
 QString shortened(const QString& name, int bytes)
 {
-    QString result = name;
+    QString result = name.left(bytes); // no character takes less than a byte
+    if (result.size() < name.size() && name.at(result.size() - 1).isHighSurrogate())
+        result.chop(1);
     while (result.toUtf8().size() > bytes)
         result.chop(result.size() > 1 && result.at(result.size() - 2).isHighSurrogate() ? 2 : 1);
     return result;

@@ -247,6 +247,7 @@ private slots:
     void postgresqlLoads();
     void namesAreTold();
     void longNamesStayApart();
+    void namesOfAnyLengthAreCut();
     void equalNamesTakeLinearTime();
     void manyRecordsTakeLinearTime_data();
     void manyRecordsTakeLinearTime();
@@ -850,6 +851,19 @@ void tst_ExportCommand::longNamesStayApart()
     QVERIFY(outcome.output.contains("\n  _PG_TYPE BIGINT, -- PG_TYPE\n"));
     QCOMPARE(outcome.errors.count(": the databases do not take its name\n"), 3);
     QVERIFY(outcome.output.contains("\n  TINY NUMERIC, -- TINY\n"));
+}
+
+void tst_ExportCommand::namesOfAnyLengthAreCut()
+{
+    const QByteArray pairAtTheCut = QByteArray(62, 'P') + "\xF0\x9F\x98\x80";
+    QTemporaryDir folder;
+    const QString path = folder.filePath("long.dcf");
+    QVERIFY(writeFile(path,
+        dictionaryStart() + record("LONG") + item(QByteArray(3'000'000, 'N'), 11, 1)
+            + item(pairAtTheCut, 12, 1)));
+    const Outcome outcome = exportTo("sql", path);
+    QVERIFY(outcome.output.contains("\n  " + QByteArray(63, 'N') + " INTEGER"));
+    QVERIFY(outcome.output.contains("\n  " + QByteArray(62, 'P') + " INTEGER"));
 }
 
 void tst_ExportCommand::htmlShowsEveryField_data()
