@@ -22,12 +22,12 @@ struct CSProSection {
 
     void append(QStringView line, int number)
     {
-        if (numbers.empty() && lineNumber(lines.size()) != number) {
-            for (std::size_t i = 0; i < lines.size(); ++i)
+        const bool follows = numbers.empty() && lineNumber(lines.size()) == number;
+        if (!follows) {
+            for (std::size_t i = numbers.size(); i < lines.size(); ++i)
                 numbers.push_back(headerLine + 1 + static_cast<int>(i));
-        }
-        if (!numbers.empty() || lineNumber(lines.size()) != number)
             numbers.push_back(number);
+        }
         lines.push_back(line);
     }
 };
@@ -50,8 +50,7 @@ template <typename Lines> CSProSection gatherSection(const Lines& lines, int& in
         if (!text.isEmpty())
             section.append(text, next + 1);
     }
-    if (index + 1 < count)
-        index = next - 1;
+    index = next - 1;
     return section;
 }
 
