@@ -151,11 +151,9 @@ void CSProBuilder::addItem(ItemPointer item)
         dropItem(*item);
         return;
     }
-    if (rules().structure && item->isSubItem != 0 && !hasParent())
+    if (rules().structure && item->isSubItem != 0 && !hasParent(*item))
         note(Kind::SubItemWithoutParent, item->sourceLine, item->name);
-    const bool isRepeatedWithParent =
-        rules().repeatedSubItems && item->isSubItem != 0 && hasParent();
-    const int parents = isRepeatedWithParent ? m_parentCount : 1;
+    const int parents = rules().repeatedSubItems && hasParent(*item) ? m_parentCount : 1;
     const qint64 total = qint64(item->occurrences) * parents;
     if (total > MaxItems - m_dictionary.items->size()) {
         note(Kind::TooManyItems, item->sourceLine, item->name, QString::number(MaxItems));
@@ -165,7 +163,7 @@ void CSProBuilder::addItem(ItemPointer item)
     const int start = m_dictionary.items->size();
     const bool isSubItem = item->isSubItem != 0;
     if (total == 1) {
-        if (rules().structure && isSubItem && hasParent())
+        if (rules().structure && hasParent(*item))
             item->parent = m_dictionary.items->at(m_parentStart);
         appendItem(item.release());
     } else {
@@ -189,9 +187,9 @@ void CSProBuilder::dropItem(const TCSProItem& item)
         m_parentRecord = nullptr;
 }
 
-bool CSProBuilder::hasParent() const
+bool CSProBuilder::hasParent(const TCSProItem& item) const
 {
-    return m_parentRecord && m_parentRecord == m_dictionary.currentRecord;
+    return item.isSubItem != 0 && m_parentRecord && m_parentRecord == m_dictionary.currentRecord;
 }
 
 void CSProBuilder::appendItem(TCSProItem* item)
@@ -207,19 +205,18 @@ void CSProBuilder::appendOccurrences(const TCSProItem& item, int parents)
     const int firstIndex = m_dictionary.items->size();
     for (int ofParent = 1; ofParent <= parents; ++ofParent) {
         for (int number = 1; number <= item.occurrences; ++number) {
-            TCSProItem* copy = makeOccurrence(item, ofParent, number);
+            TCSProItem* copy = makeOccurrence(item, ofParent, number, parents > 1);
             copy->firstOccurrenceIndex = firstIndex;
-            if (rules().structure && item.isSubItem != 0 && hasParent()) {
-                const int parent = parents > 1 ? ofParent - 1 : 0;
-                copy->parent = m_dictionary.items->at(m_parentStart + parent);
-            }
+            if (rules().structure && hasParent(item))
+                copy->parent = m_dictionary.items->at(m_parentStart + ofParent - 1);
             appendItem(copy);
         }
     }
 }
 
 // With several parents a subitem stands at the same place in each.
-TCSProItem* CSProBuilder::makeOccurrence(const TCSProItem& item, int ofParent, int number) const
+TCSProItem* CSProBuilder::makeOccurrence(
+    const TCSProItem& item, int ofParent, int number, bool isRepeatedWithParent) const
 {
     auto* copy = new TCSProItem;
     copy->label = item.label;
@@ -248,8 +245,6 @@ TCSProItem* CSProBuilder::makeOccurrence(const TCSProItem& item, int ofParent, i
     }
     copy->isZeroFill = item.isZeroFill;
     copy->name = item.name;
-    const bool isRepeatedWithParent =
-        m_parentCount > 1 && rules().repeatedSubItems && item.isSubItem != 0 && hasParent();
     if (isRepeatedWithParent)
         copy->name += QLatin1Char('_') + QString::number(ofParent);
     if (!isRepeatedWithParent || item.occurrences > 1)

@@ -61,8 +61,10 @@ public:
 private:
     void appendItem(TCSProItem* item);
     void appendOccurrences(const TCSProItem& item, int parents);
-    TCSProItem* makeOccurrence(const TCSProItem& item, int ofParent, int number) const;
-    bool hasParent() const;
+    TCSProItem* makeOccurrence(
+        const TCSProItem& item, int ofParent, int number, bool isRepeatedWithParent) const;
+    // True for a subitem whose item stands before it in the record.
+    bool hasParent(const TCSProItem& item) const;
     bool acceptsCodes(TCSProValueSet& valueSet);
     void noteOddCodes(const TCSProValueSet& valueSet);
     bool settleDecimalCodes(TCSProValueSet& valueSet);
