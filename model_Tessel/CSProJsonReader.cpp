@@ -220,7 +220,6 @@ void CSProJsonReader::readItem(const QJsonObject& object)
     item->occurrenceLabels = occurrenceLabels(occurrences, item->occurrences);
     placeItem(object, *item);
     m_itemLength = item->len;
-    m_itemIsAlpha = !isNumeric;
     m_dictionary.lastItemNumeric = isNumeric;
     m_builder.addItem(std::move(item));
     forEachObject(
@@ -282,7 +281,7 @@ void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProVal
         if (!readPair(pair, *entry))
             return noteType("pairs");
         // The data have a special code as wide as the item; here it stands without trailing blanks.
-        if (type != 0 && (m_itemIsAlpha || entry->code.isEmpty()))
+        if (type != 0 && (!valueSet.isNumeric || entry->code.isEmpty()))
             entry->code = entry->code.leftJustified(
                 std::min(m_itemLength, CSProBuilder::MostOccurrenceLabels));
         entry->label = label;

@@ -74,7 +74,6 @@ private:
     int m_nextColumn = 1;
     int m_parentStart = 1;
     int m_itemLength = 0; // of the item whose value sets are read
-    bool m_itemIsAlpha = false;
 };
 
 // True for bytes that begin, behind a byte-order mark and white space, with "{".
