@@ -5,6 +5,7 @@
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/DebugLog_p.h>
 #include <model_Tessel/ErrorManager.h>
+#include <model_Tessel/Numbers_p.h>
 #include <model_Tessel/TextLines_p.h>
 
 #include <QApplication>
@@ -160,9 +161,7 @@ template <typename Load> void TCSPro::guarded(Load load)
     } catch (...) { // the error below tells of it
     }
     m_builder->finishLoad();
-    // Kept: the line's index is one character, not digits.
-    throw new OxErrorManager(
-        ClassNameCSPro, InvalidContents, QString(QChar(static_cast<ushort>(index))));
+    throw new OxErrorManager(ClassNameCSPro, InvalidContents, asCharacter(index));
 }
 
 void TCSPro::loadFromCSDB(const QString& path)

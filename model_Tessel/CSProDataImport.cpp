@@ -37,8 +37,7 @@ QString decimalsOf(const TCSProItem& item, const CSProReadingRules& rules)
     if (rules.scaledValues)
         return QString::number(item.decimal);
     // Kept: the number is one character, so it never reads as a number and values are not scaled.
-    return item.decimal != 0 ? QString(QChar(static_cast<ushort>(item.decimal)))
-                             : QStringLiteral("0");
+    return item.decimal != 0 ? asCharacter(item.decimal) : QStringLiteral("0");
 }
 
 int digitsBeforePoint(const TCSProItem& item)

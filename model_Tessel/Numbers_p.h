@@ -49,7 +49,7 @@ inline double realOrZero(const QString& text)
     return isNumber ? number : 0;
 }
 
-// Kept: hosts cut the number out of a message as the one character with that 16-bit code.
+// Kept: hosts take the number out of a text as the one character with that 16-bit code.
 inline QString asCharacter(int number)
 {
     return QString(QChar(static_cast<ushort>(number)));
