@@ -65,11 +65,11 @@ bool isNoNumber(const QString& code)
 QString TCSProItem::*specialCode(int type)
 {
     switch (type) {
-    case 1:
+    case CSProSpecial::Missing:
         return &TCSProItem::missingCode;
-    case 2:
+    case CSProSpecial::NotApplicable:
         return &TCSProItem::notApplicableCode;
-    case 3:
+    case CSProSpecial::Refused:
         return &TCSProItem::refusedCode;
     default:
         return nullptr;

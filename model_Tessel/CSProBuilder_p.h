@@ -7,6 +7,11 @@
 
 #include <memory>
 
+// Types of the entries of a value set, as TValueSetItem has them.
+namespace CSProSpecial {
+enum Type : int { Ordinary = 0, Missing = 1, NotApplicable = 2, Refused = 3, Default = 4 };
+}
+
 /*
  * Puts what a reader found into the model of a TCSPro, as the reading rules say. Both forms of a
  * dictionary, text and JSON, are filled into the same objects and handed in here.

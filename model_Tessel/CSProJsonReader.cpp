@@ -267,7 +267,7 @@ void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProVal
     noteUnknown(object, { "labels", "pairs", "special", "note", "image", "textColor" });
     const QString special = text(object, "special");
     const int type = csproSpecialType(special);
-    if (!special.isEmpty() && type == 0)
+    if (!special.isEmpty() && type == CSProSpecial::Ordinary)
         m_builder.noteValueSet(Kind::UnknownSpecial, 0, valueSet.name, special);
     const QString label = labels(object);
     const QString note = text(object, "note");
@@ -281,12 +281,12 @@ void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProVal
         if (!readPair(pair, *entry))
             return noteType("pairs");
         // The data have a special code as wide as the item; here it stands without trailing blanks.
-        if (type != 0 && (!valueSet.isNumeric || entry->code.isEmpty()))
+        if (type != CSProSpecial::Ordinary && (!valueSet.isNumeric || entry->code.isEmpty()))
             entry->code = entry->code.leftJustified(
                 std::min(m_itemLength, CSProBuilder::MostOccurrenceLabels));
         entry->label = label;
         entry->type = type;
-        entry->special = type != 0;
+        entry->special = type != CSProSpecial::Ordinary;
         entry->valueNumber = number;
         entry->note = note;
         entry->image = image;

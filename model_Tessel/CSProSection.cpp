@@ -48,9 +48,9 @@ CSProKeyFinder::Values CSProKeyFinder::findWhole(
 {
     Values found;
     for (std::size_t number = 0; number < count; ++number) {
-        const CSProKeyLine line = splitKeyLine(section.lines[number], section.lineNumber(number));
         if (isComment(section.lines[number]))
             continue;
+        const CSProKeyLine line = splitKeyLine(section.lines[number], section.lineNumber(number));
         const auto key = std::find_if(m_keys.begin(), m_keys.end(),
             [&](QLatin1String name) { return line.key.compare(name, Qt::CaseInsensitive) == 0; });
         const auto index = static_cast<std::size_t>(key - m_keys.begin());

@@ -59,5 +59,5 @@ void readWrittenValues(TCSPro& dictionary, CSProBuilder& builder, const CSProSec
     std::size_t first, TCSProValueSet& valueSet);
 // True for a line that begins with the key "Value" and its "=", without blanks between them.
 bool isCSProValueLine(QStringView line);
-// Type of the special value that a word stands for; 0 for any other word.
+// Type of the special value that a word stands for; Ordinary for any other word.
 int csproSpecialType(QStringView word);

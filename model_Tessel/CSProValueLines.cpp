@@ -15,8 +15,6 @@ namespace {
 constexpr int ValueKeyLength = 6;
 constexpr int NameKeyLength = 5;
 
-enum SpecialType { Ordinary = 0, Missing = 1, NotApplicable = 2, Refused = 3, Default = 4 };
-
 bool isNameLine(QStringView line)
 {
     return line.startsWith(QLatin1String("NAME="), Qt::CaseInsensitive);
@@ -38,7 +36,7 @@ std::unique_ptr<TValueSetItem> makeEntry(const QString& code, const QString& lab
 
 // What a name line says of the entry before it, in the way that hosts rely on.
 struct EstablishedSpecial {
-    int type = Ordinary;
+    int type = CSProSpecial::Ordinary;
     bool isSpecial = false;
 
     explicit EstablishedSpecial(QStringView value)
@@ -51,19 +49,19 @@ struct EstablishedSpecial {
         const QString name = value.left(comma - 1).toString().toUpper();
         isSpecial = value.mid(comma).toString().toUpper() == CSProWordSpecial;
         if (name == CSProWordMissing)
-            type = Missing;
+            type = CSProSpecial::Missing;
         else if (name == CSProWordNotAppl)
-            type = NotApplicable;
-        isSpecial = isSpecial || type != Ordinary;
+            type = CSProSpecial::NotApplicable;
+        isSpecial = isSpecial || type != CSProSpecial::Ordinary;
     }
 
     void apply(TValueSetItem& entry, TCSProItem* item) const
     {
         entry.type = type;
         entry.special = entry.special || isSpecial; // kept: never turns back
-        if (item && type == Missing)
+        if (item && type == CSProSpecial::Missing)
             item->missingCode = entry.code;
-        else if (item && type == NotApplicable)
+        else if (item && type == CSProSpecial::NotApplicable)
             item->notApplicableCode = entry.code;
     }
 };
@@ -74,7 +72,7 @@ int writtenSpecialType(QStringView value)
     const auto comma = value.indexOf(QLatin1Char(','));
     const bool isSpecial = comma >= 0
         && value.mid(comma + 1).trimmed().compare(CSProWordSpecial, Qt::CaseInsensitive) == 0;
-    return isSpecial ? csproSpecialType(value.left(comma).trimmed()) : int(Ordinary);
+    return isSpecial ? csproSpecialType(value.left(comma).trimmed()) : int(CSProSpecial::Ordinary);
 }
 
 // Rule: specials as they are written, or as hosts have known them.
@@ -83,7 +81,7 @@ void applySpecial(
 {
     if (rules.specials) {
         entry.type = writtenSpecialType(value);
-        entry.special = entry.type != Ordinary;
+        entry.special = entry.type != CSProSpecial::Ordinary;
     } else {
         EstablishedSpecial(value).apply(entry, item);
     }
@@ -320,9 +318,8 @@ public:
             if (line.hasKey("Value")) {
                 store(false);
                 readValue(line);
-            } else {
-                if (!isComment(section.lines[i]))
-                    readMore(line);
+            } else if (!isComment(section.lines[i])) {
+                readMore(line);
             }
         }
         store(true);
@@ -381,7 +378,7 @@ private:
 
     void readSpecial(const CSProKeyLine& line)
     {
-        if (m_rules.specials && writtenSpecialType(line.value) == Ordinary)
+        if (m_rules.specials && writtenSpecialType(line.value) == CSProSpecial::Ordinary)
             noteLine(Kind::UnknownSpecial, line.line, line.value);
         for (const auto& entry : m_pending)
             applySpecial(line.value, m_rules, *entry, m_dictionary.lastItem);
@@ -430,12 +427,14 @@ bool isCSProValueLine(QStringView line)
 int csproSpecialType(QStringView word)
 {
     if (word.compare(CSProWordMissing, Qt::CaseInsensitive) == 0)
-        return Missing;
+        return CSProSpecial::Missing;
     if (word.compare(CSProWordNotAppl, Qt::CaseInsensitive) == 0)
-        return NotApplicable;
+        return CSProSpecial::NotApplicable;
     if (word.compare(QLatin1String("REFUSED"), Qt::CaseInsensitive) == 0)
-        return Refused;
-    return word.compare(QLatin1String("DEFAULT"), Qt::CaseInsensitive) == 0 ? Default : Ordinary;
+        return CSProSpecial::Refused;
+    return word.compare(QLatin1String("DEFAULT"), Qt::CaseInsensitive) == 0
+        ? CSProSpecial::Default
+        : CSProSpecial::Ordinary;
 }
 
 void readEstablishedValues(TCSPro& dictionary, CSProBuilder& builder, const CSProSection& section,
