@@ -12,7 +12,6 @@
 #include <QHash>
 
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 
 namespace {
@@ -20,8 +19,8 @@ namespace {
 // Changes only when a reader of the JSON has to change.
 constexpr int JsonVersion = 1;
 
-// Exit statuses of this command.
-enum DiffStatus { Equal = 0, Different = 1, Trouble = 2 };
+// Exit statuses of this command. Shown help and wrong usage have those that all commands have.
+enum DiffStatus { Equal = AllRead, Different = 1, Trouble = WrongUsage };
 
 // What the supervised work returns for files that differ: none of its own failures.
 constexpr int FoundDifferences = 3;
@@ -282,12 +281,8 @@ int runDiff(const QStringList& arguments)
 {
     QCommandLineParser parser;
     describe(parser);
-    if (!parser.parse(arguments))
-        return Console::wrongUsage(parser.errorText());
-    if (parser.isSet(Console::helpOption())) {
-        std::fputs(qUtf8Printable(parser.helpText()), stdout);
-        return Equal;
-    }
+    if (const auto status = Console::parseArguments(parser, arguments))
+        return *status;
     DiffOptions options;
     const QString mistake = readOptions(parser, options);
     return mistake.isNull() ? compareSupervised(options) : Console::wrongUsage(mistake);
