@@ -54,6 +54,11 @@ Supervisor::Supervisor(const QStringList& files, int limitInSeconds)
     m_current = static_cast<int*>(shared);
 }
 
+Supervisor::~Supervisor()
+{
+    munmap(const_cast<int*>(m_current), sizeof(int));
+}
+
 int Supervisor::run(const std::function<int(Supervisor&)>& work)
 {
     while (true) {

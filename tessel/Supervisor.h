@@ -16,6 +16,7 @@ public:
     static constexpr int DefaultLimit = 60;
 
     explicit Supervisor(const QStringList& files, int limitInSeconds = DefaultLimit);
+    ~Supervisor();
 
     /*!
      * Runs \a work in a child and returns its exit status. When the child ends in the middle of a
@@ -32,6 +33,8 @@ public:
     void endFile();
 
 private:
+    Q_DISABLE_COPY(Supervisor)
+
     int waitFor(int child);
     QString describeEnd(int signal) const;
 
