@@ -25,7 +25,6 @@ need_packages() {
     local as_root=()
     [ "$(id -u)" -eq 0 ] || as_root=(sudo)
     say "Installing ${missing[*]}"
-    export DEBIAN_FRONTEND=noninteractive
     if ! { "${as_root[@]}" apt-get -qq update \
             && "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
                 apt-get -qq install --no-install-recommends "${missing[@]}"; } >&2 </dev/null; then
