@@ -16,7 +16,6 @@ cmake --build "$work/cmake" >"$work/build.log"
 pkgconfig=$(dirname "$(find "$prefix" -name model_Tessel.pc)")
 libraries=$(dirname "$pkgconfig")
 export PKG_CONFIG_PATH=$pkgconfig
-sed -i "s|^prefix=.*|prefix=$prefix|" "$pkgconfig/model_Tessel.pc"
 # shellcheck disable=SC2046
 c++ -std=c++17 -fPIC "$source/examples/list_fields/main.cpp" -o "$work/pkgconfig_program" \
     $(pkg-config --cflags --libs model_Tessel)
