@@ -1,6 +1,8 @@
 // Runs the program as a user does and compares all that it says with golden files: a folder of
 // tests/golden for each case, with the command, and what standard output, standard error and the
 // exit status are to be. With TESSEL_REFRESH_GOLDEN set the golden files are written anew instead.
+#include "RunTessel.h"
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -8,38 +10,6 @@
 #include <QtTest>
 
 namespace {
-
-struct Outcome {
-    int status = -1;
-    QByteArray output;
-    QByteArray errors;
-};
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-Outcome runTessel(const QStringList& arguments, const QByteArray& input = QByteArray(),
-    const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment())
-{
-    QProcess process;
-    process.setWorkingDirectory(QStringLiteral(TESSEL_TEST_DATA));
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(TESSEL_PROGRAM), arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return { process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError() };
-}
 
 } // namespace
 

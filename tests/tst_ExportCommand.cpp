@@ -1,4 +1,5 @@
 // Runs "tessel export" and hands what it writes to programs and parsers that read such files.
+#include "RunTessel.h"
 #include "StatFiles.h"
 
 #include <QDir>
@@ -6,7 +7,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -18,35 +18,15 @@
 
 namespace {
 
-struct Outcome {
-    int status = -1;
-    QByteArray output;
-    QByteArray errors;
-};
-
-Outcome run(const QString& program, const QStringList& arguments, const QByteArray& input = {})
-{
-    QProcess process;
-    process.setWorkingDirectory(QStringLiteral(TESSEL_TEST_DATA));
-    process.start(program, arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return { process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError() };
-}
-
 Outcome exportTo(const QString& target, const QString& file, const QStringList& more = {})
 {
-    return run(
-        QStringLiteral(TESSEL_PROGRAM), QStringList { "export", file, "--to", target } + more);
+    return runTessel(QStringList { "export", file, "--to", target } + more);
 }
 
 // The fields as "tessel fields" lists them.
 QJsonObject listed(const QString& file)
 {
-    const Outcome outcome =
-        run(QStringLiteral(TESSEL_PROGRAM), { "fields", "--format", "json", "--values", file });
+    const Outcome outcome = runTessel({ "fields", "--format", "json", "--values", file });
     const QJsonObject root = QJsonDocument::fromJson(outcome.output).object();
     return root.value("files").toArray().at(0).toObject();
 }
@@ -93,18 +73,6 @@ QString textOf(const QByteArray& xml)
             text += reader.text();
     }
     return reader.hasError() ? QString() : text;
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 // The start of a dictionary: an identification item and no record.
@@ -173,7 +141,7 @@ public:
     // In an empty schema; tuples without padding.
     Outcome carryOut(const QByteArray& statements) const
     {
-        return ::run(m_psql,
+        return runProgram(m_psql,
             { "-qAtX", "-v", "ON_ERROR_STOP=1", "-h", m_folder.path(), "-U", "tessel", "postgres" },
             "SET client_min_messages = warning;\nDROP SCHEMA public CASCADE;\n"
             "CREATE SCHEMA public;\n"
@@ -198,8 +166,8 @@ private:
     Outcome run(const QString& program, const QStringList& arguments) const
     {
         if (m_setpriv.isEmpty())
-            return ::run(m_programs + program, arguments);
-        return ::run(m_setpriv,
+            return runProgram(m_programs + program, arguments);
+        return runProgram(m_setpriv,
             QStringList {
                 "--reuid=nobody", "--regid=nogroup", "--clear-groups", m_programs + program }
                 + arguments);
@@ -303,7 +271,7 @@ void tst_ExportCommand::ddiIsValid()
         QSKIP("TESSEL_DDI_SCHEMA does not name the folder of codebook.xsd");
     if (QStandardPaths::findExecutable("xmllint").isEmpty())
         QSKIP("xmllint is not installed");
-    const Outcome checked = run("xmllint",
+    const Outcome checked = runProgram("xmllint",
         { "--nonet", "--noout", "--schema", QDir(schema).filePath("codebook.xsd"), "-" },
         exportTo("ddi", file).output);
     QVERIFY2(checked.status == 0, checked.errors.constData());
@@ -354,7 +322,7 @@ QString tst_ExportCommand::sqlite(
     const QString& file, const QByteArray& query, QString* errors) const
 {
     const QByteArray statements = exportTo("sql", file).output;
-    const Outcome outcome = run(m_sqlite, { "-batch", ":memory:" },
+    const Outcome outcome = runProgram(m_sqlite, { "-batch", ":memory:" },
         "PRAGMA foreign_keys = ON;\n" + statements + query + "\n");
     if (errors)
         *errors = QString::fromUtf8(outcome.errors);
@@ -922,7 +890,7 @@ void tst_ExportCommand::htmlOpensInABrowser()
     QTemporaryDir folder;
     const QString path = folder.filePath("census.html");
     QCOMPARE(exportTo("html", TESSEL_EXAMPLES "/census.dcf", { "-o", path }).status, 0);
-    const Outcome shown = run(browser,
+    const Outcome shown = runProgram(browser,
         { "--headless", "--no-sandbox", "--disable-gpu", "--user-data-dir=" + folder.filePath("u"),
             "--dump-dom", "file://" + path });
     QCOMPARE(shown.status, 0);
@@ -945,7 +913,7 @@ void tst_ExportCommand::csvAndJsonAreTheListing()
     const QByteArray csv = exportTo("csv", file).output;
     QVERIFY(csv.startsWith("file,record,name,label,type,"));
     QVERIFY(csv.endsWith("\r\n"));
-    QCOMPARE(csv, run(TESSEL_PROGRAM, { "fields", "--format", "csv", "--values", file }).output);
+    QCOMPARE(csv, runTessel({ "fields", "--format", "csv", "--values", file }).output);
 }
 
 void tst_ExportCommand::outputIsWholeOrAbsent()
@@ -995,8 +963,7 @@ void tst_ExportCommand::lostLabelsFail()
         QVERIFY(outcome.errors.contains("cut.dta: error: the value labels cannot be read"));
     }
     // What was not read is no difference.
-    const Outcome compared =
-        run(TESSEL_PROGRAM, { "diff", TESSEL_EXAMPLES "/household.dta", path });
+    const Outcome compared = runTessel({ "diff", TESSEL_EXAMPLES "/household.dta", path });
     QCOMPARE(compared.status, 2);
     QVERIFY(compared.output.isEmpty());
     QVERIFY(compared.errors.contains("cut.dta: error: "));

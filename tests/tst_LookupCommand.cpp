@@ -1,7 +1,8 @@
 // "tessel lookup" on files of every shape, and the page it writes, as a browser shows it where one
 // is installed.
+#include "RunTessel.h"
+
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -14,32 +15,9 @@
 
 namespace {
 
-struct Outcome {
-    int status = -1;
-    QByteArray output;
-    QByteArray errors;
-};
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
 Outcome runLookup(const QStringList& arguments)
 {
-    QProcess process;
-    process.setWorkingDirectory(QStringLiteral(TESSEL_TEST_DATA));
-    process.start(QStringLiteral(TESSEL_PROGRAM), QStringList { "lookup" } + arguments);
-    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return { process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError() };
+    return runTessel(QStringList { "lookup" } + arguments);
 }
 
 QJsonObject jsonOf(const QStringList& arguments)

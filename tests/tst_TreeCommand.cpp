@@ -1,5 +1,6 @@
 // Runs "tessel tree" and compares what it prints with what "tessel fields" lists of the same files:
 // the examples, fixtures, and real dictionaries where TESSEL_CORPUS names a folder of them.
+#include "RunTessel.h"
 #include "StatFiles.h"
 
 #include <QDir>
@@ -8,29 +9,12 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <algorithm>
 
 namespace {
-
-struct Outcome {
-    int status = -1; // below 0: it did not end by itself
-    QByteArray output;
-    QByteArray errors;
-};
-
-Outcome runTessel(const QStringList& arguments)
-{
-    QProcess process;
-    process.setWorkingDirectory(QStringLiteral(TESSEL_TEST_DATA));
-    process.start(QStringLiteral(TESSEL_PROGRAM), arguments);
-    if (!process.waitForFinished(120'000) || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return { process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError() };
-}
 
 QJsonObject objectOf(const Outcome& outcome)
 {
@@ -127,12 +111,6 @@ QStringList summaryOf(const QJsonObject& variable, const QString& root)
         QString::number(variable.value("start").toInt()),
         QString::number(variable.value("size").toInt()),
         QString::number(variable.value("decimals").toInt()), labelsOf(variable).join('|') };
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 QStringList corpusFiles()
