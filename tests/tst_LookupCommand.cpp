@@ -3,6 +3,7 @@
 #include "RunTessel.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -450,19 +451,27 @@ void tst_LookupCommand::progressOnATerminal()
     // "script" gives the program a terminal of its own.
     if (QProcess::execute("script", { "-qec", "true", "/dev/null" }) != 0)
         QSKIP("no terminal can be had here");
-    QByteArray bytes;
-    bytes.reserve(1500000 * 24);
-    for (int i = 0; i < 1500000; ++i)
-        bytes += QByteArray::number(1000000 + i) + ",some value\n";
-    const QString file = fileOf(bytes);
-    QProcess process;
-    process.start("script",
-        { "-qec",
-            QStringLiteral("'%1' lookup -s comma -o %3 '%2'")
-                .arg(TESSEL_PROGRAM, file, m_folder.filePath("progress.txt")),
-            "/dev/null" });
-    QVERIFY(process.waitForFinished(120000));
-    const QByteArray shown = process.readAll();
+    // The faster the machine, the longer a file has to be for the bar to be due.
+    constexpr int LongEnough = 2000; // milliseconds, within which the bar has to appear
+    QByteArray shown;
+    QElapsedTimer time;
+    int lines = 1'000'000;
+    do {
+        QByteArray bytes;
+        for (int i = 0; i < lines; ++i)
+            bytes += QByteArray::number(10'000'000 + i) + ",some value\n";
+        const QString file = fileOf(bytes);
+        QProcess process;
+        time.start();
+        process.start("script",
+            { "-qec",
+                QStringLiteral("'%1' lookup -s comma -o %3 '%2'")
+                    .arg(TESSEL_PROGRAM, file, m_folder.filePath("progress.txt")),
+                "/dev/null" });
+        QVERIFY(process.waitForFinished(120000));
+        shown = process.readAll();
+        lines *= 2;
+    } while (!shown.contains("\rreading ") && time.elapsed() < LongEnough);
     QVERIFY2(shown.contains("\rreading "), shown.constData());
     QVERIFY(shown.contains("###"));
     QVERIFY(shown.contains("%"));
