@@ -1,10 +1,29 @@
 #pragma once
 
 #include <QDebug>
+#include <QLoggingCategory>
 #include <QString>
 #include <QStringList>
 
-// Takes the debug lines of Qt's default category away from the log as long as it lives.
+// Turns the debug log on while it lives.
+class DebugOn {
+public:
+    DebugOn()
+    {
+        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=true"));
+    }
+
+    ~DebugOn()
+    {
+        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    }
+
+private:
+    Q_DISABLE_COPY(DebugOn)
+};
+
+// Takes the debug lines away from the log as long as it lives. They belong to Qt's default
+// category; a line of another one has that in front, so that it is not taken for one of them.
 class DebugLines {
 public:
     DebugLines()
@@ -27,8 +46,10 @@ private:
 
     static void take(QtMsgType type, const QMessageLogContext& context, const QString& text)
     {
-        if (type == QtDebugMsg && qstrcmp(context.category, "default") == 0)
-            taken().append(text);
+        if (type != QtDebugMsg)
+            return;
+        const QString category = QString::fromLatin1(context.category);
+        taken().append(category == "default" ? text : category + ": " + text);
     }
     static QStringList& taken()
     {

@@ -1,3 +1,6 @@
+#include "DebugLines.h"
+#include "ErrorOf.h"
+
 #include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProValueSet.h>
 #include <model_Tessel/ErrorManager.h>
@@ -24,19 +27,6 @@
 #include <vector>
 
 namespace {
-
-using ErrorPointer = std::unique_ptr<OxErrorManager>;
-
-// The error object that an operation throws; null when it throws none.
-ErrorPointer errorOf(const std::function<void()>& operation)
-{
-    try {
-        operation();
-    } catch (OxErrorManager* error) {
-        return ErrorPointer(error);
-    }
-    return nullptr;
-}
 
 void parse(TCSPro& parser, const QString& text)
 {
@@ -87,38 +77,6 @@ QStringList problemTexts(const TCSPro& parser)
         texts.append(problemText(problem));
     return texts;
 }
-
-// Collects what goes to the debug log while it lives.
-class DebugLog {
-public:
-    DebugLog()
-    {
-        records().clear();
-        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=true"));
-        m_previous = qInstallMessageHandler(
-            [](QtMsgType type, const QMessageLogContext&, const QString& text) {
-                if (type == QtDebugMsg)
-                    records().append(text);
-            });
-    }
-
-    ~DebugLog()
-    {
-        qInstallMessageHandler(m_previous);
-        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-    }
-
-    static QStringList& records()
-    {
-        static QStringList list;
-        return list;
-    }
-
-private:
-    Q_DISABLE_COPY(DebugLog)
-
-    QtMessageHandler m_previous = nullptr;
-};
 
 // Presses one button of every modal message box and keeps what the latest box showed.
 class BoxUser : public QObject {
@@ -1900,13 +1858,14 @@ void tst_CSPro::exceptionsBecomeOneError()
     QStringList log;
     ErrorPointer error;
     {
-        DebugLog debugLog;
+        const DebugOn debugOn;
+        const DebugLines debugLines;
         error = errorOf([&] {
             parse(parser,
                 "[Record]\nName=R\n[Item]\nName=A\n[ValueSet]\nName=V\nValue=1.5;x\n"
                 "[Item]\nName=B");
         });
-        log = DebugLog::records();
+        log = debugLines.lines();
     }
     QVERIFY(error);
     QCOMPARE(error->className, QString("CSPro"));

@@ -1,3 +1,6 @@
+#include "DebugLines.h"
+#include "ErrorOf.h"
+
 #include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/CSProValueSet.h>
@@ -11,7 +14,6 @@
 #include <QtTest>
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <type_traits>
@@ -19,20 +21,7 @@
 
 namespace {
 
-using ErrorPointer = std::unique_ptr<OxErrorManager>;
-
 constexpr double NoValue = 2.2250738585072014e-308;
-
-// The error object that an operation throws; null when it throws none.
-ErrorPointer errorOf(const std::function<void()>& operation)
-{
-    try {
-        operation();
-    } catch (OxErrorManager* error) {
-        return ErrorPointer(error);
-    }
-    return nullptr;
-}
 
 // Adds a row to a table of test data.
 template <typename... Values> void row(const char* name, const Values&... values)
@@ -44,23 +33,6 @@ QString character(int code)
 {
     return QString(QChar(static_cast<ushort>(code)));
 }
-
-// Turns the debug log on while it lives.
-class DebugOn {
-public:
-    DebugOn()
-    {
-        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=true"));
-    }
-
-    ~DebugOn()
-    {
-        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-    }
-
-private:
-    Q_DISABLE_COPY(DebugOn)
-};
 
 // A dictionary in a file of its own.
 class DictionaryFile {

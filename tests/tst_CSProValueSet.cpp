@@ -1,3 +1,6 @@
+#include "DebugLines.h"
+#include "ErrorOf.h"
+
 #include <model_Tessel/BoundedSort_p.h>
 #include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProValueSet.h>
@@ -15,25 +18,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <vector>
 
 namespace {
-
-using ErrorPointer = std::unique_ptr<OxErrorManager>;
-
-// The error object that an operation throws; null when it throws none.
-ErrorPointer errorOf(const std::function<void()>& operation)
-{
-    try {
-        operation();
-    } catch (OxErrorManager* error) {
-        return ErrorPointer(error);
-    }
-    return nullptr;
-}
 
 // Adds a row to a table of test data.
 template <typename... Values> void row(const char* name, const Values&... values)
@@ -103,38 +92,6 @@ public:
         addItem(entry);
         return entry;
     }
-};
-
-// Collects what goes to the debug log while it lives.
-class DebugLog {
-public:
-    DebugLog()
-    {
-        records().clear();
-        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=true"));
-        m_previous = qInstallMessageHandler(
-            [](QtMsgType type, const QMessageLogContext&, const QString& text) {
-                if (type == QtDebugMsg)
-                    records().append(text);
-            });
-    }
-
-    ~DebugLog()
-    {
-        qInstallMessageHandler(m_previous);
-        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-    }
-
-    static QStringList& records()
-    {
-        static QStringList list;
-        return list;
-    }
-
-private:
-    Q_DISABLE_COPY(DebugLog)
-
-    QtMessageHandler m_previous = nullptr;
 };
 
 // Answers every modal message box with the next of its buttons and counts the boxes.
@@ -1371,9 +1328,10 @@ void tst_CSProValueSet::debugLines()
     TCSPro parser;
     QStringList records;
     {
-        DebugLog debugLog;
+        const DebugOn debugOn;
+        const DebugLines debugLines;
         parse(parser, dictionary("Alpha", lines));
-        records = DebugLog::records();
+        records = debugLines.lines();
     }
     QCOMPARE(records, log);
 }

@@ -1,4 +1,5 @@
 #include "DebugLines.h"
+#include "ErrorOf.h"
 
 #include <model_Tessel/DataImport.h>
 #include <model_Tessel/ErrorManager.h>
@@ -7,7 +8,6 @@
 #include <QLoggingCategory>
 #include <QtTest>
 
-#include <functional>
 #include <memory>
 #include <type_traits>
 
@@ -28,16 +28,6 @@ public:
         return "TYPE";
     }
 };
-
-std::unique_ptr<OxErrorManager> errorOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (OxErrorManager* error) {
-        return std::unique_ptr<OxErrorManager>(error);
-    }
-    return nullptr;
-}
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include <model_Tessel/SPSSDataImport.h>
 
+#include "DebugLines.h"
 #include "StatFiles.h"
 
 #include <QTemporaryDir>
@@ -47,15 +48,6 @@ public:
 
     int lastResult = -1;
 };
-
-QStringList messages;
-
-void keepMessage(QtMsgType type, const QMessageLogContext& context, const QString& text)
-{
-    Q_UNUSED(context)
-    if (type == QtDebugMsg)
-        messages.append(text);
-}
 
 // "unsupported TYPE": hands over a value label of that type. "open FILE": opens the file.
 int childMain(const QStringList& arguments)
@@ -997,12 +989,10 @@ void TestSPSSDataImport::selectLayoutSourceListsTheNames()
     const QString file = path(QStringLiteral("names.sav"));
     QVERIFY(writer.write(file, TStatFileKind::Spss));
     TSPSSDataImport importer(file);
-    messages.clear();
-    const QtMessageHandler previous = qInstallMessageHandler(keepMessage);
+    const DebugLines debugLines;
     const std::unique_ptr<QStringList> names(importer.selectLayoutSource());
-    qInstallMessageHandler(previous);
     QCOMPARE(*names, QStringList({ QStringLiteral("B"), QStringLiteral("A") }));
-    QCOMPARE(messages, QStringList(QStringLiteral("DataImport - selectLayoutSource")));
+    QCOMPARE(debugLines.lines(), QStringList(QStringLiteral("DataImport - selectLayoutSource")));
 }
 
 STAT_TEST_MAIN(TestSPSSDataImport, childMain)

@@ -1,5 +1,6 @@
 #include <model_Tessel/STATADataImport.h>
 
+#include "DebugLines.h"
 #include "StatFiles.h"
 
 #include <QTemporaryDir>
@@ -47,15 +48,6 @@ public:
 
     int lastResult = -1;
 };
-
-QStringList messages;
-
-void keepMessage(QtMsgType type, const QMessageLogContext& context, const QString& text)
-{
-    Q_UNUSED(context)
-    if (type == QtDebugMsg)
-        messages.append(text);
-}
 
 // "unsupported TYPE": hands over a value label of that type. "open FILE": opens the file.
 int childMain(const QStringList& arguments)
@@ -646,12 +638,10 @@ void TestSTATADataImport::successIsSilent()
 void TestSTATADataImport::selectLayoutSourceListsTheNames()
 {
     TSTATADataImport importer(writtenFile(QStringLiteral("names.dta")));
-    messages.clear();
-    const QtMessageHandler previous = qInstallMessageHandler(keepMessage);
+    const DebugLines debugLines;
     const std::unique_ptr<QStringList> names(importer.selectLayoutSource());
-    qInstallMessageHandler(previous);
     QCOMPARE(*names, QStringList({ QStringLiteral("sex"), QStringLiteral("name") }));
-    QCOMPARE(messages,
+    QCOMPARE(debugLines.lines(),
         QStringList({ QStringLiteral("TSTATADataImport - selectLayoutSource"),
             QStringLiteral("DataImport - selectLayoutSource") }));
 }
