@@ -1,6 +1,7 @@
 #include "ExportWriters.h"
 
 #include "ExportText.h"
+#include "ShownText.h"
 
 #include <QFileInfo>
 #include <QXmlStreamWriter>
@@ -261,9 +262,9 @@ QString HtmlWriter::fieldFacts(const ListedField& field) const
     if (!field.min.isNull() || !field.max.isNull())
         facts.append(QStringLiteral("range %1 to %2").arg(field.min, field.max));
     if (!field.missing.isNull())
-        facts.append(QStringLiteral("missing %1").arg(field.missing));
+        facts.append(QStringLiteral("missing %1").arg(shownCodes(field.missing)));
     if (!field.notApplicable.isNull())
-        facts.append(QStringLiteral("not applicable %1").arg(field.notApplicable));
+        facts.append(QStringLiteral("not applicable %1").arg(shownCodes(field.notApplicable)));
     if (!field.parent.isNull())
         facts.append(QStringLiteral("part of %1").arg(field.parent));
     return facts.join(QLatin1String("; "));

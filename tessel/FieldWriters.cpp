@@ -102,13 +102,10 @@ QString groupTitle(const ListedField& field, const QHash<QString, const ListedRe
 
 QStringList tableCells(const ListedField& field)
 {
-    const auto code = [](const QString& text) {
-        return text.isNull() || text.contains(QLatin1String(", ")) ? text : shownCode(text);
-    };
     QStringList cells { field.name, field.type, field.format, shownNumber(field.start),
         shownNumber(field.length), shownNumber(field.decimals), rangeText(field),
-        code(field.missing), code(field.notApplicable), shownNumber(field.valueLabelCount()),
-        field.fullLabel() };
+        shownCodes(field.missing), shownCodes(field.notApplicable),
+        shownNumber(field.valueLabelCount()), field.fullLabel() };
     for (QString& cell : cells)
         cell = Console::printable(cell);
     return cells;

@@ -1,6 +1,7 @@
 #include "ListingDiff.h"
 
 #include "PlainNumber.h"
+#include "ShownText.h"
 
 #include <QHash>
 #include <QSet>
@@ -193,7 +194,7 @@ QString joined(const QVector<ListedCode>& codes)
         texts.append(entry.highCode.isNull() ? entry.code
                                              : entry.code + QLatin1String("..") + entry.highCode);
     }
-    return texts.isEmpty() ? QString() : texts.join(QLatin1String(", "));
+    return joinedCodes(texts);
 }
 
 // ---- variables

@@ -12,6 +12,21 @@ QString shownCode(const QString& code)
     return needsQuotes ? QLatin1Char('\'') + code + QLatin1Char('\'') : code;
 }
 
+QString shownCodes(const QString& codes)
+{
+    return codes.isNull() || codes.contains(QLatin1String(", ")) ? codes : shownCode(codes);
+}
+
+QString joinedCodes(const QStringList& codes)
+{
+    if (codes.size() == 1)
+        return codes.constFirst();
+    QStringList texts;
+    for (const QString& code : codes)
+        texts.append(shownCode(code));
+    return texts.isEmpty() ? QString() : texts.join(QLatin1String(", "));
+}
+
 QString shownNumber(int number)
 {
     return number == 0 ? QString() : QString::number(number);

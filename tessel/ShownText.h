@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /*! How numbers and codes are shown to people, in every table. */
 
@@ -9,6 +10,12 @@ QString plural(qint64 count, const QString& one, const QString& several = QStrin
 
 /*! \a code, in quotes where blanks in it, or nothing at all, would not be seen. */
 QString shownCode(const QString& code);
+
+/*! A code, or several that stand in the text already as joinedCodes() writes them. */
+QString shownCodes(const QString& codes);
+
+/*! One code as it is; of several, joined by commas, those with blanks in quotes. Null for none. */
+QString joinedCodes(const QStringList& codes);
 
 /*! \a number in digits; empty for 0, which stands for none. */
 QString shownNumber(int number);

@@ -1,5 +1,6 @@
 #include "StatListing.h"
 
+#include "ShownText.h"
 #include "StatFile.h"
 
 #include <model_Tessel/DataImport.h>
@@ -52,8 +53,7 @@ void takeMissing(ListedField& field, const QVector<TStatMissingRange>& ranges)
         texts.append(
             isRange ? range.low.text + QLatin1String("..") + range.high.text : range.low.text);
     }
-    if (!texts.isEmpty())
-        field.missing = texts.join(QLatin1String(", "));
+    field.missing = joinedCodes(texts);
 }
 
 // Variables of one label set and the same missing values share its codes, and what follows of them.

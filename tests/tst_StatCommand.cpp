@@ -192,6 +192,8 @@ void tst_StatCommand::missingValuesAndTagsAreShown()
 {
     const Outcome spss = runTessel({ "fields", "--values", example("household.sav") });
     QVERIFY(spss.output.contains("Not stated [missing]"));
+    const Outcome persons = runTessel({ "fields", "-f", "json", example("person.sav") });
+    QVERIFY(persons.output.contains("\"missing\":\"Z, ''\"")); // a blank code among others
     const Outcome stata = runTessel({ "fields", "--values", example("household.dta") });
     QVERIFY(stata.output.contains(".a "));
     QVERIFY(stata.output.contains("Not stated [missing]"));
