@@ -9,6 +9,7 @@
 
 #include <QFile>
 #include <QMessageBox>
+#include <QSet>
 #include <QTextCodec>
 
 #include <algorithm>
@@ -66,10 +67,9 @@ QTextCodec* chooseCodec(const QByteArray& bytes, const QByteArray& wanted)
     return QTextCodec::codecForUtfText(bytes, fallback);
 }
 
-// Null when the text cannot be decoded. Text of before UTF-8 is most likely Windows-1252; that it
-// was taken so is told.
-QTextCodec* checkEncoding(
-    const QString& path, const QByteArray& bytes, QTextCodec* codec, bool isWanted)
+// Null when the text cannot be decoded. Text of before UTF-8 is most likely Windows-1252.
+const QTextCodec* checkEncoding(
+    const QString& path, const QByteArray& bytes, const QTextCodec* codec, bool isWanted)
 {
     if (isValid(*codec, bytes))
         return codec;
@@ -79,10 +79,14 @@ QTextCodec* checkEncoding(
                 .arg(QString::fromLatin1(codec->name())));
         return nullptr;
     }
-    Console::tell(path, firstInvalidLine(*codec, bytes), Severity::Warning,
+    return QTextCodec::codecForName("windows-1252");
+}
+
+void tellAssumedEncoding(const QString& path, const QByteArray& bytes, const QTextCodec& codec)
+{
+    Console::tell(path, firstInvalidLine(codec, bytes), Severity::Warning,
         QStringLiteral("the text is not valid UTF-8 and was read as windows-1252; if letters look "
                        "wrong, name its encoding with --encoding"));
-    return QTextCodec::codecForName("windows-1252");
 }
 
 // Headers of the sections that hold a dictionary's fields.
@@ -136,7 +140,12 @@ bool checkKind(const QString& path, const QString& text, const QTextCodec& codec
     }
     if (hasDictionaryHeader(text))
         return true;
-    failInput(path, 0, QStringLiteral("is no CSPro dictionary; it begins:"));
+    const FileKind kind = kindOfContent(path);
+    if (kind != FileKind::CSPro) {
+        return failInput(path, 0,
+            QStringLiteral("is no CSPro dictionary but a file for --type %1").arg(kindName(kind)));
+    }
+    failInput(path, 0, QStringLiteral("is no CSPro dictionary, SPSS or Stata file; it begins:"));
     showFirstLines(text);
     return false;
 }
@@ -191,6 +200,56 @@ void tellLanguage(const QString& path, const TCSPro& dictionary, const QString& 
                   .arg(wanted, names.join(QLatin1String(", "))));
 }
 
+// What is odd in itself, but was read as it is written.
+void tellOddItem(const QString& path, const TCSProItem& item, bool isRepeatedName)
+{
+    const auto tell = [&](const QString& text) {
+        Console::tell(path, item.sourceLine, Severity::Warning, text);
+    };
+    if (item.dictionaryName.isEmpty())
+        tell(QStringLiteral("an item has no name"));
+    else if (isRepeatedName)
+        tell(QStringLiteral("item %1 has the name of an earlier item").arg(item.dictionaryName));
+    if (item.start < 1) {
+        tell(QStringLiteral("item %1 begins at column %2; columns count from 1")
+                 .arg(item.dictionaryName, QString::number(item.start)));
+    }
+    if (item.len > 0 && item.decimal > item.len) {
+        tell(QStringLiteral("item %1 has more decimals, %2, than columns, %3")
+                 .arg(item.dictionaryName, QString::number(item.decimal),
+                     QString::number(item.len)));
+    }
+}
+
+void tellOddRecords(const QString& path, const TCSPro& dictionary)
+{
+    QSet<QString> names;
+    for (const TCSProRecord* record : qAsConst(*dictionary.records)) {
+        const QString name = record->name.toUpper();
+        if (name.isEmpty() || names.contains(name)) {
+            Console::tell(path, record->sourceLine, Severity::Warning,
+                name.isEmpty()
+                    ? QStringLiteral("a record has no name")
+                    : QStringLiteral("record %1 has the name of an earlier record, so their "
+                                     "items cannot be told apart")
+                          .arg(record->name));
+        }
+        names.insert(name);
+    }
+}
+
+void tellOddItems(const QString& path, const TCSPro& dictionary)
+{
+    QSet<QString> names;
+    for (const TCSProItem* item : qAsConst(*dictionary.items)) {
+        if (item->occurrence > 1)
+            continue;
+        const QString name = item->dictionaryName.toUpper();
+        tellOddItem(path, *item, names.contains(name));
+        names.insert(name);
+    }
+}
+
 void tellProblems(const QString& path, const TCSPro& dictionary)
 {
     for (const CSProProblem& problem : dictionary.problems()) {
@@ -208,13 +267,15 @@ std::unique_ptr<TCSProDataImport> openDictionary(
     QByteArray bytes;
     if (!readBytes(path, bytes))
         return nullptr;
-    QTextCodec* const codec = checkEncoding(
-        path, bytes, chooseCodec(bytes, options.encoding), !options.encoding.isEmpty());
+    const QTextCodec* const chosen = chooseCodec(bytes, options.encoding);
+    const QTextCodec* const codec = checkEncoding(path, bytes, chosen, !options.encoding.isEmpty());
     if (!codec)
         return nullptr;
     const QString text = codec->toUnicode(bytes);
     if (!checkKind(path, text, *codec, options.asWritten))
         return nullptr;
+    if (codec != chosen)
+        tellAssumedEncoding(path, bytes, *chosen);
 
     auto importer = std::make_unique<TCSProDataImport>(path);
     if (options.asWritten)
@@ -234,6 +295,8 @@ std::unique_ptr<TCSProDataImport> openDictionary(
         failInput(path, 0, QStringLiteral("reading stopped; the dictionary is not listed"));
         return nullptr;
     }
+    tellOddRecords(path, *importer->dictionary);
+    tellOddItems(path, *importer->dictionary);
     tellLanguage(path, *importer->dictionary, options.language);
     if (importer->fields->isEmpty())
         Console::tell(path, 0, Severity::Warning, QStringLiteral("the dictionary has no items"));

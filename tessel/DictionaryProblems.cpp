@@ -55,6 +55,11 @@ constexpr ProblemText problemTexts[] = {
     { Kind::WrongJsonType, "%3 is not what the format says and was passed over" },
 };
 
+QString nameOf(const CSProProblem& problem)
+{
+    return problem.name.isEmpty() ? QStringLiteral("without a name") : problem.name;
+}
+
 } // namespace
 
 QString describeProblem(const CSProProblem& problem)
@@ -71,7 +76,7 @@ QString describeProblem(const CSProProblem& problem)
             continue;
         }
         ++character;
-        text += *character == '1' ? problem.name
+        text += *character == '1' ? nameOf(problem)
             : *character == '2'   ? problem.valueSet
                                   : problem.text;
     }

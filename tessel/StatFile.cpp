@@ -58,11 +58,17 @@ bool checkWhole(const QString& path, const TStatFileDescription& file, bool& isP
                 .arg(describe(file.outcome)));
         return true;
     }
+    const QString name =
+        file.kind == TStatFileKind::Spss ? QStringLiteral("SPSS") : QStringLiteral("Stata");
+    const FileKind kind = file.kind == TStatFileKind::Spss ? FileKind::Spss : FileKind::Stata;
+    if (kindOfContent(path) != kind) {
+        return failInput(path, 0,
+            QStringLiteral("is no %1 file; without --type its kind is found by its content")
+                .arg(name));
+    }
     return failInput(path, 0,
-        QStringLiteral("cannot be read as %1 file: %2")
-            .arg(
-                file.kind == TStatFileKind::Spss ? QStringLiteral("SPSS") : QStringLiteral("Stata"),
-                describe(file.variablesOutcome)));
+        QStringLiteral("cannot be read as %1 file: %2; if it is damaged or cut off, get it anew")
+            .arg(name, describe(file.variablesOutcome)));
 }
 
 } // namespace
