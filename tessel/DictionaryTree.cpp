@@ -26,7 +26,7 @@ DictionaryPointer readTree(const QString& path, const InputOptions& options,
 {
     if (!checkInput(path))
         return nullptr;
-    const FileKind kind = options.kind == FileKind::Unknown ? kindOfContent(path) : options.kind;
+    const FileKind kind = kindOfInput(path, options);
     if (kind != FileKind::CSPro)
         return readStatTree(path, kind, options.dictionary.asWritten, lookups, isPartial);
     const auto importer = openDictionary(path, options.dictionary);

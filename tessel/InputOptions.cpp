@@ -48,7 +48,7 @@ const QCommandLineOption& decimalsOption()
 const QCommandLineOption& encodingOption()
 {
     static const QCommandLineOption option(QStringLiteral("encoding"),
-        QStringLiteral("Encoding of dictionaries without a byte-order mark, for example "
+        QStringLiteral("Encoding of CSPro dictionaries without a byte-order mark, for example "
                        "windows-1252; found when not given."),
         QStringLiteral("name"));
     return option;
@@ -113,11 +113,21 @@ QString readEncoding(
     return QString();
 }
 
+FileKind kindOfInput(const QString& path, const InputOptions& options)
+{
+    const FileKind kind = options.kind == FileKind::Unknown ? kindOfContent(path) : options.kind;
+    if (kind != FileKind::CSPro && !options.dictionary.encoding.isEmpty()) {
+        Console::tell(path, 0, Console::Severity::Note,
+            QStringLiteral("--encoding is for CSPro dictionaries and does nothing here"));
+    }
+    return kind;
+}
+
 bool readListing(const QString& path, const InputOptions& options, Listing& listing)
 {
     if (!checkInput(path))
         return false;
-    const FileKind kind = options.kind == FileKind::Unknown ? kindOfContent(path) : options.kind;
+    const FileKind kind = kindOfInput(path, options);
     if (kind != FileKind::CSPro)
         return listStatFile(path, kind, options.dictionary.asWritten, listing);
     const auto importer = openDictionary(path, options.dictionary);

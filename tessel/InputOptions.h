@@ -26,6 +26,9 @@ QString readInputOptions(const QCommandLineParser& parser, InputOptions& options
 QString readEncoding(
     const QCommandLineParser& parser, const QCommandLineOption& option, QByteArray& encoding);
 
+/*! The kind of the file \a path. Options that are not for this kind are told. */
+FileKind kindOfInput(const QString& path, const InputOptions& options);
+
 /*!
  * Lists the fields of the file \a path, whatever kind it is. False, and told on standard error,
  * when it cannot be read; Listing::isPartial when something of it cannot.

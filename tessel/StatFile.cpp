@@ -1,9 +1,12 @@
 #include "StatFile.h"
 
+#include "Console.h"
+
 #include <model_Tessel/SPSSDataImport.h>
 #include <model_Tessel/STATADataImport.h>
 #include <model_Tessel/StatDictionary.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include <fcntl.h>
@@ -71,6 +74,41 @@ bool checkWhole(const QString& path, const TStatFileDescription& file, bool& isP
             .arg(name, describe(file.variablesOutcome)));
 }
 
+bool isAscii(const QString& text)
+{
+    return std::all_of(
+        text.begin(), text.end(), [](QChar character) { return character.unicode() < 128; });
+}
+
+bool isAscii(const TStatFileDescription& file)
+{
+    return isAscii(file.fileLabel) && isAscii(file.notes.join(QString()))
+        && std::all_of(file.variables.begin(), file.variables.end(),
+            [](const TStatVariableDescription& variable) {
+                return isAscii(variable.name) && isAscii(variable.label);
+            })
+        && std::all_of(
+            file.labelSets.begin(), file.labelSets.end(), [](const TStatLabelSet& labelSet) {
+                return std::all_of(labelSet.labels.begin(), labelSet.labels.end(),
+                    [](const TStatLabelledValue& label) {
+                        return isAscii(label.value.text) && isAscii(label.label);
+                    });
+            });
+}
+
+// Stata files say nothing of their encoding, which is UTF-8 since format 118.
+void tellAssumedEncoding(const TStatFileDescription& file)
+{
+    constexpr int FirstUnicodeFormat = 118;
+    if (file.kind != TStatFileKind::Stata || file.formatVersion >= FirstUnicodeFormat
+        || isAscii(file))
+        return;
+    Console::tell(file.path, 0, Console::Severity::Warning,
+        QStringLiteral("Stata format %1 tells no encoding, so the texts were read as windows-1252; "
+                       "if letters look wrong, save the file with Stata 14 or later")
+            .arg(file.formatVersion));
+}
+
 } // namespace
 
 bool describeStatFile(
@@ -82,7 +120,10 @@ bool describeStatFile(
     }
     file = readStatDescription(
         path, kind == FileKind::Spss ? TStatFileKind::Spss : TStatFileKind::Stata);
-    return checkWhole(path, file, isPartial);
+    if (!checkWhole(path, file, isPartial))
+        return false;
+    tellAssumedEncoding(file);
+    return true;
 }
 
 std::unique_ptr<TDataImport> importStatFile(const TStatFileDescription& file, bool& isPartial)

@@ -1,6 +1,7 @@
 // "tessel fields" on SPSS and Stata files: real ones where TESSEL_CORPUS names a folder of them,
 // whole and damaged, and the example census.
 #include "RunTessel.h"
+#include "StatFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -53,6 +54,8 @@ private slots:
     void establishedRulesListTheFieldsOfTheImporters();
     void jsonTellsWhatTheFileHas();
     void missingValuesAndTagsAreShown();
+    void assumedEncodingIsTold_data();
+    void assumedEncodingIsTold();
 };
 
 void tst_StatCommand::realFiles_data()
@@ -197,6 +200,48 @@ void tst_StatCommand::missingValuesAndTagsAreShown()
     const Outcome stata = runTessel({ "fields", "--values", example("household.dta") });
     QVERIFY(stata.output.contains(".a "));
     QVERIFY(stata.output.contains("Not stated [missing]"));
+}
+
+void tst_StatCommand::assumedEncodingIsTold_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::addColumn<QByteArray>("label");
+    QTest::addColumn<QByteArray>("shown");
+    QTest::addColumn<bool>("isTold");
+    QTest::newRow("letters of a code page") << 115
+                                            << QByteArray("Stra\xDF"
+                                                          "e")
+                                            << QByteArray("Stra\xC3\x9F"
+                                                          "e")
+                                            << true;
+    QTest::newRow("ASCII") << 115 << QByteArray("Street") << QByteArray("Street") << false;
+    QTest::newRow("Unicode") << 118
+                             << QByteArray("Stra\xC3\x9F"
+                                           "e")
+                             << QByteArray("Stra\xC3\x9F"
+                                           "e")
+                             << false;
+}
+
+void tst_StatCommand::assumedEncodingIsTold()
+{
+    QFETCH(int, format);
+    QFETCH(QByteArray, label);
+    QFETCH(QByteArray, shown);
+    QFETCH(bool, isTold);
+    QTemporaryDir folder;
+    const QString path = folder.filePath("made.dta");
+    StatFileWriter writer;
+    readstat_writer_set_file_format_version(writer.get(), quint8(format));
+    readstat_variable_set_label(
+        writer.add("STREET", READSTAT_TYPE_DOUBLE, "%9.0g"), label.constData());
+    QVERIFY(writer.write(path, TStatFileKind::Stata));
+    for (const char* command : { "fields", "tree" }) {
+        const Outcome outcome = runTessel({ command, path });
+        QCOMPARE(outcome.status, 0);
+        QVERIFY2(outcome.output.contains(shown), outcome.output.constData());
+        QCOMPARE(outcome.errors.contains("windows-1252"), isTold);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_StatCommand)
