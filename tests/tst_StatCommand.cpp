@@ -74,7 +74,9 @@ void tst_StatCommand::realFiles()
     const Outcome outcome = runTessel({ "fields", "--values", "-f", "json", file });
     QVERIFY(outcome.status >= 0);
     if (outcome.status == 0) {
-        QVERIFY(outcome.errors.isEmpty());
+        // An encoding that had to be assumed is all there is to tell of these files.
+        const int told = outcome.errors.contains("windows-1252") ? 1 : 0;
+        QCOMPARE(outcome.errors.count('\n'), told);
         const QJsonObject listing = firstListing(outcome.output);
         QCOMPARE(
             listing.value("kind").toString(), QString(file.contains("/sav/") ? "spss" : "stata"));
