@@ -3,11 +3,33 @@
 #include "ExportText.h"
 
 #include <QFileInfo>
+#include <QPair>
+#include <QSet>
 #include <QXmlStreamWriter>
 
 #include <algorithm>
 
 namespace {
+
+// The field tells the first code of the kind; it and further ones stand in the value sets.
+void addSpecialCodes(QVector<ListedCode>& codes, const ListedField& field, const QString& first,
+    const QString& special)
+{
+    if (first.isNull())
+        return;
+    QSet<QPair<QString, QString>> known;
+    for (const ListedValueSet& valueSet : field.valueSets) {
+        for (const ListedCode& entry : valueSet.codes) {
+            const auto bounds = qMakePair(entry.code, entry.highCode);
+            if (entry.special == special && !known.contains(bounds)) {
+                known.insert(bounds);
+                codes.append(entry);
+            }
+        }
+    }
+    if (known.isEmpty())
+        codes.append({ first, QString(), QString(), special });
+}
 
 const QString& ddiNamespace()
 {
@@ -320,7 +342,10 @@ void DdiWriter::writeUnits(const ListedField& field)
 
 void DdiWriter::writeInvalid(const ListedField& field)
 {
-    const QVector<ListedCode> codes = field.missingCodes() + field.notApplicableCodes();
+    QVector<ListedCode> codes = field.missingRanges;
+    if (codes.isEmpty())
+        addSpecialCodes(codes, field, field.missing, QStringLiteral("missing"));
+    addSpecialCodes(codes, field, field.notApplicable, QStringLiteral("not applicable"));
     if (codes.isEmpty())
         return;
     open("invalrng");
