@@ -349,7 +349,7 @@ void DdiWriter::writeInvalid(const ListedField& field)
     if (codes.isEmpty())
         return;
     open("invalrng");
-    for (const ListedCode& code : codes)
+    for (const ListedCode& code : qAsConst(codes))
         writeCode(field, code);
     close();
 }

@@ -121,7 +121,8 @@ void tst_TextTable::longCells()
     TextTable table({ { "Name", TextTable::Align::Left }, { "Codes", TextTable::Align::Left },
         { "Label", TextTable::Align::Left } });
     table.beginGroup("Group");
-    table.addRow({ "A_NAME_OF_MORE_THAN_18", "one two three four five six seven eight", "Label of it" });
+    table.addRow(
+        { "A_NAME_OF_MORE_THAN_18", "one two three four five six seven eight", "Label of it" });
     table.addRow({ "B", "1", "Label" });
     QCOMPARE(table.toText(55),
         QString("\nGroup\n"
