@@ -1,3 +1,5 @@
+#include "BareField.h"
+
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/DataImport.h>
 #include <model_Tessel/DataProvider.h>
@@ -21,25 +23,12 @@
 
 namespace {
 
-class Field : public TGenericField {
+class Field : public BareField {
 public:
     explicit Field(const QString& fieldName)
-        : TGenericField(nullptr)
+        : BareField(nullptr)
     {
         name = fieldName;
-    }
-
-    bool isMissing() override
-    {
-        return false;
-    }
-    bool isNotApplicable() override
-    {
-        return false;
-    }
-    bool isBlank() override
-    {
-        return false;
     }
 };
 

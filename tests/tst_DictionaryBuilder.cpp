@@ -1,3 +1,5 @@
+#include "BareField.h"
+
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/CSProValueSet.h>
 #include <model_Tessel/Constants.h>
@@ -48,28 +50,16 @@ public:
     }
 };
 
-class Field : public TGenericField {
+class Field : public BareField {
 public:
     Field(const QString& fieldName, const QString& group)
-        : TGenericField(nullptr)
+        : BareField(nullptr)
         , m_group(group)
     {
         name = fieldName;
         fieldType = IntegerType;
     }
 
-    bool isMissing() override
-    {
-        return false;
-    }
-    bool isNotApplicable() override
-    {
-        return false;
-    }
-    bool isBlank() override
-    {
-        return false;
-    }
     QString getGroup() override
     {
         return m_group;

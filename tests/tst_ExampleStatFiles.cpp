@@ -167,6 +167,22 @@ void addFiles()
         QTest::newRow(name) << QString::fromLatin1(name);
 }
 
+// The field of the row's name against the row.
+template <typename Importer> void compareField(const QString& file)
+{
+    Importer importer(example(file));
+    QVERIFY(importer.openFile());
+    QCOMPARE(importer.fields->size(), described(example(file)).variables.size());
+    const TGenericField* field = importer.fieldByName(QString::fromLatin1(QTest::currentDataTag()));
+    QVERIFY(field);
+    QTEST(field->label, "label");
+    QTEST(field->fieldType, "fieldType");
+    QTEST(field->length, "length");
+    QTEST(field->valueLabels, "valueLabels");
+    QTEST(field->minValue, "minValue");
+    QTEST(field->maxValue, "maxValue");
+}
+
 } // namespace
 
 class TestExampleStatFiles : public QObject {
@@ -622,17 +638,7 @@ void TestExampleStatFiles::spssFields_data()
 void TestExampleStatFiles::spssFields()
 {
     QFETCH(QString, file);
-    TSPSSDataImport importer(example(file));
-    QVERIFY(importer.openFile());
-    QCOMPARE(importer.fields->size(), described(example(file)).variables.size());
-    const TGenericField* field = importer.fieldByName(QString::fromLatin1(QTest::currentDataTag()));
-    QVERIFY(field);
-    QTEST(field->label, "label");
-    QTEST(field->fieldType, "fieldType");
-    QTEST(field->length, "length");
-    QTEST(field->valueLabels, "valueLabels");
-    QTEST(field->minValue, "minValue");
-    QTEST(field->maxValue, "maxValue");
+    compareField<TSPSSDataImport>(file);
 }
 
 void TestExampleStatFiles::stataFields_data()
@@ -666,17 +672,7 @@ void TestExampleStatFiles::stataFields_data()
 void TestExampleStatFiles::stataFields()
 {
     QFETCH(QString, file);
-    TSTATADataImport importer(example(file));
-    QVERIFY(importer.openFile());
-    QCOMPARE(importer.fields->size(), described(example(file)).variables.size());
-    const TGenericField* field = importer.fieldByName(QString::fromLatin1(QTest::currentDataTag()));
-    QVERIFY(field);
-    QTEST(field->label, "label");
-    QTEST(field->fieldType, "fieldType");
-    QTEST(field->length, "length");
-    QTEST(field->valueLabels, "valueLabels");
-    QTEST(field->minValue, "minValue");
-    QTEST(field->maxValue, "maxValue");
+    compareField<TSTATADataImport>(file);
 }
 
 QTEST_GUILESS_MAIN(TestExampleStatFiles)

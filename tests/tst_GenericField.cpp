@@ -1,3 +1,5 @@
+#include "BareField.h"
+
 #include <model_Tessel/DataImport.h>
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/GenericField.h>
@@ -26,25 +28,6 @@ constexpr double unset = 2.2250738585072014e-308;
 constexpr wchar_t filler = 0x15151515;
 
 enum Type { None = 0, Integer = 1, Real = 2, String = 3 };
-
-// A field with nothing but the three answers that the base demands.
-class Bare : public TGenericField {
-public:
-    using TGenericField::TGenericField;
-
-    bool isMissing() override
-    {
-        return false;
-    }
-    bool isNotApplicable() override
-    {
-        return false;
-    }
-    bool isBlank() override
-    {
-        return false;
-    }
-};
 
 // A field whose answers a test sets, and which notes what it is asked.
 class Field : public TGenericField {
@@ -229,7 +212,7 @@ private slots:
 
 void tst_GenericField::defaults()
 {
-    const Bare field(nullptr);
+    const BareField field(nullptr);
     QCOMPARE(field.auxFlag, false);
     QVERIFY(field.name.isEmpty());
     QVERIFY(field.label.isEmpty());
@@ -263,7 +246,7 @@ void tst_GenericField::constructorStoresOwner()
 {
     Importer importer;
     {
-        const Bare field(&importer);
+        const BareField field(&importer);
         QCOMPARE(field.owner, static_cast<TDataImport*>(&importer));
     }
     // A field neither registers with its owner nor takes it along.

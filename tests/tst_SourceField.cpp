@@ -1,3 +1,4 @@
+#include "BareField.h"
 #include "DebugLines.h"
 
 #include <model_Tessel/CSProDataImport.h>
@@ -18,27 +19,15 @@
 
 namespace {
 
-class Field : public TGenericField {
+class Field : public BareField {
 public:
     explicit Field(const QString& fieldName, int type = NoType)
-        : TGenericField(nullptr)
+        : BareField(nullptr)
     {
         name = fieldName;
         fieldType = type;
     }
 
-    bool isMissing() override
-    {
-        return false;
-    }
-    bool isNotApplicable() override
-    {
-        return false;
-    }
-    bool isBlank() override
-    {
-        return false;
-    }
     QString getGroup() override
     {
         return group;

@@ -4,6 +4,7 @@
 
 #include <model_Tessel/GenericField.h>
 
+#include "BareField.h"
 #include "StatFiles.h"
 
 #include <QVector>
@@ -15,27 +16,6 @@
 #include <vector>
 
 namespace {
-
-class Field : public TGenericField {
-public:
-    Field()
-        : TGenericField(nullptr)
-    {
-    }
-
-    bool isMissing() override
-    {
-        return false;
-    }
-    bool isNotApplicable() override
-    {
-        return false;
-    }
-    bool isBlank() override
-    {
-        return false;
-    }
-};
 
 struct Label {
     const char* setName;
@@ -138,7 +118,7 @@ int onVariable(int index, readstat_variable_t* variable, const char* setName, vo
     Q_UNUSED(index)
     auto* importer = static_cast<Importer*>(context);
     return importer->import.guarded([&] {
-        Field field;
+        BareField field(nullptr);
         importer->import.describe(field, *variable, setName);
         importer->shown.push_back({ field.valueLabels, field.minValue, field.maxValue });
         if (onStep)
