@@ -1,12 +1,12 @@
 #include "DiffCommand.h"
 
-#include "Console.h"
+#include "process/Console.h"
 #include "InputOptions.h"
-#include "JsonWriter.h"
-#include "ListingDiff.h"
-#include "Output.h"
-#include "ShownText.h"
-#include "Supervisor.h"
+#include "text/JsonWriter.h"
+#include "listing/ListingDiff.h"
+#include "process/Output.h"
+#include "text/ShownText.h"
+#include "process/Supervisor.h"
 
 #include <QCommandLineParser>
 #include <QHash>
@@ -176,15 +176,15 @@ QByteArray asText(
     for (const Difference& difference : differences) {
         const QString mark =
             difference.breaks ? QStringLiteral("breaks  ") : QStringLiteral("fits    ");
-        text += Console::printable(
-                    mark + subjectOf(difference) + QLatin1String(": ") + eventText(difference))
+        text +=
+            printable(mark + subjectOf(difference) + QLatin1String(": ") + eventText(difference))
             + QLatin1Char('\n');
     }
     if (differences.isEmpty()) {
-        text += Console::printable(
+        text += printable(
             QStringLiteral("No differences between %1 and %2.").arg(before.file, after.file));
     } else {
-        text += Console::printable(
+        text += printable(
             QStringLiteral("%1 from %2 to %3; %4 data that fits %2.")
                 .arg(plural(differences.size(), QStringLiteral("difference")), before.file,
                     after.file,

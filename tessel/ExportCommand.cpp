@@ -1,12 +1,12 @@
 #include "ExportCommand.h"
 
-#include "Console.h"
-#include "ExportWriters.h"
-#include "FieldWriters.h"
+#include "process/Console.h"
+#include "writers/ExportWriters.h"
+#include "writers/FieldWriters.h"
 #include "InputOptions.h"
-#include "LabelledValues.h"
-#include "Output.h"
-#include "Supervisor.h"
+#include "reading/LabelledValues.h"
+#include "process/Output.h"
+#include "process/Supervisor.h"
 
 #include <QCommandLineParser>
 

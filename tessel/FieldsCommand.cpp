@@ -1,10 +1,10 @@
 #include "FieldsCommand.h"
 
-#include "Console.h"
-#include "FieldWriters.h"
+#include "process/Console.h"
+#include "writers/FieldWriters.h"
 #include "InputOptions.h"
-#include "Output.h"
-#include "Supervisor.h"
+#include "process/Output.h"
+#include "process/Supervisor.h"
 
 #include <QCommandLineParser>
 

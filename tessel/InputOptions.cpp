@@ -1,9 +1,6 @@
 #include "InputOptions.h"
 
-#include "Console.h"
-#include "StatListing.h"
-
-#include <model_Tessel/CSProDataImport.h>
+#include "process/Console.h"
 
 #include <QCommandLineParser>
 #include <QTextCodec>
@@ -111,28 +108,4 @@ QString readEncoding(
             .arg(parser.value(option));
     }
     return QString();
-}
-
-FileKind kindOfInput(const QString& path, const InputOptions& options)
-{
-    const FileKind kind = options.kind == FileKind::Unknown ? kindOfContent(path) : options.kind;
-    if (kind != FileKind::CSPro && !options.dictionary.encoding.isEmpty()) {
-        Console::tell(path, 0, Console::Severity::Note,
-            QStringLiteral("--encoding is for CSPro dictionaries and does nothing here"));
-    }
-    return kind;
-}
-
-bool readListing(const QString& path, const InputOptions& options, Listing& listing)
-{
-    if (!checkInput(path))
-        return false;
-    const FileKind kind = kindOfInput(path, options);
-    if (kind != FileKind::CSPro)
-        return listStatFile(path, kind, options.dictionary.asWritten, listing);
-    const auto importer = openDictionary(path, options.dictionary);
-    if (!importer)
-        return false;
-    listing = listFields(path, *importer);
-    return true;
 }

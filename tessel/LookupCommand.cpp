@@ -1,12 +1,12 @@
 #include "LookupCommand.h"
 
-#include "Console.h"
-#include "InputFile.h"
+#include "process/Console.h"
+#include "reading/InputFile.h"
 #include "InputOptions.h"
-#include "LookupReport.h"
-#include "LookupWriters.h"
-#include "Output.h"
-#include "Supervisor.h"
+#include "lookups/LookupReport.h"
+#include "lookups/LookupWriters.h"
+#include "process/Output.h"
+#include "process/Supervisor.h"
 
 #include <model_Tessel/ReportLookup.h>
 

@@ -1,12 +1,12 @@
 #include "TreeCommand.h"
 
-#include "Console.h"
-#include "DictionaryTree.h"
+#include "process/Console.h"
+#include "reading/DictionaryTree.h"
 #include "InputOptions.h"
-#include "LookupFile.h"
-#include "Output.h"
-#include "Supervisor.h"
-#include "TreeWriters.h"
+#include "lookups/LookupFile.h"
+#include "process/Output.h"
+#include "process/Supervisor.h"
+#include "writers/TreeWriters.h"
 
 #include <model_Tessel/Entity.h>
 #include <model_Tessel/Variable.h>

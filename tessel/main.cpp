@@ -1,4 +1,4 @@
-#include "Console.h"
+#include "process/Console.h"
 #include "DiffCommand.h"
 #include "ExportCommand.h"
 #include "FieldsCommand.h"

@@ -1,4 +1,4 @@
-#include "../tessel/DictionaryProblems.h"
+#include "reading/DictionaryProblems.h"
 
 #include <QSet>
 #include <QtTest>

@@ -1,4 +1,4 @@
-#include "../tessel/JsonWriter.h"
+#include "text/JsonWriter.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

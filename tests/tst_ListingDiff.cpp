@@ -1,5 +1,5 @@
 // Compares listings made by hand: each row changes one thing of a small dictionary.
-#include "../tessel/ListingDiff.h"
+#include "listing/ListingDiff.h"
 
 #include <QtTest>
 

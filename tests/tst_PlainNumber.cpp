@@ -1,4 +1,4 @@
-#include "../tessel/PlainNumber.h"
+#include "text/PlainNumber.h"
 
 #include <QtTest>
 

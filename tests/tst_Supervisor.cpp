@@ -1,7 +1,7 @@
 // The supervisor runs in the test's own process; the children that it makes crash or hang on
 // purpose.
-#include "../tessel/Console.h"
-#include "../tessel/Supervisor.h"
+#include "process/Console.h"
+#include "process/Supervisor.h"
 
 #include <QTemporaryFile>
 #include <QtTest>

@@ -1,4 +1,4 @@
-#include "../tessel/TextTable.h"
+#include "text/TextTable.h"
 
 #include <QtTest>
 

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+/*! One value of a value set and its label; codes that share one label stand each for themselves. */
+struct ListedCode {
+    QString code; /*!< of a range: its low bound */
+    QString highCode; /*!< high bound of a range; null: no range */
+    QString label;
+    QString special; /*!< "missing", "not applicable", "refused" or "default"; null: ordinary */
+
+    /*! The code, or "low:high" for a range. */
+    QString text() const
+    {
+        return highCode.isNull() ? code : code + QLatin1Char(':') + highCode;
+    }
+};
+
+struct ListedValueSet {
+    QString name;
+    QString label;
+    QVector<ListedCode> codes;
+};
+
+/*! One field as a person expects it: numbers in digits, codes apart from their labels. */
+struct ListedField {
+    QString name; /*!< of an occurrence: ends in "_" and its number in digits */
+    QString item; /*!< name in the dictionary */
+    int occurrence = 0; /*!< number of the occurrence, from 1; 0: not repeated */
+    QString occurrenceLabel; /*!< null: none */
+    QString label;
+    QString record; /*!< name of the record; null for an identification item, and without records */
+    bool isIdentification = false; /*!< on the lines of every record */
+    QString parent; /*!< item that a subitem describes columns of; null: none, or not read */
+    QString type; /*!< "integer", "real" or "string" */
+    int start = 0; /*!< first column, from 1; 0: the file has no columns */
+    int length = 0; /*!< in columns, or as the format shows the values */
+    int decimals = 0;
+    QString format; /*!< as written, for example "F8.2"; null: none */
+    QString measure; /*!< "nominal", "ordinal" or "scale"; null: not told */
+    bool hasDecimalChar = false; /*!< the decimal point is in the data */
+    bool isSubItem = false;
+    QString missing; /*!< code, or codes and ranges joined by commas; null: none */
+    QVector<ListedCode> missingRanges; /*!< the same one by one, of SPSS files */
+    QString notApplicable; /*!< code; null: none */
+    QString min; /*!< null: none */
+    QString max; /*!< null: none */
+    QString note; /*!< null: none */
+    QVector<ListedValueSet> valueSets; /*!< the first is the one to show when one is shown */
+    bool areValuesListed = false; /*!< no value is in the data but those of the value sets */
+
+    bool isText() const
+    {
+        return type == QLatin1String("string");
+    }
+
+    /*! The missing codes one by one, of every kind of file. */
+    QVector<ListedCode> missingCodes() const
+    {
+        if (!missingRanges.isEmpty() || missing.isNull())
+            return missingRanges;
+        return { { missing, QString(), QString(), QString() } };
+    }
+
+    /*! The not-applicable code, if there is one. */
+    QVector<ListedCode> notApplicableCodes() const
+    {
+        if (notApplicable.isNull())
+            return {};
+        return { { notApplicable, QString(), QString(), QString() } };
+    }
+
+    /*! Number of codes with labels, in the first value set. */
+    int valueLabelCount() const
+    {
+        return valueSets.isEmpty() ? 0 : valueSets.constFirst().codes.size();
+    }
+
+    /*! The label, of an occurrence followed by the occurrence's own. */
+    QString fullLabel() const
+    {
+        return occurrenceLabel.isNull() ? label
+                                        : QStringLiteral("%1 (%2)").arg(label, occurrenceLabel);
+    }
+};
+
+struct ListedRecord {
+    QString name;
+    QString label;
+    QString recordType; /*!< code in the data line */
+    int level = 0; /*!< from 1; 0: not read */
+    int maxRecords = 0;
+    int length = 0; /*!< last column */
+};
+
+/*! What one dictionary holds. */
+struct Listing {
+    QString file;
+    bool isPartial = false; /*!< something of the file could not be read, and was told of */
+    QString kind; /*!< "cspro", "spss" or "stata" */
+    QString name;
+    QString label;
+    QString version; /*!< as written, for example "CSPro 7.7" */
+    QString encoding; /*!< that the file was decoded with */
+    int recordTypeStart = 0; /*!< first column, from 1 */
+    int recordTypeLength = 0; /*!< 0: one record type */
+    QStringList languages; /*!< names */
+    QStringList levels; /*!< names */
+    qint64 rowCount = -1; /*!< cases in the file; -1: not told */
+    QStringList notes;
+    QVector<ListedRecord> records;
+    QVector<ListedField> fields;
+
+    /*! True for a kind of file whose fields stand in records; others are tables of rows. */
+    bool hasRecords() const
+    {
+        return kind == QLatin1String("cspro");
+    }
+};

@@ -1,0 +1,139 @@
+#include "lookups/LookupLabels.h"
+
+#include "reading/InputFile.h"
+#include "reading/ReadListing.h"
+#include "text/PlainNumber.h"
+
+#include <model_Tessel/Lookup.h>
+
+#include <QHash>
+
+#include <algorithm>
+
+namespace {
+
+struct Range {
+    double low;
+    double high;
+    int index; // among the codes
+};
+
+/* The codes of a value set, to be found by keys. */
+class CodeIndex {
+public:
+    CodeIndex(const QVector<ListedCode>& codes, bool isNumeric);
+
+    /*! Index of the code or range that \a key falls to; -1: none. */
+    int find(const QString& key) const;
+
+private:
+    QString comparable(const QString& code) const;
+
+    bool m_isNumeric;
+    QHash<QString, int> m_codes;
+    QVector<Range> m_ranges; // by their low bounds
+};
+
+CodeIndex::CodeIndex(const QVector<ListedCode>& codes, bool isNumeric)
+    : m_isNumeric(isNumeric)
+{
+    for (int i = 0; i < codes.size(); ++i) {
+        const ListedCode& entry = codes.at(i);
+        const QString code = comparable(entry.code);
+        if (!entry.highCode.isNull())
+            m_ranges.append({ code.toDouble(), entry.highCode.trimmed().toDouble(), i });
+        else if (!m_codes.contains(code))
+            m_codes.insert(code, i);
+    }
+    std::stable_sort(m_ranges.begin(), m_ranges.end(),
+        [](const Range& a, const Range& b) { return a.low < b.low; });
+}
+
+int CodeIndex::find(const QString& key) const
+{
+    const QString code = comparable(key);
+    const auto found = m_codes.constFind(code);
+    if (found != m_codes.constEnd())
+        return *found;
+    bool isNumber = false;
+    const double number = code.toDouble(&isNumber);
+    if (!isNumber)
+        return -1;
+    const auto behind = std::upper_bound(m_ranges.cbegin(), m_ranges.cend(), number,
+        [](double value, const Range& range) { return value < range.low; });
+    if (behind == m_ranges.cbegin())
+        return -1;
+    const Range& range = *(behind - 1);
+    return number <= range.high ? range.index : -1;
+}
+
+QString CodeIndex::comparable(const QString& code) const
+{
+    return m_isNumeric ? numberKey(code) : code.trimmed();
+}
+
+QString shownLabel(const ListedCode& entry)
+{
+    return entry.special.isNull() ? entry.label
+                                  : QStringLiteral("%1 [%2]").arg(entry.label, entry.special);
+}
+
+// A repeated item answers to its own name as well as to those of its occurrences.
+const ListedField* findField(const Listing& listing, const QString& name)
+{
+    for (const ListedField& field : listing.fields) {
+        if (field.name.compare(name, Qt::CaseInsensitive) == 0
+            || field.item.compare(name, Qt::CaseInsensitive) == 0)
+            return &field;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+bool readVariable(const QString& path, const QString& name, ListedField& variable)
+{
+    Listing listing;
+    if (!readListing(path, InputOptions(), listing))
+        return false;
+    const ListedField* const field = findField(listing, name);
+    if (!field) {
+        return failInput(path, 0,
+            QStringLiteral("has no variable '%1'; 'tessel fields' lists those it has").arg(name));
+    }
+    if (field->valueLabelCount() == 0) {
+        return failInput(path, 0,
+            QStringLiteral("variable %1 has no value labels to compare with").arg(field->name));
+    }
+    variable = *field;
+    return true;
+}
+
+LabelComparison compareLabels(
+    const std::map<QString, TOxLookupValue*>& values, const ListedField& variable)
+{
+    LabelComparison result;
+    result.variable = variable.name;
+    const QVector<ListedCode>& codes = variable.valueSets.constFirst().codes;
+    const CodeIndex index(codes, !variable.isText());
+    QVector<bool> hasKey(codes.size(), false);
+    for (const auto& [key, value] : values) {
+        if (key.isEmpty())
+            continue;
+        const int found = index.find(key);
+        if (found < 0) {
+            result.keysWithoutLabel.append({ key, value->value, QString() });
+            continue;
+        }
+        hasKey[found] = true;
+        const ListedCode& entry = codes.at(found);
+        if (entry.highCode.isNull() && entry.label.trimmed() != value->value.trimmed())
+            result.differentTexts.append({ key, value->value, entry.label });
+    }
+    for (int i = 0; i < codes.size(); ++i) {
+        if (!hasKey.at(i))
+            result.labelsWithoutKey.append(
+                { codes.at(i).text(), QString(), shownLabel(codes.at(i)) });
+    }
+    return result;
+}

@@ -1,0 +1,203 @@
+#include "lookups/LookupReport.h"
+
+#include "process/Console.h"
+#include "lookups/LookupWriters.h"
+#include "text/ShownText.h"
+
+#include <model_Tessel/ReportLookup.h>
+
+namespace {
+
+// Colours are the system's, so that the page is dark where that is wished; paper has them light.
+constexpr char styleSheet[] = R"(
+:root { color-scheme: light dark; }
+body { font: 1rem/1.5 system-ui, sans-serif; max-width: 60rem; margin: 0 auto; padding: 1rem; }
+h1 { font-size: 1.5rem; } h2 { font-size: 1.2rem; margin-top: 2rem; }
+table { border-collapse: collapse; width: 100%; }
+th, td { text-align: start; vertical-align: top; padding: 0.3rem 0.6rem 0.3rem 0;
+  border-bottom: 1px solid #8886; overflow-wrap: anywhere; unicode-bidi: isolate; }
+td { white-space: pre-wrap; }
+.number { text-align: end; white-space: nowrap; font-variant-numeric: tabular-nums; width: 4rem; }
+.facts th { width: 14rem; font-weight: normal; color: #777; }
+.bar { width: 35%; } .bar svg { display: block; width: 100%; height: 1.2rem; }
+.bar rect { fill: #2f6f9f; }
+.verdict { font-weight: bold; padding: 0.5rem 0.8rem; border-inline-start: 0.4rem solid #2e7d32; }
+.bad { border-color: #c62828; }
+@media (max-width: 32rem) { .facts th, .facts td { display: block; width: auto; }
+  .facts th { border-bottom: 0; padding-bottom: 0; } .bar { width: 25%; } }
+@media print { :root { color-scheme: light; } body { max-width: none; padding: 0; font-size: 10pt; }
+  thead { display: table-header-group; } tr { break-inside: avoid; }
+  .bar rect { print-color-adjust: exact; -webkit-print-color-adjust: exact; } }
+)";
+
+// Text that is safe between tags and in quoted attributes, with control characters made visible.
+QString escaped(const QString& text)
+{
+    QString result = printable(text).toHtmlEscaped();
+    for (QChar& character : result) {
+        if (character.unicode() >= 0xFFFE) // no character in XML
+            character = QChar::ReplacementCharacter;
+    }
+    return result.replace(QLatin1Char('\''), QLatin1String("&#39;"));
+}
+
+QString cell(const QString& text)
+{
+    return QStringLiteral("<td dir=\"auto\">") + escaped(text) + QStringLiteral("</td>");
+}
+
+QString numberCell(int number)
+{
+    return QStringLiteral("<td class=\"number\">%1</td>").arg(number);
+}
+
+// A text of its own: appended piece by piece to a long page it would have the page copied each
+// time.
+QString row(const QString& cells)
+{
+    return QStringLiteral("<tr>") + cells + QStringLiteral("</tr>\n");
+}
+
+QString fact(const QString& caption, const QString& text)
+{
+    return QStringLiteral("<tr><th scope=\"row\">") + escaped(caption) + QStringLiteral("</th>")
+        + cell(text) + QStringLiteral("</tr>\n");
+}
+
+QString fact(const QString& caption, int number)
+{
+    return fact(caption, QString::number(number));
+}
+
+struct Heading {
+    const char* text;
+    bool isNumber;
+};
+
+QString tableStart(const QVector<Heading>& headings)
+{
+    QString text = QStringLiteral("<table>\n<thead><tr>");
+    for (const Heading& heading : headings) {
+        text += QStringLiteral("<th scope=\"col\"%1>%2</th>")
+                    .arg(heading.isNumber ? QStringLiteral(" class=\"number\"") : QString(),
+                        QLatin1String(heading.text));
+    }
+    return text + QStringLiteral("</tr></thead>\n<tbody>\n");
+}
+
+QString tableEnd()
+{
+    return QStringLiteral("</tbody>\n</table>\n");
+}
+
+QString heading(const QString& text)
+{
+    return QStringLiteral("<h2>%1</h2>\n").arg(text);
+}
+
+QString identification(const ReportLookup& report)
+{
+    return QStringLiteral("<table class=\"facts\">\n<tbody>\n")
+        + fact(report.idLabel(), report.idValue()) + fact(report.labelLabel(), report.labelValue())
+        + fact(report.dataFileLabel(), report.dataFileValue()) + tableEnd();
+}
+
+QString summary(const LookupOutcome& outcome)
+{
+    const QString separator = separatorNames().at(outcome.separator)
+        + (outcome.isGuessed ? QStringLiteral(" (guessed)") : QString());
+    QString text = heading(QStringLiteral("Summary"));
+    text += outcome.isConsistent()
+        ? QStringLiteral("<p class=\"verdict\">The lookup is consistent.</p>\n")
+        : QStringLiteral("<p class=\"verdict bad\">The lookup is not consistent.</p>\n");
+    text += QStringLiteral("<table class=\"facts\">\n<tbody>\n")
+        + fact(QStringLiteral("Separator"), separator)
+        + fact(QStringLiteral("Encoding"), outcome.encoding)
+        + fact(QStringLiteral("Lines"), outcome.lines) + fact(QStringLiteral("Keys"), outcome.keys)
+        + fact(QStringLiteral("Duplicate keys"), outcome.duplicateKeys)
+        + fact(QStringLiteral("Keys of another length"), outcome.wrongKeyLengths)
+        + fact(QStringLiteral("Lines without a separator"), outcome.withoutSeparator);
+    return text + tableEnd();
+}
+
+QString messages(const QVector<LookupMessage>& messages)
+{
+    QString text = heading(QStringLiteral("Messages"));
+    if (messages.isEmpty())
+        return text + QStringLiteral("<p>There are none.</p>\n");
+    text += tableStart({ { "Line", true }, { "Message", false } });
+    for (const LookupMessage& message : messages) {
+        text += row(numberCell(message.line) + cell(message.text));
+    }
+    return text + tableEnd();
+}
+
+QString differences(const QString& title, const QVector<LabelDifference>& differences)
+{
+    if (differences.isEmpty())
+        return QString();
+    QString text = QStringLiteral("<h3>%1</h3>\n").arg(title);
+    text += tableStart({ { "Key", false }, { "Text", false }, { "Label", false } });
+    for (const LabelDifference& difference : differences) {
+        text += row(cell(difference.key) + cell(difference.text) + cell(difference.label));
+    }
+    return text + tableEnd();
+}
+
+QString comparison(const LabelComparison& labels)
+{
+    QString text = heading(QStringLiteral("Value labels"));
+    text += QStringLiteral("<p>Compared with variable ") + escaped(labels.variable)
+        + QStringLiteral(" of ") + escaped(labels.file) + QStringLiteral(".</p>\n");
+    if (labels.isEqual())
+        return text + QStringLiteral("<p>All keys and texts agree.</p>\n");
+    return text + differences(QStringLiteral("Keys without a label"), labels.keysWithoutLabel)
+        + differences(QStringLiteral("Labels without a key"), labels.labelsWithoutKey)
+        + differences(QStringLiteral("Texts that differ"), labels.differentTexts);
+}
+
+// The longest bar is the most frequent value's.
+QString bar(int count, int highest)
+{
+    const QString width = QString::number(100.0 * count / highest, 'f', 2);
+    return QStringLiteral("<td class=\"bar\"><svg xmlns=\"http://www.w3.org/2000/svg\" "
+                          "viewBox=\"0 0 100 10\" preserveAspectRatio=\"none\" "
+                          "aria-hidden=\"true\"><rect width=\"%1\" height=\"10\"/></svg></td>")
+        .arg(width);
+}
+
+QString frequencies(const QVector<ValueCount>& counts)
+{
+    QString text = heading(QStringLiteral("Frequencies"))
+        + QStringLiteral("<p>%1; how many keys carry each.</p>\n")
+              .arg(plural(counts.size(), QStringLiteral("different value")))
+        + tableStart({ { "Value", false }, { "Keys", true }, { "", false } });
+    const int highest = counts.isEmpty() ? 1 : counts.constFirst().keys;
+    for (const ValueCount& count : counts) {
+        text += row(cell(count.value) + numberCell(count.keys) + bar(count.keys, highest));
+    }
+    return text + tableEnd();
+}
+
+} // namespace
+
+QByteArray lookupPage(const ReportLookup& report, const LookupOutcome& outcome)
+{
+    const QString title = escaped(report.titleReport());
+    QString page = QStringLiteral(
+        "<!DOCTYPE html>\n"
+        "<html xmlns=\"http://www.w3.org/1999/xhtml\" lang=\"en\">\n<head>\n"
+        "<meta charset=\"utf-8\"/>\n"
+        "<meta http-equiv=\"Content-Security-Policy\" "
+        "content=\"default-src 'none'; style-src 'unsafe-inline'\"/>\n"
+        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n");
+    page += QStringLiteral("<title>") + title + QStringLiteral(": ") + escaped(report.idValue())
+        + QStringLiteral("</title>\n<style>") + QLatin1String(styleSheet)
+        + QStringLiteral("</style>\n</head>\n<body>\n<h1>") + title + QStringLiteral("</h1>\n");
+    page += identification(report) + summary(outcome) + messages(outcome.messages);
+    if (outcome.comparison)
+        page += comparison(*outcome.comparison);
+    if (outcome.frequencies)
+        page += frequencies(*outcome.frequencies);
+    return (page + QStringLiteral("</body>\n</html>\n")).toUtf8();
+}

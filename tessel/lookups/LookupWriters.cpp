@@ -1,0 +1,240 @@
+#include "lookups/LookupWriters.h"
+
+#include "process/Console.h"
+#include "text/CsvText.h"
+#include "text/JsonWriter.h"
+#include "text/ShownText.h"
+#include "text/TextTable.h"
+
+namespace {
+
+// Changes only when a reader of the JSON has to change.
+constexpr int JsonVersion = 1;
+
+using Align = TextTable::Align;
+
+// ---- table
+
+// A text that is empty, or has blanks at its ends, would not be seen as it is.
+QString shown(const QString& text)
+{
+    const bool needsQuotes = text != text.trimmed() || text.isEmpty();
+    return printable(needsQuotes ? QLatin1Char('\'') + text + QLatin1Char('\'') : text);
+}
+
+QString messageTable(const QVector<LookupMessage>& messages, int width)
+{
+    if (messages.isEmpty())
+        return QString();
+    TextTable table(
+        { { QStringLiteral("Line"), Align::Right }, { QStringLiteral("Message"), Align::Left } });
+    table.beginGroup(QStringLiteral("Messages"));
+    for (const LookupMessage& message : messages)
+        table.addRow({ QString::number(message.line), printable(message.text) });
+    return table.toText(width);
+}
+
+QString frequencyTable(const QVector<ValueCount>& frequencies, int width)
+{
+    TextTable table(
+        { { QStringLiteral("Keys"), Align::Right }, { QStringLiteral("Value"), Align::Left } });
+    table.beginGroup(QStringLiteral("Values, and how many keys carry each"));
+    for (const ValueCount& count : frequencies)
+        table.addRow({ QString::number(count.keys), shown(count.value) });
+    return table.toText(width);
+}
+
+void addDifferences(
+    TextTable& table, const QString& title, const QVector<LabelDifference>& differences)
+{
+    if (differences.isEmpty())
+        return;
+    table.beginGroup(title);
+    for (const LabelDifference& difference : differences) {
+        table.addRow(
+            { shown(difference.key), difference.text.isNull() ? QString() : shown(difference.text),
+                difference.label.isNull() ? QString() : shown(difference.label) });
+    }
+}
+
+QString comparisonTable(const LabelComparison& comparison, int width)
+{
+    TextTable table({ { QStringLiteral("Key"), Align::Left },
+        { QStringLiteral("Text"), Align::Left }, { QStringLiteral("Label"), Align::Left } });
+    addDifferences(table, QStringLiteral("Keys without a label"), comparison.keysWithoutLabel);
+    addDifferences(table, QStringLiteral("Labels without a key"), comparison.labelsWithoutKey);
+    addDifferences(table, QStringLiteral("Texts that differ"), comparison.differentTexts);
+    return table.toText(width);
+}
+
+QByteArray asTable(const LookupOutcome& outcome, int width)
+{
+    const QStringList summary = lookupSummary(outcome);
+    QString text;
+    for (const QString& line : summary) {
+        const QStringList parts = wrapped(printable(line), width);
+        text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
+    }
+    text += messageTable(outcome.messages, width);
+    if (outcome.comparison)
+        text += comparisonTable(*outcome.comparison, width);
+    if (outcome.frequencies)
+        text += frequencyTable(*outcome.frequencies, width);
+    return text.toUtf8();
+}
+
+// ---- CSV
+
+QByteArray csvCount(const char* name, int count)
+{
+    return csvLine({ QStringLiteral("summary"), QLatin1String(name), QString(), QString(),
+        QString(), QString(), QString::number(count) });
+}
+
+QByteArray csvDifferences(const char* name, const QVector<LabelDifference>& differences)
+{
+    QByteArray bytes;
+    for (const LabelDifference& difference : differences) {
+        bytes += csvLine({ QStringLiteral("difference"), QLatin1String(name), QString(),
+            difference.key, difference.text, difference.label, QString() });
+    }
+    return bytes;
+}
+
+QByteArray asCsv(const LookupOutcome& outcome)
+{
+    QByteArray bytes = csvLine({ QStringLiteral("part"), QStringLiteral("name"),
+        QStringLiteral("line"), QStringLiteral("key"), QStringLiteral("text"),
+        QStringLiteral("label"), QStringLiteral("count") });
+    bytes += csvCount("lines", outcome.lines) + csvCount("keys", outcome.keys)
+        + csvCount("duplicate-key", outcome.duplicateKeys)
+        + csvCount("wrong-key-length", outcome.wrongKeyLengths)
+        + csvCount("no-separator", outcome.withoutSeparator);
+    for (const LookupMessage& message : outcome.messages) {
+        bytes += csvLine({ QStringLiteral("message"), kindName(message.kind),
+            QString::number(message.line), QString(), message.text, QString(), QString() });
+    }
+    if (outcome.comparison) {
+        bytes += csvDifferences("key-without-label", outcome.comparison->keysWithoutLabel)
+            + csvDifferences("label-without-key", outcome.comparison->labelsWithoutKey)
+            + csvDifferences("text-differs", outcome.comparison->differentTexts);
+    }
+    if (outcome.frequencies) {
+        for (const ValueCount& count : *outcome.frequencies) {
+            bytes += csvLine({ QStringLiteral("frequency"), QString(), QString(), QString(),
+                count.value, QString(), QString::number(count.keys) });
+        }
+    }
+    return bytes;
+}
+
+// ---- JSON
+
+void addDifferences(JsonWriter& json, const char* name, const QVector<LabelDifference>& differences)
+{
+    json.beginList(name);
+    for (const LabelDifference& difference : differences) {
+        json.add({ { QStringLiteral("key"), difference.key },
+            { QStringLiteral("text"), textOrNull(difference.text) },
+            { QStringLiteral("label"), textOrNull(difference.label) } });
+    }
+    json.endList();
+}
+
+void addComparison(JsonWriter& json, const LabelComparison& comparison)
+{
+    json.beginObject({ { QStringLiteral("file"), comparison.file },
+                         { QStringLiteral("variable"), comparison.variable } },
+        "against");
+    addDifferences(json, "keysWithoutLabel", comparison.keysWithoutLabel);
+    addDifferences(json, "labelsWithoutKey", comparison.labelsWithoutKey);
+    addDifferences(json, "differentTexts", comparison.differentTexts);
+    json.endObject();
+}
+
+void addMessages(JsonWriter& json, const QVector<LookupMessage>& messages)
+{
+    json.beginList("messages");
+    for (const LookupMessage& message : messages) {
+        json.add({ { QStringLiteral("line"), message.line },
+            { QStringLiteral("kind"), kindName(message.kind) },
+            { QStringLiteral("text"), message.text } });
+    }
+    json.endList();
+}
+
+void addFrequencies(JsonWriter& json, const QVector<ValueCount>& frequencies)
+{
+    json.beginList("frequencies");
+    for (const ValueCount& count : frequencies) {
+        json.add(
+            { { QStringLiteral("value"), count.value }, { QStringLiteral("keys"), count.keys } });
+    }
+    json.endList();
+}
+
+QByteArray asJson(const LookupOutcome& outcome)
+{
+    JsonWriter json;
+    json.beginObject({ { QStringLiteral("tesselLookup"), JsonVersion },
+        { QStringLiteral("file"), outcome.path }, { QStringLiteral("encoding"), outcome.encoding },
+        { QStringLiteral("separator"), separatorNames().at(outcome.separator) },
+        { QStringLiteral("separatorGuessed"), outcome.isGuessed },
+        { QStringLiteral("consistent"), outcome.isConsistent() },
+        { QStringLiteral("lines"), outcome.lines }, { QStringLiteral("keys"), outcome.keys },
+        { QStringLiteral("duplicateKeys"), outcome.duplicateKeys },
+        { QStringLiteral("wrongKeyLengths"), outcome.wrongKeyLengths },
+        { QStringLiteral("withoutSeparator"), outcome.withoutSeparator } });
+    addMessages(json, outcome.messages);
+    if (outcome.frequencies)
+        addFrequencies(json, *outcome.frequencies);
+    if (outcome.comparison)
+        addComparison(json, *outcome.comparison);
+    json.endObject();
+    return json.text();
+}
+
+} // namespace
+
+QStringList lookupSummary(const LookupOutcome& outcome)
+{
+    QString withoutSeparator = QStringLiteral("%1 without a separator")
+                                   .arg(plural(outcome.withoutSeparator, QStringLiteral("line")));
+    if (outcome.repeatedBySeparator > 0) {
+        withoutSeparator +=
+            QStringLiteral(" (duplicate keys among them: %1)").arg(outcome.repeatedBySeparator);
+    }
+    QStringList lines { QStringLiteral("%1: separator %2, encoding %3")
+                            .arg(outcome.path, separatorNames().at(outcome.separator),
+                                outcome.encoding),
+        QStringLiteral("%1, %2").arg(plural(outcome.lines, QStringLiteral("line")),
+            plural(outcome.keys, QStringLiteral("key"))),
+        QStringLiteral("%1, %2 of another length, %3")
+            .arg(plural(outcome.duplicateKeys, QStringLiteral("duplicate key")),
+                plural(outcome.wrongKeyLengths, QStringLiteral("key")), withoutSeparator) };
+    if (outcome.comparison) {
+        const LabelComparison& labels = *outcome.comparison;
+        lines.append(
+            QStringLiteral("Against %1, variable %2: %3 without a label, %4 without a key, %5")
+                .arg(labels.file, labels.variable,
+                    plural(labels.keysWithoutLabel.size(), QStringLiteral("key")),
+                    plural(labels.labelsWithoutKey.size(), QStringLiteral("label")),
+                    plural(labels.differentTexts.size(), QStringLiteral("different text"))));
+    }
+    lines.append(outcome.isConsistent() ? QStringLiteral("The lookup is consistent.")
+                                        : QStringLiteral("The lookup is not consistent."));
+    return lines;
+}
+
+QByteArray writeLookup(const LookupOutcome& outcome, const ListingFormat& format)
+{
+    switch (format.kind) {
+    case ListingFormat::Kind::Csv:
+        return asCsv(outcome);
+    case ListingFormat::Kind::Json:
+        return asJson(outcome);
+    case ListingFormat::Kind::Table:
+        break;
+    }
+    return asTable(outcome, format.width);
+}

@@ -1,0 +1,153 @@
+#include "reading/CSProListing.h"
+
+#include "listing/CodeRange.h"
+
+#include <model_Tessel/CSPro.h>
+#include <model_Tessel/CSProDataImport.h>
+#include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/DataProvider.h>
+#include <model_Tessel/Record.h>
+#include <model_Tessel/SourceField.h>
+
+#include <memory>
+
+namespace {
+
+QString orNull(const QString& text)
+{
+    return text.isEmpty() ? QString() : text;
+}
+
+QString specialName(const TValueSetItem& entry)
+{
+    if (!entry.special)
+        return QString();
+    switch (entry.type) {
+    case 1:
+        return QStringLiteral("missing");
+    case 2:
+        return QStringLiteral("not applicable");
+    case 3:
+        return QStringLiteral("refused");
+    default:
+        return QStringLiteral("default");
+    }
+}
+
+ListedValueSet listValueSet(const TCSProValueSet& valueSet, const TCSPro& dictionary)
+{
+    ListedValueSet listed;
+    listed.name = valueSet.name;
+    listed.label = dictionary.labelText(valueSet.label);
+    listed.codes.reserve(valueSet.getCount());
+    for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        listed.codes.append({ entry->code, entry->highCode, dictionary.labelText(entry->label),
+            specialName(*entry) });
+    }
+    return listed;
+}
+
+// Occurrences share their value sets, so the codes and the range of one are those of all.
+class ValueSetLister {
+public:
+    explicit ValueSetLister(const TCSPro& dictionary)
+        : m_dictionary(dictionary)
+    {
+    }
+
+    void listFor(const TCSProVariable& variable, ListedField& field)
+    {
+        if (*variable.item->valueSets != m_valueSets)
+            list(*variable.item->valueSets);
+        field.valueSets = m_listed;
+        if (!variable.isString())
+            m_range.applyTo(field);
+    }
+
+private:
+    void list(const QList<TCSProValueSet*>& valueSets)
+    {
+        m_valueSets = valueSets;
+        m_listed.clear();
+        for (const TCSProValueSet* valueSet : valueSets)
+            m_listed.append(listValueSet(*valueSet, m_dictionary));
+        m_range = CodeRange::of(m_listed);
+    }
+
+    const TCSPro& m_dictionary;
+    QList<TCSProValueSet*> m_valueSets;
+    QVector<ListedValueSet> m_listed;
+    CodeRange m_range;
+};
+
+ListedField listField(const TOxSourceField& source, const TCSProVariable& variable,
+    const TCSPro& dictionary, ValueSetLister& valueSets)
+{
+    const TCSProItem& item = *variable.item;
+    ListedField field;
+    field.item = item.dictionaryName;
+    field.occurrence = item.occurrence;
+    field.name = source.fieldName;
+    if (item.occurrence > 0 && !dictionary.readingRules().occurrenceNumbers)
+        field.name = field.item + QLatin1Char('_') + QString::number(item.occurrence);
+    field.label = source.fieldLabel;
+    field.occurrenceLabel = orNull(dictionary.labelText(item.occurrenceLabel));
+    field.isIdentification = item.record == dictionary.commonRecord;
+    if (item.record && !field.isIdentification)
+        field.record = item.record->name;
+    if (item.parent)
+        field.parent = item.parent->name;
+    field.type = source.getFieldType().toLower();
+    field.start = source.start;
+    field.length = source.length;
+    field.decimals = item.decimal; // the source field's are lost under the established rules
+    field.hasDecimalChar = item.hasDecimalChar;
+    field.isSubItem = item.isSubItem != 0;
+    field.missing = orNull(source.missingValue);
+    field.notApplicable = orNull(source.notApplicableValue);
+    field.note = orNull(item.note);
+    field.areValuesListed = true;
+    if (!variable.isString()) {
+        field.min = orNull(source.minValue);
+        field.max = orNull(source.maxValue);
+    }
+    valueSets.listFor(variable, field);
+    return field;
+}
+
+} // namespace
+
+Listing listFields(const QString& file, TCSProDataImport& importer)
+{
+    const TCSPro& dictionary = *importer.dictionary;
+    Listing listing;
+    listing.file = file;
+    listing.kind = QStringLiteral("cspro");
+    listing.name = dictionary.name;
+    listing.label = dictionary.labelText(dictionary.label);
+    listing.encoding = QString::fromLatin1(dictionary.textEncoding());
+    for (const CSProLanguage& language : dictionary.languages())
+        listing.languages.append(language.name);
+    for (const CSProLevel& level : dictionary.levels())
+        listing.levels.append(level.name);
+    if (!dictionary.note().isEmpty())
+        listing.notes.append(dictionary.note());
+    listing.version = dictionary.version;
+    listing.recordTypeStart = dictionary.recordTypeStart;
+    listing.recordTypeLength = dictionary.recordTypeLen;
+    for (const TCSProRecord* record : qAsConst(*dictionary.records)) {
+        listing.records.append({ record->name, dictionary.labelText(record->label),
+            record->recordTypeValue, record->level, record->maxRecords, record->recordLen });
+    }
+    TOxDataProvider provider;
+    provider.genericGetFieldsFrom(&importer);
+    const std::unique_ptr<TOxRecord> tree(provider.recordTree);
+    ValueSetLister valueSets(dictionary);
+    listing.fields.reserve(provider.fields->size());
+    for (int i = 0; i < provider.fields->size(); ++i) {
+        const std::unique_ptr<TOxSourceField> source(provider.fields->at(i));
+        const auto& variable = static_cast<const TCSProVariable&>(*importer.getField(i));
+        listing.fields.append(listField(*source, variable, dictionary, valueSets));
+    }
+    return listing;
+}

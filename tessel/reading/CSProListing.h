@@ -1,0 +1,8 @@
+#pragma once
+
+#include "listing/Listing.h"
+
+class TCSProDataImport;
+
+/*! Lists the fields of \a importer, which was opened from \a file. */
+Listing listFields(const QString& file, TCSProDataImport& importer);

@@ -1,0 +1,191 @@
+#include "reading/StatListing.h"
+
+#include "listing/CodeRange.h"
+
+#include "text/ShownText.h"
+#include "reading/StatFile.h"
+
+#include <model_Tessel/DataImport.h>
+#include <model_Tessel/DataProvider.h>
+#include <model_Tessel/Record.h>
+#include <model_Tessel/SourceField.h>
+#include <model_Tessel/StatDictionary.h>
+
+#include <QHash>
+
+#include <memory>
+
+namespace {
+
+// ---- as written
+
+QString measureName(readstat_measure_t measure)
+{
+    switch (measure) {
+    case READSTAT_MEASURE_NOMINAL:
+        return QStringLiteral("nominal");
+    case READSTAT_MEASURE_ORDINAL:
+        return QStringLiteral("ordinal");
+    case READSTAT_MEASURE_SCALE:
+        return QStringLiteral("scale");
+    default:
+        return QString();
+    }
+}
+
+ListedValueSet listLabels(const TStatLabelSet& labels, const TStatVariableDescription& variable)
+{
+    ListedValueSet listed;
+    listed.name = labels.name;
+    listed.codes.reserve(labels.labels.size());
+    for (const TStatLabelledValue& entry : labels.labels) {
+        listed.codes.append({ entry.value.text, QString(), entry.label,
+            variable.isMissing(entry.value) ? QStringLiteral("missing") : QString() });
+    }
+    return listed;
+}
+
+void takeMissing(ListedField& field, const QVector<TStatMissingRange>& ranges)
+{
+    QStringList texts;
+    for (const TStatMissingRange& range : ranges) {
+        const bool isRange = range.low.text != range.high.text;
+        field.missingRanges.append(
+            { range.low.text, isRange ? range.high.text : QString(), QString(), QString() });
+        texts.append(
+            isRange ? range.low.text + QLatin1String("..") + range.high.text : range.low.text);
+    }
+    field.missing = joinedCodes(texts);
+}
+
+// Variables of one label set and the same missing values share its codes, and what follows of them.
+class LabelSetLister {
+public:
+    explicit LabelSetLister(const TStatFileDescription& file)
+        : m_file(file)
+    {
+    }
+
+    void listFor(const TStatVariableDescription& variable, ListedField& field)
+    {
+        if (variable.labelSet < 0)
+            return;
+        const QString key = QStringLiteral("%1 %2 %3")
+                                .arg(QString::number(variable.labelSet), field.type, field.missing);
+        const auto known = m_known.constFind(key);
+        if (known != m_known.constEnd()) {
+            field.valueSets = known->valueSets;
+            field.min = known->min;
+            field.max = known->max;
+            return;
+        }
+        field.valueSets.append(listLabels(m_file.labelSets.at(variable.labelSet), variable));
+        if (!variable.isString())
+            CodeRange::of(field.valueSets).applyTo(field);
+        m_known.insert(key, { field.valueSets, field.min, field.max });
+    }
+
+private:
+    struct Listed {
+        QVector<ListedValueSet> valueSets;
+        QString min;
+        QString max;
+    };
+
+    const TStatFileDescription& m_file;
+    QHash<QString, Listed> m_known;
+};
+
+ListedField listVariable(
+    const TStatVariableDescription& variable, TStatFileKind kind, LabelSetLister& labelSets)
+{
+    ListedField field;
+    field.name = variable.name;
+    field.item = variable.name;
+    field.label = variable.label;
+    field.type = variable.typeName(kind).toLower();
+    field.length = variable.width(kind);
+    field.decimals = variable.decimals();
+    field.format = variable.format;
+    field.measure = measureName(variable.measure);
+    takeMissing(field, variable.missingRanges);
+    labelSets.listFor(variable, field);
+    return field;
+}
+
+void listWritten(const TStatFileDescription& file, Listing& listing)
+{
+    LabelSetLister labelSets(file);
+    listing.fields.reserve(file.variables.size());
+    for (const TStatVariableDescription& variable : file.variables)
+        listing.fields.append(listVariable(variable, file.kind, labelSets));
+}
+
+// ---- as the importers give it
+
+// "1 Male\t2 Female\t": each entry's code ends at its first blank.
+ListedValueSet cutLabels(const QString& valueLabels)
+{
+    ListedValueSet listed;
+    const QStringList entries = valueLabels.split(QLatin1Char('\t'), Qt::SkipEmptyParts);
+    for (const QString& entry : entries) {
+        const int blank = entry.indexOf(QLatin1Char(' '));
+        listed.codes.append({ entry.left(blank), QString(), entry.mid(blank + 1), QString() });
+    }
+    return listed;
+}
+
+void listEstablished(TDataImport& importer, Listing& listing)
+{
+    QHash<const QChar*, QVector<ListedValueSet>> known; // by the text that variables share
+    TOxDataProvider provider;
+    provider.genericGetFieldsFrom(&importer);
+    const std::unique_ptr<TOxRecord> tree(provider.recordTree);
+    for (const TOxSourceField* sourceField : qAsConst(*provider.fields)) {
+        const std::unique_ptr<const TOxSourceField> source(sourceField);
+        ListedField field;
+        field.name = source->fieldName;
+        field.item = source->fieldName;
+        field.label = source->fieldLabel;
+        field.type = source->getFieldType().toLower();
+        field.length = source->length;
+        field.min = source->minValue;
+        field.max = source->maxValue;
+        if (!source->valueLabels.isEmpty()) {
+            QVector<ListedValueSet>& valueSets = known[source->valueLabels.constData()];
+            if (valueSets.isEmpty())
+                valueSets.append(cutLabels(source->valueLabels));
+            field.valueSets = valueSets;
+        }
+        listing.fields.append(field);
+    }
+}
+
+QString versionText(const TStatFileDescription& file)
+{
+    const QString name = file.kind == TStatFileKind::Spss
+        ? QStringLiteral("SPSS system file, format %1")
+        : QStringLiteral("Stata data file, format %1");
+    return name.arg(file.formatVersion);
+}
+
+} // namespace
+
+bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& listing)
+{
+    TStatFileDescription file;
+    if (!describeStatFile(path, kind, file, listing.isPartial))
+        return false;
+    listing.file = path;
+    listing.kind = kindName(kind);
+    listing.label = file.fileLabel;
+    listing.version = versionText(file);
+    listing.encoding = file.encoding;
+    listing.rowCount = file.rowCount;
+    listing.notes = file.notes;
+    if (asWritten)
+        listWritten(file, listing);
+    else
+        listEstablished(*importStatFile(file, listing.isPartial), listing);
+    return true;
+}

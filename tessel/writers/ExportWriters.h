@@ -1,0 +1,20 @@
+#pragma once
+
+#include "listing/Listing.h"
+
+#include <QByteArray>
+#include <QStringList>
+
+enum class SqlDialect { Sqlite, PostgreSql };
+
+/*! The listing as an XML document of DDI-Codebook 2.5. */
+QByteArray writeDdi(const Listing& listing);
+
+/*!
+ * The listing as SQL statements that make its tables.
+ * \param notes takes a sentence for each name that is not written as it is in the dictionary
+ */
+QByteArray writeSql(const Listing& listing, SqlDialect dialect, QStringList& notes);
+
+/*! The listing as one web page that needs no other file. */
+QByteArray writeHtml(const Listing& listing);

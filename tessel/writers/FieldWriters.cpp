@@ -1,0 +1,350 @@
+#include "writers/FieldWriters.h"
+
+#include "text/CsvText.h"
+#include "text/JsonWriter.h"
+#include "text/ShownText.h"
+#include "text/TextTable.h"
+
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QStringList>
+
+#include <algorithm>
+
+namespace {
+
+// Changes only when a reader of the JSON has to change.
+constexpr int JsonVersion = 1;
+
+// ---- table
+
+QString rangeText(const ListedField& field)
+{
+    return field.min.isNull() && field.max.isNull() ? QString()
+                                                    : field.min + QLatin1String("..") + field.max;
+}
+
+QString shownRange(const ListedCode& entry)
+{
+    return entry.highCode.isNull() ? shownCode(entry.code) : entry.text();
+}
+
+void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString& indent)
+{
+    int width = 0;
+    for (const ListedCode& entry : codes)
+        width = qMax(width, displayWidth(shownRange(entry)));
+    for (const ListedCode& entry : codes) {
+        const QString code = shownRange(entry);
+        QString text = indent + code;
+        text += QString(width - displayWidth(code) + 2, QLatin1Char(' ')) + entry.label;
+        if (!entry.special.isNull())
+            text += QStringLiteral(" [%1]").arg(entry.special);
+        table.addDetail(printable(text));
+    }
+}
+
+// A single set needs no name; several are alternatives, each under its own.
+void addValueSets(TextTable& table, const QVector<ListedValueSet>& valueSets)
+{
+    if (valueSets.size() == 1) {
+        addCodes(table, valueSets.constFirst().codes, QString());
+        return;
+    }
+    for (const ListedValueSet& valueSet : valueSets) {
+        table.addDetail(printable(valueSet.name + QLatin1String(": ") + valueSet.label));
+        addCodes(table, valueSet.codes, QStringLiteral("  "));
+    }
+}
+
+int labelledFields(const Listing& listing)
+{
+    return int(std::count_if(listing.fields.cbegin(), listing.fields.cend(),
+        [](const ListedField& field) { return field.valueLabelCount() > 0; }));
+}
+
+QString summary(const Listing& listing)
+{
+    const QString labelled = QStringLiteral("%1 with value labels").arg(labelledFields(listing));
+    if (!listing.hasRecords()) {
+        const QString rows = listing.rowCount < 0 ? QStringLiteral("number of rows not told")
+                                                  : plural(listing.rowCount, QStringLiteral("row"));
+        return QStringLiteral("%1, %2; %3")
+            .arg(plural(listing.fields.size(), QStringLiteral("variable")), labelled, rows);
+    }
+    const QString recordType = listing.recordTypeLength > 0
+        ? QStringLiteral("record type at column %1, length %2")
+              .arg(listing.recordTypeStart)
+              .arg(listing.recordTypeLength)
+        : QStringLiteral("no record types");
+    return QStringLiteral("%1, %2, %3; %4")
+        .arg(plural(listing.records.size(), QStringLiteral("record")),
+            plural(listing.fields.size(), QStringLiteral("field")), labelled, recordType);
+}
+
+// Consecutive fields of one record stand under its name.
+QString groupTitle(const ListedField& field, const QHash<QString, const ListedRecord*>& records)
+{
+    if (field.isIdentification)
+        return QStringLiteral("Identification items");
+    if (field.record.isNull())
+        return QStringLiteral("Variables");
+    QString title = field.record;
+    if (const ListedRecord* record = records.value(field.record)) {
+        title += QLatin1String("  ") + record->label;
+        if (!record->recordType.isEmpty())
+            title += QStringLiteral(" (record type %1)").arg(record->recordType);
+    }
+    return printable(title);
+}
+
+QStringList tableCells(const ListedField& field)
+{
+    QStringList cells { field.name, field.type, field.format, shownNumber(field.start),
+        shownNumber(field.length), shownNumber(field.decimals), rangeText(field),
+        shownCodes(field.missing), shownCodes(field.notApplicable),
+        shownNumber(field.valueLabelCount()), field.fullLabel() };
+    for (QString& cell : cells)
+        cell = printable(cell);
+    return cells;
+}
+
+QString tableOf(const Listing& listing, const ListingFormat& format)
+{
+    using Align = TextTable::Align;
+    TextTable table({ { QStringLiteral("Name"), Align::Left },
+        { QStringLiteral("Type"), Align::Left }, { QStringLiteral("Format"), Align::Left },
+        { QStringLiteral("Start"), Align::Right }, { QStringLiteral("Len"), Align::Right },
+        { QStringLiteral("Dec"), Align::Right }, { QStringLiteral("Range"), Align::Left },
+        { QStringLiteral("Missing"), Align::Left }, { QStringLiteral("N/A"), Align::Left },
+        { QStringLiteral("Labels"), Align::Right }, { QStringLiteral("Label"), Align::Left } });
+
+    QHash<QString, const ListedRecord*> records;
+    for (const ListedRecord& record : listing.records)
+        records.insert(record.name, &record);
+    const ListedField* previous = nullptr;
+    for (const ListedField& field : listing.fields) {
+        if (!previous || previous->record != field.record
+            || previous->isIdentification != field.isIdentification)
+            table.beginGroup(groupTitle(field, records));
+        previous = &field;
+        table.addRow(tableCells(field));
+        if (format.withValues)
+            addValueSets(table, field.valueSets);
+    }
+
+    QStringList heading { listing.name, listing.version };
+    heading.removeAll(QString());
+    QStringList top { listing.file + QLatin1String(": ") + heading.join(QLatin1String(", ")) };
+    if (!listing.label.isEmpty())
+        top.append(listing.label);
+    top.append(summary(listing));
+    QString text;
+    for (const QString& line : qAsConst(top)) {
+        const QStringList parts = wrapped(printable(line), format.width);
+        text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
+    }
+    return text + table.toText(format.width);
+}
+
+QByteArray asTables(const QVector<Listing>& listings, const ListingFormat& format)
+{
+    QStringList tables;
+    for (const Listing& listing : listings)
+        tables.append(tableOf(listing, format));
+    return tables.join(QLatin1Char('\n')).toUtf8();
+}
+
+// ---- CSV
+
+QStringList valueHeadings()
+{
+    return { QStringLiteral("value_set"), QStringLiteral("code"), QStringLiteral("code_to"),
+        QStringLiteral("value_label"), QStringLiteral("special") };
+}
+
+// A line for each code, the field's cells first; one line for a field without codes.
+QByteArray csvValueLines(const QStringList& cells, const ListedField& field)
+{
+    QByteArray bytes;
+    for (const ListedValueSet& valueSet : field.valueSets) {
+        for (const ListedCode& entry : valueSet.codes) {
+            bytes += csvLine(cells
+                + QStringList {
+                    valueSet.name, entry.code, entry.highCode, entry.label, entry.special });
+        }
+    }
+    if (!bytes.isEmpty())
+        return bytes;
+    QStringList padded = cells;
+    for (int i = valueHeadings().size(); i > 0; --i)
+        padded.append(QString());
+    return csvLine(padded);
+}
+
+QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
+{
+    QStringList headings { QStringLiteral("file"), QStringLiteral("record"), QStringLiteral("name"),
+        QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("start"),
+        QStringLiteral("length"), QStringLiteral("decimals"), QStringLiteral("missing"),
+        QStringLiteral("not_applicable"), QStringLiteral("min"), QStringLiteral("max"),
+        QStringLiteral("value_labels"), QStringLiteral("format"), QStringLiteral("measure") };
+    if (format.withValues)
+        headings += valueHeadings();
+    QByteArray bytes = csvLine(headings);
+    for (const Listing& listing : listings) {
+        for (const ListedField& field : listing.fields) {
+            const QStringList cells { listing.file, field.record, field.name, field.fullLabel(),
+                field.type, shownNumber(field.start), shownNumber(field.length),
+                QString::number(field.decimals), field.missing, field.notApplicable, field.min,
+                field.max, QString::number(field.valueLabelCount()), field.format, field.measure };
+            bytes += format.withValues ? csvValueLines(cells, field) : csvLine(cells);
+        }
+    }
+    return bytes;
+}
+
+// ---- JSON
+
+QJsonValue numberOrNull(int number)
+{
+    return number > 0 ? QJsonValue(number) : QJsonValue();
+}
+
+QJsonObject jsonOf(const ListedRecord& record)
+{
+    return { { QStringLiteral("name"), record.name }, { QStringLiteral("label"), record.label },
+        { QStringLiteral("recordType"), record.recordType },
+        { QStringLiteral("level"), numberOrNull(record.level) },
+        { QStringLiteral("maximum"), record.maxRecords },
+        { QStringLiteral("length"), record.length } };
+}
+
+QJsonArray jsonOf(const QVector<ListedCode>& ranges)
+{
+    QJsonArray array;
+    for (const ListedCode& range : ranges) {
+        array.append(QJsonObject { { QStringLiteral("code"), range.code },
+            { QStringLiteral("to"), textOrNull(range.highCode) } });
+    }
+    return array;
+}
+
+QJsonObject jsonOf(const ListedField& field)
+{
+    return { { QStringLiteral("name"), field.name }, { QStringLiteral("item"), field.item },
+        { QStringLiteral("occurrence"), numberOrNull(field.occurrence) },
+        { QStringLiteral("occurrenceLabel"), textOrNull(field.occurrenceLabel) },
+        { QStringLiteral("label"), field.label },
+        { QStringLiteral("record"), textOrNull(field.record) },
+        { QStringLiteral("identification"), field.isIdentification },
+        { QStringLiteral("type"), field.type },
+        { QStringLiteral("start"), numberOrNull(field.start) },
+        { QStringLiteral("format"), textOrNull(field.format) },
+        { QStringLiteral("measure"), textOrNull(field.measure) },
+        { QStringLiteral("length"), field.length }, { QStringLiteral("decimals"), field.decimals },
+        { QStringLiteral("decimalChar"), field.hasDecimalChar },
+        { QStringLiteral("subitem"), field.isSubItem },
+        { QStringLiteral("parent"), textOrNull(field.parent) },
+        { QStringLiteral("missing"), textOrNull(field.missing) },
+        { QStringLiteral("missingRanges"), jsonOf(field.missingRanges) },
+        { QStringLiteral("notApplicable"), textOrNull(field.notApplicable) },
+        { QStringLiteral("min"), textOrNull(field.min) },
+        { QStringLiteral("max"), textOrNull(field.max) },
+        { QStringLiteral("note"), textOrNull(field.note) },
+        { QStringLiteral("valueSetCount"), field.valueSets.size() },
+        { QStringLiteral("valueLabelCount"), field.valueLabelCount() } };
+}
+
+QJsonObject jsonOf(const Listing& listing)
+{
+    return { { QStringLiteral("file"), listing.file }, { QStringLiteral("kind"), listing.kind },
+        { QStringLiteral("name"), listing.name }, { QStringLiteral("label"), listing.label },
+        { QStringLiteral("version"), listing.version },
+        { QStringLiteral("encoding"), listing.encoding },
+        { QStringLiteral("recordTypeStart"), listing.recordTypeStart },
+        { QStringLiteral("recordTypeLength"), listing.recordTypeLength },
+        { QStringLiteral("languages"), QJsonArray::fromStringList(listing.languages) },
+        { QStringLiteral("levels"), QJsonArray::fromStringList(listing.levels) },
+        { QStringLiteral("rows"),
+            listing.rowCount < 0 ? QJsonValue() : QJsonValue(listing.rowCount) },
+        { QStringLiteral("notes"), QJsonArray::fromStringList(listing.notes) } };
+}
+
+void addValueSets(JsonWriter& json, const QVector<ListedValueSet>& valueSets)
+{
+    json.beginList("valueSets");
+    for (const ListedValueSet& valueSet : valueSets) {
+        json.beginObject({ { QStringLiteral("name"), valueSet.name },
+            { QStringLiteral("label"), valueSet.label } });
+        json.beginList("values");
+        for (const ListedCode& entry : valueSet.codes) {
+            json.add({ { QStringLiteral("code"), entry.code },
+                { QStringLiteral("to"), textOrNull(entry.highCode) },
+                { QStringLiteral("label"), entry.label },
+                { QStringLiteral("special"), textOrNull(entry.special) } });
+        }
+        json.endList();
+        json.endObject();
+    }
+    json.endList();
+}
+
+void addJson(JsonWriter& json, const Listing& listing, bool withValues)
+{
+    json.beginObject(jsonOf(listing));
+    json.beginList("records");
+    for (const ListedRecord& record : listing.records)
+        json.add(jsonOf(record));
+    json.endList();
+    json.beginList("fields");
+    for (const ListedField& field : listing.fields) {
+        json.beginObject(jsonOf(field));
+        if (withValues)
+            addValueSets(json, field.valueSets);
+        json.endObject();
+    }
+    json.endList();
+    json.endObject();
+}
+
+QByteArray asJson(const QVector<Listing>& listings, const ListingFormat& format)
+{
+    JsonWriter json;
+    json.beginObject({ { QStringLiteral("tesselFields"), JsonVersion } });
+    json.beginList("files");
+    for (const Listing& listing : listings)
+        addJson(json, listing, format.withValues);
+    json.endList();
+    json.endObject();
+    return json.text();
+}
+
+} // namespace
+
+bool readFormat(const QString& text, ListingFormat::Kind& kind)
+{
+    if (text == QLatin1String("table"))
+        kind = ListingFormat::Kind::Table;
+    else if (text == QLatin1String("csv"))
+        kind = ListingFormat::Kind::Csv;
+    else if (text == QLatin1String("json"))
+        kind = ListingFormat::Kind::Json;
+    else
+        return false;
+    return true;
+}
+
+QByteArray writeListings(const QVector<Listing>& listings, const ListingFormat& format)
+{
+    switch (format.kind) {
+    case ListingFormat::Kind::Csv:
+        return asCsv(listings, format);
+    case ListingFormat::Kind::Json:
+        return asJson(listings, format);
+    case ListingFormat::Kind::Table:
+        break;
+    }
+    return asTables(listings, format);
+}

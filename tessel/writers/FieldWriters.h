@@ -1,0 +1,19 @@
+#pragma once
+
+#include "listing/Listing.h"
+
+#include <QByteArray>
+#include <QVector>
+
+/*! How a listing is written; UTF-8 all. */
+struct ListingFormat {
+    enum class Kind { Table, Csv, Json };
+    Kind kind = Kind::Table;
+    bool withValues = false; /*!< the value labels too */
+    int width = 80; /*!< columns of a table */
+};
+
+/*! False when \a text is none of table, csv and json. */
+bool readFormat(const QString& text, ListingFormat::Kind& kind);
+
+QByteArray writeListings(const QVector<Listing>& listings, const ListingFormat& format);

@@ -1,0 +1,254 @@
+#include "writers/SqlValueTables.h"
+
+#include "text/PlainNumber.h"
+
+#include <QLocale>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int LongestInteger = 18; // digits that always fit 64 bits
+constexpr int LongestCode = 600; // characters that fit PostgreSQL's indexes whatever they are
+constexpr int RowsPerStatement = 200;
+
+bool hasRanges(const QVector<ListedCode>& codes)
+{
+    return std::any_of(codes.cbegin(), codes.cend(),
+        [](const ListedCode& entry) { return !entry.highCode.isNull(); });
+}
+
+bool isSpecial(const ListedCode& entry)
+{
+    return !entry.special.isNull();
+}
+
+bool isBlank(const QString& code)
+{
+    return code.trimmed().isEmpty();
+}
+
+QString null()
+{
+    return QStringLiteral("NULL");
+}
+
+// Null for texts that are no number: blanks, and the missing codes of Stata.
+QString numberLiteral(const QString& code, SqlType type)
+{
+    bool isNumber = false;
+    const QString trimmed = code.trimmed();
+    if (type == SqlType::Integer) {
+        const qlonglong number = trimmed.toLongLong(&isNumber);
+        return isNumber ? QString::number(number) : QString();
+    }
+    QString plain = plainNumber(trimmed); // may have more digits than fit a double
+    if (!plain.isNull())
+        return plain;
+    const double number = trimmed.toDouble(&isNumber);
+    return isNumber && std::isfinite(number)
+        ? plainNumber(QString::number(number, 'f', QLocale::FloatingPointShortest))
+        : QString();
+}
+
+// Dictionaries pad codes to the width of the columns, databases do not; null for blanks, and for
+// texts that an index does not take.
+QString textLiteral(const QString& code)
+{
+    int length = code.size();
+    while (length > 0 && code.at(length - 1) == QLatin1Char(' '))
+        --length;
+    return length > 0 && length <= LongestCode ? sqlText(code.left(length)) : QString();
+}
+
+} // namespace
+
+SqlType sqlTypeOf(const ListedField& field, SqlDialect dialect)
+{
+    if (field.isText())
+        return SqlType::Text;
+    // The library takes long whole numbers for real; columns without decimals are whole.
+    const bool isWhole =
+        field.type == QLatin1String("integer") || (field.start > 0 && field.decimals == 0);
+    if (!isWhole)
+        return SqlType::Real;
+    if (field.length <= LongestInteger)
+        return SqlType::Integer;
+    return dialect == SqlDialect::PostgreSql ? SqlType::Real : SqlType::Text;
+}
+
+QString sqlTypeName(SqlType type, SqlDialect dialect)
+{
+    const bool isSqlite = dialect == SqlDialect::Sqlite;
+    switch (type) {
+    case SqlType::Integer:
+        return isSqlite ? QStringLiteral("INTEGER") : QStringLiteral("BIGINT");
+    case SqlType::Real:
+        return isSqlite ? QStringLiteral("REAL") : QStringLiteral("NUMERIC");
+    case SqlType::Text:
+        break;
+    }
+    return QStringLiteral("TEXT");
+}
+
+QString SqlValueTables::keyOf(const ListedField& field, const ListedValueSet& valueSet) const
+{
+    QString key = QString::number(int(sqlTypeOf(field, m_dialect)));
+    for (const ListedCode& entry : valueSet.codes) {
+        for (const QString& part : { entry.code, entry.highCode, entry.label, entry.special })
+            key += QString::number(part.isNull() ? -1 : part.size()) + QLatin1Char(':') + part;
+    }
+    return key;
+}
+
+SqlValueTables::CodesId SqlValueTables::idOf(
+    const ListedField& field, const ListedValueSet& valueSet) const
+{
+    return { valueSet.codes.constData(), int(sqlTypeOf(field, m_dialect)) };
+}
+
+void SqlValueTables::add(const ListedField& field)
+{
+    for (const ListedValueSet& valueSet : field.valueSets) {
+        if (valueSet.codes.isEmpty())
+            continue;
+        const CodesId id = idOf(field, valueSet);
+        if (!m_known.contains(id)) {
+            const QString key = keyOf(field, valueSet);
+            if (!m_indexes.contains(key))
+                m_indexes.insert(key, addTable(field, valueSet));
+            m_known.insert(id, m_indexes.value(key));
+        }
+        Table& table = m_tables[m_known.value(id)];
+        if (table.knownFields.contains(field.item))
+            continue;
+        table.knownFields.insert(field.item);
+        table.fields.append(field.item);
+    }
+}
+
+int SqlValueTables::addTable(const ListedField& field, const ListedValueSet& valueSet)
+{
+    const QString wanted =
+        valueSet.name.isEmpty() ? field.item + QLatin1String("_labels") : valueSet.name;
+    Table table;
+    table.name = m_tableNames.take(
+        wanted, QStringLiteral("the table of value set %1 of %2").arg(wanted, field.name));
+    table.label = valueSet.label;
+    table.type = sqlTypeOf(field, m_dialect);
+    table.hasRanges = hasRanges(valueSet.codes);
+    table.codes = valueSet.codes;
+    table.isClosed =
+        !table.hasRanges && !std::all_of(valueSet.codes.cbegin(), valueSet.codes.cend(), isSpecial);
+    for (const ListedCode& entry : valueSet.codes) {
+        const QString code = literal(entry.code, table.type);
+        table.literals.insert(code);
+        const bool isHeld = code != null() || isBlank(entry.code) || isSpecial(entry);
+        table.isClosed = table.isClosed && isHeld;
+    }
+    m_tables.append(table);
+    return m_tables.size() - 1;
+}
+
+QStringList SqlValueTables::tablesOf(const ListedField& field) const
+{
+    QStringList names;
+    for (const ListedValueSet& valueSet : field.valueSets) {
+        const auto index = m_known.constFind(idOf(field, valueSet));
+        if (index != m_known.cend() && !names.contains(m_tables.at(*index).name))
+            names.append(m_tables.at(*index).name);
+    }
+    return names;
+}
+
+// A missing value without a label may be in the data, but is in no table; blanks are null in both.
+bool SqlValueTables::lacksMissing(const ListedField& field, const Table& table) const
+{
+    return std::any_of(
+        field.missingRanges.cbegin(), field.missingRanges.cend(), [&](const ListedCode& entry) {
+            return !entry.highCode.isNull()
+                || (!isBlank(entry.code)
+                    && !table.literals.contains(literal(entry.code, table.type)));
+        });
+}
+
+QString SqlValueTables::referenceOf(const ListedField& field) const
+{
+    if (!field.areValuesListed || field.measure == QLatin1String("scale")
+        || tablesOf(field).size() != 1)
+        return QString();
+    const auto first = std::find_if(field.valueSets.cbegin(), field.valueSets.cend(),
+        [](const ListedValueSet& valueSet) { return !valueSet.codes.isEmpty(); });
+    const Table& table = m_tables.at(m_known.value(idOf(field, *first)));
+    return table.isClosed && !lacksMissing(field, table) ? table.name : QString();
+}
+
+QString SqlValueTables::literal(const QString& code, SqlType type) const
+{
+    const QString known = type == SqlType::Text ? textLiteral(code) : numberLiteral(code, type);
+    return known.isNull() ? null() : known;
+}
+
+// The same text for what the database takes for the same code: SQLite rounds, PostgreSQL does not.
+QString SqlValueTables::uniqueKey(const QString& literal, SqlType type) const
+{
+    if (type != SqlType::Real || m_dialect == SqlDialect::PostgreSql || literal == null())
+        return literal;
+    return QString::number(literal.toDouble(), 'g', QLocale::FloatingPointShortest);
+}
+
+QString SqlValueTables::definition(const Table& table) const
+{
+    const QString type = sqlTypeName(table.type, m_dialect);
+    const QString codes = table.hasRanges
+        ? QStringLiteral("  code_from %1,\n  code_to %1,\n").arg(type)
+        : QStringLiteral("  code %1 UNIQUE,\n").arg(type);
+    return QStringLiteral("CREATE TABLE %1 (\n%2  written TEXT NOT NULL,\n  label TEXT NOT NULL,\n"
+                          "  special TEXT\n);\n")
+        .arg(sqlIdentifier(table.name), codes);
+}
+
+// A code that is listed twice has the first label; the other row keeps what was written.
+QStringList SqlValueTables::rows(const Table& table) const
+{
+    QStringList rows;
+    QSet<QString> seen;
+    for (const ListedCode& entry : table.codes) {
+        QString code = literal(entry.code, table.type);
+        if (table.hasRanges) {
+            const QString& high = entry.highCode.isNull() ? entry.code : entry.highCode;
+            code += QLatin1String(", ") + literal(high, table.type);
+        } else {
+            const QString key = uniqueKey(code, table.type);
+            if (seen.contains(key))
+                code = null();
+            seen.insert(key);
+        }
+        const QStringList cells { code, sqlText(entry.text()), sqlText(entry.label),
+            entry.special.isNull() ? null() : sqlText(entry.special) };
+        rows.append(QLatin1String("  (") + cells.join(QLatin1String(", ")) + QLatin1Char(')'));
+    }
+    return rows;
+}
+
+QString SqlValueTables::statements() const
+{
+    QString text;
+    for (const Table& table : m_tables) {
+        const QString fields = table.fields.join(QLatin1String(", "));
+        const QString about = (table.label.isEmpty() ? QStringLiteral("Values") : table.label)
+            + QLatin1String(" (") + fields + QLatin1Char(')');
+        const QString name = sqlIdentifier(table.name);
+        text += QLatin1Char('\n') + sqlComment(about) + QLatin1Char('\n') + definition(table);
+        if (m_dialect == SqlDialect::PostgreSql)
+            text += QLatin1String("COMMENT ON TABLE ") + name + QLatin1String(" IS ")
+                + sqlText(about) + QLatin1String(";\n");
+        const QStringList lines = rows(table);
+        for (int i = 0; i < lines.size(); i += RowsPerStatement) {
+            text += QLatin1String("INSERT INTO ") + name + QLatin1String(" VALUES\n")
+                + lines.mid(i, RowsPerStatement).join(QLatin1String(",\n")) + QLatin1String(";\n");
+        }
+    }
+    return text;
+}

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# check_layers.sh FOLDER: fails when a folder of the command includes what does not stand below it.
+set -euo pipefail
+cd "$1"
+
+# folder: the folders whose headers it may include, its own among them
+allowed=(
+    "text: text"
+    "listing: listing text"
+    "writers: writers listing text"
+    "process: process text"
+    "reading: reading listing process text"
+    "lookups: lookups reading listing process writers text"
+)
+
+failed=0
+for row in "${allowed[@]}"; do
+    folder=${row%%:*}
+    pattern=$(tr ' ' '|' <<<"${row#*: }")
+    if hits=$(grep -nE '^#include "' "$folder"/*.h "$folder"/*.cpp | grep -vE "#include \"($pattern)/"); then
+        printf '%s/ may not include:\n%s\n' "$folder" "$hits"
+        failed=1
+    fi
+done
+for folder in */; do
+    case " ${allowed[*]} " in
+    *" ${folder%/}: "*) ;;
+    *) echo "$folder is not in the table of layers"; failed=1 ;;
+    esac
+done
+exit $failed
