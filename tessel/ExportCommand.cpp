@@ -18,7 +18,7 @@ struct ExportOptions {
     QString file;
     InputOptions input;
     Target target = Target::Ddi;
-    SqlDialect dialect = SqlDialect::Sqlite;
+    SqlOptions sql;
     QString output;
 };
 
@@ -39,6 +39,14 @@ const QCommandLineOption& dialectOption()
     return option;
 }
 
+const QCommandLineOption& uniqueKeysOption()
+{
+    static const QCommandLineOption option(QStringLiteral("unique-keys"),
+        QStringLiteral("Let no two rows of a table that has one row for a case have the same "
+                       "identification; data that repeats a key, or lacks it, is then refused."));
+    return option;
+}
+
 void describe(QCommandLineParser& parser)
 {
     parser.setApplicationDescription(QStringLiteral(
@@ -48,7 +56,7 @@ void describe(QCommandLineParser& parser)
         "that had to change, are told on standard error.\n"
         "Exit status: 0 all was read, 1 the input failed, 2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ targetOption(), dialectOption(), Output::option() });
+    parser.addOptions({ targetOption(), dialectOption(), uniqueKeysOption(), Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("file"),
         QStringLiteral("CSPro dictionary (.dcf), SPSS file (.sav, .zsav) or Stata file (.dta)."),
@@ -72,13 +80,16 @@ bool readTarget(const QString& text, Target& target)
     return true;
 }
 
-QString readDialect(const QCommandLineParser& parser, ExportOptions& options)
+QString readSqlOptions(const QCommandLineParser& parser, ExportOptions& options)
 {
-    if (parser.isSet(dialectOption()) && options.target != Target::Sql)
-        return QStringLiteral("--dialect goes with --to sql only");
+    for (const QCommandLineOption& option : { dialectOption(), uniqueKeysOption() }) {
+        if (parser.isSet(option) && options.target != Target::Sql)
+            return QStringLiteral("--%1 goes with --to sql only").arg(option.names().constFirst());
+    }
+    options.sql.hasUniqueKeys = parser.isSet(uniqueKeysOption());
     const QString dialect = parser.value(dialectOption());
     if (dialect == QLatin1String("postgresql"))
-        options.dialect = SqlDialect::PostgreSql;
+        options.sql.dialect = SqlDialect::PostgreSql;
     else if (dialect != QLatin1String("sqlite"))
         return QStringLiteral("--dialect takes sqlite or postgresql, not '%1'").arg(dialect);
     return QString();
@@ -97,7 +108,7 @@ QString readOptions(const QCommandLineParser& parser, ExportOptions& options)
     const QString target = parser.value(targetOption());
     if (!readTarget(target, options.target))
         return QStringLiteral("--to takes ddi, sql, csv, json or html, not '%1'").arg(target);
-    QString mistake = readDialect(parser, options);
+    QString mistake = readSqlOptions(parser, options);
     if (mistake.isNull())
         mistake = readInputOptions(parser, options.input);
     return mistake.isNull() ? Output::readOption(parser, files, options.output) : mistake;
@@ -118,7 +129,7 @@ QByteArray write(const Listing& listing, const ExportOptions& options, QStringLi
     case Target::Ddi:
         return writeDdi(listing);
     case Target::Sql:
-        return writeSql(listing, options.dialect, notes);
+        return writeSql(listing, options.sql, notes);
     case Target::Html:
         return writeHtml(listing);
     case Target::Csv:

@@ -1,4 +1,5 @@
 // Runs "tessel export" and hands what it writes to programs and parsers that read such files.
+#include "PostgreSqlServer.h"
 #include "RunTessel.h"
 #include "StatFiles.h"
 
@@ -12,9 +13,6 @@
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 #include <QtTest>
-
-#include <pwd.h>
-#include <unistd.h>
 
 namespace {
 
@@ -106,80 +104,6 @@ QByteArray wideDictionary(int items)
     return text + record("WIDE_2", "2") + item("OTHER", 11, 1);
 }
 
-// A server of its own without a network, and the rights of nobody where the test has all.
-class PostgreSqlServer {
-public:
-    ~PostgreSqlServer()
-    {
-        if (m_isRunning)
-            run("pg_ctl", { "stop", "-D", data(), "-m", "immediate" });
-    }
-
-    // Why there is none; empty when it runs.
-    QString start()
-    {
-        const QDir versions("/usr/lib/postgresql");
-        for (const QString& version : versions.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-            m_programs = versions.filePath(version + "/bin/");
-        if (!QFile::exists(m_programs + "initdb") || m_psql.isEmpty())
-            return QStringLiteral("no PostgreSQL server is installed");
-        if (geteuid() == 0 && !giveFolderToNobody())
-            return QStringLiteral("the server does not run as root, and setpriv is not installed");
-        const Outcome made = run("initdb",
-            { "-D", data(), "-A", "trust", "-U", "tessel", "-E", "UTF8", "--locale=C",
-                "--no-sync" });
-        if (made.status != 0)
-            return "initdb fails: " + QString::fromUtf8(made.errors);
-        const QString options = "-c listen_addresses= -c fsync=off -k " + m_folder.path();
-        m_isRunning =
-            run("pg_ctl", { "start", "-w", "-D", data(), "-l", data() + "/log", "-o", options })
-                .status
-            == 0;
-        return m_isRunning ? QString() : QStringLiteral("pg_ctl cannot start the server");
-    }
-
-    // In an empty schema; tuples without padding.
-    Outcome carryOut(const QByteArray& statements) const
-    {
-        return runProgram(m_psql,
-            { "-qAtX", "-v", "ON_ERROR_STOP=1", "-h", m_folder.path(), "-U", "tessel", "postgres" },
-            "SET client_min_messages = warning;\nDROP SCHEMA public CASCADE;\n"
-            "CREATE SCHEMA public;\n"
-                + statements);
-    }
-
-private:
-    QString data() const
-    {
-        return m_folder.filePath("data");
-    }
-
-    bool giveFolderToNobody()
-    {
-        const passwd* nobody = getpwnam("nobody");
-        m_setpriv = QStandardPaths::findExecutable("setpriv");
-        return nobody && !m_setpriv.isEmpty()
-            && chown(QFile::encodeName(m_folder.path()).constData(), nobody->pw_uid, nobody->pw_gid)
-            == 0;
-    }
-
-    Outcome run(const QString& program, const QStringList& arguments) const
-    {
-        if (m_setpriv.isEmpty())
-            return runProgram(m_programs + program, arguments);
-        return runProgram(m_setpriv,
-            QStringList {
-                "--reuid=nobody", "--regid=nogroup", "--clear-groups", m_programs + program }
-                + arguments);
-    }
-
-    QTemporaryDir m_folder;
-    QString m_programs;
-    QString m_psql = QStandardPaths::findExecutable("psql");
-    QString m_setpriv;
-    bool m_isRunning = false;
-};
-
 QByteArray variable(const QByteArray& ddi, const QByteArray& name)
 {
     const int start = ddi.indexOf("name=\"" + name + "\" files");
@@ -202,7 +126,8 @@ private slots:
     void sqliteLoads();
     void sqliteRows();
     void sqliteKeysOfLevels();
-    void sqliteChecksValues();
+    void sqliteTakesAnyValue();
+    void uniqueKeys();
     void sqliteDividesWideTables();
     void sqliteCodesThatAreOneNumber();
     void sqliteReservedWords();
@@ -352,8 +277,7 @@ void tst_ExportCommand::sqliteRows()
     const QString census = TESSEL_EXAMPLES "/census.dcf";
     QCOMPARE(sqlite(census, "SELECT count(*) FROM pragma_table_info('HOUSEHOLD');"), QString("36"));
     QCOMPARE(sqlite(census, "SELECT count(*) FROM pragma_table_info('PERSON');"), QString("24"));
-    QCOMPARE(sqlite(census,
-                 "SELECT group_concat(name) FROM pragma_table_info('HOUSEHOLD') WHERE pk > 0;"),
+    QCOMPARE(sqlite(census, "SELECT group_concat(name) FROM pragma_index_info('HOUSEHOLD_key');"),
         QString("PROVINCE,DISTRICT,EA,HOUSEHOLD_NUMBER"));
     QCOMPARE(sqlite(census,
                  "SELECT type FROM pragma_table_info('HOUSEHOLD') "
@@ -363,7 +287,7 @@ void tst_ExportCommand::sqliteRows()
         QString::fromUtf8("\u00c9tang Noir"));
     QCOMPARE(sqlite(census,
                  "SELECT count(*) FROM sqlite_master WHERE sql LIKE "
-                 "'%EARLIER_PROVINCE INTEGER REFERENCES PROVINCE_VS1 (code)%';"),
+                 "'%EARLIER_PROVINCE INTEGER, -- % (values: PROVINCE_VS1)%';"),
         QString("1"));
 
     const int labels =
@@ -377,29 +301,51 @@ void tst_ExportCommand::sqliteKeysOfLevels()
 {
     if (m_sqlite.isEmpty())
         QSKIP("sqlite3 is not installed");
-    const QByteArray keys = "SELECT group_concat(name) FROM pragma_table_info('%1') WHERE pk > 0;";
+    const QByteArray keys = "SELECT group_concat(name) FROM pragma_index_info('%1_key');";
     QCOMPARE(sqlite("export_levels.dcf", QByteArray(keys).replace("%1", "UPPER")), QString("AREA"));
     QCOMPARE(sqlite("export_levels.dcf", QByteArray(keys).replace("%1", "LOWER")),
         QString("AREA,HOUSE"));
 }
 
-void tst_ExportCommand::sqliteChecksValues()
+// Codes outside their sets, keys that repeat and keys that are blank occur in every census.
+void tst_ExportCommand::sqliteTakesAnyValue()
 {
     if (m_sqlite.isEmpty())
         QSKIP("sqlite3 is not installed");
     QString errors;
-    const QByteArray row = "INSERT INTO \"ORDER\" (\"CASE\", \"SELECT\") VALUES (1, %1);";
     QCOMPARE(sqlite("export_names.dcf",
-                 QByteArray(row).replace("%1", "2") + "SELECT \"SELECT\" FROM \"ORDER\";", &errors),
-        QString("2"));
+                 "INSERT INTO \"ORDER\" (\"CASE\", \"SELECT\") VALUES (1, 3), (1, 2), (NULL, 1);"
+                 "SELECT \"SELECT\" FROM \"ORDER\";"
+                 "SELECT count(*) FROM pragma_foreign_key_list('ORDER');"
+                 "SELECT count(*) FROM pragma_foreign_key_list('PERSON');",
+                 &errors),
+        QString("3\n2\n1\n0\n0"));
     QCOMPARE(errors, QString());
-    sqlite("export_names.dcf", QByteArray(row).replace("%1", "3"), &errors);
-    QVERIFY2(errors.contains("FOREIGN KEY"), qPrintable(errors));
     QCOMPARE(
         sqlite("export_names.dcf", "SELECT code_from, code_to, special FROM AGE_VS1;", &errors),
         QString("0|120|\n999|999|missing"));
-    QCOMPARE(sqlite("export_names.dcf", "SELECT count(*) FROM pragma_foreign_key_list('PERSON');"),
-        QString("0"));
+}
+
+void tst_ExportCommand::uniqueKeys()
+{
+    const QByteArray statements = exportTo("sql", "export_names.dcf", { "--unique-keys" }).output;
+    QVERIFY(statements.contains("\n  \"CASE\" INTEGER NOT NULL, --"));
+    QCOMPARE(statements.count("  UNIQUE (\"CASE\")\n"), 1);
+    QVERIFY(exportTo("sql", "export_names.dcf", { "--unique-keys", "--dialect", "postgresql" })
+                .output.contains("  PRIMARY KEY (\"CASE\")\n"));
+    QCOMPARE(statements.count("NOT NULL, -- Number of the case"), 1); // PERSON has many rows
+    QCOMPARE(statements.count("CREATE INDEX "), 1);
+    QCOMPARE(exportTo("ddi", "export_names.dcf", { "--unique-keys" }).status, 2);
+    if (m_sqlite.isEmpty())
+        QSKIP("sqlite3 is not installed");
+    const auto errorsOf = [&](const QByteArray& more) {
+        return runProgram(m_sqlite, { "-batch", ":memory:" }, statements + more).errors;
+    };
+    const QByteArray insert = "INSERT INTO \"ORDER\" (\"CASE\") VALUES ";
+    QCOMPARE(errorsOf(insert + "(1), (2); INSERT INTO PERSON (\"CASE\") VALUES (1), (1);"),
+        QByteArray());
+    QVERIFY(errorsOf(insert + "(1), (1);").contains("UNIQUE"));
+    QVERIFY(errorsOf(insert + "(NULL);").contains("NOT NULL"));
 }
 
 void tst_ExportCommand::sqliteDividesWideTables()
@@ -447,15 +393,15 @@ void tst_ExportCommand::sqliteCodesThatAreOneNumber()
                 "Value=1e1;Ten\n")
             + item("WORD", 30, 999,
                 "DataType=Alpha\n\n[ValueSet]\nLabel=Codes\nName=WORD_VS1\nValue='A';Short\nValue='"
-                    + QByteArray(700, 'x') + "';Long\n")));
+                    + QByteArray(600, 'x') + "';Long\nValue='" + QByteArray(601, 'y')
+                    + "';Too long\n")));
     QString errors;
     QCOMPARE(sqlite(path,
                  "SELECT group_concat(code, ' ') FROM (SELECT ifnull(code, 'null') AS code FROM "
                  "WEIGHT_VS1 ORDER BY rowid);"
-                 "SELECT count(*), count(code) FROM WORD_VS1;"
-                 "SELECT \"from\" FROM pragma_foreign_key_list('CODES');",
+                 "SELECT count(*), count(code) FROM WORD_VS1;",
                  &errors),
-        QString("20000000.0 null 0.0 null 1.5 10.0\n2|1\nWEIGHT"));
+        QString("20000000.0 null 0.0 null 1.5 10.0\n3|2"));
     QCOMPARE(errors, QString());
 }
 
@@ -596,10 +542,11 @@ void tst_ExportCommand::postgresqlText()
     const Outcome outcome = exportTo("sql", "export_names.dcf", { "--dialect", "postgresql" });
     QCOMPARE(outcome.status, 0);
     const QString text = QString::fromUtf8(outcome.output);
-    QVERIFY(text.contains("\n  \"CASE\" BIGINT NOT NULL, -- Number of the case; it's a key\n"));
-    QVERIFY(text.contains("\n  LETTERS VARCHAR(1) REFERENCES SAME_VS1_2 (code), --"));
+    QVERIFY(text.contains("\n  \"CASE\" BIGINT, -- Number of the case; it's a key\n"));
+    QVERIFY(text.contains(
+        "\n  LETTERS VARCHAR(1), -- The same codes of another type (values: SAME_VS1_2)\n"));
     QVERIFY(text.contains("\n  WEIGHT NUMERIC(6, 2) --"));
-    QVERIFY(text.contains("\n  LONG_NUMBER BIGINT, --"));
+    QVERIFY(text.contains("\n  LONG_NUMBER BIGINT -- "));
     QVERIFY(text.contains("COMMENT ON TABLE \"ORDER\" IS 'A reserved word';\n"));
     QVERIFY(
         text.contains("COMMENT ON COLUMN PERSON.\"CASE\" IS 'Number of the case; it''s a key';\n"));
@@ -632,8 +579,11 @@ void tst_ExportCommand::postgresqlWideTables()
     for (int i = 0; i < 32; ++i)
         keys += item("KEY" + QByteArray::number(i), 11 + i, 1);
     QVERIFY(writeFile(path, keys + record("MANY_KEYS") + item("V", 50, 1)));
-    QVERIFY(!exportTo("sql", path, { "--dialect", "postgresql" }).output.contains("PRIMARY KEY"));
-    QVERIFY(exportTo("sql", path).output.contains("PRIMARY KEY (ID, KEY0, "));
+    QVERIFY(!exportTo("sql", path, { "--dialect", "postgresql", "--unique-keys" })
+                 .output.contains("PRIMARY KEY"));
+    QVERIFY(!exportTo("sql", path, { "--dialect", "postgresql" }).output.contains("INDEX"));
+    QVERIFY(exportTo("sql", path, { "--unique-keys" }).output.contains("  UNIQUE (ID, KEY0, "));
+    QVERIFY(exportTo("sql", path).output.contains("MANY_KEYS_key ON MANY_KEYS (ID, KEY0, "));
 }
 
 void tst_ExportCommand::postgresqlLoads()
@@ -740,7 +690,7 @@ void tst_ExportCommand::sharedLabelsTakeLinearTime()
     const Outcome outcome = exportTo("sql", path);
     QCOMPARE(outcome.status, 0);
     QCOMPARE(outcome.output.count("INSERT INTO "), 1);
-    QCOMPARE(outcome.output.count("REFERENCES V0_VS1 (code)"), Count);
+    QCOMPARE(outcome.output.count("(values: V0_VS1)"), Count);
 }
 
 void tst_ExportCommand::hostileTexts()
@@ -818,7 +768,7 @@ void tst_ExportCommand::longNamesStayApart()
     QVERIFY(outcome.output.contains("\n  " + start.left(55) + " BIGINT, -- " + start + "B\n"));
     QVERIFY(outcome.output.contains("\n  _PG_TYPE BIGINT, -- PG_TYPE\n"));
     QCOMPARE(outcome.errors.count(": the databases do not take its name\n"), 3);
-    QVERIFY(outcome.output.contains("\n  TINY NUMERIC, -- TINY\n"));
+    QVERIFY(outcome.output.contains("\n  TINY NUMERIC -- TINY\n"));
 }
 
 void tst_ExportCommand::namesOfAnyLengthAreCut()

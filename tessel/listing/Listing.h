@@ -49,7 +49,8 @@ struct ListedField {
     QString max; /*!< null: none */
     QString note; /*!< null: none */
     QVector<ListedValueSet> valueSets; /*!< the first is the one to show when one is shown */
-    bool areValuesListed = false; /*!< no value is in the data but those of the value sets */
+    bool areValuesListed = false; /*!< all values of the rows, which were read, are in the first
+                                     value set */
 
     bool isText() const
     {

@@ -106,7 +106,6 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     field.missing = orNull(source.missingValue);
     field.notApplicable = orNull(source.notApplicableValue);
     field.note = orNull(item.note);
-    field.areValuesListed = true;
     if (!variable.isString()) {
         field.min = orNull(source.minValue);
         field.max = orNull(source.maxValue);

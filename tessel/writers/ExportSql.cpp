@@ -37,20 +37,21 @@ struct Column {
 struct Table {
     QString name;
     QString about;
-    bool hasOneRow = false; // for each case
+    bool hasUniqueKeys = false;
     QVector<Column> columns;
     QString firstPart; // null: the table is none, or the first, of a table in parts
 };
 
 class SqlWriter {
 public:
-    SqlWriter(const Listing& listing, SqlDialect dialect, QStringList& notes)
+    SqlWriter(const Listing& listing, const SqlOptions& options, QStringList& notes)
         : m_listing(listing)
-        , m_dialect(dialect)
+        , m_dialect(options.dialect)
+        , m_hasUniqueKeys(options.hasUniqueKeys)
         , m_notes(notes)
         , m_keys(listing)
         , m_tableNames(notes)
-        , m_values(dialect, m_tableNames)
+        , m_values(options.dialect, m_tableNames)
     {
     }
 
@@ -71,11 +72,13 @@ private:
     QString columnDefinition(const Table& table, const Column& column) const;
     QString aboutColumn(const Column& column) const;
     QString keyList(const Table& table) const;
+    QString uniqueness() const;
     QString index(const Table& table);
     QString comments(const Table& table) const;
 
     const Listing& m_listing;
     SqlDialect m_dialect;
+    bool m_hasUniqueKeys;
     QStringList& m_notes;
     KeyFields m_keys;
     SqlNames m_tableNames;
@@ -134,7 +137,7 @@ Table SqlWriter::tableOf(const FieldGroup& group)
     table.about = record ? record->label : titleOf(m_listing);
     SqlNames names(m_notes);
     if (record) {
-        table.hasOneRow = record->maxRecords == 1;
+        table.hasUniqueKeys = m_hasUniqueKeys && record->maxRecords == 1;
         addColumns(table, names, m_keys.of(*record), true);
     }
     addColumns(table, names, group.fields, false);
@@ -239,8 +242,9 @@ QString SqlWriter::typeOf(const ListedField& field) const
         return m_dialect == SqlDialect::Sqlite ? QStringLiteral("TEXT(%1)").arg(field.length)
                                                : QStringLiteral("VARCHAR(%1)").arg(field.length);
     }
+    // Where the data has the point it may stand anywhere.
     const bool hasDigits = field.start > 0 && field.length > 0 && field.length <= MostDigits
-        && field.decimals <= field.length;
+        && field.decimals <= field.length && !field.hasDecimalChar;
     if (type == SqlType::Real && m_dialect == SqlDialect::PostgreSql && hasDigits)
         return QStringLiteral("NUMERIC(%1, %2)").arg(field.length).arg(field.decimals);
     return sqlTypeName(type, m_dialect);
@@ -274,7 +278,7 @@ QString SqlWriter::columnDefinition(const Table& table, const Column& column) co
     }
     const ListedField& field = m_listing.fields.at(column.field);
     text += typeOf(field);
-    if (column.isKey)
+    if (column.isKey && table.hasUniqueKeys)
         text += QLatin1String(" NOT NULL");
     const QString reference = m_values.referenceOf(field);
     if (!reference.isNull())
@@ -293,30 +297,37 @@ QString SqlWriter::keyList(const Table& table) const
     return keys.size() > mostKeys(m_dialect) ? QString() : keys.join(QLatin1String(", "));
 }
 
+// In SQLite a primary key that is one whole number takes null for a number of its own making.
+QString SqlWriter::uniqueness() const
+{
+    return m_dialect == SqlDialect::Sqlite ? QStringLiteral("UNIQUE")
+                                           : QStringLiteral("PRIMARY KEY");
+}
+
 QString SqlWriter::definition(const Table& table) const
 {
     if (table.columns.isEmpty())
         return QString();
     const QString keys = keyList(table);
-    const bool hasPrimaryKey = table.hasOneRow && !keys.isEmpty();
+    const bool areUnique = table.hasUniqueKeys && !keys.isEmpty();
     QString text = QStringLiteral("CREATE TABLE %1 (\n").arg(sqlIdentifier(table.name));
     for (int i = 0; i < table.columns.size(); ++i) {
         const Column& column = table.columns.at(i);
-        const bool isLast = i + 1 == table.columns.size() && !hasPrimaryKey;
+        const bool isLast = i + 1 == table.columns.size() && !areUnique;
         text += QLatin1String("  ") + columnDefinition(table, column)
             + (isLast ? QString() : QStringLiteral(",")) + QLatin1Char(' ')
             + sqlComment(aboutColumn(column)) + QLatin1Char('\n');
     }
-    if (hasPrimaryKey)
-        text += QStringLiteral("  PRIMARY KEY (%1)\n").arg(keys);
+    if (areUnique)
+        text += QStringLiteral("  %1 (%2)\n").arg(uniqueness(), keys);
     return text + QLatin1String(");\n");
 }
 
-// Where a case has several rows its key finds them.
+// The keys find the rows of a case also where data may repeat them.
 QString SqlWriter::index(const Table& table)
 {
     const QString keys = keyList(table);
-    if (keys.isEmpty() || table.hasOneRow)
+    if (keys.isEmpty() || table.hasUniqueKeys)
         return QString();
     const QString wanted = table.name + QLatin1String("_key");
     const QString name =
@@ -340,7 +351,7 @@ QString SqlWriter::comments(const Table& table) const
 
 } // namespace
 
-QByteArray writeSql(const Listing& listing, SqlDialect dialect, QStringList& notes)
+QByteArray writeSql(const Listing& listing, const SqlOptions& options, QStringList& notes)
 {
-    return SqlWriter(listing, dialect, notes).write();
+    return SqlWriter(listing, options, notes).write();
 }

@@ -7,6 +7,11 @@
 
 enum class SqlDialect { Sqlite, PostgreSql };
 
+struct SqlOptions {
+    SqlDialect dialect = SqlDialect::Sqlite;
+    bool hasUniqueKeys = false; /*!< where a case has one row, no two rows have the same keys */
+};
+
 /*! The listing as an XML document of DDI-Codebook 2.5. */
 QByteArray writeDdi(const Listing& listing);
 
@@ -14,7 +19,7 @@ QByteArray writeDdi(const Listing& listing);
  * The listing as SQL statements that make its tables.
  * \param notes takes a sentence for each name that is not written as it is in the dictionary
  */
-QByteArray writeSql(const Listing& listing, SqlDialect dialect, QStringList& notes);
+QByteArray writeSql(const Listing& listing, const SqlOptions& options, QStringList& notes);
 
 /*! The listing as one web page that needs no other file. */
 QByteArray writeHtml(const Listing& listing);

@@ -34,9 +34,10 @@ public:
     QStringList tablesOf(const ListedField& field) const;
 
     /*!
-     * The table that the values of \a field must be in. Null when its codes are ranges or all
-     * special, when some value or missing value has no code that a column holds, when its value
-     * sets are alternatives, and for measures: their labels mark only some values.
+     * The table that the values of \a field must be in. Null when they were not all found there, as
+     * for every field of a file without rows; when its codes are ranges or all special, when some
+     * value or missing value has no code that a column holds, when its value sets are alternatives,
+     * and for measures: their labels mark only some values.
      */
     QString referenceOf(const ListedField& field) const;
 

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "RunTessel.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <pwd.h>
+#include <unistd.h>
+
+// A server of its own without a network, and the rights of nobody where the test has all.
+class PostgreSqlServer {
+public:
+    ~PostgreSqlServer()
+    {
+        if (m_isRunning)
+            run("pg_ctl", { "stop", "-D", data(), "-m", "immediate" });
+    }
+
+    // Why there is none; empty when it runs.
+    QString start()
+    {
+        const QDir versions("/usr/lib/postgresql");
+        for (const QString& version : versions.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+            m_programs = versions.filePath(version + "/bin/");
+        if (!QFile::exists(m_programs + "initdb") || m_psql.isEmpty())
+            return QStringLiteral("no PostgreSQL server is installed");
+        if (geteuid() == 0 && !giveFolderToNobody())
+            return QStringLiteral("the server does not run as root, and setpriv is not installed");
+        const Outcome made = run("initdb",
+            { "-D", data(), "-A", "trust", "-U", "tessel", "-E", "UTF8", "--locale=C",
+                "--no-sync" });
+        if (made.status != 0)
+            return "initdb fails: " + QString::fromUtf8(made.errors);
+        const QString options = "-c listen_addresses= -c fsync=off -k " + m_folder.path();
+        m_isRunning =
+            run("pg_ctl", { "start", "-w", "-D", data(), "-l", data() + "/log", "-o", options })
+                .status
+            == 0;
+        return m_isRunning ? QString() : QStringLiteral("pg_ctl cannot start the server");
+    }
+
+    // In an empty schema; tuples without padding.
+    Outcome carryOut(const QByteArray& statements) const
+    {
+        return runProgram(m_psql,
+            { "-qAtX", "-v", "ON_ERROR_STOP=1", "-h", m_folder.path(), "-U", "tessel", "postgres" },
+            "SET client_min_messages = warning;\nDROP SCHEMA public CASCADE;\n"
+            "CREATE SCHEMA public;\n"
+                + statements);
+    }
+
+private:
+    QString data() const
+    {
+        return m_folder.filePath("data");
+    }
+
+    bool giveFolderToNobody()
+    {
+        const passwd* nobody = getpwnam("nobody");
+        m_setpriv = QStandardPaths::findExecutable("setpriv");
+        return nobody && !m_setpriv.isEmpty()
+            && chown(QFile::encodeName(m_folder.path()).constData(), nobody->pw_uid, nobody->pw_gid)
+            == 0;
+    }
+
+    Outcome run(const QString& program, const QStringList& arguments) const
+    {
+        if (m_setpriv.isEmpty())
+            return runProgram(m_programs + program, arguments);
+        return runProgram(m_setpriv,
+            QStringList {
+                "--reuid=nobody", "--regid=nogroup", "--clear-groups", m_programs + program }
+                + arguments);
+    }
+
+    QTemporaryDir m_folder;
+    QString m_programs;
+    QString m_psql = QStandardPaths::findExecutable("psql");
+    QString m_setpriv;
+    bool m_isRunning = false;
+};
