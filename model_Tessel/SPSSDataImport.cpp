@@ -106,6 +106,11 @@ void TSPSSDataImport::openRead(const QString& fileName)
         addField(field);
 }
 
+void TSPSSDataImport::setInput(TStatInput* input)
+{
+    m_import->setInput(input);
+}
+
 TSPSSVariable::TSPSSVariable(TDataImport* owner)
     : TGenericField(owner)
 {

@@ -138,6 +138,11 @@ void TSTATADataImport::openRead(const QString& fileName)
     }
 }
 
+void TSTATADataImport::setInput(TStatInput* input)
+{
+    m_import->setInput(input);
+}
+
 TSTATAVariable::TSTATAVariable(TDataImport* owner)
     : TGenericField(owner)
 {

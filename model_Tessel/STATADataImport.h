@@ -16,6 +16,7 @@
 #include <vector>
 
 class StatImport;
+class TStatInput;
 class TSTATAVariable;
 
 /*! \name Callbacks of libreadstat
@@ -78,6 +79,12 @@ public:
      * "Error processing", the file and libreadstat's error code.
      */
     void openRead(const QString& fileName);
+
+    /*!
+     * Makes openRead() read from \a input, whatever file it is given; null: from that file. The
+     * input stays the caller's and has to live as long as it is set.
+     */
+    void setInput(TStatInput* input);
 
     std::vector<TGenericField*> collectedFields; /*!< variables in the order of the file */
     /*! Variables by the address of the name buffer they came in, which may be gone by now. */

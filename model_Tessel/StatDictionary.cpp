@@ -1,14 +1,19 @@
 #include <model_Tessel/StatDictionary.h>
 
 #include <model_Tessel/Constants.h>
+#include <model_Tessel/SpssStructure_p.h>
 #include <model_Tessel/StatParser_p.h>
+#include <model_Tessel/StataStructure_p.h>
 
 #include <QByteArray>
+#include <QFile>
 #include <QHash>
+#include <QTextCodec>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <iterator>
 #include <map>
 
@@ -105,12 +110,52 @@ QString messageOf(readstat_error_t error)
     return error == READSTAT_OK ? QString() : QString::fromUtf8(readstat_error_message(error));
 }
 
+// A member of libreadstat's, which fills it to its end in damaged files.
+template <std::size_t Size> QString boundedText(const char (&text)[Size])
+{
+    return QString::fromUtf8(text, static_cast<int>(::strnlen(text, Size)));
+}
+
+// Stata files name no encoding before this one, which has UTF-8.
+constexpr int FirstUnicodeFormat = 118;
+
+// What a Stata file keeps for itself or for a variable: notes "note1" and so on, and the rest.
+class Characteristics {
+public:
+    void add(const QString& name, const QString& text)
+    {
+        bool isNumber = false;
+        const int number =
+            name.startsWith(QLatin1String("note")) ? name.midRef(4).toInt(&isNumber) : 0;
+        if (!isNumber)
+            m_others.append({ name, text });
+        else if (number > 0) // note0 is the number of the notes
+            m_notes.emplace(number, text);
+    }
+
+    template <typename Description> void copyTo(Description& description) const
+    {
+        for (const auto& [number, text] : m_notes)
+            description.notes.append(text);
+        description.characteristics = m_others;
+    }
+
+private:
+    std::multimap<int, QString> m_notes; // by number
+    QVector<TStatCharacteristic> m_others;
+};
+
 // Collects what one parse reports. Its callbacks come in another order for each kind of file.
 class DescriptionReader {
 public:
     enum class Scope { WithoutValueLabels, All };
 
-    TStatFileDescription read(const QString& path, TStatFileKind kind, Scope scope);
+    explicit DescriptionReader(TStatInput& input)
+        : m_input(input)
+    {
+    }
+
+    TStatFileDescription read(TStatFileKind kind, Scope scope);
 
 private:
     static int onMetadata(readstat_metadata_t* metadata, void* context);
@@ -126,7 +171,10 @@ private:
     void addLabel(const char* setName, const readstat_value_t& value, const char* label);
     void join(TStatFileKind kind);
     int setOf(const QByteArray& name) const;
+    QByteArray setNameOf(const char* setName) const;
+    void addCharacteristics();
 
+    TStatInput& m_input;
     TStatFileDescription m_result;
     std::multimap<int, QString> m_notes; // by number
     QVector<QByteArray> m_setNames; // by variable, as libreadstat gives them
@@ -136,26 +184,29 @@ private:
     CallbackGuard m_guard;
 };
 
-TStatFileDescription DescriptionReader::read(const QString& path, TStatFileKind kind, Scope scope)
+TStatFileDescription DescriptionReader::read(TStatFileKind kind, Scope scope)
 {
     {
-        StatParser parser;
+        StatParser parser(&m_input);
         readstat_set_metadata_handler(parser.get(), onMetadata);
-        readstat_set_note_handler(parser.get(), onNote);
+        if (kind == TStatFileKind::Spss)
+            readstat_set_note_handler(parser.get(), onNote);
         readstat_set_variable_handler(parser.get(), onVariable);
         if (scope == Scope::All)
             readstat_set_value_label_handler(parser.get(), onValueLabel);
         readstat_set_error_handler(parser.get(), onError);
         const StatParse parse =
             kind == TStatFileKind::Spss ? readstat_parse_sav : readstat_parse_dta;
-        m_result.outcome.error = parse(parser.get(), path.toLocal8Bit().constData(), this);
+        m_result.outcome.error =
+            parse(parser.get(), QFile::encodeName(m_input.path()).constData(), this);
         m_result.outcome.endsEarly = parser.fileEndedEarly();
     }
     m_guard.rethrow();
-    m_result.path = path;
+    m_result.path = m_input.path();
     m_result.kind = kind;
     m_result.outcome.errorText = messageOf(m_result.outcome.error);
     join(kind);
+    m_result.outcome.inputFailure = m_input.failure();
     return m_result;
 }
 
@@ -204,26 +255,27 @@ void DescriptionReader::addMetadata(readstat_metadata_t* metadata)
 void DescriptionReader::addVariable(const readstat_variable_t& variable, const char* setName)
 {
     TStatVariableDescription result;
-    result.name = QString::fromUtf8(readstat_variable_get_name(&variable));
-    result.label = QString::fromUtf8(readstat_variable_get_label(&variable));
+    result.name = boundedText(variable.name);
+    result.label = boundedText(variable.label);
     result.type = readstat_variable_get_type(&variable);
     result.storageWidth = readstat_variable_get_storage_width(&variable);
     result.userWidth = variable.user_width;
     result.displayWidth = readstat_variable_get_display_width(&variable);
-    result.format = QString::fromUtf8(readstat_variable_get_format(&variable));
+    result.format = boundedText(variable.format);
     result.measure = readstat_variable_get_measure(&variable);
     result.alignment = readstat_variable_get_alignment(&variable);
     result.missingRanges = missingRangesOf(variable);
-    result.labelSetName = QString::fromUtf8(setName);
+    m_setNames.append(setNameOf(setName));
+    result.labelSetName = QString::fromUtf8(m_setNames.constLast());
     m_result.variables.append(result);
-    m_setNames.append(setName);
 }
 
 void DescriptionReader::addLabel(
     const char* setName, const readstat_value_t& value, const char* label)
 {
-    if (m_set < 0 || m_setName != setName) {
-        m_setName = setName;
+    const QByteArray name = setNameOf(setName);
+    if (m_set < 0 || m_setName != name) {
+        m_setName = name;
         const auto found = m_sets.constFind(m_setName);
         if (found == m_sets.constEnd()) {
             m_set = m_result.labelSets.size();
@@ -238,13 +290,37 @@ void DescriptionReader::addLabel(
 
 void DescriptionReader::join(TStatFileKind kind)
 {
-    // Stata keeps the number of its notes in a note 0.
-    if (kind == TStatFileKind::Stata)
-        m_notes.erase(0);
     for (const auto& [number, text] : m_notes)
         m_result.notes.append(text);
+    if (kind == TStatFileKind::Stata)
+        addCharacteristics();
     for (int index = 0; index < m_setNames.size(); ++index)
         m_result.variables[index].labelSet = setOf(m_setNames.at(index));
+}
+
+// Of variables as well, which libreadstat passes over.
+void DescriptionReader::addCharacteristics()
+{
+    const QTextCodec* codec = m_result.formatVersion < FirstUnicodeFormat
+        ? QTextCodec::codecForName("windows-1252")
+        : QTextCodec::codecForName("UTF-8");
+    QHash<QString, Characteristics> found; // by what they belong to
+    const QVector<StataCharacteristic> all = stataCharacteristics(m_input);
+    for (const StataCharacteristic& entry : all) {
+        found[codec->toUnicode(entry.owner)].add(
+            codec->toUnicode(entry.name), codec->toUnicode(entry.text));
+    }
+    found.value(QStringLiteral("_dta")).copyTo(m_result);
+    for (TStatVariableDescription& variable : m_result.variables)
+        found.value(variable.name).copyTo(variable);
+}
+
+// Null where there is none. libreadstat does not end the names of damaged files with a null.
+QByteArray DescriptionReader::setNameOf(const char* setName) const
+{
+    if (!setName)
+        return {};
+    return { setName, static_cast<int>(::strnlen(setName, m_input.setNameLimit())) };
 }
 
 // A variable without a set has no name here; a set may have an empty one.
@@ -286,6 +362,12 @@ bool isWhole(const TStatVariableDescription& variable, TStatFileKind kind)
     return kind == TStatFileKind::Spss && isPlain && FormatNumbers(variable.format).decimals == 0;
 }
 
+// False as well when the file could not be read.
+bool isSound(TStatInput& input, TStatFileKind kind)
+{
+    return kind == TStatFileKind::Spss ? isSoundSpssFile(input) : isSoundStataFile(input);
+}
+
 int skipValueLabel(const char*, readstat_value_t, const char*, void*)
 {
     return READSTAT_HANDLER_OK;
@@ -315,6 +397,8 @@ int TStatVariableDescription::width(TStatFileKind kind) const
 {
     constexpr quint64 LongestFormat = 255;
     const int formatWidth = FormatNumbers(format).width;
+    if (type == READSTAT_TYPE_STRING_REF)
+        return 0;
     if (isString() && kind == TStatFileKind::Stata) // libreadstat counts a null at the end
         return int(std::max<quint64>(storageWidth, 1) - 1);
     if (isString() && userWidth > LongestFormat)
@@ -340,34 +424,51 @@ bool TStatVariableDescription::isMissing(const TStatValue& value) const
         });
 }
 
-TStatOutcome readStatOutcome(const QString& path, TStatFileKind kind)
+TStatOutcome readStatOutcome(TStatInput& input, TStatFileKind kind)
 {
     const StatParse parse = kind == TStatFileKind::Spss ? readstat_parse_sav : readstat_parse_dta;
     TStatOutcome outcome;
     for (const bool isLabelPass : { true, false }) {
-        StatParser parser;
+        StatParser parser(&input);
         if (isLabelPass)
             readstat_set_value_label_handler(parser.get(), skipValueLabel);
         else
             readstat_set_variable_handler(parser.get(), skipVariable);
-        outcome.error = parse(parser.get(), path.toLocal8Bit().constData(), nullptr);
+        outcome.error = parse(parser.get(), QFile::encodeName(input.path()).constData(), nullptr);
         outcome.errorText = messageOf(outcome.error);
         outcome.endsEarly = parser.fileEndedEarly();
+        outcome.inputFailure = input.failure();
         if (!outcome.isWhole())
             break;
     }
     return outcome;
 }
 
-TStatFileDescription readStatDescription(const QString& path, TStatFileKind kind)
+TStatOutcome readStatOutcome(const QString& path, TStatFileKind kind)
+{
+    TStatInput input;
+    input.open(path);
+    return readStatOutcome(input, kind);
+}
+
+TStatFileDescription readStatDescription(TStatInput& input, TStatFileKind kind)
 {
     using Scope = DescriptionReader::Scope;
-    TStatFileDescription all = DescriptionReader().read(path, kind, Scope::All);
+    TStatFileDescription all = DescriptionReader(input).read(kind, Scope::All);
     if (all.outcome.error == READSTAT_OK)
         return all;
-    TStatFileDescription rest = DescriptionReader().read(path, kind, Scope::WithoutValueLabels);
+    TStatFileDescription rest = DescriptionReader(input).read(kind, Scope::WithoutValueLabels);
+    all.outcome.isUnsupported = isSound(input, kind);
+    rest.outcome.isUnsupported = rest.outcome.error != READSTAT_OK && all.outcome.isUnsupported;
     all.variablesOutcome = rest.outcome;
     rest.variablesOutcome = rest.outcome;
     rest.outcome = all.outcome;
     return all.variables.isEmpty() ? rest : all;
+}
+
+TStatFileDescription readStatDescription(const QString& path, TStatFileKind kind)
+{
+    TStatInput input;
+    input.open(path);
+    return readStatDescription(input, kind);
 }

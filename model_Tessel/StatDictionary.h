@@ -1,5 +1,6 @@
 #pragma once
 
+#include <model_Tessel/StatInput.h>
 #include <model_Tessel/model_Tessel_global.h>
 
 #include <QString>
@@ -30,7 +31,7 @@ struct TStatValue {
     /*!
      * Strings as they are, integers in digits, floating numbers in the shortest form that reads
      * back as the same number, tagged missing values as ".a" to ".z", system missing as ".";
-     * "-inf" and "inf" are the open ends of a range.
+     * "-inf" and "inf" are the open ends of a range, "-inf" to 9 meaning 9 and all below it.
      */
     QString text;
 };
@@ -56,12 +57,22 @@ struct TStatMissingRange {
     TStatValue high;
 };
 
+/*! A text that a Stata file keeps under a name, for itself or for a variable; notes are apart. */
+struct TStatCharacteristic {
+    QString name;
+    QString text;
+};
+
 /*! One variable as the file has it. */
 struct MODEL_TESSEL_EXPORT TStatVariableDescription {
     QString name;
     QString label;
     readstat_type_t type = READSTAT_TYPE_DOUBLE;
-    quint64 storageWidth = 0; /*!< bytes of a value in libreadstat's rows; strings are padded */
+    /*!
+     * Bytes of a value in libreadstat's rows; strings are padded. Nothing is told of the texts of a
+     * strL (READSTAT_TYPE_STRING_REF), which stand apart from the rows.
+     */
+    quint64 storageWidth = 0;
     quint64 userWidth = 0; /*!< width asked for by the writer of the file; 0: not told */
     int displayWidth = 0; /*!< columns on the screen, below 0 when aligned left; 0: not told */
     QString format; /*!< as written, with width and decimals: "F8.2", "A20", "%9.0g", "%td" */
@@ -70,6 +81,8 @@ struct MODEL_TESSEL_EXPORT TStatVariableDescription {
     QVector<TStatMissingRange> missingRanges; /*!< in the order of the file */
     QString labelSetName; /*!< empty: no value labels */
     int labelSet = -1; /*!< index in \c labelSets of the file; -1: the file has no such set */
+    QStringList notes; /*!< of Stata, by their numbers */
+    QVector<TStatCharacteristic> characteristics; /*!< of Stata, in the order of the file */
 
     bool isString() const;
     /*!
@@ -77,7 +90,7 @@ struct MODEL_TESSEL_EXPORT TStatVariableDescription {
      * decimals are taken for them, dates are not.
      */
     QString typeName(TStatFileKind kind) const;
-    /*! Width of a value in characters, as the format shows it; 0: not told. */
+    /*! Width of a value in characters, as the format shows it; 0: not told, as for a strL. */
     int width(TStatFileKind kind) const;
     /*! Decimal places that the format shows. */
     int decimals() const;
@@ -91,11 +104,18 @@ struct TStatOutcome {
     QString errorText; /*!< libreadstat's text of \c error; empty when there is none */
     QStringList errorDetails; /*!< what libreadstat told beside it, may be empty */
     bool endsEarly = false; /*!< the file was cut, which libreadstat does not always see */
+    /*! Why the file could not be opened or read to its end, or that it changed; else empty. */
+    QString inputFailure;
+    /*!
+     * True when the structure of the file is sound from end to end and libreadstat refuses it all
+     * the same, as it does with what is larger than it takes. Told by readStatDescription() alone.
+     */
+    bool isUnsupported = false;
 
     /*! False when the file was not read to its end. */
     bool isWhole() const
     {
-        return error == READSTAT_OK && !endsEarly;
+        return error == READSTAT_OK && !endsEarly && inputFailure.isEmpty();
     }
 };
 
@@ -108,6 +128,7 @@ struct TStatFileDescription {
     int formatVersion = 0;
     qint64 rowCount = -1; /*!< -1: not told */
     QStringList notes; /*!< notes or document lines, by their numbers */
+    QVector<TStatCharacteristic> characteristics; /*!< of a Stata file itself, in its order */
     QVector<TStatVariableDescription> variables; /*!< in the order of the file */
     QVector<TStatLabelSet> labelSets; /*!< in the order of the file, used or not */
     TStatOutcome outcome; /*!< of all that stands here */
@@ -127,6 +148,8 @@ struct TStatFileDescription {
  */
 MODEL_TESSEL_EXPORT TStatFileDescription readStatDescription(
     const QString& path, TStatFileKind kind);
+/*! The same of a file that is open. */
+MODEL_TESSEL_EXPORT TStatFileDescription readStatDescription(TStatInput& input, TStatFileKind kind);
 
 /*!
  * How the two passes of an importer over the file \a path end, value labels first: the first that
@@ -134,3 +157,5 @@ MODEL_TESSEL_EXPORT TStatFileDescription readStatDescription(
  * others, so this may differ from the outcome of readStatDescription().
  */
 MODEL_TESSEL_EXPORT TStatOutcome readStatOutcome(const QString& path, TStatFileKind kind);
+/*! The same of a file that is open. */
+MODEL_TESSEL_EXPORT TStatOutcome readStatOutcome(TStatInput& input, TStatFileKind kind);

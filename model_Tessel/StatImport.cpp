@@ -114,7 +114,9 @@ readstat_error_t StatImport::parse(const QByteArray& path, void* importer,
 {
     readstat_error_t result = READSTAT_OK;
     {
-        StatParser parser;
+        StatParser parser(m_input);
+        m_parsed = &parser.input();
+        const auto forget = qScopeGuard([this] { m_parsed = nullptr; });
         readstat_set_value_label_handler(parser.get(), onValueLabel);
         readstat_set_variable_handler(parser.get(), onVariable);
         result = m_rules.parse(parser.get(), path.constData(), importer);
@@ -125,7 +127,7 @@ readstat_error_t StatImport::parse(const QByteArray& path, void* importer,
 
 void StatImport::addLabel(const char* setName, const readstat_value_t& value, const char* label)
 {
-    Labels& labels = setToFill(setName);
+    Labels& labels = setToFill(nameOf(setName));
     void* space = m_records.allocate(sizeof(TStatValueLabel), alignof(TStatValueLabel));
     auto* record = new (space) TStatValueLabel;
     storeValue(*record, value);
@@ -153,7 +155,7 @@ void StatImport::describe(
         field.minValue = QStringLiteral("0");
         field.maxValue = nines(field.length);
     }
-    Labels* labels = findSet(setName);
+    Labels* labels = setName ? findSet(nameOf(setName)) : nullptr;
     if (!labels || labels->empty())
         return;
     const StatLabelSummary summary = summaryOf(*labels, isWhole);
@@ -166,12 +168,19 @@ void StatImport::describe(
         field.maxValue = shortNumberText(summary.maximum);
 }
 
-StatImport::Labels& StatImport::setToFill(const char* setName)
+// libreadstat does not end the names of damaged files with a null.
+std::string_view StatImport::nameOf(const char* setName) const
 {
     if (!setName)
-        setName = "";
+        return {};
+    return { setName,
+        m_parsed ? ::strnlen(setName, m_parsed->setNameLimit()) : std::strlen(setName) };
+}
+
+StatImport::Labels& StatImport::setToFill(std::string_view setName)
+{
     if (!m_memory)
-        return m_labelSets[setName];
+        return m_labelSets[std::string(setName)];
     if (!m_memory->labels || m_memory->setName != setName) {
         m_memory->setName = setName;
         m_memory->labels = &m_labelSets[m_memory->setName];
@@ -180,13 +189,11 @@ StatImport::Labels& StatImport::setToFill(const char* setName)
 }
 
 // Null when there is no such set.
-StatImport::Labels* StatImport::findSet(const char* setName)
+StatImport::Labels* StatImport::findSet(std::string_view setName)
 {
-    if (!setName)
-        return nullptr;
     if (m_memory && m_memory->labels && m_memory->setName == setName)
         return m_memory->labels;
-    const auto found = m_labelSets.find(setName);
+    const auto found = m_labelSets.find(std::string(setName));
     if (found == m_labelSets.end())
         return nullptr;
     if (m_memory) {

@@ -11,6 +11,7 @@
 #include <memory_resource>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -67,6 +68,12 @@ public:
     readstat_error_t read(const QString& fileName, void* importer,
         readstat_value_label_handler onValueLabel, readstat_variable_handler onVariable);
 
+    // Makes read() read from input, which has to live as long; null: from the file that is named.
+    void setInput(TStatInput* input)
+    {
+        m_input = input;
+    }
+
     void addLabel(const char* setName, const readstat_value_t& value, const char* label);
     void describe(TGenericField& field, const readstat_variable_t& variable, const char* setName);
 
@@ -81,8 +88,9 @@ private:
 
     readstat_error_t parse(const QByteArray& path, void* importer,
         readstat_value_label_handler onValueLabel, readstat_variable_handler onVariable);
-    Labels& setToFill(const char* setName);
-    Labels* findSet(const char* setName);
+    std::string_view nameOf(const char* setName) const;
+    Labels& setToFill(std::string_view setName);
+    Labels* findSet(std::string_view setName);
     char* copied(const char* text, std::size_t size);
     void storeValue(TStatValueLabel& record, const readstat_value_t& value);
     StatLabelSummary summaryOf(Labels& labels, bool isWhole);
@@ -92,5 +100,7 @@ private:
     LabelSets& m_labelSets;
     std::pmr::monotonic_buffer_resource m_records; // the records of the label sets and their texts
     std::optional<StatImportMemory> m_memory; // only while a file is read
+    TStatInput* m_input = nullptr;
+    const TStatInput* m_parsed = nullptr; // what a parser reads from, while it does
     CallbackGuard m_guard;
 };

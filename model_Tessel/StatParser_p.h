@@ -1,6 +1,6 @@
 #pragma once
 
-#include <model_Tessel/MappedInput_p.h>
+#include <model_Tessel/StatInput.h>
 
 #include <QtGlobal>
 
@@ -13,14 +13,16 @@
 // Entry point of libreadstat for one kind of file.
 using StatParse = readstat_error_t (*)(readstat_parser_t*, const char*, void*);
 
-// A libreadstat parser for one parse of a mapped file, without handlers at first.
+// A libreadstat parser for one parse of a file, without handlers at first.
 class StatParser {
 public:
-    StatParser()
-        : m_parser(readstat_parser_init())
+    // Reads from input, which has to outlive it; null: from the file that the parse names.
+    explicit StatParser(TStatInput* input = nullptr)
+        : m_input(input ? input : &m_ownInput)
+        , m_parser(readstat_parser_init())
     {
         Q_CHECK_PTR(m_parser.get());
-        m_input.attachTo(m_parser.get());
+        m_input->attachTo(m_parser.get());
     }
 
     readstat_parser_t* get() const
@@ -30,7 +32,12 @@ public:
 
     bool fileEndedEarly() const
     {
-        return m_input.endedEarly();
+        return m_input->endedEarly();
+    }
+
+    const TStatInput& input() const
+    {
+        return *m_input;
     }
 
 private:
@@ -41,7 +48,10 @@ private:
         }
     };
 
-    MappedInput m_input; // outlives the parser that reads it
+    Q_DISABLE_COPY(StatParser)
+
+    TStatInput m_ownInput; // outlives the parser that reads it
+    TStatInput* m_input;
     std::unique_ptr<readstat_parser_t, Free> m_parser;
 };
 

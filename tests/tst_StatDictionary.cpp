@@ -321,7 +321,7 @@ void TestStatDictionary::typesWidthsAndDecimals_data()
     row(Stata, READSTAT_TYPE_DOUBLE, "%10,2f") << "REAL" << 10 << 2;
     row(Stata, READSTAT_TYPE_DOUBLE, "%td") << "REAL" << 7 << 0;
     row(Stata, READSTAT_TYPE_STRING, "%-9.5s") << "STRING" << 41 << 0;
-    row(Stata, READSTAT_TYPE_STRING_REF, "%9s") << "STRING" << 41 << 0;
+    row(Stata, READSTAT_TYPE_STRING_REF, "%9s") << "STRING" << 0 << 0; // as long as it likes
 }
 
 void TestStatDictionary::typesWidthsAndDecimals()

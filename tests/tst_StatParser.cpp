@@ -18,7 +18,7 @@
 
 namespace {
 
-enum class Input { Own, Mapped };
+enum class Input { Own, Buffered };
 
 // All that one parse reports, in order, and its result. The values of the rows are counted and
 // hashed, as they are many.
@@ -166,7 +166,7 @@ Report reportOf(readstat_parser_t* parser, const QString& path, TStatFileKind ki
 Report reportOf(Input input, const QString& path, TStatFileKind kind,
     readstat_progress_handler progress = onProgress)
 {
-    if (input == Input::Mapped) {
+    if (input == Input::Buffered) {
         StatParser parser;
         return reportOf(parser.get(), path, kind, progress);
     }
@@ -183,9 +183,9 @@ int openDescriptors()
         .size();
 }
 
-// The handlers of a mapped input, called as libreadstat calls them.
-struct MappedFile {
-    explicit MappedFile(const QString& path)
+// The handlers of a buffered input, called as libreadstat calls them.
+struct BufferedFile {
+    explicit BufferedFile(const QString& path)
         : io(parser.get()->io)
     {
         opened = io->open(QFile::encodeName(path).constData(), io->io_ctx);
@@ -299,10 +299,10 @@ void TestStatParser::realFileReadsTheSame()
     QFETCH(QString, file);
     const TStatFileKind kind = kindOf(file);
     const Report own = reportOf(Input::Own, file, kind);
-    const Report mapped = reportOf(Input::Mapped, file, kind);
-    QCOMPARE(mapped.result, own.result);
-    QCOMPARE(mapped.lines, own.lines);
-    QVERIFY(mapped == own);
+    const Report buffered = reportOf(Input::Buffered, file, kind);
+    QCOMPARE(buffered.result, own.result);
+    QCOMPARE(buffered.lines, own.lines);
+    QVERIFY(buffered == own);
     QVERIFY(own.result != READSTAT_OK || !own.lines.isEmpty());
 }
 
@@ -324,9 +324,9 @@ void TestStatParser::truncatedFileReadsTheSame()
         const QString copy = path(QString::number(cut));
         writeBytes(QString::number(cut), bytes.left(bytes.size() * cut / Cuts));
         const Report own = reportOf(Input::Own, copy, kind);
-        const Report mapped = reportOf(Input::Mapped, copy, kind);
-        QCOMPARE(mapped.result, own.result);
-        QVERIFY(mapped == own);
+        const Report buffered = reportOf(Input::Buffered, copy, kind);
+        QCOMPARE(buffered.result, own.result);
+        QVERIFY(buffered == own);
         results.insert(own.result);
     }
     QVERIFY(results.size() > 1 || !results.contains(READSTAT_OK));
@@ -361,13 +361,13 @@ void TestStatParser::whatIsNoFileIsRefusedTheSame()
         file = path(file);
     for (const TStatFileKind kind : { TStatFileKind::Spss, TStatFileKind::Stata }) {
         const Report own = reportOf(Input::Own, file, kind);
-        const Report mapped = reportOf(Input::Mapped, file, kind);
+        const Report buffered = reportOf(Input::Buffered, file, kind);
         QVERIFY(own.result != READSTAT_OK);
-        QCOMPARE(mapped.result, own.result);
-        QCOMPARE(mapped.lines, own.lines);
+        QCOMPARE(buffered.result, own.result);
+        QCOMPARE(buffered.lines, own.lines);
         const int expected = kind == TStatFileKind::Spss ? spss : stata;
         if (expected >= 0)
-            QCOMPARE(int(mapped.result), expected);
+            QCOMPARE(int(buffered.result), expected);
     }
 }
 
@@ -379,9 +379,9 @@ void TestStatParser::pipeIsRefusedTheSame()
     QVERIFY(writer >= 0);
     const QString pipe = path(QStringLiteral("pipe"));
     const Report own = reportOf(Input::Own, pipe, TStatFileKind::Spss);
-    const Report mapped = reportOf(Input::Mapped, pipe, TStatFileKind::Spss);
+    const Report buffered = reportOf(Input::Buffered, pipe, TStatFileKind::Spss);
     QCOMPARE(own.result, READSTAT_ERROR_SEEK);
-    QVERIFY(mapped == own);
+    QVERIFY(buffered == own);
     ::close(writer);
 }
 
@@ -400,13 +400,13 @@ void TestStatParser::progressCanEndTheParse()
     const QString file = path(QStringLiteral("rows"));
     QVERIFY(writer.write(file, kind, 100));
 
-    const Report whole = reportOf(Input::Mapped, file, kind);
+    const Report whole = reportOf(Input::Buffered, file, kind);
     QVERIFY(whole == reportOf(Input::Own, file, kind));
     QCOMPARE(whole.result, READSTAT_OK);
     QCOMPARE(whole.values, quint64(100));
     QVERIFY(whole.progressCalls > 0);
 
-    const Report aborted = reportOf(Input::Mapped, file, kind, onProgressAbort);
+    const Report aborted = reportOf(Input::Buffered, file, kind, onProgressAbort);
     QVERIFY(aborted == reportOf(Input::Own, file, kind, onProgressAbort));
     QCOMPARE(aborted.result, READSTAT_ERROR_USER_ABORT);
     QCOMPARE(aborted.progressCalls, 1);
@@ -441,36 +441,36 @@ void TestStatParser::seekAndReadAsAFile()
     QFETCH(qint64, offset);
     QFETCH(int, whence);
     writeBytes(QStringLiteral("ten"), QByteArray("0123456789"));
-    const MappedFile mapped(path(QStringLiteral("ten")));
+    const BufferedFile buffered(path(QStringLiteral("ten")));
     const PlainFile plain(path(QStringLiteral("ten")));
-    QCOMPARE(mapped.opened, 0);
-    QCOMPARE(mapped.read(3), plain.read(3));
+    QCOMPARE(buffered.opened, 0);
+    QCOMPARE(buffered.read(3), plain.read(3));
 
     const auto origin = static_cast<readstat_io_flags_t>(whence);
-    QCOMPARE(mapped.seek(offset, origin), plain.seek(offset, origin));
-    QCOMPARE(mapped.seek(0, READSTAT_SEEK_CUR), plain.seek(0, READSTAT_SEEK_CUR));
-    QCOMPARE(mapped.read(4), plain.read(4));
-    QCOMPARE(mapped.read(100), plain.read(100));
-    QCOMPARE(mapped.read(100), plain.read(100));
+    QCOMPARE(buffered.seek(offset, origin), plain.seek(offset, origin));
+    QCOMPARE(buffered.seek(0, READSTAT_SEEK_CUR), plain.seek(0, READSTAT_SEEK_CUR));
+    QCOMPARE(buffered.read(4), plain.read(4));
+    QCOMPARE(buffered.read(100), plain.read(100));
+    QCOMPARE(buffered.read(100), plain.read(100));
 }
 
 void TestStatParser::unknownOriginOfASeekFails()
 {
     writeBytes(QStringLiteral("ten"), QByteArray("0123456789"));
-    const MappedFile mapped(path(QStringLiteral("ten")));
-    QCOMPARE(mapped.seek(0, static_cast<readstat_io_flags_t>(3)), qint64(-1));
-    QCOMPARE(mapped.read(2), QByteArray("01"));
+    const BufferedFile buffered(path(QStringLiteral("ten")));
+    QCOMPARE(buffered.seek(0, static_cast<readstat_io_flags_t>(3)), qint64(-1));
+    QCOMPARE(buffered.read(2), QByteArray("01"));
 }
 
 void TestStatParser::updateWithoutHandlerIsFine()
 {
     writeBytes(QStringLiteral("ten"), QByteArray("0123456789"));
-    const MappedFile mapped(path(QStringLiteral("ten")));
-    QCOMPARE(mapped.io->update(10, nullptr, nullptr, mapped.io->io_ctx), READSTAT_OK);
+    const BufferedFile buffered(path(QStringLiteral("ten")));
+    QCOMPARE(buffered.io->update(10, nullptr, nullptr, buffered.io->io_ctx), READSTAT_OK);
 
     Report report;
-    mapped.read(5);
-    QCOMPARE(mapped.io->update(10, onProgress, &report, mapped.io->io_ctx), READSTAT_OK);
+    buffered.read(5);
+    QCOMPARE(buffered.io->update(10, onProgress, &report, buffered.io->io_ctx), READSTAT_OK);
     QCOMPARE(report.progressCalls, 1);
     QCOMPARE(report.hash, qHash(0.5, 0));
 }
@@ -497,17 +497,17 @@ void TestStatParser::earlyEndIsNoticed()
     QFETCH(bool, early);
     writeBytes(QStringLiteral("ten"), QByteArray("0123456789"));
     const QByteArray name = QFile::encodeName(path(QStringLiteral("ten")));
-    const MappedFile mapped(path(QStringLiteral("ten")));
-    QVERIFY(!mapped.parser.fileEndedEarly());
-    mapped.seek(position, READSTAT_SEEK_SET);
-    mapped.read(size);
-    QCOMPARE(mapped.parser.fileEndedEarly(), early);
-    mapped.seek(0, READSTAT_SEEK_SET);
-    mapped.read(2);
-    mapped.io->close(mapped.io->io_ctx);
-    QCOMPARE(mapped.parser.fileEndedEarly(), early);
-    mapped.io->open(name.constData(), mapped.io->io_ctx);
-    QVERIFY(!mapped.parser.fileEndedEarly());
+    const BufferedFile buffered(path(QStringLiteral("ten")));
+    QVERIFY(!buffered.parser.fileEndedEarly());
+    buffered.seek(position, READSTAT_SEEK_SET);
+    buffered.read(size);
+    QCOMPARE(buffered.parser.fileEndedEarly(), early);
+    buffered.seek(0, READSTAT_SEEK_SET);
+    buffered.read(2);
+    buffered.io->close(buffered.io->io_ctx);
+    QCOMPARE(buffered.parser.fileEndedEarly(), early);
+    buffered.io->open(name.constData(), buffered.io->io_ctx);
+    QVERIFY(!buffered.parser.fileEndedEarly());
 }
 
 void TestStatParser::filesAreClosed()
@@ -515,14 +515,14 @@ void TestStatParser::filesAreClosed()
     writeBytes(QStringLiteral("ten"), QByteArray("0123456789"));
     const int before = openDescriptors();
     {
-        const MappedFile mapped(path(QStringLiteral("ten")));
+        const BufferedFile buffered(path(QStringLiteral("ten")));
         QCOMPARE(openDescriptors(), before + 1);
-        QCOMPARE(mapped.io->close(mapped.io->io_ctx), 0);
+        QCOMPARE(buffered.io->close(buffered.io->io_ctx), 0);
         QCOMPARE(openDescriptors(), before);
-        const MappedFile left(path(QStringLiteral("ten")));
+        const BufferedFile left(path(QStringLiteral("ten")));
     }
     QCOMPARE(openDescriptors(), before);
-    reportOf(Input::Mapped, path(QStringLiteral("ten")), TStatFileKind::Spss);
+    reportOf(Input::Buffered, path(QStringLiteral("ten")), TStatFileKind::Spss);
     QCOMPARE(openDescriptors(), before);
 }
 
@@ -531,13 +531,13 @@ void TestStatParser::openingAgainStartsAnew()
     writeBytes(QStringLiteral("ten"), QByteArray("0123456789"));
     writeBytes(QStringLiteral("three"), QByteArray("abc"));
     const int before = openDescriptors();
-    const MappedFile mapped(path(QStringLiteral("ten")));
-    QCOMPARE(mapped.read(5), QByteArray("01234"));
+    const BufferedFile buffered(path(QStringLiteral("ten")));
+    QCOMPARE(buffered.read(5), QByteArray("01234"));
     const QByteArray other = QFile::encodeName(path(QStringLiteral("three")));
-    QCOMPARE(mapped.io->open(other.constData(), mapped.io->io_ctx), 0);
+    QCOMPARE(buffered.io->open(other.constData(), buffered.io->io_ctx), 0);
     QCOMPARE(openDescriptors(), before + 1);
-    QCOMPARE(mapped.read(5), QByteArray("abc"));
-    QCOMPARE(mapped.io->open("", mapped.io->io_ctx), -1);
+    QCOMPARE(buffered.read(5), QByteArray("abc"));
+    QCOMPARE(buffered.io->open("", buffered.io->io_ctx), -1);
 }
 
 void TestStatParser::guardKeepsExceptionsBack()
