@@ -1,6 +1,11 @@
 // What an import of a lookup file costs beside the least that a Qt program does to get the same
 // table: for keys in order a loop that reads lines and inserts each at the end, for keys in any
-// order one that puts the lines in order first. Compare them within one run.
+// order one that puts the lines in order first. Then what the command makes of the same import: its
+// check, and the listing of all frequencies, each with the text that it prints. Compare them within
+// one run.
+#include "lookups/LookupCheck.h"
+#include "lookups/LookupWriters.h"
+
 #include <model_Tessel/Lookup.h>
 
 #include <benchmark/benchmark.h>
@@ -133,6 +138,31 @@ void import(benchmark::State& state, const Shape& shape)
     state.SetItemsProcessed(state.iterations() * shape.lines);
 }
 
+void command(benchmark::State& state, const Shape& shape, bool countsValues)
+{
+    const QString path = fileOf(shape);
+    for (auto _ : state) {
+        LookupTask task;
+        LookupOutcome outcome;
+        task.separator = 2;
+        task.countsValues = countsValues;
+        if (!examineLookup(path, QByteArray(), task.file) || !checkLookup(task, outcome))
+            qFatal("cannot check %s", qUtf8Printable(path));
+        benchmark::DoNotOptimize(writeLookup(outcome, ListingFormat()));
+    }
+    state.SetItemsProcessed(state.iterations() * shape.lines);
+}
+
+void check(benchmark::State& state, const Shape& shape)
+{
+    command(state, shape, false);
+}
+
+void frequencies(benchmark::State& state, const Shape& shape)
+{
+    command(state, shape, true);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -161,6 +191,8 @@ int main(int argc, char** argv)
         else
             inMilliseconds("/hint", hint);
         inMilliseconds("/import", import);
+        inMilliseconds("/check", check);
+        inMilliseconds("/frequencies", frequencies);
     }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

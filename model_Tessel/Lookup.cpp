@@ -25,17 +25,10 @@ QString catalogueText(const char* key, const char* defaultText, const QString& a
         QLatin1String(key), QLatin1String(defaultText), arg1, arg2, arg3, none, none, none);
 }
 
-QChar separatorCharacter(int code)
-{
-    constexpr char characters[] = { ' ', '\t', ',', ';', ':' };
-    const bool isKnown = code >= 0 && code < static_cast<int>(std::size(characters));
-    return QLatin1Char(characters[isKnown ? code : 0]);
-}
-
 // False, with key and value left alone, where the line has no separator or an empty key.
 bool splitLine(const QString& line, int separator, QString& key, QString& value)
 {
-    const int end = line.indexOf(separatorCharacter(separator));
+    const int end = line.indexOf(TOxLookup::separatorCharacter(separator));
     if (end <= 0)
         return false;
     int start = end + 1;
@@ -85,16 +78,11 @@ void setUp(QTextStream& stream, const QByteArray& codec)
         stream.setCodec(named);
 }
 
-QString noSeparatorText(int separator)
+TOxLookupProblem noSeparator(int line, int separator)
 {
-    return catalogueText("OxLookup.splitKeyValueAVL.noSeparator", "Separator [%1] does not exist",
-        QString(separatorCharacter(separator)));
-}
-
-void report(TOxLookup& lookup, QStringList* messages, const QString& text)
-{
-    MsgText = text;
-    lookup.issueErrorMessage(messages, text);
+    return { line, TOxLookupProblem::Kind::NoSeparator, QString(),
+        catalogueText("OxLookup.splitKeyValueAVL.noSeparator", "Separator [%1] does not exist",
+            QString(TOxLookup::separatorCharacter(separator))) };
 }
 
 /*
@@ -112,12 +100,11 @@ public:
 
     void takeLine();
     void takeLateLines();
-    void reportProblems(QStringList* messages);
+    template <typename Report> void reportProblems(Report report);
 
 private:
     using Place = std::map<QString, TOxLookupValue*>::iterator;
-
-    enum ProblemKind { NoSeparator, WrongKeySize, DuplicateKey }; // as they follow within a line
+    using ProblemKind = TOxLookupProblem::Kind; // as they follow within a line
 
     struct LateLine {
         quint64 orderNumber; // of the key, behind what all late keys begin with
@@ -137,7 +124,7 @@ private:
     void postpone();
     Place insert(Place hint, QString key, QString value, int line);
     void count(const QString& value);
-    QString textOf(const Problem& problem) const;
+    TOxLookupProblem described(const Problem& problem) const;
 
     TOxLookup& m_lookup;
     std::map<QString, int*>& m_frequencies;
@@ -162,7 +149,7 @@ void Import::takeLine()
     const bool isSplit = splitLine(m_lookup.line, m_lookup.separator, m_lookup.key, m_lookup.value);
     if (m_isChecking) {
         if (!isSplit)
-            m_problems.push_back({ m_lookup.lineNumber, NoSeparator, QString() });
+            m_problems.push_back({ m_lookup.lineNumber, ProblemKind::NoSeparator, QString() });
         checkKeyLength();
     }
     if (isLate())
@@ -177,7 +164,7 @@ void Import::checkKeyLength()
     if (m_firstKeyLength == 0)
         m_firstKeyLength = length;
     else if (length != m_firstKeyLength)
-        m_problems.push_back({ m_lookup.lineNumber, WrongKeySize, m_lookup.key });
+        m_problems.push_back({ m_lookup.lineNumber, ProblemKind::WrongKeySize, m_lookup.key });
 }
 
 bool Import::isLate() const
@@ -218,7 +205,7 @@ Import::Place Import::insert(Place hint, QString key, QString value, int line)
         if (m_isCounting)
             count(place->second->value);
     } else if (m_isChecking) {
-        m_problems.push_back({ line, DuplicateKey, place->first });
+        m_problems.push_back({ line, ProblemKind::DuplicateKey, place->first });
     }
     return place;
 }
@@ -231,7 +218,7 @@ void Import::count(const QString& value)
         place->second = new int(1);
 }
 
-void Import::reportProblems(QStringList* messages)
+template <typename Report> void Import::reportProblems(Report report)
 {
     std::sort(m_problems.begin(), m_problems.end(), [](const Problem& a, const Problem& b) {
         return std::tie(a.line, a.kind) < std::tie(b.line, b.kind);
@@ -239,24 +226,28 @@ void Import::reportProblems(QStringList* messages)
     const int lastLine = m_lookup.lineNumber;
     for (const Problem& problem : m_problems) {
         m_lookup.lineNumber = problem.line;
-        report(m_lookup, messages, textOf(problem));
+        report(described(problem));
     }
     m_lookup.lineNumber = lastLine;
 }
 
-QString Import::textOf(const Problem& problem) const
+TOxLookupProblem Import::described(const Problem& problem) const
 {
+    TOxLookupProblem result { problem.line, problem.kind, problem.key, QString() };
     switch (problem.kind) {
-    case NoSeparator:
-        return noSeparatorText(m_lookup.separator);
-    case WrongKeySize:
-        return catalogueText("OxLookup.importAVL.wrongKeySize",
+    case ProblemKind::NoSeparator:
+        return noSeparator(problem.line, m_lookup.separator);
+    case ProblemKind::WrongKeySize:
+        result.text = catalogueText("OxLookup.importAVL.wrongKeySize",
             "Key [%1] has a different key size [%2] from the first record [%3]", problem.key,
             QString::number(problem.key.size()), QString::number(m_firstKeyLength));
-    case DuplicateKey:
+        break;
+    case ProblemKind::DuplicateKey:
+        result.text = catalogueText(
+            "OxLookup.importAVL.duplicateKey", "Key [%1] already exists", problem.key);
         break;
     }
-    return catalogueText("OxLookup.importAVL.duplicateKey", "Key [%1] already exists", problem.key);
+    return result;
 }
 
 } // namespace
@@ -345,7 +336,7 @@ bool TOxLookup::readLookup()
 void TOxLookup::splitKeyValueAVL(QStringList* messages)
 {
     if (!splitLine(line, separator, key, value) && isChecking(consistency))
-        report(*this, messages, noSeparatorText(separator));
+        report(noSeparator(lineNumber, separator), messages);
 }
 
 bool TOxLookup::importAVL(std::map<QString, int*>& frequencies, QStringList* messages)
@@ -378,10 +369,12 @@ bool TOxLookup::importAVL(std::map<QString, int*>& frequencies, QStringList* mes
             goesOn = tellProgress(file.pos(), percentage);
     }
     import.takeLateLines();
-    import.reportProblems(messages);
-    if (!goesOn)
-        cancelled = true;
-    return goesOn;
+    import.reportProblems(
+        [this, messages](const TOxLookupProblem& problem) { report(problem, messages);
+});
+if (!goesOn)
+    cancelled = true;
+return goesOn;
 }
 
 // What the progress function says to a new percentage, which is stored; true where it is not new.
@@ -392,6 +385,14 @@ bool TOxLookup::tellProgress(qint64 bytesRead, int& percentage) const
         return true;
     percentage = current;
     return m_progress(bytesRead, fileSize);
+}
+
+void TOxLookup::report(const TOxLookupProblem& problem, QStringList* messages)
+{
+    MsgText = problem.text;
+    issueErrorMessage(messages, problem.text);
+    if (m_problemSink)
+        m_problemSink(problem);
 }
 
 bool TOxLookup::consistencyCheck(
@@ -423,4 +424,16 @@ void TOxLookup::setTextCodec(const QByteArray& name)
 void TOxLookup::setImportProgress(LookupProgress progress)
 {
     m_progress = std::move(progress);
+}
+
+void TOxLookup::setProblemSink(LookupProblemSink sink)
+{
+    m_problemSink = std::move(sink);
+}
+
+QChar TOxLookup::separatorCharacter(int code)
+{
+    constexpr char characters[] = { ' ', '\t', ',', ';', ':' };
+    const bool isKnown = code >= 0 && code < static_cast<int>(std::size(characters));
+    return QLatin1Char(characters[isKnown ? code : 0]);
 }

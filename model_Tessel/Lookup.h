@@ -32,6 +32,18 @@ public:
  */
 using LookupProgress = std::function<bool(qint64 bytesRead, qint64 size)>;
 
+/*! One problem that a check of a lookup found. */
+struct TOxLookupProblem {
+    enum class Kind { NoSeparator, WrongKeySize, DuplicateKey };
+    int line; /*!< from 1 */
+    Kind kind;
+    QString key; /*!< of the line; empty where it has no separator */
+    QString text; /*!< as in the messages, without the number of the line */
+};
+
+/*! Given each problem when its message is issued. */
+using LookupProblemSink = std::function<void(const TOxLookupProblem& problem)>;
+
 /*!
  * Reads a lookup file, which maps codes (keys) to texts (values), and checks it.
  *
@@ -131,6 +143,15 @@ public:
      */
     void setImportProgress(LookupProgress progress);
 
+    /*!
+     * Who gets the problems as records, beside the messages: in the same order, all of them, as no
+     * limit holds for them. Empty: nobody. Whoever needs no messages gives a null list for them.
+     */
+    void setProblemSink(LookupProblemSink sink);
+
+    /*! The character that stands between key and value for separator code \a code. */
+    static QChar separatorCharacter(int code);
+
     QString id;
     QString label;
     QString errorText; /*!< message of the last failure to find the file */
@@ -154,7 +175,9 @@ public:
 
 private:
     bool tellProgress(qint64 bytesRead, int& percentage) const;
+    void report(const TOxLookupProblem& problem, QStringList* messages);
 
     QByteArray m_codec;
     LookupProgress m_progress;
+    LookupProblemSink m_problemSink;
 };

@@ -5,6 +5,7 @@
 #include "InputOptions.h"
 #include "lookups/LookupReport.h"
 #include "lookups/LookupWriters.h"
+#include "lookups/SeparatorGuess.h"
 #include "process/Output.h"
 #include "process/Supervisor.h"
 
@@ -32,8 +33,7 @@ struct LookupOptions {
 const QCommandLineOption& separatorOption()
 {
     static const QCommandLineOption option({ QStringLiteral("s"), QStringLiteral("separator") },
-        QStringLiteral("What stands between key and value; guessed from the first lines when not "
-                       "given."),
+        QStringLiteral("What stands between key and value; guessed from the lines when not given."),
         QStringLiteral("space|tab|comma|semicolon|colon"));
     return option;
 }
@@ -169,13 +169,13 @@ QString readOptions(const QCommandLineParser& parser, LookupOptions& options)
     return mistake.isNull() ? readTargets(parser, options) : mistake;
 }
 
-// The separator wanted, or the one that the first lines suggest, which is told.
+// The separator wanted, or the one that the lines suggest, which is told.
 bool chooseSeparator(const LookupOptions& options, LookupTask& task)
 {
     task.separator = options.separator;
     if (task.separator >= 0)
         return true;
-    task.separator = guessSeparator(task.file.firstLines);
+    task.separator = guessSeparator(task.file.sampleLines);
     if (task.separator < 0) {
         return failInput(options.file, 1,
             QStringLiteral("no separator is found from this line on; a lookup has a key, a space, "

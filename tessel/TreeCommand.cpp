@@ -4,11 +4,13 @@
 #include "reading/DictionaryTree.h"
 #include "InputOptions.h"
 #include "lookups/LookupFile.h"
+#include "lookups/SeparatorGuess.h"
 #include "process/Output.h"
 #include "process/Supervisor.h"
 #include "writers/TreeWriters.h"
 
 #include <model_Tessel/Entity.h>
+#include <model_Tessel/Lookup.h>
 #include <model_Tessel/Variable.h>
 
 #include <QCommandLineParser>
@@ -127,7 +129,7 @@ bool describeLookup(const LookupArgument& argument, QVector<LookupDictionary>& l
     LookupFile file;
     if (!examineLookup(argument.file, QByteArray(), file))
         return false;
-    const int separator = guessSeparator(file.firstLines);
+    const int separator = guessSeparator(file.sampleLines);
     if (separator < 0) {
         return failInput(argument.file, 1,
             QStringLiteral("no separator is found from this line on; 'tessel lookup' tells more"));
@@ -135,7 +137,7 @@ bool describeLookup(const LookupArgument& argument, QVector<LookupDictionary>& l
     LookupDictionary lookup;
     lookup.setName(argument.variable);
     lookup.setFile(argument.file);
-    lookup.setSeparator(separatorText(separator));
+    lookup.setSeparator(TOxLookup::separatorCharacter(separator));
     lookups.append(lookup);
     return true;
 }

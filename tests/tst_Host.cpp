@@ -9,6 +9,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLoggingCategory>
@@ -147,8 +148,10 @@ private slots:
     void cells();
     void filter();
     void filterKeepsTheSelection();
+    void filterKeepsTheWidths();
     void filterOfManyVariables();
     void valueLabels();
+    void markedCodes();
     void longAndMarkedNames();
     void statFiles();
     void openDialog();
@@ -250,6 +253,27 @@ void tst_Host::filterKeepsTheSelection()
     QVERIFY(host.labels().isEmpty());
 }
 
+void tst_Host::filterKeepsTheWidths()
+{
+    Host host;
+    QVERIFY(host.open(example("census.dcf")));
+    QHeaderView& header = *host.get<QTreeView>("tree").header();
+    header.resizeSection(DictionaryModel::NameColumn, 333);
+    header.resizeSection(DictionaryModel::TypeColumn, 123);
+    const auto widths = [&] {
+        QVector<int> sizes;
+        for (int column = 0; column < header.count(); ++column)
+            sizes.append(header.sectionSize(column));
+        return sizes;
+    };
+    const QVector<int> before = widths();
+    for (const QString text : { "walls", "nothing has this name", "" }) {
+        host.get<QLineEdit>("filter").setText(text);
+        QCOMPARE(widths(), before);
+        QCOMPARE(header.sectionResizeMode(DictionaryModel::LabelColumn), QHeaderView::Stretch);
+    }
+}
+
 // Were the rows that a filter hides taken away one by one, this would not end.
 void tst_Host::filterOfManyVariables()
 {
@@ -290,6 +314,50 @@ void tst_Host::valueLabels()
     host.select("URBAN_RURAL");
     QVERIFY(host.open(example("census.dcf")));
     QVERIFY(host.labels().isEmpty());
+}
+
+void tst_Host::markedCodes()
+{
+    Host host;
+    const auto& table = host.get<QTableWidget>("valueLabels");
+    const auto kinds = [&] {
+        QStringList list;
+        for (int row = 0; row < table.rowCount(); ++row) {
+            const QString kind = table.item(row, 2)->text();
+            for (int column = 0; column < 3; ++column) {
+                if (table.item(row, column)->font().italic() == kind.isEmpty())
+                    list << "not as the others of its row";
+            }
+            if (!kind.isEmpty())
+                list << table.item(row, 0)->text() + '=' + kind;
+        }
+        return list;
+    };
+    QVERIFY(host.open(example("census.dcf")));
+    host.select("BIRTH_YEAR");
+    QCOMPARE(kinds(), QStringList({ "9999=missing" }));
+    QVERIFY(!table.isColumnHidden(2));
+    host.select("URBAN_RURAL");
+    QCOMPARE(kinds(), QStringList());
+    QVERIFY(table.isColumnHidden(2));
+
+    QTemporaryDir folder;
+    QFile file(folder.filePath("kinds.dcf"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[Dictionary]\nName=D\n[Record]\nName=R\n[Item]\nName=N\nStart=1\nLen=2\n"
+               "[ValueSet]\nName=N_VS1\nValue=0;None\nValue=1;One\nValue=98;Unasked\n"
+               "Name=NOTAPPL ,Special\nValue=99;Unknown\nName=MISSING ,Special\n"
+               "[Item]\nName=T\nStart=3\nLen=2\nDataType=Alpha\n"
+               "[ValueSet]\nName=T_VS1\nValue='99';Ninety-nine\nValue='0';Nought\n");
+    file.close();
+    QVERIFY(host.open(file.fileName()));
+    host.select("N");
+    QCOMPARE(kinds(), QStringList({ "98=not applicable", "99=missing" }));
+    host.select("T");
+    QCOMPARE(kinds(), QStringList());
+    QVERIFY(host.open(example("household.sav")));
+    host.select("WATER_HOURS");
+    QCOMPARE(kinds(), QStringList({ "99.9=missing" }));
 }
 
 void tst_Host::longAndMarkedNames()

@@ -154,6 +154,8 @@ private slots:
     void importReports();
     void importWithoutChecksReportsNothing();
     void importToNobody();
+    void problemRecords();
+    void separatorCharacters();
     void limitOfTheImport();
     void hundredThousandMessages();
     void stateAfterTheImport();
@@ -795,6 +797,55 @@ void tst_Lookup::importWithoutChecksReportsNothing()
         QCOMPARE(checked.frequencies.size(), std::size_t(mode == 1 ? 2 : 0));
     }
     QCOMPARE(MsgText, QString("text of before"));
+}
+
+void tst_Lookup::problemRecords()
+{
+    using Kind = TOxLookupProblem::Kind;
+    write("file", "01,a\n01,b\nbad\n2,b\n00,c\n01,d\n");
+    Checked checked(path("file"));
+    std::vector<TOxLookupProblem> problems;
+    checked.lookup.setProblemSink(
+        [&](const TOxLookupProblem& problem) { problems.push_back(problem); });
+    QVERIFY(checked.run(checkOnly));
+    QStringList lines;
+    QVector<QPair<Kind, QString>> kinds;
+    for (const TOxLookupProblem& problem : problems) {
+        lines.append(QString::number(problem.line) + '_' + problem.text);
+        kinds.append({ problem.kind, problem.key });
+    }
+    QCOMPARE(lines, checked.messages);
+    QCOMPARE(kinds,
+        (QVector<QPair<Kind, QString>> { { Kind::DuplicateKey, "01" }, { Kind::NoSeparator, "" },
+            { Kind::DuplicateKey, "01" }, { Kind::WrongKeySize, "2" },
+            { Kind::DuplicateKey, "01" } }));
+
+    // No limit holds for the records, and nobody needs the messages.
+    checked.lookup.maxMessages = 1;
+    std::map<QString, int*> none;
+    checked.deleteValues();
+    QVERIFY(checked.lookup.importAVL(none, nullptr));
+    QCOMPARE(problems.size(), std::size_t(10));
+    QCOMPARE(problems.at(9).text, problems.at(4).text);
+    checked.lookup.line = "none";
+    checked.lookup.lineNumber = 77;
+    checked.lookup.splitKeyValueAVL(nullptr);
+    QCOMPARE(problems.size(), std::size_t(11));
+    QCOMPARE(problems.back().line, 77);
+    QVERIFY(problems.back().kind == Kind::NoSeparator);
+    checked.lookup.setProblemSink({});
+    checked.deleteValues();
+    QVERIFY(checked.lookup.importAVL(none, nullptr));
+    QCOMPARE(problems.size(), std::size_t(11));
+}
+
+void tst_Lookup::separatorCharacters()
+{
+    const QString characters = " \t,;:";
+    for (int code = 0; code < characters.size(); ++code)
+        QCOMPARE(TOxLookup::separatorCharacter(code), characters.at(code));
+    for (const int code : { -1, 5, 7, 2147483647 })
+        QCOMPARE(TOxLookup::separatorCharacter(code), QChar(' '));
 }
 
 void tst_Lookup::importToNobody()

@@ -14,6 +14,8 @@
 #include <QXmlStreamReader>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 namespace {
 
 Outcome runLookup(const QStringList& arguments)
@@ -98,6 +100,7 @@ private slots:
     void separatorsAgree();
     void guessing_data();
     void guessing();
+    void fifo();
     void csvAndJsonAgree();
     void csvQuotes();
     void exampleLookup();
@@ -167,6 +170,15 @@ void tst_LookupCommand::guessing_data()
         << QByteArray("01;from 1:20\n02;from 2:30\n") << "semicolon";
     QTest::newRow("blank lines") << QByteArray("\n\n01\tA b\n\n02\tC, d\n") << "tab";
     QTest::newRow("keys of several lengths") << QByteArray("1:A\n22:B\n333:C\n") << "colon";
+    QByteArray dirty;
+    for (int i = 1; i <= 1000; ++i) {
+        dirty += QByteArray::number(i).rightJustified(8, '0') + (i % 100 == 0 ? ' ' : ',')
+            + "Place name\n";
+    }
+    QTest::newRow("one line in a hundred without") << dirty << "comma";
+    const QByteArray others = QByteArray("1;2\n").repeated(100'000);
+    QTest::newRow("others at the start, and at the end")
+        << others + QByteArray("0001,Place\n").repeated(400'000) + others << "comma";
     QTest::newRow("one bad line") << QByteArray("a heading\n01;A\n02;B\n") << "semicolon";
 }
 
@@ -175,6 +187,20 @@ void tst_LookupCommand::guessing()
     QFETCH(QByteArray, bytes);
     QFETCH(QString, separator);
     QCOMPARE(jsonOf({ fileOf(bytes) }).value("separator").toString(), separator);
+}
+
+// A pipe cannot be read twice, and one that nobody writes to would be waited for.
+void tst_LookupCommand::fifo()
+{
+    const QString path = m_folder.filePath("fifo");
+    QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    for (const QStringList& arguments : { QStringList { path }, { "-s", "comma", path } }) {
+        const Outcome outcome = runLookup(arguments);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.errors.startsWith(path.toUtf8() + ": error: is a "));
+        QCOMPARE(outcome.errors.count('\n'), 1);
+        QVERIFY(outcome.output.isEmpty());
+    }
 }
 
 void tst_LookupCommand::csvAndJsonAgree()
@@ -325,8 +351,8 @@ void tst_LookupCommand::reportIsWellFormed()
     for (const char* text : { "AREAS", "Areas & places", "lookup_problems.txt", "semicolon",
              "Key [02] already exists", "North" })
         QVERIFY2(page.cells.contains(text), text);
-    for (const char* caption :
-        { "Lookup Checking", "Lookup Identification", "Lookup Label", "Lookup File" })
+    for (const char* caption : { "<h1>Lookup check</h1>", "<title>Lookup check: AREAS</title>",
+             "Lookup Identification", "Lookup Label", "Lookup File" })
         QVERIFY2(bytes.contains(caption), caption);
     QVERIFY(bytes.contains("is not consistent"));
     QCOMPARE(page.elements.value("svg"), 3);
@@ -393,7 +419,7 @@ void tst_LookupCommand::reportInABrowser()
     const QString shown = QString::fromUtf8(process.readAllStandardOutput());
     QVERIFY(!shown.isEmpty());
     // Markup of a value that came to life would have changed the title and added elements.
-    QVERIFY(shown.contains("Lookup Checking: MARKUP</title>"));
+    QVERIFY(shown.contains("Lookup check: MARKUP</title>"));
     QVERIFY(!shown.contains("<script"));
     QVERIFY(!shown.contains("<img"));
     QVERIFY(shown.contains("&lt;script&gt;document.title=\"injected\"&lt;/script&gt;</td>"));

@@ -37,6 +37,29 @@ QString localFile(const QMimeData& data)
     return {};
 }
 
+enum LabelColumn { CodeColumn, TextColumn, KindColumn, LabelColumnCount };
+
+// What a code is besides its label; empty: ordinary. A variable without such a code has 0 for it.
+QString kindOf(const QString& code, const TOxVariable& variable)
+{
+    bool isNumber = false;
+    const double number = code.toDouble(&isNumber);
+    if (!isNumber || number == 0 || variable.getVarType() == QLatin1String("STRING"))
+        return {};
+    if (number == variable.getMissing())
+        return MainWindow::tr("missing");
+    return number == variable.getNotappl() ? MainWindow::tr("not applicable") : QString();
+}
+
+QTableWidgetItem* labelCell(const QString& text, bool isItalic)
+{
+    auto* cell = new QTableWidgetItem(text);
+    QFont font = cell->font();
+    font.setItalic(isItalic);
+    cell->setFont(font);
+    return cell;
+}
+
 } // namespace
 
 MainWindow::MainWindow(QWidget* parent)
@@ -119,14 +142,16 @@ QWidget* MainWindow::createLabels()
     m_labelsTitle->setObjectName(QStringLiteral("labelsTitle"));
     m_labelsTitle->setTextFormat(Qt::PlainText);
     m_labelsTitle->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    m_labels = new QTableWidget(0, 2);
+    m_labels = new QTableWidget(0, LabelColumnCount);
     m_labels->setObjectName(QStringLiteral("valueLabels"));
-    m_labels->setHorizontalHeaderLabels({ tr("Code"), tr("Label") });
+    m_labels->setHorizontalHeaderLabels({ tr("Code"), tr("Label"), tr("Kind") });
     m_labels->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_labels->verticalHeader()->hide();
     m_labels->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
-    m_labels->horizontalHeader()->setStretchLastSection(true);
-    m_labels->setColumnWidth(0, 70);
+    m_labels->horizontalHeader()->setSectionResizeMode(TextColumn, QHeaderView::Stretch);
+    m_labels->horizontalHeader()->setSectionResizeMode(KindColumn, QHeaderView::ResizeToContents);
+    m_labels->setColumnWidth(CodeColumn, 70);
+    m_labels->setColumnHidden(KindColumn, true);
 
     auto* panel = new QWidget;
     auto* layout = new QVBoxLayout(panel);
@@ -185,13 +210,15 @@ void MainWindow::readAgain()
 }
 
 // The rows are set anew: taking thousands away one by one, among those that stay, would take
-// minutes.
+// minutes. The header would forget its widths over that.
 void MainWindow::filter(const QString& text)
 {
     const QModelIndex current = m_visible.mapToSource(m_tree->currentIndex());
+    const QByteArray widths = m_tree->header()->saveState();
     m_visible.setSourceModel(nullptr);
     m_visible.setFilterFixedString(text);
     m_visible.setSourceModel(m_model);
+    m_tree->header()->restoreState(widths);
     m_tree->expandAll();
     m_tree->setCurrentIndex(m_visible.mapFromSource(current));
     showLabels(m_tree->currentIndex());
@@ -207,10 +234,16 @@ void MainWindow::showLabels(const QModelIndex& index)
         return;
     const QList<ValueLabelElement*>& labels = *variable->getValueLabelElementList();
     m_labels->setRowCount(labels.size());
+    bool hasKinds = false;
     for (int row = 0; row < labels.size(); ++row) {
-        m_labels->setItem(row, 0, new QTableWidgetItem(labels.at(row)->getValue()));
-        m_labels->setItem(row, 1, new QTableWidgetItem(labels.at(row)->getLabel()));
+        const ValueLabelElement& label = *labels.at(row);
+        const QString kind = kindOf(label.getValue(), *variable);
+        hasKinds = hasKinds || !kind.isEmpty();
+        const QStringList cells { label.getValue(), label.getLabel(), kind };
+        for (int column = 0; column < cells.size(); ++column)
+            m_labels->setItem(row, column, labelCell(cells.at(column), !kind.isEmpty()));
     }
+    m_labels->setColumnHidden(KindColumn, !hasKinds);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event)

@@ -1,17 +1,12 @@
 #include "lookups/LookupCheck.h"
 
+#include "lookups/SeparatorGuess.h"
 #include "reading/InputFile.h"
 #include "process/Progress.h"
 
-#include <model_Tessel/Lookup.h>
-
 #include <QFile>
-#include <QHash>
 #include <QTemporaryFile>
 #include <QTextCodec>
-
-#include <algorithm>
-#include <limits>
 
 namespace {
 
@@ -57,7 +52,7 @@ bool convert(const LookupFile& file, QTemporaryFile& copy)
                 .arg(QString::fromLatin1(file.encoding), copy.errorString()));
 }
 
-bool import(const LookupTask& task, TOxLookup& lookup, QStringList& lines)
+bool import(const LookupTask& task, TOxLookup& lookup)
 {
     const QString& path = task.file.path;
     QTemporaryFile copy;
@@ -70,78 +65,54 @@ bool import(const LookupTask& task, TOxLookup& lookup, QStringList& lines)
         lookup.setTextCodec("UTF-8");
     }
     lookup.setSeparator(task.separator);
-    // Every message is shown, so none may give way to the notice that there are too many.
-    lookup.maxMessages = std::numeric_limits<int>::max();
     Progress progress(QStringLiteral("reading %1").arg(path));
     lookup.setImportProgress([&progress](qint64 bytesRead, qint64 size) {
         progress.show(bytesRead, size);
         return true;
     });
     std::map<QString, int*> unused;
-    return lookup.consistencyCheck(checkOnly, unused, &lines)
+    return lookup.consistencyCheck(checkOnly, unused, nullptr)
         || failInput(path, 0, QStringLiteral("no such file"));
 }
 
-LookupMessage messageOf(const QString& line)
-{
-    using Kind = LookupMessage::Kind;
-    const int mark = line.indexOf(QLatin1Char('_'));
-    const QString text = line.mid(mark + 1);
-    Kind kind = Kind::WrongKeyLength;
-    if (text.startsWith(QLatin1String("Separator ")))
-        kind = Kind::NoSeparator;
-    else if (text.endsWith(QLatin1String("] already exists")))
-        kind = Kind::DuplicateKey;
-    return { line.leftRef(mark).toInt(), kind, text };
-}
+// Adds up the problems as they come in order of the lines.
+class ProblemCounter {
+public:
+    explicit ProblemCounter(LookupOutcome& outcome)
+        : m_outcome(outcome)
+    {
+    }
 
-void takeMessages(const QStringList& lines, LookupOutcome& outcome)
-{
-    using Kind = LookupMessage::Kind;
-    outcome.messages.reserve(lines.size());
-    int lineWithoutSeparator = 0;
-    for (const QString& line : lines) {
-        const LookupMessage message = messageOf(line);
-        if (message.kind == Kind::NoSeparator) {
-            ++outcome.withoutSeparator;
-            lineWithoutSeparator = message.line;
-        } else if (message.kind == Kind::DuplicateKey) {
-            ++outcome.duplicateKeys;
-            outcome.repeatedBySeparator += message.line == lineWithoutSeparator ? 1 : 0;
+    void take(const TOxLookupProblem& problem)
+    {
+        using Kind = TOxLookupProblem::Kind;
+        m_outcome.problems.append(problem);
+        if (problem.kind == Kind::NoSeparator) {
+            ++m_outcome.withoutSeparator;
+            m_lineWithoutSeparator = problem.line;
+        } else if (problem.kind == Kind::DuplicateKey) {
+            ++m_outcome.duplicateKeys;
+            m_outcome.repeatedBySeparator += problem.line == m_lineWithoutSeparator ? 1 : 0;
         } else {
-            ++outcome.wrongKeyLengths;
+            ++m_outcome.wrongKeyLengths;
         }
-        outcome.messages.append(message);
     }
-}
 
-QVector<ValueCount> countValues(const TOxLookup& lookup)
-{
-    QHash<QString, int> counts;
-    for (const auto& [key, value] : lookup.values) {
-        if (!key.isEmpty())
-            ++counts[value->value];
-    }
-    QVector<ValueCount> frequencies;
-    frequencies.reserve(counts.size());
-    for (auto count = counts.cbegin(); count != counts.cend(); ++count)
-        frequencies.append({ count.key(), count.value() });
-    std::sort(frequencies.begin(), frequencies.end(), [](const ValueCount& a, const ValueCount& b) {
-        return a.keys != b.keys ? a.keys > b.keys : a.value < b.value;
-    });
-    return frequencies;
-}
+private:
+    LookupOutcome& m_outcome;
+    int m_lineWithoutSeparator = 0;
+};
 
 } // namespace
 
-QString kindName(LookupMessage::Kind kind)
+QString kindName(TOxLookupProblem::Kind kind)
 {
     switch (kind) {
-    case LookupMessage::Kind::NoSeparator:
+    case TOxLookupProblem::Kind::NoSeparator:
         return QStringLiteral("no-separator");
-    case LookupMessage::Kind::WrongKeyLength:
+    case TOxLookupProblem::Kind::WrongKeySize:
         return QStringLiteral("wrong-key-length");
-    case LookupMessage::Kind::DuplicateKey:
+    case TOxLookupProblem::Kind::DuplicateKey:
         break;
     }
     return QStringLiteral("duplicate-key");
@@ -150,8 +121,9 @@ QString kindName(LookupMessage::Kind kind)
 bool checkLookup(const LookupTask& task, LookupOutcome& outcome)
 {
     OwnLookup lookup;
-    QStringList lines;
-    if (!import(task, lookup, lines))
+    ProblemCounter counter(outcome);
+    lookup.setProblemSink([&counter](const TOxLookupProblem& problem) { counter.take(problem); });
+    if (!import(task, lookup))
         return false;
     // Lines without a separator before the first record stand under an empty key.
     outcome.keys = static_cast<int>(lookup.values.size() - lookup.values.count(QString()));
@@ -166,9 +138,8 @@ bool checkLookup(const LookupTask& task, LookupOutcome& outcome)
     outcome.separator = task.separator;
     outcome.isGuessed = task.isGuessed;
     outcome.lines = lookup.lineNumber;
-    takeMessages(lines, outcome);
     if (task.countsValues)
-        outcome.frequencies = countValues(lookup);
+        outcome.frequencies = countValues(lookup.values);
     if (task.variable)
         outcome.comparison = compareLabels(lookup.values, *task.variable);
     return true;

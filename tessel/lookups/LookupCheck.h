@@ -2,28 +2,17 @@
 
 #include "lookups/LookupFile.h"
 #include "lookups/LookupLabels.h"
+#include "lookups/ValueCounts.h"
+
+#include <model_Tessel/Lookup.h>
 
 #include <QString>
 #include <QVector>
 
 #include <optional>
 
-/*! One problem of a lookup file. */
-struct LookupMessage {
-    enum class Kind { NoSeparator, WrongKeyLength, DuplicateKey };
-    int line; /*!< from 1 */
-    Kind kind;
-    QString text;
-};
-
 /*! "no-separator", "wrong-key-length" or "duplicate-key". */
-QString kindName(LookupMessage::Kind kind);
-
-/*! A value of a lookup and how many keys carry it. */
-struct ValueCount {
-    QString value;
-    int keys;
-};
+QString kindName(TOxLookupProblem::Kind kind);
 
 /*! What is wanted of a check. */
 struct LookupTask {
@@ -46,13 +35,13 @@ struct LookupOutcome {
     int wrongKeyLengths = 0;
     int withoutSeparator = 0; /*!< lines */
     int repeatedBySeparator = 0; /*!< duplicate keys that are lines without a separator */
-    QVector<LookupMessage> messages; /*!< in order of the lines */
+    QVector<TOxLookupProblem> problems; /*!< in order of the lines */
     std::optional<QVector<ValueCount>> frequencies; /*!< most frequent first */
     std::optional<LabelComparison> comparison;
 
     bool isConsistent() const
     {
-        return messages.isEmpty() && (!comparison || comparison->isEqual());
+        return problems.isEmpty() && (!comparison || comparison->isEqual());
     }
 };
 

@@ -1,20 +1,15 @@
 #include "lookups/LookupFile.h"
 
+#include "lookups/SeparatorGuess.h"
 #include "process/Console.h"
 #include "reading/InputFile.h"
 
 #include <QFile>
 #include <QTextCodec>
 
-#include <tuple>
-
 namespace {
 
 constexpr qint64 ChunkSize = 1'048'576;
-constexpr int HeadSize = 65'536;
-constexpr int GuessLines = 100;
-
-constexpr char separators[] = { ' ', '\t', ',', ';', ':' };
 
 // Characters that no text file holds; an end-of-file mark of old and an escape do occur.
 bool isBinary(QChar character)
@@ -27,7 +22,7 @@ bool isBinary(QChar character)
 struct Scan {
     int binaryLine = 0; // line, from 1, of the first character that is in no text; 0: none
     int invalidLine = 0; // of the first that is no valid text in the encoding; 0: none
-    QByteArray head; // the file's first bytes
+    LineSample sample; // an invalid byte is one character, so keys have nearly their lengths
 };
 
 // Line of the first character in text that a predicate holds for; line counts on to the text's end.
@@ -53,8 +48,6 @@ bool scan(const QString& path, const QTextCodec& codec, Scan& result)
         const QByteArray bytes = file.read(ChunkSize);
         if (bytes.isEmpty())
             return failInput(path, 0, QStringLiteral("cannot be read: %1").arg(file.errorString()));
-        if (result.head.isEmpty())
-            result.head = bytes.left(HeadSize);
         const QString text = codec.toUnicode(bytes.constData(), bytes.size(), &state);
         result.binaryLine = findLine(text, line, isBinary);
         if (result.binaryLine > 0)
@@ -65,6 +58,7 @@ bool scan(const QString& path, const QTextCodec& codec, Scan& result)
             result.invalidLine = qMax(found, line);
         }
         line += text.count(QLatin1Char('\n'));
+        result.sample.add(text);
     }
     if (state.remainingChars > 0 && result.invalidLine == 0)
         result.invalidLine = line;
@@ -87,52 +81,6 @@ bool failInvalid(const QString& path, int line, const QTextCodec& codec, bool is
                        .arg(name)
                  : QStringLiteral("the text is not valid %1; name another encoding with --encoding")
                        .arg(name));
-}
-
-QStringList firstLines(const QByteArray& head, const QTextCodec& codec)
-{
-    QTextCodec::ConverterState state;
-    const QString text = codec.toUnicode(head.constData(), head.size(), &state);
-    const QVector<QStringRef> parts = text.splitRef(QLatin1Char('\n'));
-    QStringList lines;
-    for (const QStringRef& line : parts) {
-        if (!line.trimmed().isEmpty() && lines.size() < GuessLines)
-            lines.append(line.toString().remove(QLatin1Char('\r')));
-    }
-    // The head may end within a line.
-    if (head.size() == HeadSize && lines.size() > 1 && lines.size() < GuessLines)
-        lines.removeLast();
-    return lines;
-}
-
-/* How well one separator divides lines; the better the greater. */
-struct Fit {
-    int lines = 0; // that it divides
-    bool isOneLength = true; // of the keys
-    qint64 keyLengths = 0; // together
-
-    bool isWorseThan(const Fit& other) const
-    {
-        return std::make_tuple(lines, isOneLength, -keyLengths)
-            < std::make_tuple(other.lines, other.isOneLength, -other.keyLengths);
-    }
-};
-
-Fit fitOf(char separator, const QStringList& lines)
-{
-    Fit fit;
-    int firstLength = 0;
-    for (const QString& line : lines) {
-        const int length = line.indexOf(QLatin1Char(separator));
-        if (length <= 0)
-            continue;
-        if (fit.lines == 0)
-            firstLength = length;
-        ++fit.lines;
-        fit.isOneLength = fit.isOneLength && length == firstLength;
-        fit.keyLengths += length;
-    }
-    return fit;
 }
 
 } // namespace
@@ -163,31 +111,6 @@ bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& 
     }
     file.path = path;
     file.encoding = codec->name();
-    file.firstLines = firstLines(result.head, *codec);
+    file.sampleLines = result.sample.lines();
     return true;
-}
-
-QStringList separatorNames()
-{
-    return { QStringLiteral("space"), QStringLiteral("tab"), QStringLiteral("comma"),
-        QStringLiteral("semicolon"), QStringLiteral("colon") };
-}
-
-QString separatorText(int code)
-{
-    return QString(QLatin1Char(separators[code]));
-}
-
-int guessSeparator(const QStringList& lines)
-{
-    int best = -1;
-    Fit bestFit;
-    for (int code = 0; code < separatorNames().size(); ++code) {
-        const Fit fit = fitOf(separators[code], lines);
-        if (fit.lines > 0 && (best < 0 || bestFit.isWorseThan(fit))) {
-            best = code;
-            bestFit = fit;
-        }
-    }
-    return best;
 }

@@ -8,7 +8,7 @@
 struct LookupFile {
     QString path;
     QByteArray encoding; /*!< name of the text codec that it is decoded with */
-    QStringList firstLines; /*!< those with something in them */
+    QStringList sampleLines; /*!< some of those with something in them */
 };
 
 /*!
@@ -18,15 +18,3 @@ struct LookupFile {
  *     Windows-1252, which is told. A byte-order mark wins over the name, too.
  */
 bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& file);
-
-/*! Names of the separators, in the order of the library's codes for them. */
-QStringList separatorNames();
-
-/*! The separator of \a code itself. */
-QString separatorText(int code);
-
-/*!
- * Code of the separator that divides most of \a lines; of several such the one that gives keys of
- * one length, then the one that comes first in the lines. -1: none divides any line.
- */
-int guessSeparator(const QStringList& lines);

@@ -2,6 +2,7 @@
 
 #include "process/Console.h"
 #include "lookups/LookupWriters.h"
+#include "lookups/SeparatorGuess.h"
 #include "text/ShownText.h"
 
 #include <model_Tessel/ReportLookup.h>
@@ -120,14 +121,14 @@ QString summary(const LookupOutcome& outcome)
     return text + tableEnd();
 }
 
-QString messages(const QVector<LookupMessage>& messages)
+QString messages(const QVector<TOxLookupProblem>& problems)
 {
     QString text = heading(QStringLiteral("Messages"));
-    if (messages.isEmpty())
+    if (problems.isEmpty())
         return text + QStringLiteral("<p>There are none.</p>\n");
     text += tableStart({ { "Line", true }, { "Message", false } });
-    for (const LookupMessage& message : messages) {
-        text += row(numberCell(message.line) + cell(message.text));
+    for (const TOxLookupProblem& problem : problems) {
+        text += row(numberCell(problem.line) + cell(problem.text));
     }
     return text + tableEnd();
 }
@@ -183,7 +184,7 @@ QString frequencies(const QVector<ValueCount>& counts)
 
 QByteArray lookupPage(const ReportLookup& report, const LookupOutcome& outcome)
 {
-    const QString title = escaped(report.titleReport());
+    const QString title = QStringLiteral("Lookup check");
     QString page = QStringLiteral(
         "<!DOCTYPE html>\n"
         "<html xmlns=\"http://www.w3.org/1999/xhtml\" lang=\"en\">\n<head>\n"
@@ -194,7 +195,7 @@ QByteArray lookupPage(const ReportLookup& report, const LookupOutcome& outcome)
     page += QStringLiteral("<title>") + title + QStringLiteral(": ") + escaped(report.idValue())
         + QStringLiteral("</title>\n<style>") + QLatin1String(styleSheet)
         + QStringLiteral("</style>\n</head>\n<body>\n<h1>") + title + QStringLiteral("</h1>\n");
-    page += identification(report) + summary(outcome) + messages(outcome.messages);
+    page += identification(report) + summary(outcome) + messages(outcome.problems);
     if (outcome.comparison)
         page += comparison(*outcome.comparison);
     if (outcome.frequencies)

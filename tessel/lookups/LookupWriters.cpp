@@ -1,4 +1,5 @@
 #include "lookups/LookupWriters.h"
+#include "lookups/SeparatorGuess.h"
 
 #include "process/Console.h"
 #include "text/CsvText.h"
@@ -6,10 +7,14 @@
 #include "text/ShownText.h"
 #include "text/TextTable.h"
 
+#include <algorithm>
+
 namespace {
 
 // Changes only when a reader of the JSON has to change.
 constexpr int JsonVersion = 1;
+
+constexpr int NarrowestPlain = 20; // columns; below that a table may lay out in another way
 
 using Align = TextTable::Align;
 
@@ -22,26 +27,60 @@ QString shown(const QString& text)
     return printable(needsQuotes ? QLatin1Char('\'') + text + QLatin1Char('\'') : text);
 }
 
-QString messageTable(const QVector<LookupMessage>& messages, int width)
+QString messageTable(const QVector<TOxLookupProblem>& problems, int width)
 {
-    if (messages.isEmpty())
+    if (problems.isEmpty())
         return QString();
     TextTable table(
         { { QStringLiteral("Line"), Align::Right }, { QStringLiteral("Message"), Align::Left } });
     table.beginGroup(QStringLiteral("Messages"));
-    for (const LookupMessage& message : messages)
-        table.addRow({ QString::number(message.line), printable(message.text) });
+    for (const TOxLookupProblem& problem : problems)
+        table.addRow({ QString::number(problem.line), printable(problem.text) });
     return table.toText(width);
 }
 
-QString frequencyTable(const QVector<ValueCount>& frequencies, int width)
+// True for a text that stands in a row as it is, a column for each character.
+bool isPlain(const QString& text, int room)
+{
+    if (text.isEmpty() || text.size() > room || text.at(0).isSpace()
+        || text.at(text.size() - 1).isSpace())
+        return false;
+    return std::all_of(text.cbegin(), text.cend(), [](QChar character) {
+        const ushort code = character.unicode();
+        return (code >= 0x20 && code < 0x7F) || (code >= 0xC0 && code < 0x250);
+    });
+}
+
+TextTable frequencyHead(const ValueCount& first)
 {
     TextTable table(
         { { QStringLiteral("Keys"), Align::Right }, { QStringLiteral("Value"), Align::Left } });
     table.beginGroup(QStringLiteral("Values, and how many keys carry each"));
-    for (const ValueCount& count : frequencies)
+    table.addRow({ QString::number(first.keys), shown(first.value) });
+    return table;
+}
+
+// There may be millions of rows, so plain ones are written without a table. The first row has the
+// highest number, which all are aligned by.
+QString frequencyTable(const QVector<ValueCount>& frequencies, int width)
+{
+    const TextTable head = frequencyHead(frequencies.constFirst());
+    const int digits = qMax(4, QString::number(frequencies.constFirst().keys).size());
+    const int room = width - digits - 1;
+    QString text = head.toText(width);
+    const int headLength = text.size();
+    for (int i = 1; i < frequencies.size(); ++i) {
+        const ValueCount& count = frequencies.at(i);
+        if (room >= NarrowestPlain && isPlain(count.value, room)) {
+            text += QString::number(count.keys).rightJustified(digits) + QLatin1Char(' ')
+                + count.value + QLatin1Char('\n');
+            continue;
+        }
+        TextTable table = head;
         table.addRow({ QString::number(count.keys), shown(count.value) });
-    return table.toText(width);
+        text += table.toText(width).midRef(headLength);
+    }
+    return text;
 }
 
 void addDifferences(
@@ -75,10 +114,10 @@ QByteArray asTable(const LookupOutcome& outcome, int width)
         const QStringList parts = wrapped(printable(line), width);
         text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
-    text += messageTable(outcome.messages, width);
+    text += messageTable(outcome.problems, width);
     if (outcome.comparison)
         text += comparisonTable(*outcome.comparison, width);
-    if (outcome.frequencies)
+    if (outcome.frequencies && !outcome.frequencies->isEmpty())
         text += frequencyTable(*outcome.frequencies, width);
     return text.toUtf8();
 }
@@ -110,9 +149,9 @@ QByteArray asCsv(const LookupOutcome& outcome)
         + csvCount("duplicate-key", outcome.duplicateKeys)
         + csvCount("wrong-key-length", outcome.wrongKeyLengths)
         + csvCount("no-separator", outcome.withoutSeparator);
-    for (const LookupMessage& message : outcome.messages) {
-        bytes += csvLine({ QStringLiteral("message"), kindName(message.kind),
-            QString::number(message.line), QString(), message.text, QString(), QString() });
+    for (const TOxLookupProblem& problem : outcome.problems) {
+        bytes += csvLine({ QStringLiteral("message"), kindName(problem.kind),
+            QString::number(problem.line), QString(), problem.text, QString(), QString() });
     }
     if (outcome.comparison) {
         bytes += csvDifferences("key-without-label", outcome.comparison->keysWithoutLabel)
@@ -152,13 +191,13 @@ void addComparison(JsonWriter& json, const LabelComparison& comparison)
     json.endObject();
 }
 
-void addMessages(JsonWriter& json, const QVector<LookupMessage>& messages)
+void addMessages(JsonWriter& json, const QVector<TOxLookupProblem>& problems)
 {
     json.beginList("messages");
-    for (const LookupMessage& message : messages) {
-        json.add({ { QStringLiteral("line"), message.line },
-            { QStringLiteral("kind"), kindName(message.kind) },
-            { QStringLiteral("text"), message.text } });
+    for (const TOxLookupProblem& problem : problems) {
+        json.add({ { QStringLiteral("line"), problem.line },
+            { QStringLiteral("kind"), kindName(problem.kind) },
+            { QStringLiteral("text"), problem.text } });
     }
     json.endList();
 }
@@ -185,7 +224,7 @@ QByteArray asJson(const LookupOutcome& outcome)
         { QStringLiteral("duplicateKeys"), outcome.duplicateKeys },
         { QStringLiteral("wrongKeyLengths"), outcome.wrongKeyLengths },
         { QStringLiteral("withoutSeparator"), outcome.withoutSeparator } });
-    addMessages(json, outcome.messages);
+    addMessages(json, outcome.problems);
     if (outcome.frequencies)
         addFrequencies(json, *outcome.frequencies);
     if (outcome.comparison)

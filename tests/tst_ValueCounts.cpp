@@ -1,0 +1,146 @@
+#include "lookups/LookupWriters.h"
+#include "lookups/ValueCounts.h"
+#include "text/TextTable.h"
+
+#include <model_Tessel/Lookup.h>
+
+#include <QtTest>
+
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Counts = QVector<QPair<QString, int>>;
+
+// The counts of values that stand under the keys "1", "2" and so on.
+Counts countsOf(const QStringList& values)
+{
+    std::vector<std::unique_ptr<TOxLookupValue>> owned;
+    std::map<QString, TOxLookupValue*> records;
+    for (const QString& value : values) {
+        owned.push_back(std::make_unique<TOxLookupValue>(TOxLookupValue { value }));
+        records.emplace(QString::number(owned.size()), owned.back().get());
+    }
+    Counts result;
+    for (const ValueCount& count : countValues(records))
+        result.append({ count.value, count.keys });
+    return result;
+}
+
+// The same, one value after the other.
+Counts plainCountsOf(const QStringList& values)
+{
+    std::map<QString, int> counts;
+    for (const QString& value : values)
+        ++counts[value];
+    Counts result;
+    for (const auto& [value, keys] : counts)
+        result.append({ value, keys });
+    std::stable_sort(result.begin(), result.end(),
+        [](const auto& a, const auto& b) { return a.second > b.second; });
+    return result;
+}
+
+} // namespace
+
+class tst_ValueCounts : public QObject {
+    Q_OBJECT
+
+private slots:
+    void emptyKey();
+    void anyValues_data();
+    void anyValues();
+    void longValuesThatBeginAlike();
+    void listedAsATable_data();
+    void listedAsATable();
+};
+
+void tst_ValueCounts::emptyKey()
+{
+    TOxLookupValue value { "x" };
+    QCOMPARE(countValues({}).size(), 0);
+    QCOMPARE(countValues({ { QString(), &value } }).size(), 0);
+    QCOMPARE(countValues({ { QString(), &value }, { "1", &value } }).constFirst().keys, 1);
+}
+
+void tst_ValueCounts::anyValues_data()
+{
+    QTest::addColumn<int>("seed");
+    for (int seed = 0; seed < 200; ++seed)
+        QTest::addRow("%d", seed) << seed;
+}
+
+void tst_ValueCounts::anyValues()
+{
+    QFETCH(int, seed);
+    std::mt19937 random(seed);
+    const auto upTo = [&](int most) { return int(random() % unsigned(most + 1)); };
+    const QString characters = QString::fromUtf8("aab \u00e9\u4e00\uffff") + QChar(0);
+    const QString start(upTo(9), 'a');
+    const int length = upTo(7);
+    QStringList values;
+    for (int i = upTo(300); i >= 0; --i) {
+        QString value = start;
+        for (int left = upTo(length); left > 0; --left)
+            value += characters.at(upTo(characters.size() - 1));
+        values.append(value);
+    }
+    QCOMPARE(countsOf(values), plainCountsOf(values));
+}
+
+void tst_ValueCounts::longValuesThatBeginAlike()
+{
+    QStringList values;
+    for (int i = 0; i < 400; ++i)
+        values.append(QString(i * 5, 'x') + (i % 2 == 0 ? "" : "y"));
+    values += values;
+    QCOMPARE(countsOf(values), plainCountsOf(values));
+}
+
+void tst_ValueCounts::listedAsATable_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("most");
+    for (const int width : { 10, 20, 24, 25, 26, 40, 80 }) {
+        for (const int most : { 1, 9999, 123456 })
+            QTest::addRow("%d columns, %d", width, most) << width << most;
+    }
+}
+
+// Plain rows are written without a table; they are to look as if they were in one.
+void tst_ValueCounts::listedAsATable()
+{
+    QFETCH(int, width);
+    QFETCH(int, most);
+    LookupOutcome outcome;
+    outcome.frequencies = QVector<ValueCount> { { "First", most } };
+    QStringList values { "", " ", " a", "a ", "a b", "\t", "\x01", "\x7f", "~", "'" };
+    for (const int size :
+        { 10, 15, 16, 17, 18, 19, 20, 21, 33, 34, 35, 36, 72, 73, 74, 75, 76, 200 })
+        values << QString(size, 'x') << QString("xy ").repeated(size / 3);
+    values << QString::fromUtf8("\u00e9\u024f") << QString::fromUtf8("e\u0301")
+           << QString::fromUtf8("\u4e00") << QString::fromUtf8("a\u00adb")
+           << QString::fromUtf8("\u00a0a") << QString::fromUtf8("\u200fb");
+    for (const QString& value : values)
+        outcome.frequencies->append({ value, 1 });
+    ListingFormat format;
+    format.width = width;
+    const QString text = QString::fromUtf8(writeLookup(outcome, format));
+
+    TextTable table({ { "Keys", TextTable::Align::Right }, { "Value", TextTable::Align::Left } });
+    table.beginGroup("Values, and how many keys carry each");
+    for (const ValueCount& count : *outcome.frequencies) {
+        const bool isQuoted = count.value.isEmpty() || count.value != count.value.trimmed();
+        QString value = isQuoted ? '\'' + count.value + '\'' : count.value;
+        value.replace('\t', QChar(0x2409)).replace('\x01', QChar(0x2401));
+        value.replace('\x7f', QChar::ReplacementCharacter);
+        table.addRow({ QString::number(count.keys), value });
+    }
+    const QString expected = table.toText(width);
+    QCOMPARE(text.right(expected.size()), expected);
+}
+
+QTEST_GUILESS_MAIN(tst_ValueCounts)
+#include "tst_ValueCounts.moc"
