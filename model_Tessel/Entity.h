@@ -14,13 +14,19 @@ class TOxVariable;
  *
  * Ownership: the lists come with the entity and outlive it, as what they hold does; setters delete
  * nothing, and a copy shares the lists. releaseEntity() deletes a tree with all that it holds.
+ *
+ * Kept: toString() is the whole virtual table, so an object of a class derived from this one is
+ * deleted as what it is.
  */
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_GCC("-Wnon-virtual-dtor")
+QT_WARNING_DISABLE_CLANG("-Wnon-virtual-dtor")
 class MODEL_TESSEL_EXPORT TOxEntity {
 public:
     TOxEntity();
     /*! The name, in UTF-8. */
     virtual std::string toString() const;
-    virtual ~TOxEntity();
+    ~TOxEntity();
 
     /*!
      * The first entity of exactly that name among this one and those below it, parents before
@@ -100,3 +106,4 @@ private:
     qint64 m_nrElements = 0;
     bool m_checkDelete = false;
 };
+QT_WARNING_POP

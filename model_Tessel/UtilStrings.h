@@ -27,11 +27,19 @@ public:
 /*! \a count copies of \a character, read as Latin-1; none for a count below 1. */
 MODEL_TESSEL_EXPORT QString StringOfChar(char character, int count);
 
-/*! A list of texts with a hook for those who watch it. */
+/*!
+ * A list of texts with a hook for those who watch it.
+ *
+ * Kept: Notify() is the whole virtual table, so an object of a class derived from this one is
+ * deleted as what it is.
+ */
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_GCC("-Wnon-virtual-dtor")
+QT_WARNING_DISABLE_CLANG("-Wnon-virtual-dtor")
 class MODEL_TESSEL_EXPORT TOxList : public QList<QString> {
 public:
     explicit TOxList(bool changed);
-    virtual ~TOxList();
+    ~TOxList();
 
     /*! Tells of \a item; does nothing here. */
     virtual void Notify(void* item);
@@ -40,3 +48,4 @@ public:
 
     bool changed; /*!< as the constructor got it; true after Remove1() */
 };
+QT_WARNING_POP
