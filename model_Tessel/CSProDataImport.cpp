@@ -418,7 +418,7 @@ QString TCSProVariable::getGroup()
     return group;
 }
 
-void TCSProVariable::setAsString(const QString& value)
+void TCSProVariable::setAsString(QString value)
 {
     copyText(value.toStdWString().c_str());
     try {

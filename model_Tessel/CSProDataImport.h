@@ -99,7 +99,7 @@ public:
      * As the base, but the item says whether the text has a decimal point of its own, and
      * \c conversionFailed is left alone.
      */
-    void setAsString(const QString& value);
+    void setAsString(QString value);
 
     QString group;
     TCSProItem* item = nullptr; /*!< what the field stands for; not owned */

@@ -5,6 +5,7 @@
 #include <model_Tessel/GenericField.h>
 #include <model_Tessel/SourceField.h>
 
+#include <QDir>
 #include <QFileInfo>
 
 namespace {
@@ -111,10 +112,8 @@ int TDataImport::getRecordTypeSize()
 
 void TDataImport::getDictionary(QList<TOxSourceField*>* list)
 {
-    const QString providerId = getDataProviderId();
-    const QString providerType = getDataProviderType();
-    list->reserve(list->size() + fields->size());
-    for (TGenericField* field : qAsConst(*fields)) {
+    for (int index = 0; index < fields->size(); ++index) {
+        TGenericField* field = getField(index);
         auto* sourceField = new TOxSourceField;
         sourceField->decimals = field->decimals.toInt();
         sourceField->start = field->start;
@@ -122,8 +121,8 @@ void TDataImport::getDictionary(QList<TOxSourceField*>* list)
         sourceField->setFieldType(fieldTypeName(field->fieldType));
         sourceField->fieldName = field->name;
         sourceField->fieldLabel = field->label;
-        sourceField->dataProviderId = providerId;
-        sourceField->setDataProviderType(providerType);
+        sourceField->dataProviderId = getDataProviderId();
+        sourceField->setDataProviderType(getDataProviderType());
         sourceField->record = field->getGroup();
         TESSEL_DEBUG << "getDictionary FIELDS";
         TESSEL_DEBUG << "mySF->fieldName" << sourceField->fieldName;
@@ -148,9 +147,9 @@ void TDataImport::registerIOFormat()
 {
 }
 
+// Kept: the old list stays alive for the hosts that hold it.
 void TDataImport::openDataImport()
 {
-    delete fields;
     fields = new QList<TGenericField*>;
     fieldsByName.clear();
 }
@@ -200,7 +199,9 @@ void TDataImport::setDataSourceName(const QString& path)
     if (QFileInfo::exists(dataSourceName))
         return;
     // Kept: no separator stands between directory and name.
-    const QString beside = QFileInfo(sourceName).absolutePath() + info.fileName();
+    const QString folder =
+        sourceName.isEmpty() ? QDir::currentPath() : QFileInfo(sourceName).absolutePath();
+    const QString beside = folder + info.fileName();
     if (QFileInfo::exists(beside))
         dataSourceName = beside;
 }

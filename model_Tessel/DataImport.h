@@ -14,8 +14,8 @@ class TOxSourceField;
 /*!
  * Base of every importer: the source's names and the list of its fields.
  *
- * Ownership: the importer owns the list object \c fields and the fields in it, but its destructor
- * deletes neither; hosts keep both.
+ * Ownership: the importer owns the list object \c fields and the fields in it, but deletes neither,
+ * not when it is destroyed either; hosts keep both.
  */
 class MODEL_TESSEL_EXPORT TDataImport {
 public:
@@ -54,7 +54,8 @@ public:
     virtual int getRecordTypeSize();
 
     /*!
-     * Appends a new source field for each field to \a list; the caller owns the source fields. A
+     * Appends a new source field for each field to \a list, which may be null when there are none;
+     * the caller owns the source fields. Identifier and type are asked for with each field. A
      * subclass that overrides the other overload keeps this one with a using-declaration.
      */
     void getDictionary(QList<TOxSourceField*>* list);
@@ -64,7 +65,10 @@ public:
     void initDataImport();
     /*! Does nothing; where an importer may register its format. */
     void registerIOFormat();
-    /*! Starts with a new empty list of fields and an empty index; the old fields stay alive. */
+    /*!
+     * Starts with a new empty list of fields and an empty index; the old list and the fields stay
+     * alive.
+     */
     void openDataImport();
     /*! True, always. */
     bool closeDataImport();
@@ -84,7 +88,8 @@ public:
     /*!
      * Stores the absolute path of \a path. When there is no such file, a file whose name is the
      * last component of the dictionary's directory followed directly by the name of \a path, beside
-     * that directory, is taken if it exists.
+     * that directory, is taken if it exists; without a dictionary the working directory stands for
+     * the dictionary's.
      */
     void setDataSourceName(const QString& path);
 

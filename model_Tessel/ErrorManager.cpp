@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 int ErrorNumber = 0;
 
@@ -96,11 +97,11 @@ OxErrorManager::OxErrorManager(const QString& className, int code, const QString
 
 OxErrorManager::~OxErrorManager() = default;
 
-void OxErrorManager::init(const QString& className, int code, const QString& text, int line)
+void OxErrorManager::init(QString className, int code, QString text, int line)
 {
-    this->className = className;
+    this->className = std::move(className);
     this->code = code;
-    this->text = text;
+    this->text = std::move(text);
     this->line = line;
 }
 

@@ -63,8 +63,11 @@ public:
     OxErrorManager(const QString& className, int code, const QString& text, int line);
     ~OxErrorManager() override;
 
-    /*! Assigns the four fields; every constructor goes through here. */
-    void init(const QString& className, int code, const QString& text, int line);
+    /*!
+     * Assigns the four fields; every constructor goes through here. By value, as the object's own
+     * texts may be given.
+     */
+    void init(QString className, int code, QString text, int line);
 
     /*!
      * The composed message, its lines joined by carriage return and line feed. The code and the

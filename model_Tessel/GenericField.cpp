@@ -48,7 +48,7 @@ QString TGenericField::getAsString()
     }
 }
 
-void TGenericField::setAsString(const QString& value)
+void TGenericField::setAsString(QString value)
 {
     copyText(value.toStdWString().c_str());
     convert(value);

@@ -49,7 +49,7 @@ public:
      * Assigns the current value from text. A text that is not a number gives 0 in a numeric field.
      * A \c length above TextCapacity stops the process.
      */
-    void setAsString(const QString& value);
+    void setAsString(QString value);
     /*! As setAsString(), from a null-terminated wide text whose blanks do not matter to a number.
      */
     void setAsStringChar(const wchar_t* value);

@@ -37,8 +37,9 @@ QString TQuestIndex::getRecordString(const QString& type) const
 
 QString TQuestIndex::getRecordString(const QString& type, int n) const
 {
+    int found = 0;
     for (int line = 0; line < countLines(); ++line) {
-        if (getRecordValue(line) == type && n-- == 0)
+        if (getRecordValue(line) == type && found++ == n)
             return type;
     }
     return QLatin1String("");

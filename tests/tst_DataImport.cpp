@@ -99,6 +99,7 @@ private slots:
 
     void initDataImportAsksForTheType();
     void openDataImportStartsAfresh();
+    void openDataImportLeavesTheOldList();
     void closeDataImport();
     void destructorLeavesFields();
 
@@ -116,6 +117,8 @@ private slots:
     void setDataSourceName_data();
     void setDataSourceName();
     void setDataSourceNameOfRelativeSource();
+    void setDataSourceNameWithoutASource_data();
+    void setDataSourceNameWithoutASource();
 
     void selectLayoutSourceListsTheNames();
     void selectLayoutSourceOfClosedImporter();
@@ -329,6 +332,22 @@ void tst_DataImport::openDataImportStartsAfresh()
     importer.openDataImport();
     QVERIFY(importer.fields->isEmpty());
     QCOMPARE(Field::destroyed, destroyed);
+}
+
+// Hosts that took the list keep it.
+void tst_DataImport::openDataImportLeavesTheOldList()
+{
+    Importer importer;
+    Field field(QStringLiteral("A"));
+    importer.addField(&field);
+    const std::unique_ptr<QList<TGenericField*>> old(importer.fields);
+    importer.openDataImport();
+    const std::unique_ptr<QList<TGenericField*>> current(importer.fields);
+    QVERIFY(current != old);
+    QVERIFY(current->isEmpty());
+    QCOMPARE(*old, QList<TGenericField*>({ &field }));
+    importer.addField(&field);
+    QCOMPARE(old->size(), 1);
 }
 
 void tst_DataImport::closeDataImport()
@@ -572,6 +591,40 @@ void tst_DataImport::setDataSourceNameOfRelativeSource()
     importer.setDataSourceName(QStringLiteral("data.dat"));
     QCOMPARE(importer.dataSourceName, inRoot(QStringLiteral("a/bdata.dat")));
     QCOMPARE(importer.sourceName, QStringLiteral("a/b/none.dcf"));
+}
+
+void tst_DataImport::setDataSourceNameWithoutASource_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("stored"); // seen from the working directory
+
+    const auto row = [](const char* name, const QStringList& files, const char* path,
+                         const char* stored) {
+        QTest::newRow(name) << files << QString::fromUtf8(path) << QString::fromUtf8(stored);
+    };
+    row("a file", { "a/data.dat" }, "data.dat", "a/data.dat");
+    row("a file by its path", { "a/c/data.dat" }, "c/data.dat", "a/c/data.dat");
+    row("no file", {}, "data.dat", "a/data.dat");
+    row("no file by that path, one of the name", { "a/data.dat" }, "c/data.dat", "a/c/data.dat");
+    row("working directory and name joined", { "adata.dat" }, "c/data.dat", "adata.dat");
+}
+
+// The working directory, a here, stands for the dictionary's.
+void tst_DataImport::setDataSourceNameWithoutASource()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QString, path);
+    QFETCH(QString, stored);
+    for (const QString& file : qAsConst(files))
+        create(file);
+    const QString root = QDir::currentPath();
+    QVERIFY(QDir().mkpath(QStringLiteral("a")));
+    QVERIFY(QDir::setCurrent(QStringLiteral("a")));
+    Importer importer;
+    importer.setDataSourceName(path);
+    QCOMPARE(importer.dataSourceName, root + QLatin1Char('/') + stored);
+    QVERIFY(importer.sourceName.isEmpty());
 }
 
 void tst_DataImport::selectLayoutSourceListsTheNames()

@@ -119,6 +119,7 @@ private slots:
     void constructorWithTextAndLine();
     void fieldsStandInDeclarationOrder();
     void initReplacesAllFields();
+    void initTakesItsOwnTexts();
 
     void onlyTheTextConstructorLogs_data();
     void onlyTheTextConstructorLogs();
@@ -265,6 +266,19 @@ void tst_ErrorManager::initReplacesAllFields()
     QVERIFY(error.text.isEmpty());
     QCOMPARE(error.line, 0);
     QVERIFY(LogRecorder::records.empty());
+}
+
+void tst_ErrorManager::initTakesItsOwnTexts()
+{
+    OxErrorManager error(QStringLiteral("CSPro"), 242, QStringLiteral("X=1"), 3);
+    error.init(error.text, error.line, error.className, error.code);
+    QCOMPARE(error.className, QStringLiteral("X=1"));
+    QCOMPARE(error.code, 3);
+    QCOMPARE(error.text, QStringLiteral("CSPro"));
+    QCOMPARE(error.line, 242);
+    error.init(error.className, error.code, error.className, error.line);
+    QCOMPARE(error.className, QStringLiteral("X=1"));
+    QCOMPARE(error.text, QStringLiteral("X=1"));
 }
 
 void tst_ErrorManager::onlyTheTextConstructorLogs_data()

@@ -184,6 +184,7 @@ private slots:
     void assignmentAsksInOrder_data();
     void assignmentAsksInOrder();
     void questionsSeeTheNewText();
+    void assignmentOfAnOwnText();
     void throwingQuestion_data();
     void throwingQuestion();
     void nextAssignmentClearsTheFlag_data();
@@ -795,6 +796,19 @@ void tst_GenericField::questionsSeeTheNewText()
         QCOMPARE(field.getAsString(), QStringLiteral("7"));
         QCOMPARE(field.getAsInteger(), 7);
     }
+}
+
+// An answer may change the text that was assigned; what was assigned stays.
+void tst_GenericField::assignmentOfAnOwnText()
+{
+    Field field(Integer);
+    field.label = QStringLiteral("12");
+    field.throwingQuestion = QStringLiteral("missing");
+    field.thrower = [&field] { field.label = QStringLiteral("99"); };
+    field.setAsString(field.label);
+    QCOMPARE(field.label, QStringLiteral("99"));
+    QCOMPARE(field.integerValue, 12.0);
+    QCOMPARE(field.buffer(3), QStringLiteral("12."));
 }
 
 void tst_GenericField::throwingQuestion_data()

@@ -2,6 +2,8 @@
 
 #include <QtTest>
 
+#include <limits>
+
 #include <algorithm>
 #include <functional>
 #include <type_traits>
@@ -136,6 +138,8 @@ void tst_QuestIndex::getRecordString_data()
     QTest::newRow("as many as there are") << "b" << 2 << "";
     QTest::newRow("far more") << "b" << 100 << "";
     QTest::newRow("before the first") << "b" << -1 << "";
+    QTest::newRow("the smallest number there is") << "b" << std::numeric_limits<int>::min() << "";
+    QTest::newRow("the largest number there is") << "b" << std::numeric_limits<int>::max() << "";
     QTest::newRow("no such type") << "c" << 0 << "";
     QTest::newRow("other case") << "A" << 0 << "";
     QTest::newRow("empty type") << "" << 0 << "";

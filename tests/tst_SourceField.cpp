@@ -113,6 +113,7 @@ private slots:
     void dictionaryCopiesTheField();
     void dictionaryKeepsTheOrder();
     void dictionaryOfNoFields();
+    void dictionaryAsksForEachField();
     void dictionaryTypeNames_data();
     void dictionaryTypeNames();
     void dictionaryDecimals_data();
@@ -411,6 +412,40 @@ void tst_SourceField::dictionaryOfNoFields()
 {
     Importer importer;
     QCOMPARE(Dictionary(importer).size(), 0);
+    importer.getDictionary(nullptr);
+}
+
+// An importer may answer otherwise for the next field.
+void tst_SourceField::dictionaryAsksForEachField()
+{
+    class Changing : public Importer {
+    public:
+        QString getDataProviderId() override
+        {
+            return QStringLiteral("id") + QString::number(++ids);
+        }
+        QString getDataProviderType() override
+        {
+            return ++types == 2 ? QStringLiteral("STATA") : QStringLiteral("CSPRO");
+        }
+        int ids = 0;
+        int types = 0;
+    };
+
+    Changing importer;
+    Dictionary { importer };
+    QCOMPARE(importer.ids, 0);
+    QCOMPARE(importer.types, 0);
+    Field fields[] = { Field("A"), Field("B"), Field("C") };
+    for (Field& field : fields)
+        importer.addField(&field);
+    const Dictionary dictionary(importer);
+    QCOMPARE(importer.ids, 3);
+    QCOMPARE(importer.types, 3);
+    QStringList told;
+    for (int i = 0; i < 3; ++i)
+        told << dictionary[i].dataProviderId << dictionary[i].getDataProviderType();
+    QCOMPARE(told, QStringList({ "id1", "CSPRO", "id2", "STATA", "id3", "CSPRO" }));
 }
 
 void tst_SourceField::dictionaryTypeNames_data()
