@@ -9,7 +9,6 @@
 #include <model_Tessel/TextLines_p.h>
 
 #include <QApplication>
-#include <QBuffer>
 #include <QFile>
 #include <QTextCodec>
 
@@ -117,7 +116,7 @@ void TCSPro::loadFromFile(const QString& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return;
-    QByteArray bytes = file.readAll();
+    const QByteArray bytes = file.readAll();
     QTextCodec* codec = m_codec.isEmpty() ? nullptr : QTextCodec::codecForName(m_codec);
     if (!codec)
         codec = m_rules.foundEncoding ? likelyCodec(bytes) : QTextCodec::codecForLocale();
@@ -128,9 +127,8 @@ void TCSPro::loadFromFile(const QString& path)
         guarded([&](int& line) { CSProJsonReader(*this, *m_builder).read(bytes, line); });
         return;
     }
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
-    parse(TextLines(buffer, codec).lines());
+    const auto ends = m_rules.allLineEnds ? TextLines::Ends::All : TextLines::Ends::LineFeeds;
+    parse(TextLines(bytes, *codec, ends).lines());
 }
 
 void TCSPro::loadFromStr(QStringList* lines)
@@ -271,8 +269,9 @@ template <typename Lines> void TCSPro::parseSection(const Lines& lines, int& ind
         break;
     case ValueSetSection:
         if (m_builder->ignoresValueSets()) {
-            int end = index; // kept: an ignored set's lines are left to the loop over all lines
-            reader.ignoreValueSet(gatherSection(lines, end));
+            // Kept: an ignored set's lines are left to the loop over all lines. Its name stands
+            // before whatever may be a header to that loop, so no line is looked at twice here.
+            reader.ignoreValueSet(gatherSectionHead(lines, index));
         } else {
             reader.readValueSet(gatherSection(lines, index));
         }
@@ -341,8 +340,10 @@ void TCSPro::processRecord(QStringList* lines, int& index)
     CSProTextReader(*this, *m_builder).readRecord(gatherSection(*lines, index));
 }
 
+// Outside a load a section has the limit of one for itself.
 void TCSPro::processItem(QStringList* lines, int& index)
 {
+    m_builder->beginLoad();
     CSProTextReader(*this, *m_builder).readItem(gatherSection(*lines, index));
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 // The format ends at 32,000 columns a record, so no dictionary comes near; a larger number of
 // occurrences is a damaged file, which must not fill the memory.
-constexpr int MaxItems = 500'000;
+constexpr int MaxFields = 500'000;
 
 // The first ordinary code of a value set that isWanted accepts.
 template <typename Predicate>
@@ -155,10 +155,11 @@ void CSProBuilder::addItem(ItemPointer item)
         note(Kind::SubItemWithoutParent, item->sourceLine, item->name);
     const int parents = rules().repeatedSubItems && hasParent(*item) ? m_parentCount : 1;
     const qint64 total = qint64(item->occurrences) * parents;
-    if (total > MaxItems - m_dictionary.items->size()) {
-        note(Kind::TooManyItems, item->sourceLine, item->name, QString::number(MaxItems));
+    if (total > MaxFields - m_fieldCount) {
+        note(Kind::TooManyItems, item->sourceLine, item->name, QString::number(MaxFields));
         throw std::length_error("too many items in a dictionary");
     }
+    m_fieldCount += static_cast<int>(total);
 
     const int start = m_dictionary.items->size();
     const bool isSubItem = item->isSubItem != 0;
@@ -277,11 +278,12 @@ void CSProBuilder::addValueSet(ValueSetPointer valueSet)
         noteValueSet(Kind::ValueSetWithoutItem, valueSet->sourceLine, valueSet->name);
         return;
     }
+    if (!attach(valueSet.get()))
+        return;
     TCSProValueSet* attached = valueSet.release();
     const bool hasOwnValues = !attached->linkedSet && !attached->items->isEmpty();
     if (!attached->link.isEmpty() && hasOwnValues && !m_links.contains(attached->link))
         m_links.insert(attached->link, attached);
-    attach(attached);
     if (rules().specials)
         takeSpecialCodes(*attached);
 }
@@ -370,29 +372,40 @@ void CSProBuilder::convertCodes(TCSProValueSet& valueSet)
         entry->code = code;
 }
 
-void CSProBuilder::attach(TCSProValueSet* valueSet)
+// False when no item took the set.
+bool CSProBuilder::attach(TCSProValueSet* valueSet)
 {
-    QList<TCSProItem*>& items = *m_dictionary.items;
     TCSProItem* last = m_dictionary.lastItem;
     m_isFinished = false;
     if (rules().allValueSets) {
         last->valueSets->append(valueSet);
-        return;
+        return true;
     }
+    if (last->firstOccurrenceIndex != 0)
+        return attachToOccurrences(valueSet);
+    const bool isTaken = !last->getHasValueSet();
     last->addValueSet(valueSet);
-    if (last->firstOccurrenceIndex == 0) {
-        // Kept: when the file's first item is repeated, its last occurrence alone gets the set.
-        if (last->occurrence > 1)
-            noteValueSet(Kind::ValueSetOnLastOccurrence, valueSet->sourceLine, valueSet->name);
-        return;
-    }
-    for (int i = items.size() - 1; i >= 0; --i) {
+    // Kept: when the file's first item is repeated, its last occurrence alone gets the set.
+    if (last->occurrence > 1)
+        noteValueSet(Kind::ValueSetOnLastOccurrence, valueSet->sourceLine, valueSet->name);
+    return isTaken;
+}
+
+// Kept: from the end of all items, also where a host put others behind the item added last.
+bool CSProBuilder::attachToOccurrences(TCSProValueSet* valueSet)
+{
+    const QList<TCSProItem*>& items = *m_dictionary.items;
+    const QList<TCSProValueSet*> shared { valueSet }; // one allocation for all
+    const int group = m_dictionary.lastItem->firstOccurrenceIndex;
+    bool isTaken = false;
+    for (int i = items.size() - 1; i >= 0 && items.at(i)->firstOccurrenceIndex == group; --i) {
         TCSProItem* item = items.at(i);
-        if (item->firstOccurrenceIndex != last->firstOccurrenceIndex)
-            break;
-        if (!item->getHasValueSet())
-            *item->valueSets = *last->valueSets;
+        if (item->getHasValueSet())
+            continue;
+        *item->valueSets = shared;
+        isTaken = true;
     }
+    return isTaken;
 }
 
 // Codes of the last occurrence, which the others get from it.
@@ -440,6 +453,7 @@ void CSProBuilder::beginLoad()
 {
     m_isOutside = true;
     m_firstProblem = m_dictionary.m_problems.size();
+    m_fieldCount = 0;
 }
 
 void CSProBuilder::finishLoad()

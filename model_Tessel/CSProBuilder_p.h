@@ -75,7 +75,8 @@ private:
     bool settleDecimalCodes(TCSProValueSet& valueSet);
     static void convertCodes(TCSProValueSet& valueSet);
     void shareLinkedValues(TCSProValueSet& valueSet);
-    void attach(TCSProValueSet* valueSet);
+    bool attach(TCSProValueSet* valueSet);
+    bool attachToOccurrences(TCSProValueSet* valueSet);
     void takeSpecialCodes(const TCSProValueSet& valueSet);
     void dropItem(const TCSProItem& item);
 
@@ -84,6 +85,7 @@ private:
     bool m_isFinished = true; // its occurrences share its value sets
     bool m_isOutside = false; // no section was begun and no line before it told of
     int m_firstProblem = 0; // of this load
+    int m_fieldCount = 0; // that this load has made
     // The last item that is no subitem: its record, and its fields among all items.
     TCSProRecord* m_parentRecord = nullptr;
     int m_parentStart = 0;

@@ -56,6 +56,11 @@ struct CSProReadingRules {
      */
     bool foundEncoding = false;
     /*!
+     * A carriage return alone ends a line; otherwise carriage returns go wherever they stand in a
+     * file.
+     */
+    bool allLineEnds = false;
+    /*!
      * A file that begins with "{" is read as a JSON dictionary of CSPro 8 and later. What the JSON
      * says of keys, codes, specials, structure and languages is read with it; the other rules hold
      * as for text.
@@ -77,7 +82,7 @@ struct CSProReadingRules {
         rules.specials = rules.allValueSets = rules.decimalCodes = rules.keptValueSets = true;
         rules.writtenOrder = rules.occurrenceNumbers = rules.repeatedSubItems = true;
         rules.scaledValues = rules.structure = rules.languages = true;
-        rules.foundEncoding = rules.json = true;
+        rules.foundEncoding = rules.allLineEnds = rules.json = true;
         return rules;
     }
 };

@@ -54,6 +54,22 @@ template <typename Lines> CSProSection gatherSection(const Lines& lines, int& in
     return section;
 }
 
+// The part of that section before the next header, behind blanks or not.
+template <typename Lines> CSProSection gatherSectionHead(const Lines& lines, int index)
+{
+    CSProSection section;
+    section.headerLine = index + 1;
+    const int count = static_cast<int>(lines.size());
+    for (int next = index + 1; next < count; ++next) {
+        const QStringView text = QStringView(lines.at(next)).trimmed();
+        if (text.startsWith(QLatin1Char('[')))
+            break;
+        if (!text.isEmpty())
+            section.append(text, next + 1);
+    }
+    return section;
+}
+
 // A line that splits at its first "=", both parts trimmed; without one the key is empty.
 struct CSProKeyLine {
     QStringView key;

@@ -318,10 +318,10 @@ void CSProTextReader::readValues(
         readEstablishedValues(m_dictionary, m_builder, section, valueSet);
 }
 
-void CSProTextReader::ignoreValueSet(const CSProSection& section)
+void CSProTextReader::ignoreValueSet(const CSProSection& head)
 {
     m_builder.noteValueSet(
-        Kind::ValueSetIgnored, section.headerLine, text(find(namedKeys(), section), NamedName));
+        Kind::ValueSetIgnored, head.headerLine, text(find(namedKeys(), head), NamedName));
 }
 
 void CSProTextReader::readOther(

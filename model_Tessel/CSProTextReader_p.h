@@ -15,8 +15,8 @@ public:
     void readRecord(const CSProSection& section);
     void readItem(const CSProSection& section);
     void readValueSet(const CSProSection& section);
-    // A value set that the rules pass over; it is only told of.
-    void ignoreValueSet(const CSProSection& section);
+    // A value set that the rules pass over; it is only told of, with the name in its head.
+    void ignoreValueSet(const CSProSection& head);
     // Any other section: the header's word in upper case decides.
     void readOther(const QString& word, const QString& header, const CSProSection& section);
 

@@ -5,16 +5,19 @@
 
 #include <vector>
 
-class QIODevice;
+class QByteArray;
 class QTextCodec;
 
 /*
- * The text of a device and views of its lines, the same that QTextStream::readLine() reads one by
- * one, in text mode, until the stream is at its end. A byte-order mark wins over the codec.
+ * The text of a file and views of its lines. With line feeds as ends they are the ones that
+ * QTextStream::readLine() reads one by one, in text mode, until the stream is at its end.
  */
 class TextLines {
 public:
-    TextLines(QIODevice& device, QTextCodec* codec);
+    // Carriage returns end lines too, or go wherever they stand.
+    enum class Ends { LineFeeds, All };
+
+    TextLines(const QByteArray& bytes, const QTextCodec& codec, Ends ends);
 
     const std::vector<QStringView>& lines() const
     {
@@ -24,8 +27,9 @@ public:
 private:
     Q_DISABLE_COPY(TextLines)
 
-    bool decode(QIODevice& device, QTextCodec* codec);
-    bool split();
+    bool decode(const QByteArray& bytes, const QTextCodec& codec);
+    bool split(Ends ends);
+    void splitAtReturns(QStringView text);
 
     QString m_text;
     std::vector<QStringView> m_lines;

@@ -844,6 +844,7 @@ private slots:
     void loadFromFileUsesTheLocaleCodec();
     void loadFromFileReadsTheLinesOfATextStream_data();
     void loadFromFileReadsTheLinesOfATextStream();
+    void brokenTextAsATextStreamReadsIt();
     void partsOfAFileJoinWithoutATrace_data();
     void partsOfAFileJoinWithoutATrace();
     void aMissingFileIsAnEmptyDictionary_data();
@@ -856,6 +857,7 @@ private slots:
     void theErrorTellsTheIndexAsOneCharacter();
     void tooManyItems_data();
     void tooManyItems();
+    void tooManyItemsOfOneLoad();
 
     void messageBox_data();
     void messageBox();
@@ -1728,6 +1730,35 @@ void tst_CSPro::loadFromFileReadsTheLinesOfATextStream()
     }
 }
 
+// How many characters stand for a broken one depends on the pieces in which a text is decoded.
+void tst_CSPro::brokenTextAsATextStreamReadsIt()
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("census.dcf")));
+    const QByteArray head("[Item]\nLen=2\nName=");
+    for (const QByteArray broken :
+        { "\xE2\x82z", "\xF0\x9F\x98z", "\xF0\x9F\xF0\x9Fz", "\xED\xA0\x80z" }) {
+        for (int before = 0; before <= broken.size(); ++before) {
+            const QByteArray filling(16'384 - head.size() - before - 1, 'x');
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(filling + '\n' + head + broken);
+            file.close();
+            QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
+            QTextStream stream(&file);
+            stream.setCodec("UTF-8");
+            QStringList lines;
+            while (!stream.atEnd())
+                lines.append(stream.readLine());
+            file.close();
+            TCSPro parser;
+            parser.setTextCodec("UTF-8");
+            parser.loadFromFile(file.fileName());
+            QCOMPARE(parser.getItemsCount(), 1);
+            QCOMPARE("Name=" + parser.getItem(0)->name, lines.last());
+        }
+    }
+}
+
 void tst_CSPro::partsOfAFileJoinWithoutATrace_data()
 {
     QTest::addColumn<QByteArray>("codec");
@@ -1943,22 +1974,48 @@ void tst_CSPro::tooManyItems()
     QFETCH(int, before);
     QFETCH(int, occurrences);
     QFETCH(bool, loads);
+    const QString item = QStringLiteral("[Item]\nName=A\nLen=1\nOccurrences=%1\n");
     TCSPro parser;
-    TCSProItem item;
-    for (int i = 0; i < before; ++i)
-        parser.items->append(&item);
-    const ErrorPointer error = errorOf([&] {
-        parse(parser, QStringLiteral("[Item]\nName=A\nLen=1\nOccurrences=%1").arg(occurrences));
-    });
+    const ErrorPointer error =
+        errorOf([&] { parse(parser, item.arg(before) + item.arg(occurrences)); });
     QCOMPARE(!error, loads);
     QCOMPARE(parser.getItemsCount(), loads ? before + occurrences : before);
-    if (loads) {
-        QVERIFY(parser.problems().isEmpty());
-    } else {
+    QStringList problems;
+    if (before == 0)
+        problems << "ItemDropped|1|A||0";
+    if (!loads) {
         QCOMPARE(error->code, 242);
-        QCOMPARE(problemTexts(parser), QStringList { "TooManyItems|1|A||500000" });
+        problems << "TooManyItems|5|A||500000";
     }
-    qDeleteAll(parser.items->begin() + before, parser.items->end());
+    QCOMPARE(problemTexts(parser), problems);
+    qDeleteAll(*parser.items);
+    parser.items->clear();
+}
+
+// What earlier loads made, or a host put in, counts in no later load.
+void tst_CSPro::tooManyItemsOfOneLoad()
+{
+    const QString item = QStringLiteral("[Item]\nName=A\nLen=1\nOccurrences=%1\n");
+    TCSPro parser;
+    TCSProItem other;
+    parser.items->append(&other);
+    parse(parser, item.arg(500'000));
+    QCOMPARE(parser.getItemsCount(), 500'001);
+    parse(parser, item.arg(1) + item.arg(2));
+    QCOMPARE(parser.getItemsCount(), 500'004);
+    QCOMPARE(parser.getItem(500'002)->firstOccurrenceIndex, 500'002);
+
+    QStringList lines = item.arg(3).split(QLatin1Char('\n'));
+    int index = 0;
+    parser.processItem(&lines, index);
+    QCOMPARE(parser.getItemsCount(), 500'007);
+
+    QVERIFY(parser.problems().isEmpty());
+    const ErrorPointer error = errorOf([&] { parse(parser, item.arg(500'001)); });
+    QVERIFY(error);
+    QCOMPARE(error->code, 242);
+    QCOMPARE(parser.getItemsCount(), 500'007);
+    qDeleteAll(parser.items->begin() + 1, parser.items->end());
     parser.items->clear();
 }
 

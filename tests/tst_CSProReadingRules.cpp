@@ -45,13 +45,14 @@ const std::vector<NamedFlag>& allFlags()
         { "structure", &Rules::structure },
         { "languages", &Rules::languages },
         { "foundEncoding", &Rules::foundEncoding },
+        { "allLineEnds", &Rules::allLineEnds },
         { "json", &Rules::json },
     };
     return flags;
 }
 
 // A rule that is missing above would go untested.
-static_assert(sizeof(Rules) == 17 * sizeof(bool), "every reading rule is in allFlags()");
+static_assert(sizeof(Rules) == 18 * sizeof(bool), "every reading rule is in allFlags()");
 
 QStringList flagsOn(const Rules& rules)
 {
@@ -703,6 +704,8 @@ const std::vector<Change>& changes()
             { "dictionary.recordType: 1+1 -> 0+0", "r0.max: 100 -> 1" }, {} },
 
         { "a text", &Rules::foundEncoding, textValues("Value='a';First"), {}, {} },
+        { "lines without a file", &Rules::allLineEnds, textValues("Value='a';First\rValue='b';x"),
+            {}, {} },
         { "a brace", &Rules::json, dictionary("{\n}\n[Item]\nName=A\nLen=1\n"), {},
             { &Rules::wholeKeys } },
     };
@@ -775,6 +778,8 @@ private slots:
     void languageOfFields();
     void foundEncoding_data();
     void foundEncoding();
+    void lineEnds_data();
+    void lineEnds();
     void json_data();
     void json();
     void malformedValues_data();
@@ -1825,6 +1830,54 @@ void tst_CSProReadingRules::foundEncoding()
         parser.loadFromFile(path);
         QCOMPARE(parser.label, label);
         QCOMPARE(parser.textEncoding(), encoding);
+    }
+}
+
+void tst_CSProReadingRules::lineEnds_data()
+{
+    QTest::addColumn<QByteArray>("end");
+    QTest::addColumn<QByteArray>("codec");
+    QTest::addColumn<bool>("isRead"); // by the established rules
+
+    row("line feeds", QByteArray("\n"), QByteArray("UTF-8"), true);
+    row("both", QByteArray("\r\n"), QByteArray("UTF-8"), true);
+    row("carriage returns", QByteArray("\r"), QByteArray("UTF-8"), false);
+    row("carriage returns, UTF-16", QByteArray("\r"), QByteArray("UTF-16"), false);
+    row("carriage returns, Windows-1252", QByteArray("\r"), QByteArray("windows-1252"), false);
+}
+
+void tst_CSProReadingRules::lineEnds()
+{
+    QFETCH(QByteArray, end);
+    QFETCH(QByteArray, codec);
+    QFETCH(bool, isRead);
+    QString text = "[Dictionary]\nName=D\n\n[Record]\nName=R\nRecordTypeValue='1'\n[Item]\n"
+                   "Name=A\nLabel=S\u00e9x\nStart=2\nLen=1\n[ValueSet]\nName=V\nValue=1;Man\n"
+                   "Value=2;Woman\nColour=red\n";
+    text.replace(QLatin1Char('\n'), QString::fromLatin1(end));
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("census.dcf")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QTextCodec::codecForName(codec)->fromUnicode(text));
+    file.close();
+
+    TCSPro established;
+    established.setTextCodec(codec);
+    established.loadFromFile(file.fileName());
+    QCOMPARE(established.getItemsCount(), isRead ? 1 : 0);
+    for (const Rules& rules : { Rules::asWritten(), alone(&Rules::allLineEnds) }) {
+        TCSPro parser;
+        parser.setReadingRules(rules);
+        parser.setTextCodec(codec);
+        parser.loadFromFile(file.fileName());
+        QCOMPARE(parser.getRecordsCount(), 1);
+        QCOMPARE(parser.getItemsCount(), 1);
+        QCOMPARE(parser.getItem(0)->label, QStringLiteral("S\u00e9x"));
+        QCOMPARE(parser.getItem(0)->sourceLine, 7);
+        QCOMPARE(parser.getItem(0)->getValueSet(0)->getCount(), 2);
+        QCOMPARE(parser.problems().size(), rules.wholeKeys ? 1 : 0);
+        if (rules.wholeKeys)
+            QCOMPARE(parser.problems().first().line, 16);
     }
 }
 

@@ -239,8 +239,12 @@ private slots:
     void occurrencesShareTheirSet();
     void theFirstItemOfTheFileGivesItsSetToItsLastOccurrence();
     void onlyOccurrencesInARowShareTheirSet();
+    void theWalkOverOccurrencesBeginsAtTheLastItem();
+    void theWalkOverOccurrencesWalkedAgain();
     void aSecondSetIsPassedOver_data();
     void aSecondSetIsPassedOver();
+    void manySetsThatArePassedOver_data();
+    void manySetsThatArePassedOver();
     void aSetBeforeAnyItem();
     void aDroppedSetLeavesRoomForTheNext();
 
@@ -1406,6 +1410,84 @@ void tst_CSProValueSet::onlyOccurrencesInARowShareTheirSet()
     QCOMPARE(described, (QList<bool> { false, false, false, true, true }));
 }
 
+// Where a host put another item behind the one added last, nobody gets the set.
+void tst_CSProValueSet::theWalkOverOccurrencesBeginsAtTheLastItem()
+{
+    TCSPro parser;
+    parse(parser, "[Item]\nName=A\n[Item]\nName=B\nOccurrences=2");
+    TCSProItem other;
+    parser.items->append(&other);
+    parse(parser, "[ValueSet]\nName=V\nValue=1;a");
+    for (const TCSProItem* item : qAsConst(*parser.items))
+        QVERIFY(!item->getHasValueSet());
+
+    // The item added last need not be among them.
+    other.firstOccurrenceIndex = parser.lastItem->firstOccurrenceIndex;
+    TCSProItem* last = parser.items->takeAt(2);
+    QCOMPARE(last, parser.lastItem);
+    parse(parser, "[ValueSet]\nName=V\nValue=1;a");
+    QVERIFY(!last->getHasValueSet());
+    QVERIFY(!parser.getItem(0)->getHasValueSet());
+    QCOMPARE(parser.getItem(1)->getCount(), 1);
+    QCOMPARE(other.getCount(), 1);
+    QCOMPARE(other.getValueSet(0), parser.getItem(1)->getValueSet(0));
+    parser.items->append(last);
+}
+
+// Any list of items, any of them added last, against the walk as it is told.
+void tst_CSProValueSet::theWalkOverOccurrencesWalkedAgain()
+{
+    QRandomGenerator random(5);
+    int described = 0;
+    for (int run = 0; run < 3000; ++run) {
+        std::vector<TCSProItem> items(static_cast<std::size_t>(1 + random.bounded(6)));
+        TCSProValueSet older;
+        TCSPro parser;
+        for (TCSProItem& item : items) {
+            item.firstOccurrenceIndex = random.bounded(3);
+            if (random.bounded(8) == 0)
+                item.addValueSet(&older);
+            if (random.bounded(8) != 0)
+                parser.items->append(&item);
+        }
+        TCSProItem& last = items[static_cast<std::size_t>(random.bounded(int(items.size())))];
+        parser.lastItem = &last;
+        parser.lastItemNumeric = true;
+
+        QList<const TCSProItem*> expected;
+        if (!last.getHasValueSet() && last.firstOccurrenceIndex == 0) {
+            expected.append(&last);
+        } else if (!last.getHasValueSet()) {
+            for (int i = parser.items->size() - 1; i >= 0; --i) {
+                TCSProItem* item = parser.items->at(i);
+                if (item->firstOccurrenceIndex != last.firstOccurrenceIndex)
+                    break;
+                if (!item->getHasValueSet())
+                    expected.prepend(item);
+            }
+        }
+
+        QStringList lines { "[ValueSet]", "Name=V", "Value=1;a" };
+        int index = 0;
+        parser.processValueSet(&lines, index);
+        QList<const TCSProItem*> found;
+        const TCSProValueSet* set = nullptr;
+        for (TCSProItem& item : items) {
+            if (!item.getHasValueSet() || item.getValueSet(0) == &older)
+                continue;
+            found.append(&item);
+            QVERIFY(!set || set == item.getValueSet(0));
+            set = item.getValueSet(0);
+            QCOMPARE(item.getCount(), 1);
+        }
+        QCOMPARE(found, expected);
+        described += found.isEmpty() ? 0 : 1;
+        for (TCSProItem& item : items)
+            delete item.valueSets;
+    }
+    QVERIFY(described > 100);
+}
+
 void tst_CSProValueSet::aSecondSetIsPassedOver_data()
 {
     QTest::addColumn<QString>("second");
@@ -1438,6 +1520,36 @@ void tst_CSProValueSet::aSecondSetIsPassedOver()
     QCOMPARE(entriesOf(*item->getValueSet(0)), QStringList { "1|a" });
     QCOMPARE(item->getValueSet(0)->name, QString("V"));
     QCOMPARE(item->missingCode, QString());
+}
+
+void tst_CSProValueSet::manySetsThatArePassedOver_data()
+{
+    QTest::addColumn<QString>("lines");
+    QTest::addColumn<int>("ignored"); // of one round of lines
+
+    row("headers alone", "  [ValueSet]\n", 1);
+    row("with names and values", " [ValueSet]\nName=W\nValue=1;a\n", 1);
+    row("with other headers between", "\t[Other]\n [ValueSet]\nValue=1;a\n", 1);
+    row("after lines that are no headers", "Value=1;a\nName=W\n  [ValueSet]\n", 1);
+}
+
+/*
+ * Each indented header is one to the loop over all lines, behind which the whole rest of the file
+ * stands as one section. Were that read for each of them, this would run for hours.
+ */
+void tst_CSProValueSet::manySetsThatArePassedOver()
+{
+    QFETCH(QString, lines);
+    QFETCH(int, ignored);
+    constexpr int rounds = 400'000;
+    TCSPro parser;
+    parse(parser, dictionary("Numeric", "Value=1;a\n[ValueSet]\n") + lines.repeated(rounds));
+    QCOMPARE(parser.getItemsCount(), 1);
+    QCOMPARE(parser.getItem(0)->getCount(), 1);
+    QCOMPARE(entriesOf(parser), QStringList { "1|a" });
+    QCOMPARE(parser.problems().size(), 1 + ignored * rounds);
+    for (const CSProProblem& problem : parser.problems())
+        QCOMPARE(problem.kind, CSProProblem::Kind::ValueSetIgnored);
 }
 
 void tst_CSProValueSet::aSetBeforeAnyItem()
