@@ -62,7 +62,10 @@ MODEL_TESSEL_EXPORT Dictionary* buildDictionary(
 MODEL_TESSEL_EXPORT Dictionary* buildDictionary(
     const TStatFileDescription& file, const QVector<LookupDictionary>& lookups = {});
 
-/*! Deletes \a entity, all below it, their variables and all that those hold. It may be null. */
+/*!
+ * Deletes \a entity, all below it, their variables and all that those hold. It may be null. The
+ * entities are of class TOxEntity itself.
+ */
 MODEL_TESSEL_EXPORT void releaseEntity(TOxEntity* entity);
 
 /*! Deletes \a dictionary with its tree and all else that it holds. It may be null. */

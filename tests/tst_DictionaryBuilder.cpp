@@ -1567,27 +1567,29 @@ void tst_DictionaryBuilder::releaseNothing()
     QVERIFY(!dictionary);
 }
 
-// Counts the entities that were deleted.
-class Counted : public TOxEntity {
+// A text that entities share as their name; it is shared no more once all of them are deleted.
+class Mark {
 public:
-    explicit Counted(int& deleted)
-        : m_deleted(deleted)
+    TOxEntity* newEntity() const
     {
+        auto* entity = new TOxEntity;
+        entity->setName(m_text);
+        return entity;
     }
-    ~Counted() override
+    bool isShared() const
     {
-        ++m_deleted;
+        return !m_text.isDetached();
     }
 
 private:
-    int& m_deleted;
+    const QString m_text { 5, QLatin1Char('x') };
 };
 
 void tst_DictionaryBuilder::releaseWhatHostsChanged()
 {
-    int deleted = 0;
-    auto* root = new Counted(deleted);
-    auto* child = new Counted(deleted);
+    const Mark mark;
+    auto* root = mark.newEntity();
+    auto* child = mark.newEntity();
     root->addChildren(child);
     root->addChildren(nullptr);
     root->addVariables(nullptr);
@@ -1600,8 +1602,9 @@ void tst_DictionaryBuilder::releaseWhatHostsChanged()
     child->addVariables(changed);
     delete child->getChildren();
     child->setChildren(nullptr);
+    QVERIFY(mark.isShared());
     releaseEntity(root);
-    QCOMPARE(deleted, 2);
+    QVERIFY(!mark.isShared());
 
     DictionaryPointer dictionary(new Dictionary);
     Datasource* source = dictionary->getMetadataDictionary()->getDatasource();
@@ -1624,8 +1627,8 @@ void tst_DictionaryBuilder::releaseWhatHostsChanged()
 
 void tst_DictionaryBuilder::releaseSharedObjects()
 {
-    int deleted = 0;
-    auto* root = new Counted(deleted);
+    const Mark mark;
+    auto* root = mark.newEntity();
     auto* variable = new TOxVariable;
     variable->addValueLabelElement(new ValueLabelElement);
     variable->getMetadataVariables()->addItemRange(new Range);
@@ -1635,28 +1638,30 @@ void tst_DictionaryBuilder::releaseSharedObjects()
     delete other->getMetadataVariables()->getRange();
     other->getMetadataVariables()->setRange(variable->getMetadataVariables()->getRange());
     root->addVariables(other);
-    auto* child = new Counted(deleted);
+    auto* child = mark.newEntity();
     root->addChildren(child);
-    child->addChildren(new Counted(deleted));
+    child->addChildren(mark.newEntity());
     child->addVariables(new TOxVariable);
-    root->addChildren(new Counted(*child)); // its lists are those of the child
+    root->addChildren(new TOxEntity(*child)); // its lists are those of the child
+    QVERIFY(mark.isShared());
     releaseEntity(root);
-    QCOMPARE(deleted, 4);
+    QVERIFY(!mark.isShared());
 }
 
 void tst_DictionaryBuilder::releaseADeepTree()
 {
     constexpr int Depth = 100'000;
-    int deleted = 0;
-    auto* root = new Counted(deleted);
+    const Mark mark;
+    auto* root = mark.newEntity();
     TOxEntity* last = root;
     for (int i = 1; i < Depth; ++i) {
-        auto* child = new Counted(deleted);
+        auto* child = mark.newEntity();
         last->addChildren(child);
         last = child;
     }
+    QVERIFY(mark.isShared());
     runOnSmallStack([root] { releaseEntity(root); });
-    QCOMPARE(deleted, Depth);
+    QVERIFY(!mark.isShared());
 }
 
 void tst_DictionaryBuilder::releaseASearchResult()
