@@ -56,6 +56,13 @@ private slots:
     void missingValuesAndTagsAreShown();
     void assumedEncodingIsTold_data();
     void assumedEncodingIsTold();
+    void soundFileThatIsNotSupported();
+    void notesOfVariables();
+    void longTextHasNoLength();
+    void readFailureNamesTheFile_data();
+    void readFailureNamesTheFile();
+    void damagedLabelsEndWithAStatus_data();
+    void damagedLabelsEndWithAStatus();
 };
 
 void tst_StatCommand::realFiles_data()
@@ -244,6 +251,135 @@ void tst_StatCommand::assumedEncodingIsTold()
         QVERIFY2(outcome.output.contains(shown), outcome.output.constData());
         QCOMPARE(outcome.errors.contains("windows-1252"), isTold);
     }
+}
+
+// Of structures in order, one with a text, one with a set of labels larger than libreadstat takes.
+void tst_StatCommand::soundFileThatIsNotSupported()
+{
+    QTemporaryDir folder;
+    const QString stata = folder.filePath("text.dta");
+    StatFileWriter texts;
+    readstat_writer_set_file_format_version(texts.get(), 118);
+    texts.add("remarks", READSTAT_TYPE_STRING_REF, nullptr);
+    readstat_add_string_ref(texts.get(), QByteArray(17 << 20, 'x').constData());
+    QVERIFY(texts.write(stata, TStatFileKind::Stata));
+    const QString spss = folder.filePath("labels.sav");
+    StatFileWriter labels;
+    readstat_label_set_t* places = labels.addLabels("places", READSTAT_TYPE_DOUBLE);
+    for (int code = 0; code < 1'000'000; ++code)
+        readstat_label_double_value(places, code, "x");
+    labels.add("PLACE", READSTAT_TYPE_DOUBLE, "F8.0", places);
+    QVERIFY(labels.write(spss, TStatFileKind::Spss));
+
+    for (const QString& path : { stata, spss }) {
+        const Outcome outcome = runTessel({ "fields", path });
+        QCOMPARE(outcome.status, 1);
+        QVERIFY2(
+            outcome.errors.contains("not supported by libreadstat"), outcome.errors.constData());
+        QVERIFY(!outcome.errors.contains("damaged"));
+        QFile file(path);
+        QVERIFY(file.resize(file.size() / 2));
+        const QByteArray errors = runTessel({ "fields", path }).errors;
+        QVERIFY2(
+            errors.contains("damaged") && !errors.contains("not supported"), errors.constData());
+    }
+}
+
+void tst_StatCommand::notesOfVariables()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("notes.dta");
+    StatFileWriter writer;
+    readstat_writer_set_file_format_version(writer.get(), 118);
+    readstat_add_note(writer.get(), "To be moved");
+    writer.add("age", READSTAT_TYPE_INT32, nullptr);
+    QVERIFY(writer.write(path, TStatFileKind::Stata));
+    QByteArray bytes = readFile(path);
+    const int owner = bytes.indexOf(QByteArray("_dta\0", 5));
+    QVERIFY(owner > 0);
+    bytes.replace(owner, 5, QByteArray("age\0\0", 5));
+    QVERIFY(writeFile(path, bytes));
+    const Outcome outcome = runTessel({ "fields", "-f", "json", path });
+    QCOMPARE(outcome.status, 0);
+    const QJsonObject field =
+        firstListing(outcome.output).value("fields").toArray().at(0).toObject();
+    QCOMPARE(field.value("note").toString(), QStringLiteral("To be moved"));
+    QVERIFY(firstListing(outcome.output).value("notes").toArray().isEmpty());
+}
+
+void tst_StatCommand::longTextHasNoLength()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("text.dta");
+    StatFileWriter writer;
+    readstat_writer_set_file_format_version(writer.get(), 118);
+    writer.add("remarks", READSTAT_TYPE_STRING_REF, "%9s");
+    QVERIFY(writer.write(path, TStatFileKind::Stata));
+    const Outcome outcome = runTessel({ "fields", "-f", "json", path });
+    QCOMPARE(outcome.status, 0);
+    const QJsonObject field =
+        firstListing(outcome.output).value("fields").toArray().at(0).toObject();
+    QCOMPARE(field.value("type").toString(), QStringLiteral("string"));
+    QVERIFY(field.contains("length") && field.value("length").isNull());
+}
+
+void tst_StatCommand::readFailureNamesTheFile_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("bytes");
+    // What the kind is found by is read first, then the file itself, which fails in each pass.
+    for (const int bytes : { 20'000, 70'000, 200'000 }) {
+        for (const char* rules : { "written", "established" }) {
+            QTest::addRow("fields, %s, %d bytes", rules, bytes)
+                << QStringList { "fields", "--rules", rules } << bytes;
+            QTest::addRow("tree, %s, %d bytes", rules, bytes)
+                << QStringList { "tree", "--rules", rules } << bytes;
+        }
+        QTest::addRow("rows, %d bytes", bytes) << QStringList { "export", "--to", "sql" } << bytes;
+    }
+}
+
+void tst_StatCommand::readFailureNamesTheFile()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, bytes);
+    const QString path = example("person.dta");
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("LD_PRELOAD", environment.value("LD_PRELOAD") + " " TESSEL_FAILING_READ);
+    environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0");
+    environment.insert("FAILING_READ_FILE", path);
+    environment.insert("FAILING_READ_BYTES", QString::number(bytes));
+    const Outcome outcome = runTessel(arguments + QStringList { path }, {}, environment);
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains(path.toUtf8() + ": error: cannot be read: Input/output error"),
+        outcome.errors.constData());
+}
+
+void tst_StatCommand::damagedLabelsEndWithAStatus_data()
+{
+    QTest::addColumn<QString>("rules");
+    QTest::newRow("as written") << QStringLiteral("written");
+    QTest::newRow("established") << QStringLiteral("established");
+}
+
+// The variables are listed, what is missing is told, and once only.
+void tst_StatCommand::damagedLabelsEndWithAStatus()
+{
+    QFETCH(QString, rules);
+    QTemporaryDir folder;
+    const QString path = folder.filePath("labels.sav");
+    StatFileWriter writer;
+    readstat_label_set_t* labels = writer.addLabels("L", READSTAT_TYPE_STRING);
+    readstat_label_string_value(labels, "abcdefghijkl", "first");
+    writer.add("A", READSTAT_TYPE_STRING, "A20", labels, 20);
+    QVERIFY(writer.write(path, TStatFileKind::Spss));
+    QByteArray bytes = readFile(path);
+    bytes.replace(bytes.indexOf("first") - 4, 4, QByteArray(4, '\x7f')); // the label's length
+    QVERIFY(writeFile(path, bytes));
+    const Outcome outcome = runTessel({ "fields", "--rules", rules, "-f", "json", path });
+    QCOMPARE(outcome.status, 1);
+    QCOMPARE(outcome.errors.count(": error: "), 1);
+    QCOMPARE(firstListing(outcome.output).value("fields").toArray().size(), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_StatCommand)

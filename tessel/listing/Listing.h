@@ -4,6 +4,10 @@
 #include <QStringList>
 #include <QVector>
 
+#include <memory>
+
+class TStatInput;
+
 /*! One value of a value set and its label; codes that share one label stand each for themselves. */
 struct ListedCode {
     QString code; /*!< of a range: its low bound */
@@ -113,6 +117,7 @@ struct Listing {
     QStringList notes;
     QVector<ListedRecord> records;
     QVector<ListedField> fields;
+    std::shared_ptr<TStatInput> input; /*!< that the rows can be read from; null: none */
 
     /*! True for a kind of file whose fields stand in records; others are tables of rows. */
     bool hasRecords() const

@@ -5,18 +5,21 @@
 
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/StatDictionary.h>
+#include <model_Tessel/StatInput.h>
 
 namespace {
 
 DictionaryPointer readStatTree(const QString& path, FileKind kind, bool asWritten,
     const QVector<LookupDictionary>& lookups, bool& isPartial)
 {
+    TStatInput input;
     TStatFileDescription file;
-    if (!describeStatFile(path, kind, file, isPartial))
+    if (!describeStatFile(path, kind, input, file, isPartial))
         return nullptr;
     if (asWritten)
         return DictionaryPointer(buildDictionary(file, lookups));
-    return DictionaryPointer(buildDictionary(*importStatFile(file, isPartial), lookups));
+    const auto importer = importStatFile(file, input, isPartial);
+    return DictionaryPointer(importer ? buildDictionary(*importer, lookups) : nullptr);
 }
 
 } // namespace

@@ -1,5 +1,9 @@
 #include "reading/LabelledValues.h"
 
+#include "reading/StatFile.h"
+
+#include <model_Tessel/StatInput.h>
+
 #include <QFile>
 #include <QHash>
 #include <QSet>
@@ -7,6 +11,7 @@
 #include <readstat.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -63,7 +68,7 @@ public:
     explicit RowReader(const Listing& listing);
 
     // False when the rows did not end well.
-    bool read(const QString& path, bool isSpss);
+    bool read(TStatInput& input, bool isSpss);
 
     bool hasOnlyListed(int field) const
     {
@@ -113,7 +118,9 @@ int RowReader::onVariable(
 {
     const QVector<Column>& columns = static_cast<const RowReader*>(context)->m_columns;
     const bool isKnown = index < columns.size() && columns.at(index).codes
-        && columns.at(index).name == QString::fromUtf8(readstat_variable_get_name(variable));
+        && columns.at(index).name
+            == QString::fromUtf8(
+                variable->name, int(::strnlen(variable->name, sizeof variable->name)));
     return isKnown ? READSTAT_HANDLER_OK : READSTAT_HANDLER_SKIP_VARIABLE;
 }
 
@@ -130,17 +137,19 @@ int RowReader::onValue(
     return READSTAT_HANDLER_OK;
 }
 
-bool RowReader::read(const QString& path, bool isSpss)
+bool RowReader::read(TStatInput& input, bool isSpss)
 {
     const std::unique_ptr<readstat_parser_t, void (*)(readstat_parser_t*)> parser(
         readstat_parser_init(), readstat_parser_free);
     if (!parser)
         return false;
+    input.attachTo(parser.get());
     readstat_set_variable_handler(parser.get(), onVariable);
     readstat_set_value_handler(parser.get(), onValue);
     readstat_set_row_limit(parser.get(), long(m_rowLimit));
     const auto parse = isSpss ? readstat_parse_sav : readstat_parse_dta;
-    const readstat_error_t error = parse(parser.get(), QFile::encodeName(path).constData(), this);
+    const readstat_error_t error =
+        parse(parser.get(), QFile::encodeName(input.path()).constData(), this);
     return error == READSTAT_OK && m_lastRow + 1 < m_rowLimit;
 }
 
@@ -148,10 +157,13 @@ bool RowReader::read(const QString& path, bool isSpss)
 
 bool findListedValues(Listing& listing)
 {
-    if (listing.hasRecords())
+    if (listing.hasRecords() || !listing.input)
         return true;
     RowReader reader(listing);
-    if (!reader.read(listing.file, listing.kind == QLatin1String("spss")))
+    const bool isRead = reader.read(*listing.input, listing.kind == QLatin1String("spss"));
+    if (!checkRead(*listing.input))
+        listing.isPartial = true;
+    if (!isRead || !listing.input->failure().isEmpty())
         return false;
     for (int i = 0; i < listing.fields.size(); ++i)
         listing.fields[i].areValuesListed = reader.hasOnlyListed(i);

@@ -5,9 +5,11 @@
 #include <model_Tessel/SPSSDataImport.h>
 #include <model_Tessel/STATADataImport.h>
 #include <model_Tessel/StatDictionary.h>
+#include <model_Tessel/StatInput.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -48,11 +50,32 @@ QString describe(const TStatOutcome& outcome)
     return texts.join(QLatin1String("; "));
 }
 
+bool failRead(const QString& path, const QString& reason)
+{
+    return failInput(path, 0,
+        QStringLiteral("cannot be read: %1; try again when nothing writes to it and the disk is in "
+                       "order")
+            .arg(reason));
+}
+
+// The usual reasons are sizes: libreadstat takes no text or set of labels above 16 MiB.
+QString unsupportedText(TStatFileKind kind, const QString& name, const QString& reason)
+{
+    const QString way = kind == TStatFileKind::Spss
+        ? QStringLiteral("fewer labels in one set")
+        : QStringLiteral("shorter texts (strL) or fewer labels in one set");
+    return QStringLiteral("is a sound %1 file, but not supported by libreadstat, which reads it: "
+                          "%2; save it with %3")
+        .arg(name, reason, way);
+}
+
 // False when there is nothing to list. Value labels may be damaged where the variables are not.
 bool checkWhole(const QString& path, const TStatFileDescription& file, bool& isPartial)
 {
     if (file.isWhole())
         return true;
+    if (!file.outcome.inputFailure.isEmpty())
+        return failRead(path, file.outcome.inputFailure);
     isPartial = file.variablesOutcome.isWhole();
     if (isPartial) {
         failInput(path, 0,
@@ -68,6 +91,10 @@ bool checkWhole(const QString& path, const TStatFileDescription& file, bool& isP
         return failInput(path, 0,
             QStringLiteral("is no %1 file; without --type its kind is found by its content")
                 .arg(name));
+    }
+    if (file.variablesOutcome.isUnsupported) {
+        return failInput(
+            path, 0, unsupportedText(file.kind, name, describe(file.variablesOutcome)));
     }
     return failInput(path, 0,
         QStringLiteral("cannot be read as %1 file: %2; if it is damaged or cut off, get it anew")
@@ -109,37 +136,55 @@ void tellAssumedEncoding(const TStatFileDescription& file)
             .arg(file.formatVersion));
 }
 
+template <typename Importer>
+std::unique_ptr<TDataImport> opened(const QString& path, TStatInput& input)
+{
+    auto importer = std::make_unique<Importer>(path);
+    importer->setInput(&input);
+    const QuietOutput quiet;
+    importer->openFile();
+    importer->setInput(nullptr);
+    return importer;
+}
+
 } // namespace
 
-bool describeStatFile(
-    const QString& path, FileKind kind, TStatFileDescription& file, bool& isPartial)
+bool describeStatFile(const QString& path, FileKind kind, TStatInput& input,
+    TStatFileDescription& file, bool& isPartial)
 {
+    if (!input.open(path))
+        return failRead(path, input.failure());
     if (isEncrypted(path)) {
         return failInput(
             path, 0, QStringLiteral("is encrypted; save it without a password and try again"));
     }
     file = readStatDescription(
-        path, kind == FileKind::Spss ? TStatFileKind::Spss : TStatFileKind::Stata);
+        input, kind == FileKind::Spss ? TStatFileKind::Spss : TStatFileKind::Stata);
     if (!checkWhole(path, file, isPartial))
         return false;
     tellAssumedEncoding(file);
     return true;
 }
 
-std::unique_ptr<TDataImport> importStatFile(const TStatFileDescription& file, bool& isPartial)
+std::unique_ptr<TDataImport> importStatFile(
+    const TStatFileDescription& file, TStatInput& input, bool& isPartial)
 {
-    const TStatOutcome outcome = readStatOutcome(file.path, file.kind);
+    const TStatOutcome outcome = readStatOutcome(input, file.kind);
+    if (!checkRead(input))
+        return nullptr;
     if (!outcome.isWhole() && !isPartial) {
         isPartial = true;
         failInput(file.path, 0,
             QStringLiteral("the importer does not read it whole: %1").arg(describe(outcome)));
     }
-    std::unique_ptr<TDataImport> importer;
-    if (file.kind == TStatFileKind::Spss)
-        importer = std::make_unique<TSPSSDataImport>(file.path);
-    else
-        importer = std::make_unique<TSTATADataImport>(file.path);
-    const QuietOutput quiet;
-    importer->openFile();
-    return importer;
+    std::unique_ptr<TDataImport> importer = file.kind == TStatFileKind::Spss
+        ? opened<TSPSSDataImport>(file.path, input)
+        : opened<TSTATADataImport>(file.path, input);
+    return checkRead(input) ? std::move(importer) : nullptr;
+}
+
+bool checkRead(const TStatInput& input)
+{
+    const QString failure = input.failure();
+    return failure.isEmpty() || failRead(input.path(), failure);
 }

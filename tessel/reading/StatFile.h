@@ -7,18 +7,24 @@
 #include <memory>
 
 class TDataImport;
+class TStatInput;
 struct TStatFileDescription;
 
 /*!
- * Describes the SPSS or Stata file \a path and tells on standard error what of it cannot be read.
- * False when that is all of it.
+ * Opens the SPSS or Stata file \a path in \a input, which every later look at it has to use, and
+ * describes it. Tells on standard error what of it cannot be read; false when that is all of it.
  * \param isPartial set when value labels are missing
  */
-bool describeStatFile(
-    const QString& path, FileKind kind, TStatFileDescription& file, bool& isPartial);
+bool describeStatFile(const QString& path, FileKind kind, TStatInput& input,
+    TStatFileDescription& file, bool& isPartial);
 
 /*!
- * Opens \a file with the library's importer.
+ * Opens \a file, described before, with the library's importer; null, and told, when it can no
+ * longer be read.
  * \param isPartial set, and told, when the importer does not read it whole
  */
-std::unique_ptr<TDataImport> importStatFile(const TStatFileDescription& file, bool& isPartial);
+std::unique_ptr<TDataImport> importStatFile(
+    const TStatFileDescription& file, TStatInput& input, bool& isPartial);
+
+/*! Tells that \a input could not be read, if so; false then. */
+bool checkRead(const TStatInput& input);

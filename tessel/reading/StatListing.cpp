@@ -10,6 +10,7 @@
 #include <model_Tessel/Record.h>
 #include <model_Tessel/SourceField.h>
 #include <model_Tessel/StatDictionary.h>
+#include <model_Tessel/StatInput.h>
 
 #include <QHash>
 
@@ -108,6 +109,8 @@ ListedField listVariable(
     field.decimals = variable.decimals();
     field.format = variable.format;
     field.measure = measureName(variable.measure);
+    if (!variable.notes.isEmpty())
+        field.note = variable.notes.join(QLatin1Char('\n'));
     takeMissing(field, variable.missingRanges);
     labelSets.listFor(variable, field);
     return field;
@@ -174,7 +177,8 @@ QString versionText(const TStatFileDescription& file)
 bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& listing)
 {
     TStatFileDescription file;
-    if (!describeStatFile(path, kind, file, listing.isPartial))
+    listing.input = std::make_shared<TStatInput>();
+    if (!describeStatFile(path, kind, *listing.input, file, listing.isPartial))
         return false;
     listing.file = path;
     listing.kind = kindName(kind);
@@ -183,9 +187,12 @@ bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& l
     listing.encoding = file.encoding;
     listing.rowCount = file.rowCount;
     listing.notes = file.notes;
-    if (asWritten)
+    if (asWritten) {
         listWritten(file, listing);
-    else
-        listEstablished(*importStatFile(file, listing.isPartial), listing);
-    return true;
+        return true;
+    }
+    const auto importer = importStatFile(file, *listing.input, listing.isPartial);
+    if (importer)
+        listEstablished(*importer, listing);
+    return importer != nullptr;
 }

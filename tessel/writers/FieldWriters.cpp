@@ -243,7 +243,7 @@ QJsonObject jsonOf(const ListedField& field)
         { QStringLiteral("start"), numberOrNull(field.start) },
         { QStringLiteral("format"), textOrNull(field.format) },
         { QStringLiteral("measure"), textOrNull(field.measure) },
-        { QStringLiteral("length"), field.length }, { QStringLiteral("decimals"), field.decimals },
+        { QStringLiteral("length"), numberOrNull(field.length) }, { QStringLiteral("decimals"), field.decimals },
         { QStringLiteral("decimalChar"), field.hasDecimalChar },
         { QStringLiteral("subitem"), field.isSubItem },
         { QStringLiteral("parent"), textOrNull(field.parent) },
