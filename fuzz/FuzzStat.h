@@ -29,6 +29,5 @@ template <typename Importer> int fuzzStat(const uint8_t* data, size_t size, TSta
     importer.openFile();
     qDeleteAll(*importer.fields);
     delete importer.fields;
-    delete importer.groups;
     return 0;
 }
