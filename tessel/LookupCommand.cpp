@@ -224,8 +224,11 @@ int check(const LookupOptions& options, Supervisor& supervisor)
         || !chooseSeparator(options, task))
         return InputFailed;
     task.countsValues = options.withFrequencies || !options.report.isEmpty();
-    LookupOutcome outcome;
-    if (!checkLookup(task, outcome))
+    // They end with the process: to delete millions of records would take a third of its time.
+    static TOxLookup* const lookup = new TOxLookup;
+    static LookupOutcome* const kept = new LookupOutcome;
+    LookupOutcome& outcome = *kept;
+    if (!checkLookup(task, *lookup, outcome))
         return InputFailed;
     if (outcome.comparison)
         outcome.comparison->file = options.againstFile;

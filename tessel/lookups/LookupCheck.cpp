@@ -12,18 +12,6 @@ namespace {
 
 constexpr qint64 ChunkSize = 1'048'576;
 
-/* A lookup that deletes its values. */
-class OwnLookup : public TOxLookup {
-public:
-    OwnLookup() = default;
-    Q_DISABLE_COPY(OwnLookup)
-    ~OwnLookup() override
-    {
-        for (const auto& record : values)
-            delete record.second;
-    }
-};
-
 // Bytes of these encodings are no characters, so line ends cannot be found among them.
 bool isWide(const QByteArray& encoding)
 {
@@ -118,9 +106,8 @@ QString kindName(TOxLookupProblem::Kind kind)
     return QStringLiteral("duplicate-key");
 }
 
-bool checkLookup(const LookupTask& task, LookupOutcome& outcome)
+bool checkLookup(const LookupTask& task, TOxLookup& lookup, LookupOutcome& outcome)
 {
-    OwnLookup lookup;
     ProblemCounter counter(outcome);
     lookup.setProblemSink([&counter](const TOxLookupProblem& problem) { counter.take(problem); });
     if (!import(task, lookup))

@@ -46,7 +46,7 @@ struct LookupOutcome {
 };
 
 /*!
- * Imports and checks a lookup file, with a progress bar. False, and told, when it cannot be read or
- * no line of it has the separator.
+ * Imports a lookup file into \a lookup and checks it, with a progress bar. False, and told, when it
+ * cannot be read or no line of it has the separator.
  */
-bool checkLookup(const LookupTask& task, LookupOutcome& outcome);
+bool checkLookup(const LookupTask& task, TOxLookup& lookup, LookupOutcome& outcome);

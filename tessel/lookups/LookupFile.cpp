@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QTextCodec>
 
+#include <algorithm>
+
 namespace {
 
 constexpr qint64 ChunkSize = 1'048'576;
@@ -15,7 +17,7 @@ constexpr qint64 ChunkSize = 1'048'576;
 bool isBinary(QChar character)
 {
     const ushort code = character.unicode();
-    return code < 0x08 || (code > 0x0D && code < 0x1A) || (code > 0x1B && code < 0x20);
+    return code < 0x20 && (code < 0x08 || (code > 0x0D && code != 0x1A && code != 0x1B));
 }
 
 /* What a pass over a file's text finds. */
@@ -25,16 +27,13 @@ struct Scan {
     LineSample sample; // an invalid byte is one character, so keys have nearly their lengths
 };
 
-// Line of the first character in text that a predicate holds for; line counts on to the text's end.
+// Line of the first character in text that a predicate holds for, where the text begins in line;
+// 0: none.
 template <typename Predicate> int findLine(const QString& text, int line, Predicate predicate)
 {
-    for (const QChar character : text) {
-        if (predicate(character))
-            return line;
-        if (character == QLatin1Char('\n'))
-            ++line;
-    }
-    return 0;
+    const auto found = std::find_if(text.cbegin(), text.cend(), predicate);
+    return found == text.cend() ? 0
+                                : line + int(std::count(text.cbegin(), found, QLatin1Char('\n')));
 }
 
 bool scan(const QString& path, const QTextCodec& codec, Scan& result)

@@ -69,11 +69,15 @@ QString frequencyTable(const QVector<ValueCount>& frequencies, int width)
     const int room = width - digits - 1;
     QString text = head.toText(width);
     const int headLength = text.size();
+    QString number; // as long as the counts are the same
     for (int i = 1; i < frequencies.size(); ++i) {
         const ValueCount& count = frequencies.at(i);
+        if (i == 1 || count.keys != frequencies.at(i - 1).keys)
+            number = QString::number(count.keys).rightJustified(digits) + QLatin1Char(' ');
         if (room >= NarrowestPlain && isPlain(count.value, room)) {
-            text += QString::number(count.keys).rightJustified(digits) + QLatin1Char(' ')
-                + count.value + QLatin1Char('\n');
+            text += number;
+            text += count.value;
+            text += QLatin1Char('\n');
             continue;
         }
         TextTable table = head;

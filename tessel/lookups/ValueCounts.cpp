@@ -3,13 +3,14 @@
 #include <model_Tessel/Lookup.h>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace {
 
 struct Entry {
     quint64 head; // the characters that are compared next
-    const QString* text;
+    QString text;
 };
 
 using Place = std::vector<Entry>::iterator;
@@ -29,10 +30,10 @@ quint64 headOf(const QString& text, int start)
 // How many characters all of the texts begin with; known: that many at least.
 int commonLength(Place first, Place last, int known)
 {
-    const QString& text = *first->text;
+    const QString& text = first->text;
     int length = text.size();
     for (Place entry = first + 1; entry < last && length > known; ++entry) {
-        const QString& other = *entry->text;
+        const QString& other = entry->text;
         const int limit = std::min(length, other.size());
         int common = known;
         while (common < limit && text.at(common) == other.at(common))
@@ -45,7 +46,7 @@ int commonLength(Place first, Place last, int known)
 bool endBefore(Place first, Place last, int length)
 {
     return std::all_of(
-        first, last, [length](const Entry& entry) { return entry.text->size() <= length; });
+        first, last, [length](const Entry& entry) { return entry.text.size() <= length; });
 }
 
 // Millions of texts are far apart in memory, so they are compared by their heads as far as
@@ -53,13 +54,13 @@ bool endBefore(Place first, Place last, int length)
 void sortTexts(Place first, Place last, int known)
 {
     if (last - first <= FewEntries || endBefore(first, last, known)) {
-        std::sort(first, last, [](const Entry& a, const Entry& b) { return *a.text < *b.text; });
+        std::sort(first, last, [](const Entry& a, const Entry& b) { return a.text < b.text; });
         return;
     }
     const int start = std::max(known, commonLength(first, last, known));
     for (Place entry = first; entry < last; ++entry)
-        entry->head = headOf(*entry->text, start);
-    std::sort(first, last, [](const Entry& a, const Entry& b) { return a.head < b.head; });
+        entry->head = headOf(entry->text, start);
+    std::stable_sort(first, last, [](const Entry& a, const Entry& b) { return a.head < b.head; });
     while (first < last) {
         const Place next = std::find_if(
             first, last, [first](const Entry& entry) { return entry.head != first->head; });
@@ -69,14 +70,14 @@ void sortTexts(Place first, Place last, int known)
 }
 
 // Each text once.
-QVector<ValueCount> counted(const std::vector<Entry>& texts)
+QVector<ValueCount> counted(std::vector<Entry> texts)
 {
     QVector<ValueCount> counts;
-    for (const Entry& entry : texts) {
-        if (!counts.isEmpty() && counts.constLast().value == *entry.text)
+    for (Entry& entry : texts) {
+        if (!counts.isEmpty() && counts.constLast().value == entry.text)
             ++counts.last().keys;
         else
-            counts.append({ *entry.text, 1 });
+            counts.append({ std::move(entry.text), 1 });
     }
     return counts;
 }
@@ -89,10 +90,10 @@ QVector<ValueCount> countValues(const std::map<QString, TOxLookupValue*>& record
     texts.reserve(records.size());
     for (const auto& [key, value] : records) {
         if (!key.isEmpty())
-            texts.push_back({ 0, &value->value });
+            texts.push_back({ 0, value->value });
     }
     sortTexts(texts.begin(), texts.end(), 0);
-    QVector<ValueCount> counts = counted(texts);
+    QVector<ValueCount> counts = counted(std::move(texts));
     const auto isMoreFrequent = [](const ValueCount& a, const ValueCount& b) {
         return a.keys > b.keys;
     };

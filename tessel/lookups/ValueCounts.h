@@ -12,6 +12,7 @@ struct ValueCount {
     QString value;
     int keys;
 };
+Q_DECLARE_TYPEINFO(ValueCount, Q_MOVABLE_TYPE);
 
 /*!
  * The values of the records, most frequent first, those of the same frequency in their order. The
