@@ -2,6 +2,7 @@
 
 #include <model_Tessel/CSProJsonReader_p.h>
 #include <model_Tessel/CSProTextReader_p.h>
+#include <model_Tessel/CSProValueSet.h>
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/DebugLog_p.h>
 #include <model_Tessel/ErrorManager.h>
@@ -12,6 +13,7 @@
 #include <QFile>
 #include <QTextCodec>
 
+#include <algorithm>
 #include <exception>
 
 namespace {
@@ -67,6 +69,19 @@ bool TCSProItem::getHasValueSet() const
 TCSProValueSet* TCSProItem::getValueSet(int index) const
 {
     return valueSets->at(index);
+}
+
+const TCSProValueSet* TCSProItem::boundingValueSet() const
+{
+    const auto isBound = [](const TValueSetItem* entry) {
+        return !entry->special && isFiniteNumber(entry->code)
+            && (entry->highCode.isNull() || isFiniteNumber(entry->highCode));
+    };
+    const auto set =
+        std::find_if(valueSets->cbegin(), valueSets->cend(), [&](const TCSProValueSet* valueSet) {
+            return std::any_of(valueSet->items->cbegin(), valueSet->items->cend(), isBound);
+        });
+    return set == valueSets->cend() ? nullptr : *set;
 }
 
 void TCSProItem::addValueSet(TCSProValueSet* valueSet)

@@ -39,6 +39,11 @@ public:
     bool getHasValueSet() const;
     /*! Value set \a index, from 0; the index is not checked. */
     TCSProValueSet* getValueSet(int index) const;
+    /*!
+     * The value set that bounds the numbers of the item: the first with an ordinary code that is a
+     * number. Null when there is none.
+     */
+    const TCSProValueSet* boundingValueSet() const;
     /*! Gives the item its value set; a second one is ignored. */
     void addValueSet(TCSProValueSet* valueSet);
 

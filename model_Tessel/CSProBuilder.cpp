@@ -294,10 +294,12 @@ void CSProBuilder::shareLinkedValues(TCSProValueSet& valueSet)
     if (valueSet.link.isEmpty() || !valueSet.items->isEmpty())
         return;
     valueSet.linkedSet = m_links.value(valueSet.link);
-    if (valueSet.linkedSet)
+    if (valueSet.linkedSet) {
         *valueSet.items = *valueSet.linkedSet->items;
-    else
+        valueSet.details = valueSet.linkedSet->details;
+    } else {
         noteValueSet(Kind::LinkWithoutValues, valueSet.sourceLine, valueSet.name, valueSet.link);
+    }
 }
 
 // False when the value set is to be dropped.

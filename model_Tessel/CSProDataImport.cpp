@@ -1,5 +1,6 @@
 #include <model_Tessel/CSProDataImport.h>
 
+#include <model_Tessel/CSProLengthRange_p.h>
 #include <model_Tessel/CSProValueSet.h>
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/DebugLog_p.h>
@@ -11,6 +12,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <tuple>
 
 namespace {
 
@@ -52,6 +55,37 @@ int digitsBeforePoint(const TCSProItem& item)
     return int(std::clamp<qint64>(digits, 0, LongestRecord));
 }
 
+// The range of a numeric field that no value set bounds; the texts of one width are shared.
+class LengthLimits {
+public:
+    explicit LengthLimits(const CSProReadingRules& rules)
+        : m_rules(rules)
+    {
+    }
+
+    // Rule: what fits the columns, or nines from 0 on.
+    void applyTo(TGenericField& field, const TCSProItem& item)
+    {
+        if (!m_rules.lengthRanges) {
+            field.minValue = QStringLiteral("0");
+            field.maxValue = StringOfChar('9', digitsBeforePoint(item));
+            return;
+        }
+        const auto width = std::make_tuple(item.len, item.decimal, item.hasDecimalChar);
+        if (!m_range || width != m_width) {
+            m_width = width;
+            m_range = CSProLengthRange(item);
+        }
+        field.minValue = m_range->lowest;
+        field.maxValue = m_range->highest;
+    }
+
+private:
+    const CSProReadingRules& m_rules;
+    std::tuple<int, int, bool> m_width;
+    std::optional<CSProLengthRange> m_range; // of that width
+};
+
 // Without a point in the text the implied decimals scale it; a comma counts as a point.
 double scaledNumber(const QString& text, int decimals, bool* isNumber)
 {
@@ -92,8 +126,11 @@ public:
         m_labels.clear();
         if (m_isNumeric && !m_rules.specials)
             startBounds();
-        for (const TCSProValueSet* valueSet : qAsConst(m_valueSets))
+        for (const TCSProValueSet* valueSet : qAsConst(m_valueSets)) {
+            // Rule: several sets are alternatives, of which the first with numbers has the bounds.
+            m_isBounded = m_hasBounds && m_rules.specials && m_rules.allValueSets;
             addEntries(*valueSet);
+        }
         m_labels.squeeze();
     }
 
@@ -135,6 +172,8 @@ private:
                 continue;
             QString code = entry->code;
             QString highCode = entry->highCode;
+            if (m_isNumeric && !highCode.isNull() && !isFiniteNumber(highCode))
+                continue; // no range, so its low bound is none either
             if (m_isNumeric && (!takeNumber(code) || (!highCode.isNull() && !takeNumber(highCode))))
                 continue;
             if (!highCode.isNull())
@@ -153,13 +192,19 @@ private:
         const double number = isNumber ? integer : code.toDouble(&isNumber);
         if (!isNumber)
             return false;
+        if (!m_isBounded)
+            widen(number);
+        if (m_fieldType == TGenericField::IntegerType)
+            code = shortNumberText(number);
+        return true;
+    }
+
+    void widen(double number)
+    {
         const bool isFirst = m_rules.specials && !m_hasBounds;
         m_min = isFirst ? number : std::min(m_min, number);
         m_max = isFirst ? number : std::max(m_max, number);
         m_hasBounds = m_hasBounds || isFirst;
-        if (m_fieldType == TGenericField::IntegerType)
-            code = shortNumberText(number);
-        return true;
     }
 
     const TCSPro& m_dictionary;
@@ -170,6 +215,7 @@ private:
     double m_min = 0;
     double m_max = 0;
     bool m_hasBounds = false;
+    bool m_isBounded = false; // by an earlier set
     QString m_labels;
 };
 
@@ -296,6 +342,7 @@ void TCSProDataImport::copyDataFromDictionary()
         return;
     const CSProReadingRules& rules = dictionary->readingRules();
     ValueSetSummary summary(*dictionary);
+    LengthLimits limits(rules);
     const bool multiple = isMultiple();
     const int count = dictionary->getItemsCount();
     fields->reserve(fields->size() + count);
@@ -317,10 +364,8 @@ void TCSProDataImport::copyDataFromDictionary()
             field->hasDecimalChar = item->hasDecimalChar;
         getVarMissingValue(field);
         getNotApplicable(field);
-        if (item->isAlpha == 0) {
-            field->minValue = QStringLiteral("0");
-            field->maxValue = StringOfChar('9', digitsBeforePoint(*item));
-        }
+        if (item->isAlpha == 0)
+            limits.applyTo(*field, *item);
         if (item->getHasValueSet()) {
             summary.summarize(*item, field->fieldType);
             summary.applyTo(*field);

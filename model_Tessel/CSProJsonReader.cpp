@@ -270,9 +270,8 @@ void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProVal
     if (!special.isEmpty() && type == CSProSpecial::Ordinary)
         m_builder.noteValueSet(Kind::UnknownSpecial, 0, valueSet.name, special);
     const QString label = labels(object);
-    const QString note = text(object, "note");
-    const QString image = text(object, "image");
-    const QString textColor = text(object, "textColor");
+    const CSProValueDetail detail { text(object, "note"), text(object, "image"),
+        text(object, "textColor") };
     if (member(object, "pairs").toArray().isEmpty())
         return noteType("pairs");
     forEachObject(object, "pairs", [&](const QJsonObject& pair) {
@@ -288,9 +287,8 @@ void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProVal
         entry->type = type;
         entry->special = type != CSProSpecial::Ordinary;
         entry->valueNumber = number;
-        entry->note = note;
-        entry->image = image;
-        entry->textColor = textColor;
+        if (!detail.isEmpty())
+            valueSet.details.insert(entry.get(), detail);
         valueSet.addItem(entry.release());
     });
 }

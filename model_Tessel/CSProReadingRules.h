@@ -45,6 +45,11 @@ struct CSProReadingRules {
      * \c decimals text is their number in digits.
      */
     bool scaledValues = false;
+    /*!
+     * A number that no value set bounds has the range that its columns hold: decimals count, and a
+     * sign and a point that is in the data take a column each.
+     */
+    bool lengthRanges = false;
     /*! Levels, notes, relations, parents of subitems, links between value sets and images are read.
      */
     bool structure = false;
@@ -81,7 +86,7 @@ struct CSProReadingRules {
         rules.wholeKeys = rules.quotedCodes = rules.ranges = rules.severalCodes = true;
         rules.specials = rules.allValueSets = rules.decimalCodes = rules.keptValueSets = true;
         rules.writtenOrder = rules.occurrenceNumbers = rules.repeatedSubItems = true;
-        rules.scaledValues = rules.structure = rules.languages = true;
+        rules.scaledValues = rules.lengthRanges = rules.structure = rules.languages = true;
         rules.foundEncoding = rules.allLineEnds = rules.json = true;
         return rules;
     }

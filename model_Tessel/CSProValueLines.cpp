@@ -94,16 +94,24 @@ bool staysInSet(const TValueSetItem& entry, const CSProReadingRules& rules)
 }
 
 // Rule: notes, images and colours of values, or none.
-void applyDetail(const CSProKeyLine& line, const CSProReadingRules& rules, TValueSetItem& entry)
+void applyDetail(const CSProKeyLine& line, const CSProReadingRules& rules, CSProValueDetail& detail)
 {
     if (!rules.structure)
         return;
     if (line.hasKey("Note"))
-        appendNoteLine(entry.note, line.value);
+        appendNoteLine(detail.note, line.value);
     else if (line.hasKey("Image"))
-        entry.image = line.value.toString();
+        detail.image = line.value.toString();
     else if (line.hasKey("TextColor"))
-        entry.textColor = line.value.toString();
+        detail.textColor = line.value.toString();
+}
+
+void storeWithDetail(
+    TCSProValueSet& valueSet, std::unique_ptr<TValueSetItem> entry, const CSProValueDetail& detail)
+{
+    if (!detail.isEmpty())
+        valueSet.details.insert(entry.get(), detail);
+    valueSet.addItem(entry.release());
 }
 
 /*
@@ -128,12 +136,12 @@ public:
             } else if (m_pending && isNameLine(line)) {
                 readNameLine(line.mid(NameKeyLength));
             } else if (m_pending) {
-                applyDetail(splitKeyLine(line, 0), m_rules, *m_pending);
+                applyDetail(splitKeyLine(line, 0), m_rules, m_detail);
             }
         }
         // Kept: the last entry is stored as it stands, even when its code holds several values.
         if (m_pending && staysInSet(*m_pending, m_rules))
-            m_valueSet.addItem(m_pending.release());
+            storeWithDetail(m_valueSet, std::move(m_pending), m_detail);
     }
 
 private:
@@ -145,13 +153,14 @@ private:
             TESSEL_DEBUG << "PROCESAR OTROS RANGOS";
             m_dictionary.processOtherRanges(&m_valueSet, m_pending.get());
         } else {
-            m_valueSet.addItem(m_pending.release());
+            storeWithDetail(m_valueSet, std::move(m_pending), m_detail);
         }
     }
 
     void readValueLine(QStringView value)
     {
         m_pending = std::make_unique<TValueSetItem>();
+        m_detail = {};
         const auto colon = value.indexOf(QLatin1Char(':'));
         const auto semicolon = value.indexOf(QLatin1Char(';'));
         // A separator at the very start counts as none.
@@ -198,6 +207,7 @@ private:
     const CSProReadingRules& m_rules;
     TCSProValueSet& m_valueSet;
     std::unique_ptr<TValueSetItem> m_pending;
+    CSProValueDetail m_detail; // of the pending entry
 };
 
 struct Code {
@@ -368,8 +378,8 @@ private:
         if (line.hasKey("Name")) {
             readSpecial(line);
         } else if (line.hasKey("Note") || line.hasKey("Image") || line.hasKey("TextColor")) {
-            for (const auto& entry : m_pending)
-                applyDetail(line, m_rules, *entry);
+            if (!m_pending.empty())
+                applyDetail(line, m_rules, m_detail);
         } else if (m_rules.wholeKeys) {
             const Kind kind = line.key.isEmpty() ? Kind::LineWithoutKey : Kind::UnknownKey;
             noteLine(kind, line.line, line.key.isEmpty() ? line.value : line.key);
@@ -398,9 +408,10 @@ private:
         }
         for (auto& entry : m_pending) {
             if (staysInSet(*entry, m_rules))
-                m_valueSet.addItem(entry.release());
+                storeWithDetail(m_valueSet, std::move(entry), m_detail);
         }
         m_pending.clear();
+        m_detail = {};
     }
 
     void noteLine(Kind kind, int line, QStringView text)
@@ -413,6 +424,7 @@ private:
     const CSProReadingRules& m_rules;
     TCSProValueSet& m_valueSet;
     std::vector<std::unique_ptr<TValueSetItem>> m_pending;
+    CSProValueDetail m_detail; // of the pending value
     std::optional<ValueText> m_last; // the pending value
     int m_number = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <model_Tessel/model_Tessel_global.h>
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -23,12 +24,21 @@ public:
 
     QString highCode; /*!< upper bound of a range whose lower is \c code; null: no range */
     int valueNumber = 0; /*!< place of its value in the set, from 1; codes of one value share it */
+
+private:
+    Q_DISABLE_COPY(TValueSetItem)
+};
+
+/*! What a dictionary says of a value besides its codes and its label. */
+struct CSProValueDetail {
     QString note;
     QString image; /*!< path as written, relative to the dictionary */
     QString textColor; /*!< as written */
 
-private:
-    Q_DISABLE_COPY(TValueSetItem)
+    bool isEmpty() const
+    {
+        return note.isEmpty() && image.isEmpty() && textColor.isEmpty();
+    }
 };
 
 /*!
@@ -78,6 +88,7 @@ public:
     QString link; /*!< sets with the same link have the same values; empty: none */
     TCSProValueSet* linkedSet = nullptr; /*!< set whose entries this one shares; null: its own */
     QString note;
+    QHash<const TValueSetItem*, CSProValueDetail> details; /*!< of the entries that have any */
     int sourceLine = 0; /*!< line of the set's header in the dictionary, from 1; 0: unknown */
 
 private:

@@ -96,9 +96,10 @@ public:
     void takeRanges(
         MetadataVariables& metadata, const TOxSourceField& source, const TCSProItem* item)
     {
-        const TCSProValueSet* valueSet = valueSetOf(item);
-        if (valueSet && m_cspro->readingRules().ranges)
-            takeSetRanges(metadata, *valueSet);
+        if (item && m_cspro->readingRules().ranges) {
+            if (const TCSProValueSet* valueSet = boundingSetOf(*item))
+                takeSetRanges(metadata, *valueSet);
+        }
         if (metadata.getRange()->isEmpty())
             addRange(metadata, source.minValue, source.maxValue);
     }
@@ -139,6 +140,18 @@ private:
         }
     }
 
+    // Linked sets count as one; the occurrences of an item share its sets.
+    const TCSProValueSet* boundingSetOf(const TCSProItem& item)
+    {
+        if (m_boundedSets != *item.valueSets) {
+            m_boundedSets = *item.valueSets;
+            m_boundingSet = item.boundingValueSet();
+            if (m_boundingSet && m_boundingSet->linkedSet)
+                m_boundingSet = m_boundingSet->linkedSet;
+        }
+        return m_boundingSet;
+    }
+
     void takeSetRanges(MetadataVariables& metadata, const TCSProValueSet& valueSet)
     {
         const auto known = m_rangesOfSets.constFind(&valueSet);
@@ -165,6 +178,8 @@ private:
     const TCSPro* m_cspro; // what the importer read; null for other importers
     QHash<const TCSProValueSet*, QList<ValueLabelElement*>*> m_labelsOfSets;
     QHash<int, QList<ValueLabelElement*>*> m_labelsOfNumberedSets;
+    QList<TCSProValueSet*> m_boundedSets; // of the last item
+    const TCSProValueSet* m_boundingSet = nullptr;
     // By the text that fields share; to compare texts would read each once a field.
     QHash<const QChar*, QList<ValueLabelElement*>*> m_labelsOfTexts;
     QHash<const TCSProValueSet*, QList<Range*>*> m_rangesOfSets; // null: it has none

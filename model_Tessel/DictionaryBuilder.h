@@ -32,8 +32,9 @@ struct TStatFileDescription;
  * Value labels: those of a CSPro item's first value set with values, special ones too; a range is
  * one label, "LOW:HIGH". Without an item, those of the field's joined text.
  *
- * Ranges, of numbers alone: the ranges and the ordinary codes of that value set where the reading
- * rules tell them apart, else the field's minimum and maximum. A missing or not-applicable code
+ * Ranges, of numbers alone: the ranges and the ordinary codes of the item's
+ * TCSProItem::boundingValueSet() where the reading rules tell them apart, else the field's minimum
+ * and maximum. A missing or not-applicable code
  * that is no number stays 0.
  *
  * Sharing: variables of one value set or one shared text have one list of value labels, those of

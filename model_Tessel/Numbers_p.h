@@ -49,6 +49,13 @@ inline double realOrZero(const QString& text)
     return isNumber ? number : 0;
 }
 
+inline bool isFiniteNumber(const QString& text)
+{
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    return isNumber && std::isfinite(number);
+}
+
 // Kept: hosts take the number out of a text as the one character with that 16-bit code.
 inline QString asCharacter(int number)
 {

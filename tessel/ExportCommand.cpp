@@ -7,6 +7,7 @@
 #include "reading/LabelledValues.h"
 #include "process/Output.h"
 #include "process/Supervisor.h"
+#include "SpreadsheetOption.h"
 
 #include <QCommandLineParser>
 
@@ -19,6 +20,7 @@ struct ExportOptions {
     InputOptions input;
     Target target = Target::Ddi;
     SqlOptions sql;
+    bool forSpreadsheet = false;
     QString output;
 };
 
@@ -56,7 +58,8 @@ void describe(QCommandLineParser& parser)
         "that had to change, are told on standard error.\n"
         "Exit status: 0 all was read, 1 the input failed, 2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ targetOption(), dialectOption(), uniqueKeysOption(), Output::option() });
+    parser.addOptions({ targetOption(), dialectOption(), uniqueKeysOption(), spreadsheetOption(),
+        Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("file"),
         QStringLiteral("CSPro dictionary (.dcf), SPSS file (.sav, .zsav) or Stata file (.dta)."),
@@ -109,16 +112,22 @@ QString readOptions(const QCommandLineParser& parser, ExportOptions& options)
     if (!readTarget(target, options.target))
         return QStringLiteral("--to takes ddi, sql, csv, json or html, not '%1'").arg(target);
     QString mistake = readSqlOptions(parser, options);
+    if (mistake.isNull()) {
+        mistake = readSpreadsheetOption(
+            parser, "--to csv", options.target == Target::Csv, options.forSpreadsheet);
+    }
     if (mistake.isNull())
         mistake = readInputOptions(parser, options.input);
     return mistake.isNull() ? Output::readOption(parser, files, options.output) : mistake;
 }
 
 // The codebook as CSV and JSON is the listing with its values.
-QByteArray writeCodebook(const Listing& listing, ListingFormat::Kind kind)
+QByteArray writeCodebook(
+    const Listing& listing, ListingFormat::Kind kind, bool forSpreadsheet = false)
 {
     ListingFormat format;
     format.kind = kind;
+    format.forSpreadsheet = forSpreadsheet;
     format.withValues = true;
     return writeListings({ listing }, format);
 }
@@ -133,7 +142,7 @@ QByteArray write(const Listing& listing, const ExportOptions& options, QStringLi
     case Target::Html:
         return writeHtml(listing);
     case Target::Csv:
-        return writeCodebook(listing, ListingFormat::Kind::Csv);
+        return writeCodebook(listing, ListingFormat::Kind::Csv, options.forSpreadsheet);
     case Target::Json:
         break;
     }

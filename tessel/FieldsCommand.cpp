@@ -5,6 +5,7 @@
 #include "InputOptions.h"
 #include "process/Output.h"
 #include "process/Supervisor.h"
+#include "SpreadsheetOption.h"
 
 #include <QCommandLineParser>
 
@@ -40,7 +41,7 @@ void describe(QCommandLineParser& parser)
         "told on standard error, by file and line.\n"
         "Exit status: 0 all was read, 1 an input failed, 2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ formatOption(), valuesOption(), Output::option() });
+    parser.addOptions({ formatOption(), valuesOption(), spreadsheetOption(), Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("dictionary"),
         QStringLiteral("CSPro dictionary (.dcf), SPSS file (.sav, .zsav) or Stata file (.dta)."),
@@ -57,7 +58,10 @@ QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
         return QStringLiteral("unknown format '%1'; give table, csv or json").arg(format);
     options.format.withValues = parser.isSet(valuesOption());
     options.format.width = Console::tableWidth();
-    const QString mistake = readInputOptions(parser, options.input);
+    QString mistake = readSpreadsheetOption(parser, "--format csv",
+        options.format.kind == ListingFormat::Kind::Csv, options.format.forSpreadsheet);
+    if (mistake.isNull())
+        mistake = readInputOptions(parser, options.input);
     return mistake.isNull() ? Output::readOption(parser, options.files, options.output) : mistake;
 }
 

@@ -8,6 +8,7 @@
 #include "lookups/SeparatorGuess.h"
 #include "process/Output.h"
 #include "process/Supervisor.h"
+#include "SpreadsheetOption.h"
 
 #include <model_Tessel/ReportLookup.h>
 
@@ -104,8 +105,9 @@ void describe(QCommandLineParser& parser)
                        "Exit status: 0 the lookup is consistent, 1 it is not or cannot be read,\n"
                        "2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ separatorOption(), formatOption(), frequenciesOption(), againstOption(),
-        reportOption(), idOption(), labelOption(), encodingOption(), Output::option() });
+    parser.addOptions({ separatorOption(), formatOption(), spreadsheetOption(), frequenciesOption(),
+        againstOption(), reportOption(), idOption(), labelOption(), encodingOption(),
+        Output::option() });
     parser.addPositionalArgument(
         QStringLiteral("file"), QStringLiteral("Lookup file."), QStringLiteral("FILE"));
 }
@@ -163,7 +165,10 @@ QString readOptions(const QCommandLineParser& parser, LookupOptions& options)
         return QStringLiteral("unknown format '%1'; give table, csv or json").arg(format);
     options.format.width = Console::tableWidth();
     options.withFrequencies = parser.isSet(frequenciesOption());
-    QString mistake = readAgainst(parser, options);
+    QString mistake = readSpreadsheetOption(parser, "--format csv",
+        options.format.kind == ListingFormat::Kind::Csv, options.format.forSpreadsheet);
+    if (mistake.isNull())
+        mistake = readAgainst(parser, options);
     if (mistake.isNull())
         mistake = readReading(parser, options);
     return mistake.isNull() ? readTargets(parser, options) : mistake;

@@ -220,12 +220,16 @@ int printTree(const TreeOptions& options, Supervisor& supervisor)
     if (!supervisor.beginFile(0))
         return InputFailed;
     bool isPartial = false;
-    const DictionaryPointer tree = readTree(options.file, options.input, lookups, isPartial);
+    TreeFacts facts;
+    const DictionaryPointer tree = readTree(options.file, options.input, lookups, facts, isPartial);
     supervisor.endFile();
     if (!tree || !checkLookups(options, *tree->getRoot()))
         return InputFailed;
     const TOxEntity* const top = chooseTop(options, *tree->getRoot());
-    if (!top || !Output(options.output).write(writeTree(options.file, *tree, *top, options.format)))
+    if (!top)
+        return InputFailed;
+    const QByteArray text = writeTree(options.file, *tree, *top, facts, options.format);
+    if (!Output(options.output).write(text))
         return InputFailed;
     return isPartial ? InputFailed : AllRead;
 }

@@ -247,12 +247,13 @@ private:
             valueSet.linkedSet ? valueSet.linkedSet->name : QString(),
             valueSet.isNumeric ? "numeric" : "text" });
         for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+            const CSProValueDetail detail = valueSet.details.value(entry);
             add({ "value", QString::number(entry->valueNumber),
                 valueSet.isNumeric ? entry->code : withoutTrailingBlanks(entry->code),
                 entry->highCode, entry->label, QString::number(entry->type),
-                entry->special ? "special" : "", entry->note,
-                QString(entry->image).replace(QLatin1Char('\\'), QLatin1Char('/')),
-                entry->textColor });
+                entry->special ? "special" : "", detail.note,
+                QString(detail.image).replace(QLatin1Char('\\'), QLatin1Char('/')),
+                detail.textColor });
         }
     }
 
@@ -743,10 +744,13 @@ void tst_CSProJson::notesAndImages()
     const Loaded loaded(
         values("{ 'labels': [], 'note': 'a\\nb', 'pairs': [ { 'value': '1' }, { 'value': '2' } ], "
                "'image': '../Images/x.jpg', 'textColor': '#FF0000' }"));
-    for (const TValueSetItem* entry : qAsConst(*loaded.valueSet("V").items)) {
-        QCOMPARE(entry->note, QStringLiteral("a\nb"));
-        QCOMPARE(entry->image, QStringLiteral("../Images/x.jpg"));
-        QCOMPARE(entry->textColor, QStringLiteral("#FF0000"));
+    const TCSProValueSet& valueSet = loaded.valueSet("V");
+    QCOMPARE(valueSet.getCount(), 2);
+    for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        const CSProValueDetail detail = valueSet.details.value(entry);
+        QCOMPARE(detail.note, QStringLiteral("a\nb"));
+        QCOMPARE(detail.image, QStringLiteral("../Images/x.jpg"));
+        QCOMPARE(detail.textColor, QStringLiteral("#FF0000"));
     }
     QCOMPARE(loaded.parser.problems().size(), 0);
 }

@@ -42,6 +42,7 @@ const std::vector<NamedFlag>& allFlags()
         { "occurrenceNumbers", &Rules::occurrenceNumbers },
         { "repeatedSubItems", &Rules::repeatedSubItems },
         { "scaledValues", &Rules::scaledValues },
+        { "lengthRanges", &Rules::lengthRanges },
         { "structure", &Rules::structure },
         { "languages", &Rules::languages },
         { "foundEncoding", &Rules::foundEncoding },
@@ -52,7 +53,7 @@ const std::vector<NamedFlag>& allFlags()
 }
 
 // A rule that is missing above would go untested.
-static_assert(sizeof(Rules) == 18 * sizeof(bool), "every reading rule is in allFlags()");
+static_assert(sizeof(Rules) == 19 * sizeof(bool), "every reading rule is in allFlags()");
 
 QStringList flagsOn(const Rules& rules)
 {
@@ -318,10 +319,10 @@ private:
             add(key + ".linked", valueSet.linkedSet->name);
         add(key + ".note", valueSet.note);
         for (int i = 0; i < valueSet.items->size(); ++i)
-            addEntry(key + '[' + QString::number(i) + ']', *valueSet.items->at(i));
+            addEntry(key + '[' + QString::number(i) + ']', valueSet, *valueSet.items->at(i));
     }
 
-    void addEntry(const QString& key, const TValueSetItem& entry)
+    void addEntry(const QString& key, const TCSProValueSet& valueSet, const TValueSetItem& entry)
     {
         QString text = '<' + entry.code + '>';
         if (!entry.highCode.isNull())
@@ -332,9 +333,10 @@ private:
         if (entry.special)
             text += QLatin1String(" special");
         add(key, text);
-        add(key + ".note", entry.note);
-        add(key + ".image", entry.image);
-        add(key + ".color", entry.textColor);
+        const CSProValueDetail detail = valueSet.details.value(&entry);
+        add(key + ".note", detail.note);
+        add(key + ".image", detail.image);
+        add(key + ".color", detail.textColor);
     }
 
     void addField(const QString& key, const TGenericField& field)
@@ -677,6 +679,13 @@ const std::vector<Change>& changes()
             dictionary("[Item]\nName=A\nStart=2\nLen=5\nDecimal=2\n"
                        "[Item]\nName=B\nStart=7\nLen=5\nDecimal=2\nDecimalChar=Yes\n"),
             { "f0.decimals: {2} -> 2", "f1.decimals: {2} -> 2" }, {} },
+        { "numbers without a value set", &Rules::lengthRanges,
+            dictionary("[Item]\nName=A\nStart=2\nLen=5\nDecimal=2\n"
+                       "[Item]\nName=B\nStart=7\nLen=5\nDecimal=2\nDecimalChar=Yes\n"
+                       "[Item]\nName=C\nStart=12\nLen=1\n[Item]\nName=D\nStart=13\nLen=2\n"),
+            { "f0.from: 0 -> -99.99", "f0.to: 999 -> 999.99", "f1.from: 0 -> -9.99",
+                "f1.to: 9999 -> 99.99", "f3.from: 0 -> -9" },
+            { &Rules::scaledValues } },
 
         { "levels, notes, relations, parents, links and images", &Rules::structure,
             QLatin1String(structured),
@@ -716,6 +725,11 @@ bool isConcerned(const Change& change, Flag flag)
 {
     return change.flag == flag
         || std::find(change.also.begin(), change.also.end(), flag) != change.also.end();
+}
+
+CSProValueDetail detail(const TCSProValueSet& valueSet, int index)
+{
+    return valueSet.details.value(valueSet.getValueSetItem(index));
 }
 
 } // namespace
@@ -873,8 +887,8 @@ void tst_CSProReadingRules::aloneRulesChangeNothingElse()
     const Model established(Rules::established(), change.text);
     QStringList found;
     for (const NamedFlag& flag : allFlags()) {
-        if (isConcerned(change, flag.flag))
-            continue;
+        if (isConcerned(change, flag.flag) || flag.flag == &Rules::lengthRanges)
+            continue; // most dictionaries have a number without a value set
         const Model other(alone(flag.flag), change.text);
         const QStringList differences =
             Description::differences(established.description(), other.description());
@@ -896,13 +910,17 @@ void tst_CSProReadingRules::plainDictionaryIsTheSameToAll()
         "[Item]\nLabel=Given\nName=B\nStart=7\nLen=3\nDataType=Alpha\n");
     const Model established(Rules::established(), text);
     for (const NamedFlag& flag : allFlags()) {
+        if (flag.flag == &Rules::lengthRanges) // a number of it has no value set
+            continue;
         if (flag.flag == &Rules::structure) // levels are in every dictionary
             continue;
         const Model other(alone(flag.flag), text);
         QCOMPARE(Description::differences(established.description(), other.description()),
             QStringList());
     }
-    const Model all(without(&Rules::structure), text);
+    Rules others = without(&Rules::structure);
+    others.lengthRanges = false;
+    const Model all(others, text);
     QCOMPARE(Description::differences(established.description(), all.description()), QStringList());
 }
 
@@ -1298,7 +1316,7 @@ void tst_CSProReadingRules::specialsStayOutOfRanges()
     QCOMPARE(problemsOf(model.parser), QStringList());
 
     const Model onlySpecials(Rules::asWritten(), values("Value=9;None\nName=MISSING,Special"));
-    QCOMPARE(onlySpecials.variable("A").minValue, QStringLiteral("0"));
+    QCOMPARE(onlySpecials.variable("A").minValue, QStringLiteral("-9999"));
     QCOMPARE(onlySpecials.variable("A").maxValue, QStringLiteral("99999"));
     QCOMPARE(onlySpecials.variable("A").valueLabels, QString());
 }
@@ -1456,7 +1474,7 @@ void tst_CSProReadingRules::keptValueSets()
     QCOMPARE(model.questions, 0);
     QVERIFY(hasProblem(model.parser, Kind::CodeNotANumber));
     QCOMPARE(model.variable("A").minValue, QStringLiteral("1"));
-    QCOMPARE(model.variable("A").maxValue, QStringLiteral("3"));
+    QCOMPARE(model.variable("A").maxValue, QStringLiteral("1.5")); // of the first set
 }
 
 void tst_CSProReadingRules::occurrences()
@@ -1619,9 +1637,10 @@ void tst_CSProReadingRules::notes()
     QCOMPARE(model.item("A").note, note);
     const TCSProValueSet& set = *model.item("A").valueSets->at(0);
     QCOMPARE(set.note, note);
-    QCOMPARE(set.getValueSetItem(0)->note, note);
-    QCOMPARE(set.getValueSetItem(1)->note, note);
-    QCOMPARE(set.getValueSetItem(2)->note, QString());
+    QCOMPARE(detail(set, 0).note, note);
+    QCOMPARE(detail(set, 1).note, note);
+    QCOMPARE(detail(set, 2).note, QString());
+    QCOMPARE(set.details.size(), note.isEmpty() ? 0 : 2);
     QCOMPARE(problemsOf(model.parser), QStringList());
 }
 
@@ -1701,13 +1720,14 @@ void tst_CSProReadingRules::details()
                "Image=c.png\nName=MISSING,Special\nValue=4;d\n"));
     const TCSProValueSet& set = *model.item("A").valueSets->at(0);
     QCOMPARE(set.getCount(), 4);
-    QCOMPARE(set.getValueSetItem(0)->image, QStringLiteral("..\\Images\\a=b.jpg"));
-    QCOMPARE(set.getValueSetItem(0)->textColor, QStringLiteral("#FF0000"));
+    QCOMPARE(detail(set, 0).image, QStringLiteral("..\\Images\\a=b.jpg"));
+    QCOMPARE(detail(set, 0).textColor, QStringLiteral("#FF0000"));
     for (const int index : { 1, 2 }) {
-        QCOMPARE(set.getValueSetItem(index)->image, QStringLiteral("c.png"));
+        QCOMPARE(detail(set, index).image, QStringLiteral("c.png"));
         QCOMPARE(set.getValueSetItem(index)->type, 1);
     }
-    QCOMPARE(set.getValueSetItem(3)->image, QString());
+    QCOMPARE(detail(set, 3).image, QString());
+    QCOMPARE(set.details.size(), 3);
     QCOMPARE(set.getValueSetItem(3)->type, 0);
 }
 

@@ -545,7 +545,7 @@ void tst_DictionaryBuilder::censusCodes_data()
     QTest::newRow("DISTRICT") << "1:9="
                               << "1..9";
     QTest::newRow("EA") << ""
-                        << "0..9999";
+                        << "-999..9999";
     QTest::newRow("VISIT_DAY") << "1=First team|3=First team|5=First team|2=Second team|"
                                   "4=Second team|6:7=Weekend team"
                                << "1..1 3..3 5..5 2..2 4..4 6..7";
@@ -566,9 +566,9 @@ void tst_DictionaryBuilder::censusCodes_data()
     QTest::newRow("INCOME") << "0:900000=Crowns|999998=Refused|999999=Not stated"
                             << "0..900000";
     QTest::newRow("PHONE") << ""
-                           << "0..999999999999";
+                           << "-99999999999..999999999999";
     QTest::newRow("HOUSEHOLD_WEIGHT") << ""
-                                      << "0..999";
+                                      << "-99.9999..999.9999";
     QTest::newRow("REMARKS") << ""
                              << "";
     QTest::newRow("AGE") << "0:95=Age in years|99=Not stated"
@@ -677,7 +677,7 @@ void tst_DictionaryBuilder::censusSharesRanges()
     QCOMPARE(list("ASSET_4"), list("ASSET_1"));
     QCOMPARE(list("EARLIER_PROVINCE"), list("PROVINCE"));
     QVERIFY(list("DEATH_2") != list("DEATH_1")); // of minimum and maximum
-    QCOMPARE(ranges(variable(*source->dictionary, "DEATH_2")), QString("0..999"));
+    QCOMPARE(ranges(variable(*source->dictionary, "DEATH_2")), QString("-99..999"));
 }
 
 void tst_DictionaryBuilder::dataSource_data()
@@ -955,7 +955,7 @@ void tst_DictionaryBuilder::rangesWithoutOrdinaryCodes()
     for (const QString name : { "A_1", "A_2", "B" }) {
         const TOxVariable& found = variable(*source->dictionary, name);
         QCOMPARE(labels(found), QString("99=Missing|  =Not applicable"));
-        QCOMPARE(ranges(found), QString(name == "B" ? "0..999" : "0..99"));
+        QCOMPARE(ranges(found), QString(name == "B" ? "-99..999" : "-9..99"));
         QCOMPARE(found.getMissing(), 99.0);
         QCOMPARE(found.getNotappl(), 0.0);
     }

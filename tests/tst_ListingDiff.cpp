@@ -110,6 +110,8 @@ private slots:
     void swappedFilesSwapAdditions_data();
     void swappedFilesSwapAdditions();
     void additionsFollowTheirRecord();
+    void numberWithCodesToText_data();
+    void numberWithCodesToText();
     void kindsMatchByName();
     void statisticsFilesLabelNoRanges();
     void repeatedNamesHaveNoPartnerElsewhere();
@@ -389,6 +391,77 @@ void tst_ListingDiff::additionsFollowTheirRecord()
             { "fits variable-added ZONE", "fits variable-relabelled HOUSE PLACE label Place",
                 "fits variable-added HOUSE WALLS", "fits variable-relabelled PERSON SEX label Sex",
                 "fits record-added EVENT", "fits variable-added EVENT DATE" }));
+}
+
+// The data hold a number at the right end of its columns; a text begins at their left end.
+void tst_ListingDiff::numberWithCodesToText_data()
+{
+    QTest::addColumn<Change>("number");
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QString>("textCode");
+    QTest::addColumn<bool>("breaks");
+    const auto row = [](const char* name, const Change& number, const char* code,
+                         const char* textCode, bool breaks) {
+        QTest::newRow(name) << number << QString(code) << QString(textCode) << breaks;
+    };
+    const Change plain = [](Listing&) {};
+    const auto change = [](const std::function<void(ListedField&)>& edit) -> Change {
+        return [edit](Listing& l) { edit(named(l, "ROOMS")); };
+    };
+    const Change zeros = change([](ListedField& f) { f.isZeroFilled = true; });
+    const Change implied = change([](ListedField& f) { f.decimals = 1; });
+    const Change inData = change([](ListedField& f) {
+        f.decimals = 1;
+        f.length = 4;
+        f.hasDecimalChar = true;
+    });
+    const Change fraction = change([](ListedField& f) {
+        f.decimals = 2;
+        f.length = 4;
+        f.isZeroFilled = true;
+    });
+    const Change range = change([](ListedField& f) { f.valueSets[0].codes[0].highCode = "13"; });
+    row("as wide as the columns", plain, "12", "12", false);
+    row("behind a blank", plain, "1", "1", true);
+    row("with the blank", plain, "1", " 1", false);
+    row("zero that is not there", plain, "1", "01", true);
+    row("behind a zero", zeros, "1", "01", false);
+    row("zero that is missing", zeros, "1", "1", true);
+    row("other code", plain, "12", "13", true);
+    row("negative", plain, "-1", "-1", false);
+    row("negative behind zeros", fraction, "-0.5", "-050", false);
+    row("implied point", implied, "1.5", "15", false);
+    row("implied point that is not there", implied, "1.5", "1.5", true);
+    row("implied fraction", implied, "0.5", " 5", false);
+    row("point in the data", inData, "10.5", "10.5", false);
+    row("point in the data, blank", inData, "0.5", " 0.5", false);
+    row("blanks", plain, "  ", "12", false);
+    row("range", range, "12", "12", true);
+}
+
+void tst_ListingDiff::numberWithCodesToText()
+{
+    QFETCH(Change, number);
+    QFETCH(QString, code);
+    QFETCH(QString, textCode);
+    QFETCH(bool, breaks);
+    Listing before = survey();
+    named(before, "ROOMS").valueSets.append({ "V", "", { { code, {}, "Some", {} } } });
+    number(before);
+    Listing after = before;
+    ListedField& text = named(after, "ROOMS");
+    text.type = "string";
+    text.valueSets[0].codes = { { textCode, {}, "Some", {} } };
+    const auto retyped = [](const QVector<Difference>& differences) {
+        return std::find_if(differences.cbegin(), differences.cend(),
+            [](const Difference& d) { return d.kind == DifferenceKind::Retyped; });
+    };
+    const QVector<Difference> found = compareListings(before, after);
+    QVERIFY(retyped(found) != found.cend());
+    QCOMPARE(retyped(found)->breaks, breaks);
+    text.valueSets.clear(); // takes any text
+    const QVector<Difference> free = compareListings(before, after);
+    QCOMPARE(retyped(free)->breaks, false);
 }
 
 void tst_ListingDiff::kindsMatchByName()

@@ -1,25 +1,38 @@
 #include "listing/CodeRange.h"
 
+#include <cmath>
+
 CodeRange CodeRange::of(const QVector<ListedValueSet>& valueSets)
 {
     CodeRange range;
     for (const ListedValueSet& valueSet : valueSets) {
         for (const ListedCode& entry : valueSet.codes) {
-            if (!entry.special.isNull())
-                continue;
-            range.add(entry.code);
-            range.add(entry.highCode);
+            if (entry.special.isNull())
+                range.add(entry);
         }
+        if (range.m_min.isNull())
+            continue;
+        range.m_valueSet = valueSet.name;
+        break;
     }
     return range;
 }
 
-void CodeRange::add(const QString& code)
+void CodeRange::add(const ListedCode& entry)
 {
-    bool isNumber = false;
-    const double number = code.toDouble(&isNumber);
-    if (!isNumber)
+    const QString& highCode = entry.highCode.isNull() ? entry.code : entry.highCode;
+    bool isLowNumber = false;
+    bool isHighNumber = false;
+    const double low = entry.code.toDouble(&isLowNumber);
+    const double high = highCode.toDouble(&isHighNumber);
+    if (!isLowNumber || !isHighNumber || !std::isfinite(low) || !std::isfinite(high))
         return;
+    add(entry.code, low);
+    add(highCode, high);
+}
+
+void CodeRange::add(const QString& code, double number)
+{
     if (m_min.isNull() || number < m_lowest) {
         m_lowest = number;
         m_min = code;
@@ -36,4 +49,6 @@ void CodeRange::applyTo(ListedField& field) const
         return;
     field.min = m_min;
     field.max = m_max;
+    field.rangeSource = RangeSource::ValueSet;
+    field.rangeValueSet = m_valueSet;
 }

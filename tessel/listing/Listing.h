@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -22,11 +23,34 @@ struct ListedCode {
     }
 };
 
+/*! What is told of a value besides its codes and its label; null: nothing. */
+struct ListedDetail {
+    QString note;
+    QString image; /*!< path as written */
+};
+
 struct ListedValueSet {
     QString name;
     QString label;
     QVector<ListedCode> codes;
+    QString note {}; /*!< null: none */
+    QHash<int, ListedDetail> details {}; /*!< of some codes, by their index */
 };
+
+/*! What bounds the numbers of a field. */
+enum class RangeSource {
+    Untold, /*!< nothing, or what the established rules make of it */
+    Length, /*!< what fits the columns, and no more */
+    ValueSet
+};
+
+/*! "length" or "value set"; null: untold. */
+inline QString rangeSourceName(RangeSource source)
+{
+    if (source == RangeSource::Untold)
+        return QString();
+    return source == RangeSource::Length ? QStringLiteral("length") : QStringLiteral("value set");
+}
 
 /*! One field as a person expects it: numbers in digits, codes apart from their labels. */
 struct ListedField {
@@ -36,8 +60,10 @@ struct ListedField {
     QString occurrenceLabel; /*!< null: none */
     QString label;
     QString record; /*!< name of the record; null for an identification item, and without records */
-    bool isIdentification = false; /*!< on the lines of every record */
-    QString parent; /*!< item that a subitem describes columns of; null: none, or not read */
+    bool isIdentification = false; /*!< on the lines of every record of its level and below */
+    int level = 0; /*!< of the questionnaire, from 1; 0: not read */
+    QString parent; /*!< name in the dictionary of the item that a subitem describes columns of;
+                       null: none, or not read */
     QString type; /*!< "integer", "real" or "string" */
     int start = 0; /*!< first column, from 1; 0: the file has no columns */
     int length = 0; /*!< in columns, or as the format shows the values */
@@ -45,12 +71,15 @@ struct ListedField {
     QString format; /*!< as written, for example "F8.2"; null: none */
     QString measure; /*!< "nominal", "ordinal" or "scale"; null: not told */
     bool hasDecimalChar = false; /*!< the decimal point is in the data */
+    bool isZeroFilled = false; /*!< numbers have zeros on their left, not blanks */
     bool isSubItem = false;
     QString missing; /*!< code, or codes and ranges joined by commas; null: none */
     QVector<ListedCode> missingRanges; /*!< the same one by one, of SPSS files */
     QString notApplicable; /*!< code; null: none */
     QString min; /*!< null: none */
     QString max; /*!< null: none */
+    RangeSource rangeSource = RangeSource::Untold;
+    QString rangeValueSet; /*!< name of the value set that has the range; null: none has */
     QString note; /*!< null: none */
     QVector<ListedValueSet> valueSets; /*!< the first is the one to show when one is shown */
     bool areValuesListed = false; /*!< all values of the rows, which were read, are in the first
@@ -59,6 +88,20 @@ struct ListedField {
     bool isText() const
     {
         return type == QLatin1String("string");
+    }
+
+    /*! True when more than the columns bounds the numbers. */
+    bool hasRange() const
+    {
+        return rangeSource != RangeSource::Length && !(min.isNull() && max.isNull());
+    }
+
+    /*! "data" or "implied" where the decimal point of the numbers stands; null: not told. */
+    QString decimalPoint() const
+    {
+        if (isText() || decimals <= 0 || start <= 0)
+            return QString();
+        return hasDecimalChar ? QStringLiteral("data") : QStringLiteral("implied");
     }
 
     /*! The missing codes one by one, of every kind of file. */
@@ -98,6 +141,8 @@ struct ListedRecord {
     int level = 0; /*!< from 1; 0: not read */
     int maxRecords = 0;
     int length = 0; /*!< last column */
+    bool isRequired = true; /*!< in every case */
+    QString note {}; /*!< null: none */
 };
 
 /*! What one dictionary holds. */

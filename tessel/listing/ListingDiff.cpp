@@ -187,6 +187,60 @@ bool isBlank(const QString& code)
     return code.trimmed().isEmpty();
 }
 
+QString withoutLeadingZeros(const QString& digits)
+{
+    int zeros = 0;
+    while (zeros < digits.size() - 1 && digits.at(zeros) == QLatin1Char('0'))
+        ++zeros;
+    return digits.mid(zeros);
+}
+
+// A number as the columns of a field hold it: at their right end, behind zeros or blanks.
+QString inColumns(const QString& number, const ListedField& field)
+{
+    const QString text = number.trimmed();
+    if (!hasColumns(field))
+        return text;
+    const QString sign = text.startsWith(QLatin1Char('-')) ? QStringLiteral("-") : QString();
+    const int point = text.indexOf(QLatin1Char('.'));
+    QString digits = text.mid(sign.size(), point < 0 ? -1 : point - sign.size());
+    if (field.decimals > 0) {
+        const QString decimals = point < 0 ? QString() : text.mid(point + 1);
+        digits += field.hasDecimalChar ? QLatin1String(".") : QLatin1String();
+        digits += decimals.leftJustified(field.decimals, QLatin1Char('0'));
+    }
+    digits = field.hasDecimalChar ? digits : withoutLeadingZeros(digits);
+    if (field.isZeroFilled)
+        return sign + digits.rightJustified(field.length - sign.size(), QLatin1Char('0'));
+    return (sign + digits).rightJustified(field.length);
+}
+
+QSet<QString> textKeysOf(const ListedField& field)
+{
+    QSet<QString> keys;
+    for (const ListedValueSet& valueSet : field.valueSets) {
+        for (const ListedCode& entry : valueSet.codes)
+            keys.insert(textKey(entry.code));
+    }
+    return keys;
+}
+
+// True when a number's codes, as they stand in the data, are not among those of the text.
+bool losesCodesAsText(const ListedField& number, const ListedField& text)
+{
+    const QSet<QString> kept = textKeysOf(text);
+    const auto isLost = [&](const ListedCode& entry) {
+        if (isBlank(entry.code))
+            return false;
+        return !entry.highCode.isNull() || !kept.contains(inColumns(entry.code, number));
+    };
+    return !kept.isEmpty()
+        && std::any_of(number.valueSets.cbegin(), number.valueSets.cend(),
+            [&](const ListedValueSet& valueSet) {
+                return std::any_of(valueSet.codes.cbegin(), valueSet.codes.cend(), isLost);
+            });
+}
+
 QString joined(const QVector<ListedCode>& codes)
 {
     QStringList texts;
@@ -537,7 +591,9 @@ void Comparison::compareTypes(const ListedField& before, const ListedField& afte
     const bool areNumbers = !before.isText() && !after.isText();
     if (first == second || (areNumbers && m_haveFormats && before.decimals != after.decimals))
         return;
-    const bool isNarrower = areNumbers ? first == QLatin1String("real") : before.isText();
+    bool isNarrower = areNumbers ? first == QLatin1String("real") : before.isText();
+    if (!before.isText() && after.isText())
+        isNarrower = losesCodesAsText(before, after);
     add(DifferenceKind::Retyped, "type", isNarrower, first, second);
 }
 

@@ -128,47 +128,47 @@ QByteArray asTable(const LookupOutcome& outcome, int width)
 
 // ---- CSV
 
-QByteArray csvCount(const char* name, int count)
+void addCount(CsvWriter& csv, const char* name, int count)
 {
-    return csvLine({ QStringLiteral("summary"), QLatin1String(name), QString(), QString(),
-        QString(), QString(), QString::number(count) });
+    csv.addLine({ QStringLiteral("summary"), QLatin1String(name), QString(), QString(), QString(),
+        QString(), QString::number(count) });
 }
 
-QByteArray csvDifferences(const char* name, const QVector<LabelDifference>& differences)
+void addDifferences(CsvWriter& csv, const char* name, const QVector<LabelDifference>& differences)
 {
-    QByteArray bytes;
     for (const LabelDifference& difference : differences) {
-        bytes += csvLine({ QStringLiteral("difference"), QLatin1String(name), QString(),
-            difference.key, difference.text, difference.label, QString() });
+        csv.addLine({ QStringLiteral("difference"), QLatin1String(name), QString(), difference.key,
+            difference.text, difference.label, QString() });
     }
-    return bytes;
 }
 
-QByteArray asCsv(const LookupOutcome& outcome)
+QByteArray asCsv(const LookupOutcome& outcome, bool forSpreadsheet)
 {
-    QByteArray bytes = csvLine({ QStringLiteral("part"), QStringLiteral("name"),
-        QStringLiteral("line"), QStringLiteral("key"), QStringLiteral("text"),
-        QStringLiteral("label"), QStringLiteral("count") });
-    bytes += csvCount("lines", outcome.lines) + csvCount("keys", outcome.keys)
-        + csvCount("duplicate-key", outcome.duplicateKeys)
-        + csvCount("wrong-key-length", outcome.wrongKeyLengths)
-        + csvCount("no-separator", outcome.withoutSeparator);
+    CsvWriter csv(forSpreadsheet);
+    csv.addLine({ QStringLiteral("part"), QStringLiteral("name"), QStringLiteral("line"),
+        QStringLiteral("key"), QStringLiteral("text"), QStringLiteral("label"),
+        QStringLiteral("count") });
+    addCount(csv, "lines", outcome.lines);
+    addCount(csv, "keys", outcome.keys);
+    addCount(csv, "duplicate-key", outcome.duplicateKeys);
+    addCount(csv, "wrong-key-length", outcome.wrongKeyLengths);
+    addCount(csv, "no-separator", outcome.withoutSeparator);
     for (const TOxLookupProblem& problem : outcome.problems) {
-        bytes += csvLine({ QStringLiteral("message"), kindName(problem.kind),
+        csv.addLine({ QStringLiteral("message"), kindName(problem.kind),
             QString::number(problem.line), QString(), problem.text, QString(), QString() });
     }
     if (outcome.comparison) {
-        bytes += csvDifferences("key-without-label", outcome.comparison->keysWithoutLabel)
-            + csvDifferences("label-without-key", outcome.comparison->labelsWithoutKey)
-            + csvDifferences("text-differs", outcome.comparison->differentTexts);
+        addDifferences(csv, "key-without-label", outcome.comparison->keysWithoutLabel);
+        addDifferences(csv, "label-without-key", outcome.comparison->labelsWithoutKey);
+        addDifferences(csv, "text-differs", outcome.comparison->differentTexts);
     }
     if (outcome.frequencies) {
         for (const ValueCount& count : *outcome.frequencies) {
-            bytes += csvLine({ QStringLiteral("frequency"), QString(), QString(), QString(),
-                count.value, QString(), QString::number(count.keys) });
+            csv.addLine({ QStringLiteral("frequency"), QString(), QString(), QString(), count.value,
+                QString(), QString::number(count.keys) });
         }
     }
-    return bytes;
+    return csv.text();
 }
 
 // ---- JSON
@@ -273,7 +273,7 @@ QByteArray writeLookup(const LookupOutcome& outcome, const ListingFormat& format
 {
     switch (format.kind) {
     case ListingFormat::Kind::Csv:
-        return asCsv(outcome);
+        return asCsv(outcome, format.forSpreadsheet);
     case ListingFormat::Kind::Json:
         return asJson(outcome);
     case ListingFormat::Kind::Table:

@@ -39,8 +39,14 @@ ListedValueSet listValueSet(const TCSProValueSet& valueSet, const TCSPro& dictio
     ListedValueSet listed;
     listed.name = valueSet.name;
     listed.label = dictionary.labelText(valueSet.label);
+    listed.note = orNull(valueSet.note);
     listed.codes.reserve(valueSet.getCount());
     for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        const auto detail = valueSet.details.constFind(entry);
+        if (detail != valueSet.details.constEnd()) {
+            listed.details.insert(
+                listed.codes.size(), { orNull(detail->note), orNull(detail->image) });
+        }
         listed.codes.append({ entry->code, entry->highCode, dictionary.labelText(entry->label),
             specialName(*entry) });
     }
@@ -80,6 +86,20 @@ private:
     CodeRange m_range;
 };
 
+ListedRecord listRecord(const TCSProRecord& record, const TCSPro& dictionary)
+{
+    ListedRecord listed;
+    listed.name = record.name;
+    listed.label = dictionary.labelText(record.label);
+    listed.recordType = record.recordTypeValue;
+    listed.level = record.level;
+    listed.maxRecords = record.maxRecords;
+    listed.isRequired = record.required.compare(QLatin1String("No"), Qt::CaseInsensitive) != 0;
+    listed.length = record.recordLen;
+    listed.note = orNull(record.note);
+    return listed;
+}
+
 ListedField listField(const TOxSourceField& source, const TCSProVariable& variable,
     const TCSPro& dictionary, ValueSetLister& valueSets)
 {
@@ -96,11 +116,13 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     if (item.record && !field.isIdentification)
         field.record = item.record->name;
     if (item.parent)
-        field.parent = item.parent->name;
+        field.parent = item.parent->dictionaryName;
     field.type = source.getFieldType().toLower();
     field.start = source.start;
     field.length = source.length;
     field.decimals = item.decimal; // the source field's are lost under the established rules
+    field.level = item.level;
+    field.isZeroFilled = item.isZeroFill;
     field.hasDecimalChar = item.hasDecimalChar;
     field.isSubItem = item.isSubItem != 0;
     field.missing = orNull(source.missingValue);
@@ -109,6 +131,8 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     if (!variable.isString()) {
         field.min = orNull(source.minValue);
         field.max = orNull(source.maxValue);
+        if (dictionary.readingRules().lengthRanges)
+            field.rangeSource = RangeSource::Length; // unless a value set has one
     }
     valueSets.listFor(variable, field);
     return field;
@@ -134,10 +158,8 @@ Listing listFields(const QString& file, TCSProDataImport& importer)
     listing.version = dictionary.version;
     listing.recordTypeStart = dictionary.recordTypeStart;
     listing.recordTypeLength = dictionary.recordTypeLen;
-    for (const TCSProRecord* record : qAsConst(*dictionary.records)) {
-        listing.records.append({ record->name, dictionary.labelText(record->label),
-            record->recordTypeValue, record->level, record->maxRecords, record->recordLen });
-    }
+    for (const TCSProRecord* record : qAsConst(*dictionary.records))
+        listing.records.append(listRecord(*record, dictionary));
     TOxDataProvider provider;
     provider.genericGetFieldsFrom(&importer);
     const std::unique_ptr<TOxRecord> tree(provider.recordTree);

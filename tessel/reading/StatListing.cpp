@@ -76,21 +76,19 @@ public:
         const auto known = m_known.constFind(key);
         if (known != m_known.constEnd()) {
             field.valueSets = known->valueSets;
-            field.min = known->min;
-            field.max = known->max;
+            known->range.applyTo(field);
             return;
         }
         field.valueSets.append(listLabels(m_file.labelSets.at(variable.labelSet), variable));
-        if (!variable.isString())
-            CodeRange::of(field.valueSets).applyTo(field);
-        m_known.insert(key, { field.valueSets, field.min, field.max });
+        const CodeRange range = variable.isString() ? CodeRange() : CodeRange::of(field.valueSets);
+        range.applyTo(field);
+        m_known.insert(key, { field.valueSets, range });
     }
 
 private:
     struct Listed {
         QVector<ListedValueSet> valueSets;
-        QString min;
-        QString max;
+        CodeRange range;
     };
 
     const TStatFileDescription& m_file;

@@ -1,6 +1,31 @@
 #include "text/CsvText.h"
 
+#include <algorithm>
+
 namespace {
+
+bool isDigit(QChar character)
+{
+    return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+}
+
+// A minus, digits and at most one point among them.
+bool isNegativeNumber(const QString& text)
+{
+    const QStringView digits = QStringView(text).mid(1);
+    const auto points = std::count(digits.begin(), digits.end(), QLatin1Char('.'));
+    return text.startsWith(QLatin1Char('-')) && points <= 1
+        && std::any_of(digits.begin(), digits.end(), isDigit)
+        && std::all_of(digits.begin(), digits.end(),
+            [](QChar character) { return isDigit(character) || character == QLatin1Char('.'); });
+}
+
+// Some programs take the wide forms of the signs for the signs, and pass over a line end.
+bool isFormula(const QString& text)
+{
+    static const QString signs = QStringLiteral("=+-@\t\r\n\uFF1D\uFF0B\uFF0D\uFF20");
+    return !text.isEmpty() && signs.contains(text.front()) && !isNegativeNumber(text);
+}
 
 QString csvCell(const QString& text)
 {
@@ -14,11 +39,25 @@ QString csvCell(const QString& text)
 
 } // namespace
 
-QByteArray csvLine(const QStringList& cells)
+CsvWriter::CsvWriter(bool forSpreadsheet)
+    : m_forSpreadsheet(forSpreadsheet)
 {
-    QStringList quoted;
-    quoted.reserve(cells.size());
-    for (const QString& cell : cells)
-        quoted.append(csvCell(cell));
-    return quoted.join(QLatin1Char(',')).toUtf8() + "\r\n";
+    if (forSpreadsheet)
+        m_bytes = "\xEF\xBB\xBF";
+}
+
+void CsvWriter::addLine(const QStringList& cells)
+{
+    QStringList written;
+    written.reserve(cells.size());
+    for (const QString& cell : cells) {
+        const bool isHarmful = m_forSpreadsheet && isFormula(cell);
+        written.append(csvCell(isHarmful ? QLatin1Char('\'') + cell : cell));
+    }
+    m_bytes += written.join(QLatin1Char(',')).toUtf8() + "\r\n";
+}
+
+QByteArray CsvWriter::text() const
+{
+    return m_bytes;
 }

@@ -32,6 +32,15 @@ QString shownNumber(int number)
     return number == 0 ? QString() : QString::number(number);
 }
 
+QString shownDecimals(int decimals, const QString& point)
+{
+    if (point.isNull())
+        return shownNumber(decimals);
+    const bool isInData = point == QLatin1String("data");
+    return QString::number(decimals)
+        + (isInData ? QLatin1String(" in data") : QLatin1String(" implied"));
+}
+
 QString printable(const QString& text)
 {
     QString result = text;

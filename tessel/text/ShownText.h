@@ -20,5 +20,11 @@ QString joinedCodes(const QStringList& codes);
 /*! \a number in digits; empty for 0, which stands for none. */
 QString shownNumber(int number);
 
+/*!
+ * \a decimals, and where their point stands when \a point tells it: "implied" or "data". Empty for
+ * none.
+ */
+QString shownDecimals(int decimals, const QString& point);
+
 /*! \a text with control characters made visible, so that no file can drive the terminal. */
 QString printable(const QString& text);

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QPair>
 #include <QSet>
+#include <QUrl>
 #include <QXmlStreamWriter>
 
 #include <algorithm>
@@ -71,6 +72,13 @@ bool isContinuous(const ListedField& field)
         || hasRanges(field.valueSets.constFirst());
 }
 
+// A path of Windows, relative to the dictionary, as a reference.
+QString linkTo(const QString& path)
+{
+    const QString slashed = QString(path).replace(QLatin1Char('\\'), QLatin1Char('/'));
+    return QString::fromLatin1(QUrl::toPercentEncoding(slashed, "/:"));
+}
+
 class DdiWriter {
 public:
     explicit DdiWriter(const Listing& listing)
@@ -90,6 +98,7 @@ public:
 private:
     void attribute(const char* name, const QString& text);
     void element(const char* name, const QString& text);
+    void note(const char* type, const QString& text);
     void open(const char* name);
     void close();
     void writeStudy();
@@ -97,6 +106,7 @@ private:
     void writeDimensions();
     void writeRecordGroup(int index);
     void writeRecordVariables();
+    void writeRecordNotes(const ListedRecord& record);
     void writeOccurrences();
     void writeVariable(int index);
     void writeLocation(int index);
@@ -106,6 +116,7 @@ private:
     void writeUnits(const ListedField& field);
     void writeCode(const ListedField& field, const ListedCode& entry);
     void writeValueSets(int index);
+    void writeDetail(const ListedDetail& detail);
     void writeCategoryGroups(int index);
     void writeFormat(const ListedField& field);
     void writeNotes(const ListedField& field);
@@ -126,6 +137,15 @@ void DdiWriter::attribute(const char* name, const QString& text)
 void DdiWriter::element(const char* name, const QString& text)
 {
     m_xml.writeTextElement(ddiNamespace(), QLatin1String(name), xmlText(text));
+}
+
+// What the standard has no element for.
+void DdiWriter::note(const char* type, const QString& text)
+{
+    open("notes");
+    attribute("type", QLatin1String(type));
+    m_xml.writeCharacters(xmlText(text));
+    close();
 }
 
 void DdiWriter::open(const char* name)
@@ -243,8 +263,20 @@ void DdiWriter::writeRecordVariables()
             attribute("name", group.record->name);
         element(
             "labl", group.record ? group.record->label : QStringLiteral("Identification items"));
+        if (group.record)
+            writeRecordNotes(*group.record);
         close();
     }
+}
+
+void DdiWriter::writeRecordNotes(const ListedRecord& record)
+{
+    if (record.level > 0 && m_listing.levels.size() > 1)
+        note("level", QString::number(record.level));
+    note("required", record.isRequired ? QStringLiteral("yes") : QStringLiteral("no"));
+    note("maximum", QString::number(record.maxRecords));
+    if (!record.note.isNull())
+        element("notes", record.note);
 }
 
 // The occurrences of an item follow each other.
@@ -316,20 +348,23 @@ void DdiWriter::writeLocation(int index)
 
 void DdiWriter::writeRange(const ListedField& field)
 {
-    if (field.min.isNull() && field.max.isNull())
+    if (!field.hasRange())
         return;
     open("valrng");
     writeBounds(field, field.min, field.max);
+    if (field.valueSets.size() > 1 && !field.rangeValueSet.isNull())
+        note("value set", field.rangeValueSet);
     close();
 }
 
+// An open end has no bound.
 void DdiWriter::writeBounds(const ListedField& field, const QString& min, const QString& max)
 {
     open("range");
     writeUnits(field);
-    if (!min.isNull())
+    if (!min.isNull() && min != QLatin1String("-inf"))
         attribute("min", min);
-    if (!max.isNull())
+    if (!max.isNull() && max != QLatin1String("inf"))
         attribute("max", max);
     close();
 }
@@ -366,11 +401,12 @@ void DdiWriter::writeCode(const ListedField& field, const ListedCode& entry)
     close();
 }
 
-// Several value sets are alternatives: each is a group of categories then.
+// Several value sets are alternatives: each is a group of categories then. So is one with a note.
 void DdiWriter::writeCategoryGroups(int index)
 {
     const ListedField& field = m_listing.fields.at(index);
-    if (field.valueSets.size() < 2)
+    if (field.valueSets.isEmpty()
+        || (field.valueSets.size() == 1 && field.valueSets.constFirst().note.isNull()))
         return;
     int category = 0;
     for (int i = 0; i < field.valueSets.size(); ++i) {
@@ -383,6 +419,8 @@ void DdiWriter::writeCategoryGroups(int index)
         if (!ids.isEmpty())
             attribute("catgry", ids.join(QLatin1Char(' ')));
         element("labl", valueSet.label.isEmpty() ? valueSet.name : valueSet.label);
+        if (!valueSet.note.isNull())
+            element("txt", valueSet.note);
         close();
     }
 }
@@ -392,7 +430,8 @@ void DdiWriter::writeValueSets(int index)
     const ListedField& field = m_listing.fields.at(index);
     int category = 0;
     for (const ListedValueSet& valueSet : field.valueSets) {
-        for (const ListedCode& entry : valueSet.codes) {
+        for (int i = 0; i < valueSet.codes.size(); ++i) {
+            const ListedCode& entry = valueSet.codes.at(i);
             open("catgry");
             attribute("ID", QStringLiteral("%1C%2").arg(variableId(index)).arg(++category));
             if (!entry.special.isNull()) {
@@ -401,9 +440,24 @@ void DdiWriter::writeValueSets(int index)
             }
             element("catValu", entry.text());
             element("labl", entry.label);
+            writeDetail(valueSet.details.value(i));
             close();
         }
     }
+}
+
+void DdiWriter::writeDetail(const ListedDetail& detail)
+{
+    if (!detail.note.isNull())
+        element("txt", detail.note);
+    if (detail.image.isNull())
+        return;
+    open("txt");
+    open("ExtLink");
+    attribute("URI", linkTo(detail.image));
+    attribute("role", QStringLiteral("image"));
+    close();
+    close();
 }
 
 void DdiWriter::writeFormat(const ListedField& field)
@@ -424,12 +478,15 @@ void DdiWriter::writeFormat(const ListedField& field)
 
 void DdiWriter::writeNotes(const ListedField& field)
 {
-    if (!field.parent.isNull()) {
-        open("notes");
-        attribute("type", QStringLiteral("part of"));
-        m_xml.writeCharacters(xmlText(field.parent));
-        close();
-    }
+    if (!field.parent.isNull())
+        note("part of", field.parent);
+    if (field.isIdentification && field.level > 0 && m_listing.levels.size() > 1)
+        note("level", QString::number(field.level));
+    if (!field.decimalPoint().isNull())
+        note("decimal point",
+            field.hasDecimalChar ? QStringLiteral("in the data") : QStringLiteral("implied"));
+    if (field.isZeroFilled)
+        note("fill", QStringLiteral("zeros"));
     if (!field.note.isNull())
         element("notes", field.note);
 }

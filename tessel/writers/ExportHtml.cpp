@@ -41,10 +41,12 @@ private:
     void link(const QString& id, const QString& shown);
     void writeHead();
     void writeSummary();
+    void writeNote(const QString& note);
     void writeContents();
     void writeGroup(int index);
     void writeField(int index);
     void writeValueSet(const ListedField& field, const ListedValueSet& valueSet);
+    void writeCode(const ListedValueSet& valueSet, int index);
     QString groupTitle(const FieldGroup& group) const;
     QString recordFacts(const ListedRecord& record) const;
     QString fieldFacts(const ListedField& field) const;
@@ -173,11 +175,17 @@ void HtmlWriter::writeSummary()
     }
     facts.removeAll(QString());
     element("p", facts.join(QLatin1String("; ")));
-    for (const QString& note : m_listing.notes) {
-        open("p", "class", QStringLiteral("note"));
-        text(note);
-        close();
-    }
+    for (const QString& note : m_listing.notes)
+        writeNote(note);
+}
+
+void HtmlWriter::writeNote(const QString& note)
+{
+    if (note.isNull())
+        return;
+    open("p", "class", QStringLiteral("note"));
+    text(note);
+    close();
 }
 
 void HtmlWriter::writeContents()
@@ -223,6 +231,7 @@ QString HtmlWriter::recordFacts(const ListedRecord& record) const
         facts.append(QStringLiteral("record type %1").arg(record.recordType));
     if (record.level > 0 && m_listing.levels.size() > 1)
         facts.append(QStringLiteral("level %1").arg(record.level));
+    facts.append(record.isRequired ? QStringLiteral("required") : QStringLiteral("not required"));
     facts.append(QStringLiteral("at most %1 in a case").arg(record.maxRecords));
     facts.append(QStringLiteral("length %1").arg(record.length));
     return facts.join(QLatin1String("; "));
@@ -233,14 +242,35 @@ void HtmlWriter::writeGroup(int index)
     const FieldGroup& group = m_groups.at(index);
     open("section", "id", m_groupIds.at(index));
     element("h2", groupTitle(group));
-    if (group.record)
+    if (group.record) {
         element("p", recordFacts(*group.record));
+        writeNote(group.record->note);
+    }
     for (const int field : group.fields)
         writeField(field);
     open("p");
     link(QStringLiteral("contents"), QStringLiteral("Contents"));
     close();
     close();
+}
+
+QString decimalsText(const ListedField& field)
+{
+    const QString decimals = QStringLiteral("decimals %1").arg(field.decimals);
+    if (field.decimalPoint().isNull())
+        return decimals;
+    return decimals
+        + (field.hasDecimalChar ? QLatin1String(", point in the data")
+                                : QLatin1String(", point implied"));
+}
+
+// Of several value sets one has the range.
+QString rangeText(const ListedField& field)
+{
+    const QString range = QStringLiteral("range %1 to %2").arg(field.min, field.max);
+    return field.valueSets.size() > 1 && !field.rangeValueSet.isNull()
+        ? QStringLiteral("%1 (%2)").arg(range, field.rangeValueSet)
+        : range;
 }
 
 QString HtmlWriter::fieldFacts(const ListedField& field) const
@@ -253,14 +283,18 @@ QString HtmlWriter::fieldFacts(const ListedField& field) const
     } else {
         facts.append(QStringLiteral("length %1").arg(field.length));
     }
+    if (field.isIdentification && field.level > 0 && m_listing.levels.size() > 1)
+        facts.append(QStringLiteral("level %1").arg(field.level));
     if (field.decimals > 0)
-        facts.append(QStringLiteral("decimals %1").arg(field.decimals));
+        facts.append(decimalsText(field));
+    if (field.isZeroFilled)
+        facts.append(QStringLiteral("filled with zeros"));
     if (!field.format.isEmpty())
         facts.append(QStringLiteral("format %1").arg(field.format));
     if (!field.measure.isNull())
         facts.append(field.measure);
-    if (!field.min.isNull() || !field.max.isNull())
-        facts.append(QStringLiteral("range %1 to %2").arg(field.min, field.max));
+    if (field.hasRange())
+        facts.append(rangeText(field));
     if (!field.missing.isNull())
         facts.append(QStringLiteral("missing %1").arg(shownCodes(field.missing)));
     if (!field.notApplicable.isNull())
@@ -279,11 +313,7 @@ void HtmlWriter::writeField(int index)
     text(QLatin1Char(' ') + field.fullLabel());
     close();
     element("p", fieldFacts(field));
-    if (!field.note.isNull()) {
-        open("p", "class", QStringLiteral("note"));
-        text(field.note);
-        close();
-    }
+    writeNote(field.note);
     // The occurrences of an item have the values of the first.
     const bool isRepeated = index > 0 && field.occurrence > 1
         && m_listing.fields.at(index - 1).item == field.item
@@ -304,26 +334,42 @@ void HtmlWriter::writeField(int index)
 
 void HtmlWriter::writeValueSet(const ListedField& field, const ListedValueSet& valueSet)
 {
+    writeNote(valueSet.note);
     if (valueSet.codes.isEmpty())
         return;
     open("table");
     if (field.valueSets.size() > 1)
         element("caption", QStringLiteral("%1: %2").arg(valueSet.name, valueSet.label));
     open("tbody");
-    row("th", { QStringLiteral("Value"), QStringLiteral("Label") });
-    for (const ListedCode& entry : valueSet.codes) {
-        open("tr");
-        open("td", "class", QStringLiteral("code"));
-        text(entry.text());
+    QStringList headings { QStringLiteral("Value"), QStringLiteral("Label") };
+    if (!valueSet.details.isEmpty())
+        headings.append({ QStringLiteral("Note"), QStringLiteral("Image") });
+    row("th", headings);
+    for (int i = 0; i < valueSet.codes.size(); ++i)
+        writeCode(valueSet, i);
+    close();
+    close();
+}
+
+void HtmlWriter::writeCode(const ListedValueSet& valueSet, int index)
+{
+    const ListedCode& entry = valueSet.codes.at(index);
+    open("tr");
+    open("td", "class", QStringLiteral("code"));
+    text(entry.text());
+    close();
+    element("td",
+        entry.special.isNull() ? entry.label
+                               : QStringLiteral("%1 [%2]").arg(entry.label, entry.special));
+    if (!valueSet.details.isEmpty()) {
+        const ListedDetail detail = valueSet.details.value(index);
+        open("td", "class", QStringLiteral("note"));
+        text(detail.note);
         close();
-        element("td",
-            entry.special.isNull() ? entry.label
-                                   : QStringLiteral("%1 [%2]").arg(entry.label, entry.special));
-        close();
-        text(QStringLiteral("\n"));
+        element("td", detail.image);
     }
     close();
-    close();
+    text(QStringLiteral("\n"));
 }
 
 } // namespace

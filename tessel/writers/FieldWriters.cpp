@@ -21,8 +21,7 @@ constexpr int JsonVersion = 1;
 
 QString rangeText(const ListedField& field)
 {
-    return field.min.isNull() && field.max.isNull() ? QString()
-                                                    : field.min + QLatin1String("..") + field.max;
+    return field.hasRange() ? field.min + QLatin1String("..") + field.max : QString();
 }
 
 QString shownRange(const ListedCode& entry)
@@ -45,15 +44,19 @@ void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString&
     }
 }
 
-// A single set needs no name; several are alternatives, each under its own.
-void addValueSets(TextTable& table, const QVector<ListedValueSet>& valueSets)
+// A single set needs no name; several are alternatives, each under its own. One has the range.
+void addValueSets(TextTable& table, const ListedField& field)
 {
+    const QVector<ListedValueSet>& valueSets = field.valueSets;
     if (valueSets.size() == 1) {
         addCodes(table, valueSets.constFirst().codes, QString());
         return;
     }
     for (const ListedValueSet& valueSet : valueSets) {
-        table.addDetail(printable(valueSet.name + QLatin1String(": ") + valueSet.label));
+        QString title = valueSet.name + QLatin1String(": ") + valueSet.label;
+        if (field.hasRange() && valueSet.name == field.rangeValueSet)
+            title += QStringLiteral(" (range %1)").arg(rangeText(field));
+        table.addDetail(printable(title));
         addCodes(table, valueSet.codes, QStringLiteral("  "));
     }
 }
@@ -102,8 +105,8 @@ QString groupTitle(const ListedField& field, const QHash<QString, const ListedRe
 QStringList tableCells(const ListedField& field)
 {
     QStringList cells { field.name, field.type, field.format, shownNumber(field.start),
-        shownNumber(field.length), shownNumber(field.decimals), rangeText(field),
-        shownCodes(field.missing), shownCodes(field.notApplicable),
+        shownNumber(field.length), shownDecimals(field.decimals, field.decimalPoint()),
+        rangeText(field), shownCodes(field.missing), shownCodes(field.notApplicable),
         shownNumber(field.valueLabelCount()), field.fullLabel() };
     for (QString& cell : cells)
         cell = printable(cell);
@@ -131,7 +134,7 @@ QString tableOf(const Listing& listing, const ListingFormat& format)
         previous = &field;
         table.addRow(tableCells(field));
         if (format.withValues)
-            addValueSets(table, field.valueSets);
+            addValueSets(table, field);
     }
 
     QStringList heading { listing.name, listing.version };
@@ -158,6 +161,28 @@ QByteArray asTables(const QVector<Listing>& listings, const ListingFormat& forma
 
 // ---- CSV
 
+QStringList fieldHeadings()
+{
+    return { QStringLiteral("file"), QStringLiteral("record"), QStringLiteral("name"),
+        QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("start"),
+        QStringLiteral("length"), QStringLiteral("decimals"), QStringLiteral("missing"),
+        QStringLiteral("not_applicable"), QStringLiteral("min"), QStringLiteral("max"),
+        QStringLiteral("value_labels"), QStringLiteral("format"), QStringLiteral("measure"),
+        QStringLiteral("item"), QStringLiteral("occurrence"), QStringLiteral("parent"),
+        QStringLiteral("decimal_point"), QStringLiteral("range_from"),
+        QStringLiteral("range_value_set") };
+}
+
+QStringList fieldCells(const QString& file, const ListedField& field)
+{
+    return { file, field.record, field.name, field.fullLabel(), field.type,
+        shownNumber(field.start), shownNumber(field.length), QString::number(field.decimals),
+        field.missing, field.notApplicable, field.min, field.max,
+        QString::number(field.valueLabelCount()), field.format, field.measure, field.item,
+        shownNumber(field.occurrence), field.parent, field.decimalPoint(),
+        rangeSourceName(field.rangeSource), field.rangeValueSet };
+}
+
 QStringList valueHeadings()
 {
     return { QStringLiteral("value_set"), QStringLiteral("code"), QStringLiteral("code_to"),
@@ -165,44 +190,39 @@ QStringList valueHeadings()
 }
 
 // A line for each code, the field's cells first; one line for a field without codes.
-QByteArray csvValueLines(const QStringList& cells, const ListedField& field)
+void addValueLines(CsvWriter& csv, const QStringList& cells, const ListedField& field)
 {
-    QByteArray bytes;
+    bool hasCodes = false;
     for (const ListedValueSet& valueSet : field.valueSets) {
         for (const ListedCode& entry : valueSet.codes) {
-            bytes += csvLine(cells
+            csv.addLine(cells
                 + QStringList {
                     valueSet.name, entry.code, entry.highCode, entry.label, entry.special });
+            hasCodes = true;
         }
     }
-    if (!bytes.isEmpty())
-        return bytes;
+    if (hasCodes)
+        return;
     QStringList padded = cells;
     for (int i = valueHeadings().size(); i > 0; --i)
         padded.append(QString());
-    return csvLine(padded);
+    csv.addLine(padded);
 }
 
 QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
 {
-    QStringList headings { QStringLiteral("file"), QStringLiteral("record"), QStringLiteral("name"),
-        QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("start"),
-        QStringLiteral("length"), QStringLiteral("decimals"), QStringLiteral("missing"),
-        QStringLiteral("not_applicable"), QStringLiteral("min"), QStringLiteral("max"),
-        QStringLiteral("value_labels"), QStringLiteral("format"), QStringLiteral("measure") };
-    if (format.withValues)
-        headings += valueHeadings();
-    QByteArray bytes = csvLine(headings);
+    CsvWriter csv(format.forSpreadsheet);
+    csv.addLine(format.withValues ? fieldHeadings() + valueHeadings() : fieldHeadings());
     for (const Listing& listing : listings) {
         for (const ListedField& field : listing.fields) {
-            const QStringList cells { listing.file, field.record, field.name, field.fullLabel(),
-                field.type, shownNumber(field.start), shownNumber(field.length),
-                QString::number(field.decimals), field.missing, field.notApplicable, field.min,
-                field.max, QString::number(field.valueLabelCount()), field.format, field.measure };
-            bytes += format.withValues ? csvValueLines(cells, field) : csvLine(cells);
+            const QStringList cells = fieldCells(listing.file, field);
+            if (format.withValues)
+                addValueLines(csv, cells, field);
+            else
+                csv.addLine(cells);
         }
     }
-    return bytes;
+    return csv.text();
 }
 
 // ---- JSON
@@ -218,6 +238,8 @@ QJsonObject jsonOf(const ListedRecord& record)
         { QStringLiteral("recordType"), record.recordType },
         { QStringLiteral("level"), numberOrNull(record.level) },
         { QStringLiteral("maximum"), record.maxRecords },
+        { QStringLiteral("required"), record.isRequired },
+        { QStringLiteral("note"), textOrNull(record.note) },
         { QStringLiteral("length"), record.length } };
 }
 
@@ -239,12 +261,14 @@ QJsonObject jsonOf(const ListedField& field)
         { QStringLiteral("label"), field.label },
         { QStringLiteral("record"), textOrNull(field.record) },
         { QStringLiteral("identification"), field.isIdentification },
+        { QStringLiteral("level"), numberOrNull(field.level) },
         { QStringLiteral("type"), field.type },
         { QStringLiteral("start"), numberOrNull(field.start) },
         { QStringLiteral("format"), textOrNull(field.format) },
         { QStringLiteral("measure"), textOrNull(field.measure) },
         { QStringLiteral("length"), numberOrNull(field.length) }, { QStringLiteral("decimals"), field.decimals },
         { QStringLiteral("decimalChar"), field.hasDecimalChar },
+        { QStringLiteral("zeroFill"), field.isZeroFilled },
         { QStringLiteral("subitem"), field.isSubItem },
         { QStringLiteral("parent"), textOrNull(field.parent) },
         { QStringLiteral("missing"), textOrNull(field.missing) },
@@ -252,6 +276,8 @@ QJsonObject jsonOf(const ListedField& field)
         { QStringLiteral("notApplicable"), textOrNull(field.notApplicable) },
         { QStringLiteral("min"), textOrNull(field.min) },
         { QStringLiteral("max"), textOrNull(field.max) },
+        { QStringLiteral("rangeFrom"), textOrNull(rangeSourceName(field.rangeSource)) },
+        { QStringLiteral("rangeValueSet"), textOrNull(field.rangeValueSet) },
         { QStringLiteral("note"), textOrNull(field.note) },
         { QStringLiteral("valueSetCount"), field.valueSets.size() },
         { QStringLiteral("valueLabelCount"), field.valueLabelCount() } };
@@ -277,13 +303,18 @@ void addValueSets(JsonWriter& json, const QVector<ListedValueSet>& valueSets)
     json.beginList("valueSets");
     for (const ListedValueSet& valueSet : valueSets) {
         json.beginObject({ { QStringLiteral("name"), valueSet.name },
-            { QStringLiteral("label"), valueSet.label } });
+            { QStringLiteral("label"), valueSet.label },
+            { QStringLiteral("note"), textOrNull(valueSet.note) } });
         json.beginList("values");
-        for (const ListedCode& entry : valueSet.codes) {
+        for (int i = 0; i < valueSet.codes.size(); ++i) {
+            const ListedCode& entry = valueSet.codes.at(i);
+            const ListedDetail detail = valueSet.details.value(i);
             json.add({ { QStringLiteral("code"), entry.code },
                 { QStringLiteral("to"), textOrNull(entry.highCode) },
                 { QStringLiteral("label"), entry.label },
-                { QStringLiteral("special"), textOrNull(entry.special) } });
+                { QStringLiteral("special"), textOrNull(entry.special) },
+                { QStringLiteral("note"), textOrNull(detail.note) },
+                { QStringLiteral("image"), textOrNull(detail.image) } });
         }
         json.endList();
         json.endObject();

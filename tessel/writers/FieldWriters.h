@@ -10,6 +10,7 @@ struct ListingFormat {
     enum class Kind { Table, Csv, Json };
     Kind kind = Kind::Table;
     bool withValues = false; /*!< the value labels too */
+    bool forSpreadsheet = false; /*!< CSV whose cells no spreadsheet takes for formulas */
     int width = 80; /*!< columns of a table */
 };
 

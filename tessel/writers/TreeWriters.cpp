@@ -59,12 +59,15 @@ QString rangeText(const QList<Range*>& ranges)
 }
 
 // Of a code 0 the model cannot tell whether it is one.
-QString valuesText(const TOxVariable& variable)
+QString valuesText(const TOxVariable& variable, const VariableFacts& facts)
 {
     QStringList parts;
     const QList<Range*>& ranges = *variable.getMetadataVariables()->getRange();
-    if (!ranges.isEmpty())
+    if (!ranges.isEmpty() && facts.rangeSource != RangeSource::Length) {
         parts.append(QStringLiteral("range ") + rangeText(ranges));
+        if (!facts.rangeValueSet.isEmpty())
+            parts.last() += QStringLiteral(" of %1").arg(facts.rangeValueSet);
+    }
     if (variable.getMissing() != 0)
         parts.append(QStringLiteral("missing ") + numberText(variable.getMissing()));
     if (variable.getNotappl() != 0)
@@ -74,8 +77,9 @@ QString valuesText(const TOxVariable& variable)
 
 class TextWriter {
 public:
-    explicit TextWriter(bool withValues)
-        : m_withValues(withValues)
+    TextWriter(const TreeFacts& facts, bool withValues)
+        : m_facts(facts)
+        , m_withValues(withValues)
     {
     }
 
@@ -126,16 +130,17 @@ private:
     void add(const TOxVariable& variable, int depth)
     {
         const QList<ValueLabelElement*>& labels = *variable.getValueLabelElementList();
+        const VariableFacts facts = m_facts.value(&variable);
         addRow({ indented(depth, variable.getName()), variable.getVarType().toLower(),
             shownNumber(variable.getStart()), shownNumber(variable.getSize()),
-            shownNumber(variable.getDecimals()),
+            shownDecimals(variable.getDecimals(), facts.decimalPoint),
             variable.getMetadataVariables()->getLookup() ? QStringLiteral("yes") : QString(),
             shownNumber(labels.size()), variable.getLabel() });
         if (!m_withValues)
             return;
-        const QString values = valuesText(variable);
+        const QString values = valuesText(variable, facts);
         if (!values.isEmpty())
-            m_table.addDetail(QLatin1Char('(') + values + QLatin1Char(')'));
+            m_table.addDetail(printable(QLatin1Char('(') + values + QLatin1Char(')')));
         addLabels(labels);
     }
 
@@ -151,6 +156,7 @@ private:
         }
     }
 
+    const TreeFacts& m_facts;
     bool m_withValues;
     TextTable m_table { { { QStringLiteral("Name"), TextTable::Align::Left },
         { QStringLiteral("Type"), TextTable::Align::Left },
@@ -162,8 +168,8 @@ private:
         { QStringLiteral("Label"), TextTable::Align::Left } } };
 };
 
-QByteArray asText(
-    const QString& file, const Dictionary& dictionary, const TOxEntity& top, TreeFormat format)
+QByteArray asText(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
+    const TreeFacts& facts, TreeFormat format)
 {
     QStringList heading { file + QLatin1String(": ") + top.getName() };
     heading.append(top.getLabel());
@@ -176,7 +182,7 @@ QByteArray asText(
     for (const QString& line : qAsConst(heading)) {
         text += wrapped(printable(line), format.width).join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
-    return (text + TextWriter(format.withValues).write(top, format.width)).toUtf8();
+    return (text + TextWriter(facts, format.withValues).write(top, format.width)).toUtf8();
 }
 
 // ---- JSON
@@ -187,7 +193,14 @@ QJsonValue codeOrNull(double code)
     return code == 0 ? QJsonValue() : QJsonValue(code);
 }
 
-QJsonObject jsonOf(const TOxVariable& variable)
+QJsonValue rangeSourceOf(const TOxVariable& variable, const VariableFacts& facts)
+{
+    if (variable.getMetadataVariables()->getRange()->isEmpty())
+        return {};
+    return textOrNull(rangeSourceName(facts.rangeSource));
+}
+
+QJsonObject jsonOf(const TOxVariable& variable, const VariableFacts& facts)
 {
     const MetadataVariables& metadata = *variable.getMetadataVariables();
     return { { QStringLiteral("name"), variable.getName() },
@@ -199,12 +212,15 @@ QJsonObject jsonOf(const TOxVariable& variable)
         { QStringLiteral("start"), variable.getStart() },
         { QStringLiteral("size"), variable.getSize() },
         { QStringLiteral("decimals"), variable.getDecimals() },
+        { QStringLiteral("decimalPoint"), textOrNull(facts.decimalPoint) },
         { QStringLiteral("level"), variable.getLevel() },
         { QStringLiteral("missing"), codeOrNull(variable.getMissing()) },
         { QStringLiteral("notApplicable"), codeOrNull(variable.getNotappl()) },
         { QStringLiteral("documentation"), variable.getDocumentation() },
         { QStringLiteral("lookup"), metadata.getLookup() },
         { QStringLiteral("rangeCount"), metadata.getRange()->size() },
+        { QStringLiteral("rangeFrom"), rangeSourceOf(variable, facts) },
+        { QStringLiteral("rangeValueSet"), textOrNull(facts.rangeValueSet) },
         { QStringLiteral("valueLabelCount"), variable.getValueLabelElementList()->size() } };
 }
 
@@ -235,12 +251,13 @@ void addValues(JsonWriter& json, const TOxVariable& variable)
     json.endList();
 }
 
-void addJson(JsonWriter& json, const TOxEntity& entity, bool withValues, const char* name = nullptr)
+void addJson(JsonWriter& json, const TOxEntity& entity, const TreeFacts& facts, bool withValues,
+    const char* name = nullptr)
 {
     json.beginObject(jsonOf(entity), name);
     json.beginList("variables");
     for (const TOxVariable* variable : qAsConst(*entity.getVariables())) {
-        json.beginObject(jsonOf(*variable));
+        json.beginObject(jsonOf(*variable, facts.value(variable)));
         if (withValues)
             addValues(json, *variable);
         json.endObject();
@@ -248,13 +265,13 @@ void addJson(JsonWriter& json, const TOxEntity& entity, bool withValues, const c
     json.endList();
     json.beginList("children");
     for (const TOxEntity* child : qAsConst(*entity.getChildren()))
-        addJson(json, *child, withValues);
+        addJson(json, *child, facts, withValues);
     json.endList();
     json.endObject();
 }
 
-QByteArray asJson(
-    const QString& file, const Dictionary& dictionary, const TOxEntity& top, bool withValues)
+QByteArray asJson(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
+    const TreeFacts& facts, bool withValues)
 {
     const MetadataDictionary& metadata = *dictionary.getMetadataDictionary();
     const Datasource& source = *metadata.getDatasource();
@@ -272,16 +289,16 @@ QByteArray asJson(
             { QStringLiteral("separator"), lookup->getSeparator() } });
     }
     json.endList();
-    addJson(json, top, withValues, "tree");
+    addJson(json, top, facts, withValues, "tree");
     json.endObject();
     return json.text();
 }
 
 } // namespace
 
-QByteArray writeTree(
-    const QString& file, const Dictionary& dictionary, const TOxEntity& top, TreeFormat format)
+QByteArray writeTree(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
+    const TreeFacts& facts, TreeFormat format)
 {
-    return format.asJson ? asJson(file, dictionary, top, format.withValues)
-                         : asText(file, dictionary, top, format);
+    return format.asJson ? asJson(file, dictionary, top, facts, format.withValues)
+                         : asText(file, dictionary, top, facts, format);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "listing/TreeFacts.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -14,5 +16,5 @@ struct TreeFormat {
 };
 
 /*! Writes \a top, which is \a dictionary's root or an entity below it, with all that it holds. */
-QByteArray writeTree(
-    const QString& file, const Dictionary& dictionary, const TOxEntity& top, TreeFormat format);
+QByteArray writeTree(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
+    const TreeFacts& facts, TreeFormat format);

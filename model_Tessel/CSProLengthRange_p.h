@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QString>
+
+class TCSProItem;
+
+/*
+ * The numbers that fit the columns of a numeric item as CSPro writes them: a sign takes a column,
+ * and so does the point where it stands in the data.
+ */
+struct CSProLengthRange {
+    explicit CSProLengthRange(const TCSProItem& item);
+
+    QString lowest;
+    QString highest;
+};
