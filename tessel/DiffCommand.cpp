@@ -1,6 +1,7 @@
 #include "DiffCommand.h"
 
 #include "process/Console.h"
+#include "process/FileNames.h"
 #include "InputOptions.h"
 #include "text/JsonWriter.h"
 #include "listing/ListingDiff.h"
@@ -61,7 +62,7 @@ void describe(QCommandLineParser& parser)
 
 QString readOptions(const QCommandLineParser& parser, DiffOptions& options)
 {
-    options.files = parser.positionalArguments();
+    options.files = FileNames::paths(parser.positionalArguments());
     if (options.files.size() != 2)
         return QStringLiteral("give two dictionaries, not %1").arg(options.files.size());
     const QString format = parser.value(formatOption());
@@ -177,14 +178,14 @@ QByteArray asText(
         const QString mark =
             difference.breaks ? QStringLiteral("breaks  ") : QStringLiteral("fits    ");
         text +=
-            printable(mark + subjectOf(difference) + QLatin1String(": ") + eventText(difference))
+            inOneLine(mark + subjectOf(difference) + QLatin1String(": ") + eventText(difference))
             + QLatin1Char('\n');
     }
     if (differences.isEmpty()) {
-        text += printable(
+        text += inOneLine(
             QStringLiteral("No differences between %1 and %2.").arg(before.file, after.file));
     } else {
-        text += printable(
+        text += inOneLine(
             QStringLiteral("%1 from %2 to %3; %4 data that fits %2.")
                 .arg(plural(differences.size(), QStringLiteral("difference")), before.file,
                     after.file,
@@ -216,10 +217,10 @@ QJsonObject jsonOf(const Difference& difference)
         { QStringLiteral("after"), textOrNull(difference.after) } };
 }
 
-QByteArray asJson(
-    const Listing& before, const Listing& after, const QVector<Difference>& differences)
+void writeJson(const Listing& before, const Listing& after, const QVector<Difference>& differences,
+    const ByteSink& sink)
 {
-    JsonWriter json;
+    JsonWriter json(sink);
     json.beginObject({ { QStringLiteral("tesselDiff"), JsonVersion },
         { QStringLiteral("before"), jsonOf(before) }, { QStringLiteral("after"), jsonOf(after) },
         { QStringLiteral("breaking"), breakingIn(differences) } });
@@ -228,7 +229,7 @@ QByteArray asJson(
         json.add(jsonOf(difference));
     json.endList();
     json.endObject();
-    return json.text();
+    json.finish();
 }
 
 // ---- work
@@ -252,9 +253,12 @@ int compareFiles(const DiffOptions& options, Supervisor& supervisor)
     if (!isBeforeRead || !isAfterRead)
         return Trouble;
     const QVector<Difference> differences = compareListings(before, after);
-    const QByteArray bytes =
-        options.asJson ? asJson(before, after, differences) : asText(before, after, differences);
-    if (!Output(options.output).write(bytes))
+    Output output(options.output);
+    if (options.asJson)
+        writeJson(before, after, differences, output.sink());
+    else
+        output.add(asText(before, after, differences));
+    if (!output.finish())
         return Trouble;
     return differences.isEmpty() ? Equal : FoundDifferences;
 }

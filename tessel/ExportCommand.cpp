@@ -1,6 +1,7 @@
 #include "ExportCommand.h"
 
 #include "process/Console.h"
+#include "process/FileNames.h"
 #include "writers/ExportWriters.h"
 #include "writers/FieldWriters.h"
 #include "InputOptions.h"
@@ -100,7 +101,7 @@ QString readSqlOptions(const QCommandLineParser& parser, ExportOptions& options)
 
 QString readOptions(const QCommandLineParser& parser, ExportOptions& options)
 {
-    const QStringList files = parser.positionalArguments();
+    const QStringList files = FileNames::paths(parser.positionalArguments());
     if (files.isEmpty())
         return QStringLiteral("no file given");
     if (files.size() > 1)
@@ -122,31 +123,53 @@ QString readOptions(const QCommandLineParser& parser, ExportOptions& options)
 }
 
 // The codebook as CSV and JSON is the listing with its values.
-QByteArray writeCodebook(
-    const Listing& listing, ListingFormat::Kind kind, bool forSpreadsheet = false)
+void writeCodebook(
+    const Listing& listing, ListingFormat::Kind kind, bool forSpreadsheet, const ByteSink& sink)
 {
     ListingFormat format;
     format.kind = kind;
     format.forSpreadsheet = forSpreadsheet;
     format.withValues = true;
-    return writeListings({ listing }, format);
+    writeListings({ listing }, format, sink);
 }
 
-QByteArray write(const Listing& listing, const ExportOptions& options, QStringList& notes)
+// The notes are told before the result is written, whose reader may end early.
+QByteArray makeSql(const Listing& listing, const ExportOptions& options)
+{
+    QStringList notes;
+    const QByteArray bytes = writeSql(listing, options.sql, notes);
+    for (const QString& note : qAsConst(notes))
+        Console::tell(options.file, 0, Console::Severity::Note, note);
+    return bytes;
+}
+
+void write(const Listing& listing, const ExportOptions& options, const ByteSink& sink)
 {
     switch (options.target) {
     case Target::Ddi:
-        return writeDdi(listing);
+        return sink(writeDdi(listing));
     case Target::Sql:
-        return writeSql(listing, options.sql, notes);
+        return sink(makeSql(listing, options));
     case Target::Html:
-        return writeHtml(listing);
+        return sink(writeHtml(listing));
     case Target::Csv:
-        return writeCodebook(listing, ListingFormat::Kind::Csv, options.forSpreadsheet);
+        return writeCodebook(listing, ListingFormat::Kind::Csv, options.forSpreadsheet, sink);
     case Target::Json:
-        break;
+        return writeCodebook(listing, ListingFormat::Kind::Json, false, sink);
     }
-    return writeCodebook(listing, ListingFormat::Kind::Json);
+}
+
+// False, and told, when nothing can be exported.
+bool readExported(const ExportOptions& options, Listing& listing)
+{
+    if (!readListing(options.file, options.input, listing))
+        return false;
+    if (options.target == Target::Sql && !findListedValues(listing)) {
+        Console::tell(options.file, 0, Console::Severity::Note,
+            QStringLiteral(
+                "not all rows were read, so no column refers to a table of value labels"));
+    }
+    return true;
 }
 
 int exportFile(const ExportOptions& options, Supervisor& supervisor)
@@ -154,24 +177,13 @@ int exportFile(const ExportOptions& options, Supervisor& supervisor)
     if (!supervisor.beginFile(0))
         return InputFailed;
     Listing listing;
-    const bool isListed = readListing(options.file, options.input, listing);
-    QStringList notes;
-    QByteArray bytes;
-    if (isListed) {
-        if (options.target == Target::Sql && !findListedValues(listing)) {
-            notes.append(QStringLiteral(
-                "not all rows were read, so no column refers to a table of value labels"));
-        }
-        bytes = write(listing, options, notes);
-    }
+    const bool isRead = readExported(options, listing);
     supervisor.endFile();
-    if (!isListed)
+    if (!isRead)
         return InputFailed;
-    for (const QString& note : qAsConst(notes))
-        Console::tell(options.file, 0, Console::Severity::Note, note);
-    if (!Output(options.output).write(bytes))
-        return InputFailed;
-    return listing.isPartial ? InputFailed : AllRead;
+    Output output(options.output);
+    write(listing, options, output.sink());
+    return output.finish() && !listing.isPartial ? AllRead : InputFailed;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "FieldsCommand.h"
 
 #include "process/Console.h"
+#include "process/FileNames.h"
 #include "writers/FieldWriters.h"
 #include "InputOptions.h"
 #include "process/Output.h"
@@ -50,7 +51,7 @@ void describe(QCommandLineParser& parser)
 
 QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
 {
-    options.files = parser.positionalArguments();
+    options.files = FileNames::paths(parser.positionalArguments());
     if (options.files.isEmpty())
         return QStringLiteral("no dictionary given");
     const QString format = parser.value(formatOption());
@@ -82,9 +83,9 @@ int listFiles(const FieldsOptions& options, Supervisor& supervisor)
     }
     if (listings.isEmpty())
         return status;
-    if (!Output(options.output).write(writeListings(listings, options.format)))
-        return InputFailed;
-    return status;
+    Output output(options.output);
+    writeListings(listings, options.format, output.sink());
+    return output.finish() ? status : InputFailed;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "LookupCommand.h"
 
 #include "process/Console.h"
+#include "process/FileNames.h"
 #include "reading/InputFile.h"
 #include "InputOptions.h"
 #include "lookups/LookupReport.h"
@@ -118,7 +119,7 @@ QString readAgainst(const QCommandLineParser& parser, LookupOptions& options)
         return QString();
     const QString text = parser.value(againstOption());
     const int colon = text.lastIndexOf(QLatin1Char(':'));
-    options.againstFile = text.left(qMax(colon, 0));
+    options.againstFile = FileNames::path(text.left(qMax(colon, 0)));
     options.againstVariable = text.mid(colon + 1).trimmed();
     if (options.againstFile.isEmpty() || options.againstVariable.isEmpty())
         return QStringLiteral("--against takes FILE:VARIABLE, not '%1'").arg(text);
@@ -142,7 +143,7 @@ QString readTargets(const QCommandLineParser& parser, LookupOptions& options)
     QString mistake = Output::readOption(parser, inputs, options.output);
     if (!mistake.isNull())
         return mistake;
-    options.report = parser.value(reportOption());
+    options.report = FileNames::path(parser.value(reportOption()));
     if (parser.isSet(reportOption()) && options.report.isEmpty())
         return QStringLiteral("--report needs the name of a file");
     options.id = parser.isSet(idOption()) ? parser.value(idOption())
@@ -155,7 +156,7 @@ QString readTargets(const QCommandLineParser& parser, LookupOptions& options)
 
 QString readOptions(const QCommandLineParser& parser, LookupOptions& options)
 {
-    const QStringList files = parser.positionalArguments();
+    const QStringList files = FileNames::paths(parser.positionalArguments());
     if (files.size() != 1)
         return files.isEmpty() ? QStringLiteral("no lookup file given")
                                : QStringLiteral("more than one lookup file given");
@@ -209,7 +210,9 @@ bool writeAll(const LookupOptions& options, LookupOutcome& outcome)
         return false;
     if (!options.withFrequencies)
         outcome.frequencies.reset();
-    return Output(options.output).write(writeLookup(outcome, options.format));
+    Output output(options.output);
+    writeLookup(outcome, options.format, output.sink());
+    return output.finish();
 }
 
 int check(const LookupOptions& options, Supervisor& supervisor)

@@ -1,6 +1,7 @@
 #include "TreeCommand.h"
 
 #include "process/Console.h"
+#include "process/FileNames.h"
 #include "reading/DictionaryTree.h"
 #include "InputOptions.h"
 #include "lookups/LookupFile.h"
@@ -88,7 +89,8 @@ QString readLookups(const QCommandLineParser& parser, QVector<LookupArgument>& l
     const QStringList texts = parser.values(lookupOption());
     for (const QString& text : texts) {
         const int sign = text.indexOf(QLatin1Char('='));
-        const LookupArgument lookup { text.left(std::max(sign, 0)), text.mid(sign + 1) };
+        const LookupArgument lookup { text.left(std::max(sign, 0)),
+            FileNames::path(text.mid(sign + 1)) };
         if (lookup.variable.isEmpty() || lookup.file.isEmpty())
             return QStringLiteral("--lookup takes VARIABLE=FILE, not '%1'").arg(text);
         lookups.append(lookup);
@@ -98,7 +100,7 @@ QString readLookups(const QCommandLineParser& parser, QVector<LookupArgument>& l
 
 QString readOptions(const QCommandLineParser& parser, TreeOptions& options)
 {
-    const QStringList files = parser.positionalArguments();
+    const QStringList files = FileNames::paths(parser.positionalArguments());
     if (files.size() != 1) {
         return files.isEmpty()
             ? QStringLiteral("no file given")
@@ -228,10 +230,9 @@ int printTree(const TreeOptions& options, Supervisor& supervisor)
     const TOxEntity* const top = chooseTop(options, *tree->getRoot());
     if (!top)
         return InputFailed;
-    const QByteArray text = writeTree(options.file, *tree, *top, facts, options.format);
-    if (!Output(options.output).write(text))
-        return InputFailed;
-    return isPartial ? InputFailed : AllRead;
+    Output output(options.output);
+    writeTree(options.file, *tree, *top, facts, options.format, output.sink());
+    return output.finish() && !isPartial ? AllRead : InputFailed;
 }
 
 } // namespace

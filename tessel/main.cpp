@@ -1,4 +1,5 @@
 #include "process/Console.h"
+#include "process/FileNames.h"
 #include "DiffCommand.h"
 #include "ExportCommand.h"
 #include "FieldsCommand.h"
@@ -10,9 +11,14 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <string>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -64,10 +70,8 @@ int runProgram(const QStringList& arguments)
     const QStringList words = parser.positionalArguments();
     const bool wantsHelp = parser.isSet(Console::helpOption());
     if (wantsHelp || parser.isSet(QStringLiteral("version"))) {
-        std::fputs(wantsHelp ? qUtf8Printable(parser.helpText() + commandList())
-                             : "tessel " TESSEL_VERSION "\n",
-            stdout);
-        return AllRead;
+        return Console::show(wantsHelp ? parser.helpText() + commandList()
+                                       : QStringLiteral("tessel " TESSEL_VERSION "\n"));
     }
     if (!words.isEmpty() && words.constFirst() != QLatin1String("help"))
         return Console::wrongUsage(QStringLiteral("unknown command '%1'").arg(words.constFirst()));
@@ -78,8 +82,30 @@ int runProgram(const QStringList& arguments)
         Console::print(help);
         return WrongUsage;
     }
-    std::fputs(qUtf8Printable(help), stdout);
-    return AllRead;
+    return Console::show(help);
+}
+
+// A descriptor that is closed would be that of the next file opened, and be written to.
+void holdStandardDescriptors()
+{
+    for (int descriptor : { STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO }) {
+        if (fcntl(descriptor, F_GETFD) < 0)
+            open("/dev/null", O_RDONLY | O_CLOEXEC);
+    }
+}
+
+void prepareProcess()
+{
+    holdStandardDescriptors();
+    std::signal(SIGXFSZ, SIG_IGN); // a file that grows too large is a failure to write
+    FileNames::useLocale();
+}
+
+// The first argument that would not name the file it says; null when all do.
+const char* findInexpressible(int argc, char** argv)
+{
+    const auto* found = std::find_if_not(argv, argv + argc, FileNames::isExpressible);
+    return found == argv + argc ? nullptr : *found;
 }
 
 int run(int argc, char** argv, const Command* command)
@@ -98,6 +124,8 @@ int run(int argc, char** argv, const Command* command)
     // The library's tracing is for its developers; standard error is for what a user must know.
     if (!qEnvironmentVariableIsSet("TESSEL_TRACE"))
         QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    if (const char* argument = findInexpressible(argc, argv))
+        return Console::wrongUsage(FileNames::mistake(argument));
     const QStringList arguments = QCoreApplication::arguments();
     return command ? command->run(arguments) : runProgram(arguments);
 }
@@ -112,8 +140,12 @@ int main(int argc, char** argv)
         argv[1] = argv[2];
         argv[2] = helpWord;
     }
+    prepareProcess();
     try {
         return run(argc, argv, argc > 1 ? findCommand(argv[1]) : nullptr);
+    } catch (const std::bad_alloc&) {
+        std::fputs("tessel: stopped: there is too little memory\n", stderr);
+        return InputFailed;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "tessel: stopped: %s\n", error.what());
         return InputFailed;

@@ -4,6 +4,7 @@
 #include "lookups/LookupWriters.h"
 #include "lookups/SeparatorGuess.h"
 #include "text/ShownText.h"
+#include "writers/ExportText.h"
 
 #include <model_Tessel/ReportLookup.h>
 
@@ -34,12 +35,9 @@ td { white-space: pre-wrap; }
 // Text that is safe between tags and in quoted attributes, with control characters made visible.
 QString escaped(const QString& text)
 {
-    QString result = printable(text).toHtmlEscaped();
-    for (QChar& character : result) {
-        if (character.unicode() >= 0xFFFE) // no character in XML
-            character = QChar::ReplacementCharacter;
-    }
-    return result.replace(QLatin1Char('\''), QLatin1String("&#39;"));
+    return xmlText(inOneLine(text))
+        .toHtmlEscaped()
+        .replace(QLatin1Char('\''), QLatin1String("&#39;"));
 }
 
 QString cell(const QString& text)

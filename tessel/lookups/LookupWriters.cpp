@@ -24,7 +24,7 @@ using Align = TextTable::Align;
 QString shown(const QString& text)
 {
     const bool needsQuotes = text != text.trimmed() || text.isEmpty();
-    return printable(needsQuotes ? QLatin1Char('\'') + text + QLatin1Char('\'') : text);
+    return inOneLine(needsQuotes ? QLatin1Char('\'') + text + QLatin1Char('\'') : text);
 }
 
 QString messageTable(const QVector<TOxLookupProblem>& problems, int width)
@@ -35,7 +35,7 @@ QString messageTable(const QVector<TOxLookupProblem>& problems, int width)
         { { QStringLiteral("Line"), Align::Right }, { QStringLiteral("Message"), Align::Left } });
     table.beginGroup(QStringLiteral("Messages"));
     for (const TOxLookupProblem& problem : problems)
-        table.addRow({ QString::number(problem.line), printable(problem.text) });
+        table.addRow({ QString::number(problem.line), inOneLine(problem.text) });
     return table.toText(width);
 }
 
@@ -115,7 +115,7 @@ QByteArray asTable(const LookupOutcome& outcome, int width)
     const QStringList summary = lookupSummary(outcome);
     QString text;
     for (const QString& line : summary) {
-        const QStringList parts = wrapped(printable(line), width);
+        const QStringList parts = wrapped(inOneLine(line), width);
         text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
     text += messageTable(outcome.problems, width);
@@ -128,13 +128,14 @@ QByteArray asTable(const LookupOutcome& outcome, int width)
 
 // ---- CSV
 
-void addCount(CsvWriter& csv, const char* name, int count)
+void addCount(const CsvWriter& csv, const char* name, int count)
 {
     csv.addLine({ QStringLiteral("summary"), QLatin1String(name), QString(), QString(), QString(),
         QString(), QString::number(count) });
 }
 
-void addDifferences(CsvWriter& csv, const char* name, const QVector<LabelDifference>& differences)
+void addDifferences(
+    const CsvWriter& csv, const char* name, const QVector<LabelDifference>& differences)
 {
     for (const LabelDifference& difference : differences) {
         csv.addLine({ QStringLiteral("difference"), QLatin1String(name), QString(), difference.key,
@@ -142,9 +143,9 @@ void addDifferences(CsvWriter& csv, const char* name, const QVector<LabelDiffere
     }
 }
 
-QByteArray asCsv(const LookupOutcome& outcome, bool forSpreadsheet)
+void writeCsv(const LookupOutcome& outcome, bool forSpreadsheet, const ByteSink& sink)
 {
-    CsvWriter csv(forSpreadsheet);
+    const CsvWriter csv(sink, forSpreadsheet);
     csv.addLine({ QStringLiteral("part"), QStringLiteral("name"), QStringLiteral("line"),
         QStringLiteral("key"), QStringLiteral("text"), QStringLiteral("label"),
         QStringLiteral("count") });
@@ -168,7 +169,6 @@ QByteArray asCsv(const LookupOutcome& outcome, bool forSpreadsheet)
                 QString(), QString::number(count.keys) });
         }
     }
-    return csv.text();
 }
 
 // ---- JSON
@@ -216,9 +216,9 @@ void addFrequencies(JsonWriter& json, const QVector<ValueCount>& frequencies)
     json.endList();
 }
 
-QByteArray asJson(const LookupOutcome& outcome)
+void writeJson(const LookupOutcome& outcome, const ByteSink& sink)
 {
-    JsonWriter json;
+    JsonWriter json(sink);
     json.beginObject({ { QStringLiteral("tesselLookup"), JsonVersion },
         { QStringLiteral("file"), outcome.path }, { QStringLiteral("encoding"), outcome.encoding },
         { QStringLiteral("separator"), separatorNames().at(outcome.separator) },
@@ -234,7 +234,7 @@ QByteArray asJson(const LookupOutcome& outcome)
     if (outcome.comparison)
         addComparison(json, *outcome.comparison);
     json.endObject();
-    return json.text();
+    json.finish();
 }
 
 } // namespace
@@ -269,15 +269,14 @@ QStringList lookupSummary(const LookupOutcome& outcome)
     return lines;
 }
 
-QByteArray writeLookup(const LookupOutcome& outcome, const ListingFormat& format)
+void writeLookup(const LookupOutcome& outcome, const ListingFormat& format, const ByteSink& sink)
 {
     switch (format.kind) {
     case ListingFormat::Kind::Csv:
-        return asCsv(outcome, format.forSpreadsheet);
+        return writeCsv(outcome, format.forSpreadsheet, sink);
     case ListingFormat::Kind::Json:
-        return asJson(outcome);
+        return writeJson(outcome, sink);
     case ListingFormat::Kind::Table:
-        break;
+        return sink(asTable(outcome, format.width));
     }
-    return asTable(outcome, format.width);
 }

@@ -3,10 +3,10 @@
 #include "writers/FieldWriters.h"
 #include "lookups/LookupCheck.h"
 
-#include <QByteArray>
+#include <QStringList>
 
 /*! How the keys, duplicates and so on are counted in words, one text for each line. */
 QStringList lookupSummary(const LookupOutcome& outcome);
 
-/*! The outcome in UTF-8. */
-QByteArray writeLookup(const LookupOutcome& outcome, const ListingFormat& format);
+/*! Hands the outcome in UTF-8 to \a sink piece by piece. */
+void writeLookup(const LookupOutcome& outcome, const ListingFormat& format, const ByteSink& sink);

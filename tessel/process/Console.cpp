@@ -1,5 +1,6 @@
 #include "process/Console.h"
 
+#include "process/Output.h"
 #include "text/ShownText.h"
 
 #include <QCommandLineParser>
@@ -62,8 +63,12 @@ std::optional<int> Console::parseArguments(QCommandLineParser& parser, const QSt
         return wrongUsage(parser.errorText());
     if (!parser.isSet(helpOption()))
         return std::nullopt;
-    std::fputs(qUtf8Printable(parser.helpText()), stdout);
-    return AllRead;
+    return show(parser.helpText());
+}
+
+int Console::show(const QString& text)
+{
+    return Output(QString()).write(text.toUtf8()) ? AllRead : InputFailed;
 }
 
 void Console::setSilent(bool isSilent)

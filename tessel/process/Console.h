@@ -41,6 +41,9 @@ const QCommandLineOption& helpOption();
  */
 std::optional<int> parseArguments(QCommandLineParser& parser, const QStringList& arguments);
 
+/*! Writes \a text, which a person asked for, to standard output; returns an ExitStatus. */
+int show(const QString& text);
+
 /*! Writes \a text as it is. */
 void print(const QString& text);
 

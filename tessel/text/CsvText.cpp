@@ -39,14 +39,15 @@ QString csvCell(const QString& text)
 
 } // namespace
 
-CsvWriter::CsvWriter(bool forSpreadsheet)
-    : m_forSpreadsheet(forSpreadsheet)
+CsvWriter::CsvWriter(const ByteSink& sink, bool forSpreadsheet)
+    : m_sink(sink)
+    , m_forSpreadsheet(forSpreadsheet)
 {
     if (forSpreadsheet)
-        m_bytes = "\xEF\xBB\xBF";
+        m_sink("\xEF\xBB\xBF");
 }
 
-void CsvWriter::addLine(const QStringList& cells)
+void CsvWriter::addLine(const QStringList& cells) const
 {
     QStringList written;
     written.reserve(cells.size());
@@ -54,10 +55,5 @@ void CsvWriter::addLine(const QStringList& cells)
         const bool isHarmful = m_forSpreadsheet && isFormula(cell);
         written.append(csvCell(isHarmful ? QLatin1Char('\'') + cell : cell));
     }
-    m_bytes += written.join(QLatin1Char(',')).toUtf8() + "\r\n";
-}
-
-QByteArray CsvWriter::text() const
-{
-    return m_bytes;
+    m_sink(written.join(QLatin1Char(',')).toUtf8() + "\r\n");
 }

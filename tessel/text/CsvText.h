@@ -1,21 +1,22 @@
 #pragma once
 
-#include <QByteArray>
+#include "text/ByteSink.h"
+
 #include <QStringList>
 
 /*! Writes a CSV file in UTF-8: cells are quoted where needed, lines end in CR LF. */
 class CsvWriter {
 public:
     /*!
-     * With \a forSpreadsheet the file has a byte-order mark, and an apostrophe stands before each
-     * cell that a spreadsheet would run as a formula; numbers are left as they are.
+     * Hands each line to \a sink. With \a forSpreadsheet the file has a byte-order mark, and an
+     * apostrophe stands before each cell that a spreadsheet would run as a formula; numbers are
+     * left as they are.
      */
-    explicit CsvWriter(bool forSpreadsheet);
+    CsvWriter(const ByteSink& sink, bool forSpreadsheet);
 
-    void addLine(const QStringList& cells);
-    QByteArray text() const;
+    void addLine(const QStringList& cells) const;
 
 private:
+    ByteSink m_sink;
     bool m_forSpreadsheet;
-    QByteArray m_bytes;
 };

@@ -18,12 +18,17 @@ QJsonValue textOrNull(const QString& text)
     return text.isNull() ? QJsonValue() : QJsonValue(text);
 }
 
+JsonWriter::JsonWriter(const ByteSink& sink)
+    : m_sink(sink)
+{
+}
+
 void JsonWriter::beginObject(const QJsonObject& members, const char* name)
 {
     beginEntry(name);
     QByteArray text = compact(members);
     text.chop(1); // the brace, which comes with endObject()
-    m_text += text;
+    m_sink(text);
     m_isFirst = members.isEmpty();
     ++m_depth;
 }
@@ -31,14 +36,14 @@ void JsonWriter::beginObject(const QJsonObject& members, const char* name)
 void JsonWriter::endObject()
 {
     --m_depth;
-    m_text += '}';
+    m_sink("}");
     m_isFirst = false;
 }
 
 void JsonWriter::beginList(const char* name)
 {
     beginEntry(name);
-    m_text += '[';
+    m_sink("[");
     m_isFirst = true;
     ++m_depth;
 }
@@ -46,31 +51,30 @@ void JsonWriter::beginList(const char* name)
 void JsonWriter::endList()
 {
     --m_depth;
-    m_text += ']';
+    m_sink("]");
     m_isFirst = false;
 }
 
 void JsonWriter::add(const QJsonObject& entry)
 {
     beginEntry(nullptr);
-    m_text += compact(entry);
+    m_sink(compact(entry));
 }
 
-QByteArray JsonWriter::text() const
+void JsonWriter::finish() const
 {
-    return m_text + '\n';
+    m_sink("\n");
 }
 
 // Entries of a list, which have no name, stand on lines of their own.
 void JsonWriter::beginEntry(const char* name)
 {
     if (!m_isFirst)
-        m_text += ',';
+        m_sink(",");
     m_isFirst = false;
     if (name) {
-        m_text += '"' + QByteArray(name) + "\":";
+        m_sink('"' + QByteArray(name) + "\":");
     } else if (m_depth > 0) {
-        m_text += '\n';
-        m_text.append(m_depth * Indent, ' ');
+        m_sink('\n' + QByteArray(m_depth * Indent, ' '));
     }
 }

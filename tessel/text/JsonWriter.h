@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text/ByteSink.h"
+
 #include <QByteArray>
 #include <QJsonObject>
 #include <QJsonValue>
@@ -14,6 +16,9 @@ QJsonValue textOrNull(const QString& text);
  */
 class JsonWriter {
 public:
+    /*! \param sink takes what is written, piece by piece */
+    explicit JsonWriter(const ByteSink& sink);
+
     /*!
      * Begins an object with \a members, and with further lists and objects until endObject().
      * \param name of the member that it is; null for an entry of a list and for the first object
@@ -26,13 +31,13 @@ public:
     /*! An entry of the list. */
     void add(const QJsonObject& entry);
 
-    /*! All that was written, and a line end. */
-    QByteArray text() const;
+    /*! Ends the text with a line end. */
+    void finish() const;
 
 private:
     void beginEntry(const char* name);
 
-    QByteArray m_text;
+    ByteSink m_sink;
     int m_depth = 0;
     bool m_isFirst = true; // entry of a list, or member of an object
 };

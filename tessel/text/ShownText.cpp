@@ -1,5 +1,35 @@
 #include "text/ShownText.h"
 
+#include <QLocale>
+
+namespace {
+
+bool isControl(ushort code)
+{
+    return code < 0x20 || (code >= 0x7F && code < 0xA0);
+}
+
+QChar pictureOf(ushort control)
+{
+    constexpr ushort FirstPicture = 0x2400;
+    return control < 0x20 ? QChar(ushort(FirstPicture + control)) : QChar::ReplacementCharacter;
+}
+
+// Marks, embeddings, overrides and isolates of bidirectional text.
+bool turnsDirection(ushort code)
+{
+    return code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x202A && code <= 0x202E)
+        || (code >= 0x2066 && code <= 0x2069);
+}
+
+bool isPair(const QString& text, int index)
+{
+    return text.at(index).isHighSurrogate() && index + 1 < text.size()
+        && text.at(index + 1).isLowSurrogate();
+}
+
+} // namespace
+
 QString plural(qint64 count, const QString& one, const QString& several)
 {
     const QString many = several.isNull() ? one + QLatin1Char('s') : several;
@@ -44,12 +74,39 @@ QString shownDecimals(int decimals, const QString& point)
 QString printable(const QString& text)
 {
     QString result = text;
-    for (QChar& character : result) {
-        const ushort code = character.unicode();
-        if (code < 0x20) // its picture among the control pictures
-            character = QChar(ushort(0x2400 + code));
-        else if (code >= 0x7F && code < 0xA0)
-            character = QChar::ReplacementCharacter;
+    for (int i = 0; i < result.size(); ++i) {
+        const ushort code = result.at(i).unicode();
+        if (isPair(result, i))
+            ++i;
+        else if (isControl(code))
+            result[i] = pictureOf(code);
+        else if (turnsDirection(code) || QChar::isSurrogate(code))
+            result[i] = QChar::ReplacementCharacter;
     }
     return result;
+}
+
+QString inOneLine(const QString& text)
+{
+    QString result = text;
+    for (QChar& character : result) {
+        const ushort code = character.unicode();
+        if (code >= '\t' && code <= '\r')
+            character = pictureOf(code);
+    }
+    return result;
+}
+
+QString shortened(const QString& text)
+{
+    constexpr int LongestQuote = 80;
+    if (text.size() <= LongestQuote)
+        return text;
+    const int end = LongestQuote - (isPair(text, LongestQuote - 1) ? 1 : 0);
+    return text.left(end) + QStringLiteral("...");
+}
+
+QString grouped(qint64 count)
+{
+    return QLocale(QLocale::English, QLocale::UnitedStates).toString(count);
 }

@@ -26,5 +26,17 @@ QString shownNumber(int number);
  */
 QString shownDecimals(int decimals, const QString& point);
 
-/*! \a text with control characters made visible, so that no file can drive the terminal. */
+/*!
+ * \a text with control characters and those that turn the direction of writing made visible, so
+ * that no file can drive a terminal or seem to say something else.
+ */
 QString printable(const QString& text);
+
+/*! \a text with the characters made visible that would end its line in a table, or shift it. */
+QString inOneLine(const QString& text);
+
+/*! \a text, which a message quotes from a file, cut to a line's length. */
+QString shortened(const QString& text);
+
+/*! \a count in digits, by thousands: "2,997". */
+QString grouped(qint64 count);

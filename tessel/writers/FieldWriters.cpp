@@ -40,7 +40,7 @@ void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString&
         text += QString(width - displayWidth(code) + 2, QLatin1Char(' ')) + entry.label;
         if (!entry.special.isNull())
             text += QStringLiteral(" [%1]").arg(entry.special);
-        table.addDetail(printable(text));
+        table.addDetail(inOneLine(text));
     }
 }
 
@@ -56,7 +56,7 @@ void addValueSets(TextTable& table, const ListedField& field)
         QString title = valueSet.name + QLatin1String(": ") + valueSet.label;
         if (field.hasRange() && valueSet.name == field.rangeValueSet)
             title += QStringLiteral(" (range %1)").arg(rangeText(field));
-        table.addDetail(printable(title));
+        table.addDetail(inOneLine(title));
         addCodes(table, valueSet.codes, QStringLiteral("  "));
     }
 }
@@ -99,7 +99,7 @@ QString groupTitle(const ListedField& field, const QHash<QString, const ListedRe
         if (!record->recordType.isEmpty())
             title += QStringLiteral(" (record type %1)").arg(record->recordType);
     }
-    return printable(title);
+    return inOneLine(title);
 }
 
 QStringList tableCells(const ListedField& field)
@@ -109,7 +109,7 @@ QStringList tableCells(const ListedField& field)
         rangeText(field), shownCodes(field.missing), shownCodes(field.notApplicable),
         shownNumber(field.valueLabelCount()), field.fullLabel() };
     for (QString& cell : cells)
-        cell = printable(cell);
+        cell = inOneLine(cell);
     return cells;
 }
 
@@ -145,18 +145,20 @@ QString tableOf(const Listing& listing, const ListingFormat& format)
     top.append(summary(listing));
     QString text;
     for (const QString& line : qAsConst(top)) {
-        const QStringList parts = wrapped(printable(line), format.width);
+        const QStringList parts = wrapped(inOneLine(line), format.width);
         text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
     return text + table.toText(format.width);
 }
 
-QByteArray asTables(const QVector<Listing>& listings, const ListingFormat& format)
+void writeTables(
+    const QVector<Listing>& listings, const ListingFormat& format, const ByteSink& sink)
 {
-    QStringList tables;
-    for (const Listing& listing : listings)
-        tables.append(tableOf(listing, format));
-    return tables.join(QLatin1Char('\n')).toUtf8();
+    for (int i = 0; i < listings.size(); ++i) {
+        if (i > 0)
+            sink("\n");
+        sink(tableOf(listings.at(i), format).toUtf8());
+    }
 }
 
 // ---- CSV
@@ -190,7 +192,7 @@ QStringList valueHeadings()
 }
 
 // A line for each code, the field's cells first; one line for a field without codes.
-void addValueLines(CsvWriter& csv, const QStringList& cells, const ListedField& field)
+void addValueLines(const CsvWriter& csv, const QStringList& cells, const ListedField& field)
 {
     bool hasCodes = false;
     for (const ListedValueSet& valueSet : field.valueSets) {
@@ -209,9 +211,9 @@ void addValueLines(CsvWriter& csv, const QStringList& cells, const ListedField& 
     csv.addLine(padded);
 }
 
-QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
+void writeCsv(const QVector<Listing>& listings, const ListingFormat& format, const ByteSink& sink)
 {
-    CsvWriter csv(format.forSpreadsheet);
+    const CsvWriter csv(sink, format.forSpreadsheet);
     csv.addLine(format.withValues ? fieldHeadings() + valueHeadings() : fieldHeadings());
     for (const Listing& listing : listings) {
         for (const ListedField& field : listing.fields) {
@@ -222,7 +224,6 @@ QByteArray asCsv(const QVector<Listing>& listings, const ListingFormat& format)
                 csv.addLine(cells);
         }
     }
-    return csv.text();
 }
 
 // ---- JSON
@@ -266,7 +267,8 @@ QJsonObject jsonOf(const ListedField& field)
         { QStringLiteral("start"), numberOrNull(field.start) },
         { QStringLiteral("format"), textOrNull(field.format) },
         { QStringLiteral("measure"), textOrNull(field.measure) },
-        { QStringLiteral("length"), numberOrNull(field.length) }, { QStringLiteral("decimals"), field.decimals },
+        { QStringLiteral("length"), numberOrNull(field.length) },
+        { QStringLiteral("decimals"), field.decimals },
         { QStringLiteral("decimalChar"), field.hasDecimalChar },
         { QStringLiteral("zeroFill"), field.isZeroFilled },
         { QStringLiteral("subitem"), field.isSubItem },
@@ -340,16 +342,16 @@ void addJson(JsonWriter& json, const Listing& listing, bool withValues)
     json.endObject();
 }
 
-QByteArray asJson(const QVector<Listing>& listings, const ListingFormat& format)
+void writeJson(const QVector<Listing>& listings, const ListingFormat& format, const ByteSink& sink)
 {
-    JsonWriter json;
+    JsonWriter json(sink);
     json.beginObject({ { QStringLiteral("tesselFields"), JsonVersion } });
     json.beginList("files");
     for (const Listing& listing : listings)
         addJson(json, listing, format.withValues);
     json.endList();
     json.endObject();
-    return json.text();
+    json.finish();
 }
 
 } // namespace
@@ -367,15 +369,15 @@ bool readFormat(const QString& text, ListingFormat::Kind& kind)
     return true;
 }
 
-QByteArray writeListings(const QVector<Listing>& listings, const ListingFormat& format)
+void writeListings(
+    const QVector<Listing>& listings, const ListingFormat& format, const ByteSink& sink)
 {
     switch (format.kind) {
     case ListingFormat::Kind::Csv:
-        return asCsv(listings, format);
+        return writeCsv(listings, format, sink);
     case ListingFormat::Kind::Json:
-        return asJson(listings, format);
+        return writeJson(listings, format, sink);
     case ListingFormat::Kind::Table:
-        break;
+        return writeTables(listings, format, sink);
     }
-    return asTables(listings, format);
 }

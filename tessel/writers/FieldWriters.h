@@ -1,8 +1,8 @@
 #pragma once
 
 #include "listing/Listing.h"
+#include "text/ByteSink.h"
 
-#include <QByteArray>
 #include <QVector>
 
 /*! How a listing is written; UTF-8 all. */
@@ -17,4 +17,7 @@ struct ListingFormat {
 /*! False when \a text is none of table, csv and json. */
 bool readFormat(const QString& text, ListingFormat::Kind& kind);
 
-QByteArray writeListings(const QVector<Listing>& listings, const ListingFormat& format);
+/*! Hands the text to \a sink piece by piece: JSON with its values can be longer than a text may be.
+ */
+void writeListings(
+    const QVector<Listing>& listings, const ListingFormat& format, const ByteSink& sink);

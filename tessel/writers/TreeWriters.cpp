@@ -113,7 +113,7 @@ private:
     void addRow(QStringList cells)
     {
         for (QString& cell : cells)
-            cell = printable(cell);
+            cell = inOneLine(cell);
         m_table.addRow(cells);
     }
 
@@ -140,7 +140,7 @@ private:
             return;
         const QString values = valuesText(variable, facts);
         if (!values.isEmpty())
-            m_table.addDetail(printable(QLatin1Char('(') + values + QLatin1Char(')')));
+            m_table.addDetail(inOneLine(QLatin1Char('(') + values + QLatin1Char(')')));
         addLabels(labels);
     }
 
@@ -152,7 +152,7 @@ private:
         for (const ValueLabelElement* element : labels) {
             const QString code = shownCode(element->getValue());
             const QString gap(width - displayWidth(code) + 2, QLatin1Char(' '));
-            m_table.addDetail(printable(code + gap + element->getLabel()));
+            m_table.addDetail(inOneLine(code + gap + element->getLabel()));
         }
     }
 
@@ -180,7 +180,7 @@ QByteArray asText(const QString& file, const Dictionary& dictionary, const TOxEn
     heading.removeAll(QString());
     QString text;
     for (const QString& line : qAsConst(heading)) {
-        text += wrapped(printable(line), format.width).join(QLatin1Char('\n')) + QLatin1Char('\n');
+        text += wrapped(inOneLine(line), format.width).join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
     return (text + TextWriter(facts, format.withValues).write(top, format.width)).toUtf8();
 }
@@ -270,12 +270,12 @@ void addJson(JsonWriter& json, const TOxEntity& entity, const TreeFacts& facts, 
     json.endObject();
 }
 
-QByteArray asJson(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
-    const TreeFacts& facts, bool withValues)
+void writeJson(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
+    const TreeFacts& facts, bool withValues, const ByteSink& sink)
 {
     const MetadataDictionary& metadata = *dictionary.getMetadataDictionary();
     const Datasource& source = *metadata.getDatasource();
-    JsonWriter json;
+    JsonWriter json(sink);
     json.beginObject(
         { { QStringLiteral("tesselTree"), JsonVersion }, { QStringLiteral("file"), file },
             { QStringLiteral("source"),
@@ -291,14 +291,16 @@ QByteArray asJson(const QString& file, const Dictionary& dictionary, const TOxEn
     json.endList();
     addJson(json, top, facts, withValues, "tree");
     json.endObject();
-    return json.text();
+    json.finish();
 }
 
 } // namespace
 
-QByteArray writeTree(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
-    const TreeFacts& facts, TreeFormat format)
+void writeTree(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
+    const TreeFacts& facts, TreeFormat format, const ByteSink& sink)
 {
-    return format.asJson ? asJson(file, dictionary, top, facts, format.withValues)
-                         : asText(file, dictionary, top, facts, format);
+    if (format.asJson)
+        writeJson(file, dictionary, top, facts, format.withValues, sink);
+    else
+        sink(asText(file, dictionary, top, facts, format));
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "listing/TreeFacts.h"
+#include "text/ByteSink.h"
 
-#include <QByteArray>
 #include <QString>
 
 class Dictionary;
@@ -15,6 +15,9 @@ struct TreeFormat {
     int width = 80; /*!< of text, in columns */
 };
 
-/*! Writes \a top, which is \a dictionary's root or an entity below it, with all that it holds. */
-QByteArray writeTree(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
-    const TreeFacts& facts, TreeFormat format);
+/*!
+ * Hands the text of \a top, which is \a dictionary's root or an entity below it, with all that it
+ * holds, to \a sink piece by piece.
+ */
+void writeTree(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
+    const TreeFacts& facts, TreeFormat format, const ByteSink& sink);

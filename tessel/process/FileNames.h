@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/*! Names of files as the command line gives them: bytes, which need not be text. */
+namespace FileNames {
+
+/*! Has names taken for UTF-8 where the locale, being "C", knows nothing beyond ASCII. */
+void useLocale();
+
+/*! True when \a bytes become text and the same bytes again, so that no other file is meant. */
+bool isExpressible(const char* bytes);
+
+/*! What is wrong when isExpressible() is false. */
+QString mistake(const char* bytes);
+
+/*! \a name so that Qt takes it for a file's also when it begins with a colon. */
+QString path(const QString& name);
+QStringList paths(const QStringList& names);
+
+} // namespace FileNames
