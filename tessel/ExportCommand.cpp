@@ -138,8 +138,10 @@ QByteArray makeSql(const Listing& listing, const ExportOptions& options)
 {
     QStringList notes;
     const QByteArray bytes = writeSql(listing, options.sql, notes);
-    for (const QString& note : qAsConst(notes))
-        Console::tell(options.file, 0, Console::Severity::Note, note);
+    for (const QString& note : qAsConst(notes)) {
+        const QString reason = note.mid(note.lastIndexOf(QLatin1String(": ")));
+        Console::tell(options.file, 0, Console::Severity::Note, note, reason);
+    }
     return bytes;
 }
 

@@ -228,6 +228,8 @@ int check(const LookupOptions& options, Supervisor& supervisor)
             return InputFailed;
         task.variable = &variable;
     }
+    if (!supervisor.beginFile(1, Supervisor::Time::Unlimited))
+        return InputFailed;
     if (!examineLookup(options.file, options.encoding, task.file)
         || !chooseSeparator(options, task))
         return InputFailed;
@@ -238,6 +240,7 @@ int check(const LookupOptions& options, Supervisor& supervisor)
     LookupOutcome& outcome = *kept;
     if (!checkLookup(task, *lookup, outcome))
         return InputFailed;
+    supervisor.endFile();
     if (outcome.comparison)
         outcome.comparison->file = options.againstFile;
     const bool isConsistent = outcome.isConsistent();
@@ -256,8 +259,7 @@ int runLookup(const QStringList& arguments)
     const QString mistake = readOptions(parser, options);
     if (!mistake.isNull())
         return Console::wrongUsage(mistake);
-    // Only the file to compare with is of a kind that can be damaged.
-    return Supervisor({ options.againstFile }).run([&](Supervisor& supervisor) {
+    return Supervisor({ options.againstFile, options.file }).run([&](Supervisor& supervisor) {
         return check(options, supervisor);
     });
 }

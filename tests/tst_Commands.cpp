@@ -31,6 +31,8 @@ private slots:
     void badEncodingIsWrongUsage();
     void diffTellsTroubleFromDifferences();
     void whoReadsNoFurtherHearsNothing();
+    void likeProblemsAreCounted();
+    void quotesAreCut();
     void readmeShowsRealOutput();
     void readmeShowsTheExampleProgram();
 };
@@ -248,6 +250,55 @@ void tst_Commands::whoReadsNoFurtherHearsNothing()
             QStringLiteral(TESSEL_PROGRAM) });
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.readAllStandardError(), QByteArray("141\n")); // 128 and SIGPIPE
+}
+
+void tst_Commands::likeProblemsAreCounted()
+{
+    QByteArray dictionary(
+        "[Dictionary]\nName=D\n[Level]\nName=L\n[IdItems]\n[Item]\nName=I\nStart=1\n"
+        "Len=1\n[Record]\nName=R\n");
+    for (int i = 0; i < 3001; ++i)
+        dictionary += "[Item]\nName=TWICE\nStart=2\nLen=1\nOdd=1\n";
+    QTemporaryDir folder;
+    const QString path = folder.filePath("many.dcf");
+    QVERIFY(writeFile(path, dictionary));
+    const QByteArray repeated = "item TWICE has the name of an earlier item\n";
+    const QByteArray unknown = "the key 'Odd' is unknown and was passed over\n";
+    const QByteArray file = path.toUtf8();
+    const QList<QStringList> commands { { "fields", path }, { "tree", path },
+        { "export", "--to", "sql", path }, { "diff", "basic.dcf", path } };
+    for (const QStringList& command : commands) {
+        const QByteArray errors = runTessel(command).errors;
+        QCOMPARE(errors.count(repeated), 3);
+        QCOMPARE(errors.count(unknown), 3);
+        // At the line of the last one told, so that it is plain what is counted.
+        QVERIFY2(errors.contains(
+                     file + ":27: warning: 2,997 more like this; --all-warnings shows them\n"),
+            errors.constData());
+        QVERIFY(errors.contains(
+            file + ":26: warning: 2,998 more like this; --all-warnings shows them\n"));
+        const QByteArray all = runTessel(command + QStringList { "--all-warnings" }).errors;
+        QCOMPARE(all.count(repeated), 3000);
+        QCOMPARE(all.count(unknown), 3001);
+        QVERIFY(!all.contains("more like this"));
+    }
+    QCOMPARE(
+        runTessel({ "lookup", "lookup_comma.txt", "-s", "comma", "--all-warnings" }).status, 0);
+}
+
+void tst_Commands::quotesAreCut()
+{
+    const QByteArray longText(100'000, 'x');
+    QTemporaryDir folder;
+    const QString path = folder.filePath("long.dcf");
+    QVERIFY(writeFile(path,
+        readFile(QStringLiteral(TESSEL_TEST_DATA "/basic.dcf")) + "[" + longText + "]\n" + longText
+            + "=1\n[Item]\nName=" + longText + "\nStart=0\nLen=1\nDecimal=2\n"));
+    const Outcome outcome = runTessel({ "fields", "-f", "csv", path });
+    QVERIFY(outcome.errors.contains("the section [" + longText.left(79) + "... is unknown"));
+    for (const QByteArray& line : outcome.errors.split('\n'))
+        QVERIFY2(line.size() < 300, line.constData());
+    QVERIFY(outcome.output.contains(longText)); // the listing has it whole
 }
 
 void tst_Commands::readmeShowsRealOutput()

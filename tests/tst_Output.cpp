@@ -78,6 +78,7 @@ private slots:
     void helpIntoFullDevice();
     void terminalShowsMarks_data();
     void terminalShowsMarks();
+    void tooLittleMemory();
 
 private:
     QString path(const QString& name) const
@@ -362,6 +363,27 @@ void tst_Output::terminalShowsMarks()
     QVERIFY(isJson || shown.contains("A" + escape + "[31mB"));
     // All lines end as they do elsewhere, the terminal adding its carriage returns.
     QCOMPARE(shown.count('\n'), piped.count('\n'));
+}
+
+void tst_Output::tooLittleMemory()
+{
+#ifdef __SANITIZE_ADDRESS__
+    QSKIP("the sanitizer's own memory has no limit");
+#endif
+    QByteArray dictionary = hostileDictionary();
+    for (int i = 0; i < 1'000'000; ++i)
+        dictionary += "Value=" + QByteArray::number(i) + ";a label that takes some memory\n";
+    QVERIFY(writeFile(path("large.dcf"), dictionary));
+    for (const char* command : { "fields -f csv --values", "export --to ddi", "tree" }) {
+        const Outcome outcome =
+            runShell("ulimit -v 400000; exec \"$0\" " + QString(command) + " \"$1/large.dcf\"",
+                m_folder->path());
+        QCOMPARE(outcome.status, 1);
+        QCOMPARE(outcome.output, QByteArray());
+        QVERIFY2(outcome.errors.startsWith(path("large.dcf").toUtf8()), outcome.errors.constData());
+        QVERIFY2(outcome.errors.contains("takes more memory than there is; end other programs"),
+            outcome.errors.constData());
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Output)

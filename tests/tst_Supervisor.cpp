@@ -6,9 +6,40 @@
 #include <QTemporaryFile>
 #include <QtTest>
 
+#include <cerrno>
 #include <csignal>
+#include <ctime>
+#include <dlfcn.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
+
+namespace {
+
+int forkError = 0; // of the next call; 0: it works
+int waitError = 0;
+
+template <typename Function> Function* systemFunction(const char* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+// The system's functions, which fail once when that is wanted.
+extern "C" pid_t fork() noexcept
+{
+    errno = std::exchange(forkError, 0);
+    return errno != 0 ? -1 : systemFunction<pid_t()>("fork")();
+}
+
+extern "C" pid_t waitpid(pid_t child, int* status, int options)
+{
+    errno = std::exchange(waitError, 0);
+    return errno != 0 ? -1
+                      : systemFunction<pid_t(pid_t, int*, int)>("waitpid")(child, status, options);
+}
 
 namespace {
 
@@ -42,18 +73,29 @@ private:
     int m_stderr = -1;
 };
 
-[[noreturn]] void crash()
+// As a program ends by it whose framework does not catch it.
+[[noreturn]] void stop(int signal)
 {
     const rlimit noCore {};
     setrlimit(RLIMIT_CORE, &noCore);
-    std::signal(SIGSEGV, SIG_DFL);
-    std::raise(SIGSEGV);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
     std::abort();
+}
+
+[[noreturn]] void crash()
+{
+    stop(SIGSEGV);
 }
 
 [[noreturn]] void loop()
 {
     for (volatile unsigned turns = 0;; turns = turns + 1) { }
+}
+
+[[noreturn]] void lackMemory()
+{
+    throw std::bad_alloc();
 }
 
 const QStringList files { "one.sav", "two.sav", "three.sav" };
@@ -64,7 +106,7 @@ void tellRead(int index)
 }
 
 // Reads all files, but ends in the bad one as it does.
-int readAll(Supervisor& supervisor, int bad, void (*end)())
+int readAll(Supervisor& supervisor, int bad, const std::function<void()>& end)
 {
     for (int i = 0; i < files.size(); ++i) {
         if (!supervisor.beginFile(i))
@@ -91,6 +133,18 @@ private slots:
     void survivesSeveralCrashes();
     void tellsOfACrashOutsideFiles();
     void exceptionsAreErrors();
+    void tooLittleMemoryNamesTheFile();
+    void tooLittleMemoryForTheResult();
+    void tooLittleMemoryForTheSupervisor();
+    void signalsAreTold_data();
+    void signalsAreTold();
+    void pipeSignalIsPassedOn();
+    void unlimitedTime();
+    void noProcessCanBeStarted();
+    void interruptedWaitGoesOn();
+    void lostChildIsAnError();
+    void ignoredChildrenAreWaitedFor();
+    void countsLikeProblems();
 };
 
 void tst_Supervisor::passesTheStatus_data()
@@ -174,6 +228,177 @@ void tst_Supervisor::exceptionsAreErrors()
         [](Supervisor&) -> int { throw std::runtime_error("no more memory"); });
     QCOMPARE(status, int(InputFailed));
     QVERIFY(errors.text().contains("no more memory"));
+}
+
+void tst_Supervisor::tooLittleMemoryNamesTheFile()
+{
+    CapturedErrors errors;
+    const int status = Supervisor(files).run(
+        [](Supervisor& supervisor) { return readAll(supervisor, 1, lackMemory); });
+    QCOMPARE(status, int(InputFailed));
+    const QString text = errors.text();
+    QVERIFY2(text.contains("two.sav: error: reading it takes more memory than there is; end other"),
+        qPrintable(text));
+    QCOMPARE(text.count("one.sav: warning: read"), 1);
+    QCOMPARE(text.count("three.sav: warning: read"), 1);
+}
+
+void tst_Supervisor::tooLittleMemoryForTheResult()
+{
+    CapturedErrors errors;
+    const int status = Supervisor({ "one.sav" }).run([](Supervisor&) -> int { lackMemory(); });
+    QCOMPARE(status, int(InputFailed));
+    const QString text = errors.text();
+    QVERIFY2(text.startsWith("one.sav: error: writing the result takes more memory than there is"),
+        qPrintable(text));
+}
+
+// In a process of its own, whose memory ends.
+void tst_Supervisor::tooLittleMemoryForTheSupervisor()
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        const rlimit nothing {};
+        setrlimit(RLIMIT_AS, &nothing);
+        try {
+            const Supervisor supervisor(files);
+        } catch (const std::bad_alloc&) {
+            _exit(42);
+        }
+        _exit(0);
+    }
+    int status = 0;
+    QCOMPARE(waitpid(child, &status, 0), child);
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), 42);
+}
+
+void tst_Supervisor::signalsAreTold_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("goesOn");
+    QTest::newRow("killed") << SIGKILL << "was stopped (Killed); there may be" << true;
+    QTest::newRow("aborted") << SIGABRT << "ended with a crash (Aborted)" << true;
+    QTest::newRow("bus error") << SIGBUS << "ended with a crash (Bus error)" << true;
+    QTest::newRow("limit of time") << SIGXCPU << "was stopped by the limit" << false;
+    QTest::newRow("terminated") << SIGTERM << "was stopped (Terminated)" << false;
+    QTest::newRow("hung up") << SIGHUP << "was stopped (Hangup)" << false;
+}
+
+void tst_Supervisor::signalsAreTold()
+{
+    QFETCH(int, signal);
+    QFETCH(QString, text);
+    QFETCH(bool, goesOn);
+    CapturedErrors errors;
+    const int status = Supervisor(files).run([signal](Supervisor& supervisor) {
+        return readAll(supervisor, 1, [signal] { stop(signal); });
+    });
+    QCOMPARE(status, int(InputFailed));
+    const QString told = errors.text();
+    QVERIFY2(told.contains("two.sav: error: reading it " + text), qPrintable(told));
+    QVERIFY(!told.contains("the file is damaged"));
+    QCOMPARE(told.contains("three.sav: warning: read"), goesOn);
+}
+
+// In a process of its own, which ends by it, silently.
+void tst_Supervisor::pipeSignalIsPassedOn()
+{
+    for (const bool isReading : { false, true }) {
+        CapturedErrors errors;
+        const pid_t child = fork();
+        if (child == 0) {
+            std::signal(SIGPIPE, SIG_DFL);
+            Supervisor(files).run([&](Supervisor& supervisor) -> int {
+                if (isReading)
+                    supervisor.beginFile(0);
+                stop(SIGPIPE);
+            });
+            _exit(0);
+        }
+        int status = 0;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QVERIFY(WIFSIGNALED(status));
+        QCOMPARE(WTERMSIG(status), SIGPIPE);
+        QCOMPARE(errors.text(), QString());
+    }
+}
+
+void tst_Supervisor::unlimitedTime()
+{
+    CapturedErrors errors;
+    const int status = Supervisor(files, 1).run([](Supervisor& supervisor) {
+        supervisor.beginFile(0, Supervisor::Time::Unlimited);
+        while (std::clock() < CLOCKS_PER_SEC * 6 / 5) { }
+        supervisor.endFile();
+        return int(AllRead);
+    });
+    QCOMPARE(errors.text(), QString());
+    QCOMPARE(status, int(AllRead));
+}
+
+void tst_Supervisor::noProcessCanBeStarted()
+{
+    CapturedErrors errors;
+    forkError = EAGAIN;
+    const int status = Supervisor(files).run([](Supervisor&) { return int(AllRead); });
+    QCOMPARE(status, int(InputFailed));
+    QCOMPARE(errors.text(),
+        QString("tessel: no process can be started: Resource temporarily unavailable\n"));
+}
+
+void tst_Supervisor::interruptedWaitGoesOn()
+{
+    CapturedErrors errors;
+    waitError = EINTR;
+    QCOMPARE(Supervisor(files).run([](Supervisor&) { return 7; }), 7);
+    QCOMPARE(errors.text(), QString());
+}
+
+void tst_Supervisor::lostChildIsAnError()
+{
+    CapturedErrors errors;
+    waitError = ECHILD;
+    QCOMPARE(Supervisor(files).run([](Supervisor&) { return int(AllRead); }), int(InputFailed));
+    QVERIFY(errors.text().contains("tessel: lost the process that reads"));
+}
+
+void tst_Supervisor::ignoredChildrenAreWaitedFor()
+{
+    const auto before = std::signal(SIGCHLD, SIG_IGN);
+    const int status = Supervisor(files).run([](Supervisor&) { return 7; });
+    std::signal(SIGCHLD, before);
+    QCOMPARE(status, 7);
+}
+
+// Also of a file that an earlier child has told all of, which is not told again.
+void tst_Supervisor::countsLikeProblems()
+{
+    CapturedErrors errors;
+    Supervisor(files).run([](Supervisor& supervisor) {
+        for (int i = 0; i < files.size(); ++i) {
+            if (!supervisor.beginFile(i))
+                continue;
+            for (int line = 1; line <= 5; ++line) {
+                Console::tell(files.at(i), line, Console::Severity::Warning, "odd", "oddity");
+                Console::tell(files.at(i), line, Console::Severity::Note, "plain");
+            }
+            if (i == 1)
+                crash();
+            supervisor.endFile();
+        }
+        return int(AllRead);
+    });
+    const QString text = errors.text();
+    for (const QString& file : files)
+        QCOMPARE(text.count(file + ":3: warning: odd\n"), 1);
+    QCOMPARE(text.count(": warning: odd\n"), 9);
+    QCOMPARE(text.count("note: plain"), 15);
+    const QString counted = ":3: warning: 2 more like this; --all-warnings shows them\n";
+    QCOMPARE(text.count("one.sav" + counted), 1);
+    QCOMPARE(text.count("three.sav" + counted), 1);
+    QCOMPARE(text.count(counted), 2);
 }
 
 QTEST_GUILESS_MAIN(tst_Supervisor)

@@ -6,6 +6,8 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
+#include <QHash>
+#include <QVector>
 
 #include <algorithm>
 #include <cstdio>
@@ -17,7 +19,21 @@ namespace {
 constexpr int DefaultWidth = 80;
 constexpr int NarrowestTable = 40;
 
+constexpr int ToldAlike = 3;
+constexpr int LongestEnd = 200; // of a text that is cut
+
 bool silent = false;
+bool tellsAll = false;
+
+// Messages of one kind on one file.
+struct Alike {
+    QString place; // of the last one that was told
+    Console::Severity severity;
+    qint64 count = 0;
+};
+
+QVector<Alike> alikes; // in the order of their first messages
+QHash<QString, int> alikesByKind; // index of them
 
 QString severityName(Console::Severity severity)
 {
@@ -32,14 +48,64 @@ QString severityName(Console::Severity severity)
     return QStringLiteral("error");
 }
 
+const QCommandLineOption& allWarningsOption()
+{
+    static const QCommandLineOption option(QStringLiteral("all-warnings"),
+        QStringLiteral("Tell every warning; those alike of one file are else told three times and "
+                       "then counted."));
+    return option;
+}
+
+QString cut(const QString& text)
+{
+    return text.size() <= 2 * LongestEnd
+        ? text
+        : text.left(LongestEnd) + QStringLiteral(" ... ") + text.right(LongestEnd);
+}
+
+void write(const QString& place, Console::Severity severity, const QString& text)
+{
+    const QString line =
+        place + QLatin1String(": ") + severityName(severity) + QLatin1String(": ") + text;
+    Console::print(printable(line) + QLatin1Char('\n'));
+}
+
+// False when so many like it were told that this one is only counted.
+bool isTold(const QString& place, Console::Severity severity, const QString& kindOfFile)
+{
+    auto known = alikesByKind.find(kindOfFile);
+    if (known == alikesByKind.end()) {
+        known = alikesByKind.insert(kindOfFile, alikes.size());
+        alikes.append({ place, severity });
+    }
+    Alike& alike = alikes[*known];
+    const bool isTold = ++alike.count <= ToldAlike;
+    if (isTold)
+        alike.place = place;
+    return isTold;
+}
+
 } // namespace
 
-void Console::tell(const QString& file, int line, Severity severity, const QString& text)
+void Console::tell(
+    const QString& file, int line, Severity severity, const QString& text, const QString& kind)
 {
     const QString place = line > 0 ? QStringLiteral("%1:%2").arg(file).arg(line) : file;
-    print(
-        printable(place + QLatin1String(": ") + severityName(severity) + QLatin1String(": ") + text)
-        + QLatin1Char('\n'));
+    if (tellsAll || kind.isNull() || isTold(place, severity, file + QLatin1Char('\n') + kind))
+        write(place, severity, cut(text));
+}
+
+void Console::tellCounts()
+{
+    for (const Alike& alike : qAsConst(alikes)) {
+        if (alike.count > ToldAlike) {
+            write(alike.place, alike.severity,
+                QStringLiteral("%1 more like this; --all-warnings shows them")
+                    .arg(grouped(alike.count - ToldAlike)));
+        }
+    }
+    alikes.clear();
+    alikesByKind.clear();
 }
 
 int Console::wrongUsage(const QString& text)
@@ -59,8 +125,10 @@ const QCommandLineOption& Console::helpOption()
 
 std::optional<int> Console::parseArguments(QCommandLineParser& parser, const QStringList& arguments)
 {
+    parser.addOption(allWarningsOption());
     if (!parser.parse(arguments))
         return wrongUsage(parser.errorText());
+    tellsAll = parser.isSet(allWarningsOption());
     if (!parser.isSet(helpOption()))
         return std::nullopt;
     return show(parser.helpText());

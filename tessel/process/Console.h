@@ -21,10 +21,16 @@ namespace Console {
 enum class Severity { Note, Warning, Error };
 
 /*!
- * Writes "FILE:LINE: warning: TEXT".
+ * Writes "FILE:LINE: warning: TEXT"; of a text longer than a few lines the beginning and the end.
  * \param line from 1; 0 leaves it out
+ * \param kind those of one kind in a file are told three times and then counted, unless
+ * --all-warnings is given; null: none is like it
  */
-void tell(const QString& file, int line, Severity severity, const QString& text);
+void tell(const QString& file, int line, Severity severity, const QString& text,
+    const QString& kind = QString());
+
+/*! Tells how many more tell() has only counted, each kind at the place of the last one told. */
+void tellCounts();
 
 /*! Keeps tell() and print() from writing, for what was written before. */
 void setSilent(bool isSilent);
@@ -36,8 +42,8 @@ int wrongUsage(const QString& text);
 const QCommandLineOption& helpOption();
 
 /*!
- * Parses a command's \a arguments. The exit status when the command ends with that: help was asked
- * for, and shown, or the arguments make no sense.
+ * Parses a command's \a arguments, --all-warnings among them. The exit status when the command ends
+ * with that: help was asked for, and shown, or the arguments make no sense.
  */
 std::optional<int> parseArguments(QCommandLineParser& parser, const QStringList& arguments);
 

@@ -157,8 +157,9 @@ int askAboutDecimals(const QString& path, const CSProProblem& problem)
         QStringLiteral("%1:%2: value set %3 of item %4 has decimal codes, the first is %5.\n"
                        "Keep the set, with 0 in place of such codes? "
                        "[y]es, yes to [a]ll, [n]o, no to al[l] (no): ")
-            .arg(printable(path), QString::number(problem.line), printable(problem.valueSet),
-                printable(problem.name), printable(problem.text));
+            .arg(printable(path), QString::number(problem.line),
+                printable(shortened(problem.valueSet)), printable(shortened(problem.name)),
+                printable(shortened(problem.text)));
     while (true) {
         const QString answer = Console::ask(question).toLower();
         if (answer.isEmpty() || answer == QLatin1String("n") || answer == QLatin1String("no"))
@@ -202,21 +203,23 @@ void tellLanguage(const QString& path, const TCSPro& dictionary, const QString& 
 // What is odd in itself, but was read as it is written.
 void tellOddItem(const QString& path, const TCSProItem& item, bool isRepeatedName)
 {
-    const auto tell = [&](const QString& text) {
-        Console::tell(path, item.sourceLine, Severity::Warning, text);
+    const QString name = shortened(item.dictionaryName);
+    const auto tell = [&](const char* kind, const QString& text) {
+        Console::tell(path, item.sourceLine, Severity::Warning, text, QLatin1String(kind));
     };
     if (item.dictionaryName.isEmpty())
-        tell(QStringLiteral("an item has no name"));
+        tell("no item name", QStringLiteral("an item has no name"));
     else if (isRepeatedName)
-        tell(QStringLiteral("item %1 has the name of an earlier item").arg(item.dictionaryName));
+        tell("repeated item", QStringLiteral("item %1 has the name of an earlier item").arg(name));
     if (item.start < 1) {
-        tell(QStringLiteral("item %1 begins at column %2; columns count from 1")
-                 .arg(item.dictionaryName, QString::number(item.start)));
+        tell("column below 1",
+            QStringLiteral("item %1 begins at column %2; columns count from 1")
+                .arg(name, QString::number(item.start)));
     }
     if (item.len > 0 && item.decimal > item.len) {
-        tell(QStringLiteral("item %1 has more decimals, %2, than columns, %3")
-                 .arg(item.dictionaryName, QString::number(item.decimal),
-                     QString::number(item.len)));
+        tell("too many decimals",
+            QStringLiteral("item %1 has more decimals, %2, than columns, %3")
+                .arg(name, QString::number(item.decimal), QString::number(item.len)));
     }
 }
 
@@ -231,7 +234,9 @@ void tellOddRecords(const QString& path, const TCSPro& dictionary)
                     ? QStringLiteral("a record has no name")
                     : QStringLiteral("record %1 has the name of an earlier record, so their "
                                      "items cannot be told apart")
-                          .arg(record->name));
+                          .arg(shortened(record->name)),
+                name.isEmpty() ? QStringLiteral("no record name")
+                               : QStringLiteral("repeated record"));
         }
         names.insert(name);
     }
@@ -254,7 +259,7 @@ void tellProblems(const QString& path, const TCSPro& dictionary)
     for (const CSProProblem& problem : dictionary.problems()) {
         Console::tell(path, problem.line,
             endsReading(problem.kind) ? Severity::Error : Severity::Warning,
-            describeProblem(problem));
+            describeProblem(problem), QString::number(int(problem.kind)));
     }
 }
 

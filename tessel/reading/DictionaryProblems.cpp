@@ -1,5 +1,7 @@
 #include "reading/DictionaryProblems.h"
 
+#include "text/ShownText.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -57,7 +59,7 @@ constexpr ProblemText problemTexts[] = {
 
 QString nameOf(const CSProProblem& problem)
 {
-    return problem.name.isEmpty() ? QStringLiteral("without a name") : problem.name;
+    return problem.name.isEmpty() ? QStringLiteral("without a name") : shortened(problem.name);
 }
 
 } // namespace
@@ -67,7 +69,7 @@ QString describeProblem(const CSProProblem& problem)
     const auto* entry = std::find_if(std::begin(problemTexts), std::end(problemTexts),
         [&](const ProblemText& candidate) { return candidate.kind == problem.kind; });
     if (entry == std::end(problemTexts))
-        return problem.text;
+        return shortened(problem.text);
     // Absent placeholders must not shift the others, so all three are filled by hand.
     QString text;
     for (const char* character = entry->text; *character != '\0'; ++character) {
@@ -77,8 +79,8 @@ QString describeProblem(const CSProProblem& problem)
         }
         ++character;
         text += *character == '1' ? nameOf(problem)
-            : *character == '2'   ? problem.valueSet
-                                  : problem.text;
+            : *character == '2'   ? shortened(problem.valueSet)
+                                  : shortened(problem.text);
     }
     return text;
 }
