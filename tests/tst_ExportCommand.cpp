@@ -734,7 +734,7 @@ void tst_ExportCommand::hostileTexts()
 
 void tst_ExportCommand::namesAreTold()
 {
-    const Outcome outcome = exportTo("sql", "export_names.dcf");
+    const Outcome outcome = exportTo("sql", "export_names.dcf", { "--all-warnings" });
     const QString note = QStringLiteral("export_names.dcf: note: ");
     QStringList told;
     for (const QString& line : QString::fromUtf8(outcome.errors).split('\n')) {
