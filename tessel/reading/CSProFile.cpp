@@ -14,6 +14,7 @@
 #include <QTextCodec>
 
 #include <algorithm>
+#include <new>
 
 using Console::Severity;
 
@@ -254,6 +255,14 @@ void tellOddItems(const QString& path, const TCSPro& dictionary)
     }
 }
 
+// What ends a load without a problem of the text is that there is no memory for it.
+bool lacksMemory(const TCSPro& dictionary)
+{
+    const QVector<CSProProblem> problems = dictionary.problems();
+    return std::none_of(problems.cbegin(), problems.cend(),
+        [](const CSProProblem& problem) { return endsReading(problem.kind); });
+}
+
 void tellProblems(const QString& path, const TCSPro& dictionary)
 {
     for (const CSProProblem& problem : dictionary.problems()) {
@@ -295,6 +304,8 @@ std::unique_ptr<TCSProDataImport> openDictionary(
         isRead = false;
     }
     tellProblems(path, *importer->dictionary);
+    if (!isRead && lacksMemory(*importer->dictionary))
+        throw std::bad_alloc();
     if (!isRead) {
         failInput(path, 0, QStringLiteral("reading stopped; the dictionary is not listed"));
         return nullptr;
