@@ -258,7 +258,7 @@ void tellOddItems(const QString& path, const TCSPro& dictionary)
 // What ends a load without a problem of the text is that there is no memory for it.
 bool lacksMemory(const TCSPro& dictionary)
 {
-    const QVector<CSProProblem> problems = dictionary.problems();
+    const QVector<CSProProblem>& problems = dictionary.problems();
     return std::none_of(problems.cbegin(), problems.cend(),
         [](const CSProProblem& problem) { return endsReading(problem.kind); });
 }
