@@ -129,9 +129,12 @@ TCSPro::~TCSPro()
 void TCSPro::loadFromFile(const QString& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    const QByteArray bytes = file.readAll();
+    if (file.open(QIODevice::ReadOnly))
+        loadFromData(file.readAll());
+}
+
+void TCSPro::loadFromData(const QByteArray& bytes)
+{
     QTextCodec* codec = m_codec.isEmpty() ? nullptr : QTextCodec::codecForName(m_codec);
     if (!codec)
         codec = m_rules.foundEncoding ? likelyCodec(bytes) : QTextCodec::codecForLocale();

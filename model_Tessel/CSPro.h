@@ -136,6 +136,11 @@ public:
      * says. A second load appends to what is there.
      */
     void loadFromFile(const QString& path);
+    /*!
+     * Reads a dictionary as loadFromFile() does, from the bytes of its file: for hosts that have
+     * them from elsewhere, or that must know of a file that cannot be read.
+     */
+    void loadFromData(const QByteArray& bytes);
     /*! Parses \a lines; throws an error object of code 242 when an exception ends the load. */
     void loadFromStr(QStringList* lines);
     /*! Loads nothing; \a path is not opened. */

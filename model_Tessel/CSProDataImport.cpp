@@ -249,11 +249,24 @@ QString TCSProDataImport::getDataProviderType()
 
 bool TCSProDataImport::openFile()
 {
+    beginOpening();
+    openRead(getSourceName());
+    return true;
+}
+
+void TCSProDataImport::openData(const QByteArray& bytes)
+{
+    beginOpening();
+    beginReading();
+    dictionary->loadFromData(bytes);
+    finishReading();
+}
+
+void TCSProDataImport::beginOpening()
+{
     openState = 1;
     importRatio = 1.0;
     openDataImport();
-    openRead(getSourceName());
-    return true;
 }
 
 QStringList* TCSProDataImport::selectLayoutSource()
@@ -319,11 +332,21 @@ int TCSProDataImport::getRecordTypeIndex()
 
 void TCSProDataImport::openRead(const QString& dictionaryFile)
 {
+    beginReading();
+    dictionary->loadFromFile(dictionaryFile);
+    finishReading();
+}
+
+void TCSProDataImport::beginReading()
+{
     dictionary = new TCSPro;
     dictionary->setReadingRules(m_rules);
     dictionary->setTextCodec(m_codec);
     dictionary->setDecimalQuestion(m_decimalQuestion);
-    dictionary->loadFromFile(dictionaryFile);
+}
+
+void TCSProDataImport::finishReading()
+{
     dictionary->setLanguage(m_language);
     recordTypeStart = dictionary->recordTypeStart;
     recordTypeLen = dictionary->recordTypeLen;

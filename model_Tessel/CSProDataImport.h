@@ -47,6 +47,11 @@ public:
 
     /*! Reads \a dictionaryFile into \c dictionary and builds groups and fields from it. */
     void openRead(const QString& dictionaryFile);
+    /*!
+     * As openFile(), from the \a bytes of a dictionary: the file that \c sourceName names is not
+     * opened. Throws an error object of code 242 as openFile() does.
+     */
+    void openData(const QByteArray& bytes);
     /*! Adds one field for each item of the dictionary. */
     void copyDataFromDictionary();
     /*! Copies the missing code of the item of \a field, a TCSProVariable, into the field. */
@@ -74,6 +79,10 @@ public:
     QString currentRecordType; /*!< record-type value of the current data line, set by its reader */
 
 private:
+    void beginOpening();
+    void beginReading();
+    void finishReading();
+
     QByteArray m_codec;
     CSProReadingRules m_rules;
     QString m_language;

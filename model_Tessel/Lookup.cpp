@@ -4,6 +4,7 @@
 #include <model_Tessel/Numbers_p.h>
 #include <model_Tessel/UtilFiles.h>
 
+#include <QBuffer>
 #include <QFile>
 #include <QTextCodec>
 #include <QTextStream>
@@ -354,19 +355,47 @@ bool TOxLookup::importAVL(std::map<QString, int*>& frequencies, QStringList* mes
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return true;
+    const bool isDone = importLines(file, frequencies, messages);
+    if (file.error() == QFileDevice::NoError)
+        return isDone;
+    errorText = file.errorString();
+    status = 1;
+    return false;
+}
 
-    QTextStream stream(&file);
+bool TOxLookup::importData(
+    const QByteArray& bytes, std::map<QString, int*>& frequencies, QStringList* messages)
+{
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly | QIODevice::Text);
+    fileSize = bytes.size();
+    position = 0;
+    cancelled = false;
+    values.clear();
+    lineNumber = 0;
+    line.clear();
+    return importLines(buffer, frequencies, messages);
+}
+
+// Ends where the device fails, too; false when the host cancelled.
+bool TOxLookup::importLines(
+    QIODevice& device, std::map<QString, int*>& frequencies, QStringList* messages)
+{
+    QTextStream stream(&device);
     setUp(stream, m_codec);
     Import import(*this, frequencies);
     int percentage = 0;
     bool goesOn = true;
     while (goesOn && !stream.atEnd()) {
-        stream.readLineInto(&line);
+        const bool isRead = stream.readLineInto(&line);
+        if (!isRead && !device.atEnd())
+            break; // a failing device is never at its end
         ++lineNumber;
         position = line.size();
         import.takeLine();
         if (m_progress)
-            goesOn = tellProgress(file.pos(), percentage);
+            goesOn = tellProgress(device.pos(), percentage);
     }
     import.takeLateLines();
     import.reportProblems(

@@ -9,6 +9,8 @@
 #include <functional>
 #include <map>
 
+class QIODevice;
+
 /*! What an import of a lookup file does besides reading it. */
 enum econsistencyCheck : int {
     importOnly = 0,
@@ -113,9 +115,17 @@ public:
      *
      * \param messages gets the message lines; may be null
      * \return false when there is no such file, \c status is 1 and \c errorText says so then; also
-     *     when the progress function cancelled the import. True for a file that cannot be opened.
+     *     when the progress function cancelled the import, and when reading failed on the way, of
+     *     which \c status and \c errorText tell as well. True for a file that cannot be opened.
      */
     bool importAVL(std::map<QString, int*>& frequencies, QStringList* messages);
+
+    /*!
+     * As importAVL(), from the \a bytes of a file, which is not opened; \c consistency says what is
+     * checked and counted. False only when the progress function cancelled.
+     */
+    bool importData(
+        const QByteArray& bytes, std::map<QString, int*>& frequencies, QStringList* messages);
 
     /*! importAVL() with \a mode, which is stored. */
     bool consistencyCheck(
@@ -174,6 +184,8 @@ public:
     qint64 position = 0; /*!< length of the text read last, in 16-bit units */
 
 private:
+    bool importLines(
+        QIODevice& device, std::map<QString, int*>& frequencies, QStringList* messages);
     bool tellProgress(qint64 bytesRead, int& percentage) const;
     void report(const TOxLookupProblem& problem, QStringList* messages);
 

@@ -6,6 +6,7 @@
 #include <model_Tessel/ErrorManager.h>
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QMap>
@@ -841,6 +842,8 @@ private slots:
 
     void loadFromFile_data();
     void loadFromFile();
+    void loadFromData_data();
+    void loadFromData();
     void loadFromFileUsesTheLocaleCodec();
     void loadFromFileReadsTheLinesOfATextStream_data();
     void loadFromFileReadsTheLinesOfATextStream();
@@ -1635,6 +1638,57 @@ void tst_CSPro::loadFromFile()
     QCOMPARE(parser.getItem(0)->name, name);
     QCOMPARE(parser.getItem(0)->len, 2);
     QCOMPARE(parser.getItem(0)->sourceLine, 1);
+}
+
+void tst_CSPro::loadFromData_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("asWritten");
+    const QStringList names = QDir(TESSEL_TEST_DATA).entryList({ "*.dcf" }, QDir::Files);
+    QVERIFY(names.contains("basic_utf16.dcf"));
+    for (const QString& name : names) {
+        QTest::addRow("%s, established", qPrintable(name)) << name << false;
+        QTest::addRow("%s, as written", qPrintable(name)) << name << true;
+    }
+}
+
+namespace {
+
+// All that a parser says of a dictionary, errors included.
+QStringList contentsOf(TCSPro& parser, bool asWritten, const std::function<void()>& load)
+{
+    if (asWritten)
+        parser.setReadingRules(CSProReadingRules::asWritten());
+    parser.setDecimalQuestion([](const CSProProblem&) { return int(QMessageBox::NoToAll); });
+    QStringList result;
+    try {
+        load();
+    } catch (OxErrorManager* error) {
+        result.append(QString::number(error->code));
+        delete error;
+    }
+    result << parser.name << parser.label << QString::fromLatin1(parser.textEncoding());
+    for (const TCSProItem* item : *parser.items)
+        result << item->name << item->label << QString::number(item->valueSets->size());
+    for (const CSProProblem& problem : parser.problems())
+        result << QString::number(problem.line) << problem.text;
+    return result;
+}
+
+} // namespace
+
+void tst_CSPro::loadFromData()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, asWritten);
+    const QString path = QStringLiteral(TESSEL_TEST_DATA "/") + name;
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    TCSPro ofFile;
+    TCSPro ofBytes;
+    const QStringList expected = contentsOf(ofFile, asWritten, [&] { ofFile.loadFromFile(path); });
+    QCOMPARE(contentsOf(ofBytes, asWritten, [&] { ofBytes.loadFromData(bytes); }), expected);
 }
 
 void tst_CSPro::loadFromFileUsesTheLocaleCodec()

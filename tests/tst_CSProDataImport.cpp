@@ -181,6 +181,7 @@ private slots:
     void openFile();
     void openFileAgain();
     void openFileReadsTheSourceName();
+    void openData();
     void openReadAddsToTheFields();
     void aMissingDictionary();
     void aFailingDictionary();
@@ -386,6 +387,25 @@ void tst_CSProDataImport::openFileReadsTheSourceName()
     importer.openFile();
     QCOMPARE(importer.getGroupCount(), 2);
     QCOMPARE(importer.getDataProviderId(), QStringLiteral("CSPRO_") + file.path());
+}
+
+void tst_CSProDataImport::openData()
+{
+    TCSProDataImport importer(QStringLiteral("no/such/file.dcf"));
+    importer.openData(twoRecordTypes);
+    Opened expected(twoRecordTypes);
+    QCOMPARE(*importer.groups, *expected.groups);
+    QCOMPARE(importer.recordTypeStart, expected.recordTypeStart);
+    QCOMPARE(importer.recordTypeLen, expected.recordTypeLen);
+    QCOMPARE(importer.openState, expected.openState);
+    QCOMPARE(importer.importRatio, expected.importRatio);
+    QVERIFY(!importer.dictionaryPending);
+    QCOMPARE(importer.fields->size(), expected.fields->size());
+    for (int i = 0; i < expected.fields->size(); ++i)
+        QCOMPARE(importer.getField(i)->name, expected.getField(i)->name);
+    importer.openData(QByteArray());
+    QVERIFY(importer.fields->isEmpty());
+    QVERIFY(importer.groups->isEmpty());
 }
 
 void tst_CSProDataImport::openReadAddsToTheFields()

@@ -190,6 +190,7 @@ private slots:
 private:
     QString path(const QString& name) const;
     void write(const QString& name, const QByteArray& bytes) const;
+    void compareWithData(const QByteArray& bytes, const TOxLookup& expected);
     void compareWithLineByLine(Checked& checked, LineByLineLookup& plain, const QByteArray& bytes);
 
     QTemporaryDir m_directory;
@@ -1339,6 +1340,25 @@ void tst_Lookup::compareWithLineByLine(
     QCOMPARE(lookup.fileSize, qint64(bytes.size()));
     QCOMPARE(lookup.errorCount, plain.errorCount);
     QCOMPARE(lookup.limitNoticeIssued, plain.limitNoticeIssued);
+    compareWithData(bytes, lookup);
+}
+
+// The same bytes without a file give the same records and messages.
+void tst_Lookup::compareWithData(const QByteArray& bytes, const TOxLookup& expected)
+{
+    Checked ofFile(path("file"), expected.separator);
+    Checked ofData(path("none"), expected.separator);
+    QVERIFY(ofFile.run(expected.consistency));
+    ofData.lookup.consistency = expected.consistency;
+    QVERIFY(ofData.lookup.importData(bytes, ofData.frequencies, &ofData.messages));
+    QCOMPARE(ofData.pairs(), ofFile.pairs());
+    QCOMPARE(ofData.messages, ofFile.messages);
+    QCOMPARE(ofData.lookup.line, ofFile.lookup.line);
+    QCOMPARE(ofData.lookup.lineNumber, ofFile.lookup.lineNumber);
+    QCOMPARE(ofData.lookup.position, ofFile.lookup.position);
+    QCOMPARE(ofData.lookup.fileSize, ofFile.lookup.fileSize);
+    QCOMPARE(ofData.lookup.status, -1);
+    QCOMPARE(ofData.frequencies.size(), ofFile.frequencies.size());
 }
 
 void tst_Lookup::sameAsLineByLine_data()
