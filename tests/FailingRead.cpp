@@ -1,40 +1,83 @@
-// Stands in for read(): the file FAILING_READ_FILE fails behind its first FAILING_READ_BYTES bytes,
-// as a disk with a bad sector does.
+// Loaded before a program: its reads of the file that FAILING_READ_FILE names fail behind the
+// first FAILING_READ_BYTES bytes, or find the file's end there when FAILING_READ_ENDS is set.
 #include <cerrno>
-#include <climits>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include <dlfcn.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 namespace {
 
-bool isChosen(int file)
+bool isFailing(int file)
 {
-    const char* chosen = std::getenv("FAILING_READ_FILE");
-    char link[64];
-    char path[PATH_MAX];
-    std::snprintf(link, sizeof link, "/proc/self/fd/%d", file);
-    const ssize_t size = ::readlink(link, path, sizeof path);
-    return chosen && size > 0 && std::strlen(chosen) == std::size_t(size)
-        && std::memcmp(chosen, path, std::size_t(size)) == 0;
+    const char* const name = std::getenv("FAILING_READ_FILE");
+    char link[64] = "/proc/self/fd/";
+    char path[4096] = {};
+    std::size_t length = std::strlen(link);
+    char digits[16];
+    int count = 0;
+    for (int rest = file; count == 0 || rest > 0; rest /= 10)
+        digits[count++] = static_cast<char>('0' + rest % 10);
+    while (count > 0)
+        link[length++] = digits[--count];
+    return name && file >= 0 && readlink(link, path, sizeof path - 1) > 0
+        && std::strcmp(name, path) == 0;
+}
+
+// What a read of size bytes at an offset may take; -1: it fails.
+ssize_t allowed(int file, off_t offset, std::size_t size)
+{
+    if (!isFailing(file))
+        return static_cast<ssize_t>(size);
+    const char* const after = std::getenv("FAILING_READ_BYTES");
+    const off_t left = (after ? std::atoll(after) : 0) - offset;
+    if (left > 0)
+        return left < static_cast<off_t>(size) ? left : static_cast<ssize_t>(size);
+    if (std::getenv("FAILING_READ_ENDS"))
+        return 0;
+    errno = EIO;
+    return -1;
+}
+
+template <typename Function> Function* next(const char* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+ssize_t readAt(const char* name, int file, void* bytes, std::size_t size, off_t offset)
+{
+    const ssize_t count = allowed(file, offset, size);
+    return count <= 0
+        ? count
+        : next<ssize_t(int, void*, std::size_t, off_t)>(name)(file, bytes, count, offset);
 }
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) ssize_t read(int file, void* buffer, size_t size)
+extern "C" {
+
+#pragma GCC visibility push(default)
+
+ssize_t read(int file, void* bytes, std::size_t size)
 {
-    using Read = ssize_t (*)(int, void*, size_t);
-    static const Read next = reinterpret_cast<Read>(::dlsym(RTLD_NEXT, "read"));
-    const char* limit = std::getenv("FAILING_READ_BYTES");
-    if (limit && isChosen(file)) {
-        const off_t end = ::lseek(file, 0, SEEK_CUR) + off_t(size);
-        if (end > std::atoll(limit) && size > 64) {
-            errno = EIO;
-            return -1;
-        }
-    }
-    return next(file, buffer, size);
+    const ssize_t count = isFailing(file) ? allowed(file, lseek(file, 0, SEEK_CUR), size)
+                                          : static_cast<ssize_t>(size);
+    return count < 0 || (count == 0 && size > 0)
+        ? count
+        : next<ssize_t(int, void*, std::size_t)>("read")(file, bytes, count);
+}
+
+ssize_t pread(int file, void* bytes, std::size_t size, off_t offset)
+{
+    return readAt("pread", file, bytes, size, offset);
+}
+
+ssize_t pread64(int file, void* bytes, std::size_t size, off64_t offset)
+{
+    return readAt("pread64", file, bytes, size, offset);
+}
+
+#pragma GCC visibility pop
 }

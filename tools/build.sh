@@ -2,7 +2,7 @@
 
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 
-build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libreadstat-dev)
+build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libreadstat-dev libsqlite3-dev)
 test_packages=(sqlite3 libxml2-utils) # they read what the command exports
 
 say() { printf '%s\n' "$*" >&2; }

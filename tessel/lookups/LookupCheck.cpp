@@ -4,13 +4,13 @@
 #include "reading/InputFile.h"
 #include "process/Progress.h"
 
-#include <QFile>
-#include <QTemporaryFile>
 #include <QTextCodec>
+
+#include <algorithm>
 
 namespace {
 
-constexpr qint64 ChunkSize = 1'048'576;
+constexpr int ChunkSize = 1'048'576;
 
 // Bytes of these encodings are no characters, so line ends cannot be found among them.
 bool isWide(const QByteArray& encoding)
@@ -18,49 +18,34 @@ bool isWide(const QByteArray& encoding)
     return encoding.startsWith("UTF-16") || encoding.startsWith("UTF-32");
 }
 
-// Writes the file's text into copy as UTF-8.
-bool convert(const LookupFile& file, QTemporaryFile& copy)
+// The file's text in UTF-8.
+QByteArray convert(const LookupFile& file)
 {
-    QFile original(file.path);
-    if (!original.open(QIODevice::ReadOnly)) {
-        return failInput(
-            file.path, 0, QStringLiteral("cannot be read: %1").arg(original.errorString()));
-    }
     const QTextCodec* const codec = QTextCodec::codecForName(file.encoding);
     QTextCodec::ConverterState state;
-    bool isWritten = copy.open();
-    while (isWritten && !original.atEnd()) {
-        const QByteArray bytes = original.read(ChunkSize);
-        const QByteArray text = codec->toUnicode(bytes.constData(), bytes.size(), &state).toUtf8();
-        isWritten = !bytes.isEmpty() && copy.write(text) == text.size();
+    QByteArray text;
+    for (int start = 0; start < file.bytes.size(); start += ChunkSize) {
+        const int size = std::min(ChunkSize, file.bytes.size() - start);
+        text += codec->toUnicode(file.bytes.constData() + start, size, &state).toUtf8();
     }
-    return (isWritten && copy.flush())
-        || failInput(file.path, 0,
-            QStringLiteral("cannot be converted from %1: %2")
-                .arg(QString::fromLatin1(file.encoding), copy.errorString()));
+    return text;
 }
 
-bool import(const LookupTask& task, TOxLookup& lookup)
+void import(const LookupTask& task, TOxLookup& lookup)
 {
-    const QString& path = task.file.path;
-    QTemporaryFile copy;
-    lookup.setFfileName(path);
-    lookup.setTextCodec(task.file.encoding);
-    if (isWide(task.file.encoding)) {
-        if (!convert(task.file, copy))
-            return false;
-        lookup.setFfileName(copy.fileName());
-        lookup.setTextCodec("UTF-8");
-    }
+    const LookupFile& file = task.file;
+    const bool isConverted = isWide(file.encoding);
+    lookup.setFfileName(file.path);
+    lookup.setTextCodec(isConverted ? QByteArray("UTF-8") : file.encoding);
     lookup.setSeparator(task.separator);
-    Progress progress(QStringLiteral("reading %1").arg(path));
+    Progress progress(QStringLiteral("reading %1").arg(file.path));
     lookup.setImportProgress([&progress](qint64 bytesRead, qint64 size) {
         progress.show(bytesRead, size);
         return true;
     });
+    lookup.consistency = checkOnly;
     std::map<QString, int*> unused;
-    return lookup.consistencyCheck(checkOnly, unused, nullptr)
-        || failInput(path, 0, QStringLiteral("no such file"));
+    lookup.importData(isConverted ? convert(file) : file.bytes, unused, nullptr);
 }
 
 // Adds up the problems as they come in order of the lines.
@@ -110,8 +95,7 @@ bool checkLookup(const LookupTask& task, TOxLookup& lookup, LookupOutcome& outco
 {
     ProblemCounter counter(outcome);
     lookup.setProblemSink([&counter](const TOxLookupProblem& problem) { counter.take(problem); });
-    if (!import(task, lookup))
-        return false;
+    import(task, lookup);
     // Lines without a separator before the first record stand under an empty key.
     outcome.keys = static_cast<int>(lookup.values.size() - lookup.values.count(QString()));
     if (outcome.keys == 0) {

@@ -4,21 +4,13 @@
 #include "process/Console.h"
 #include "reading/InputFile.h"
 
-#include <QFile>
 #include <QTextCodec>
 
 #include <algorithm>
 
 namespace {
 
-constexpr qint64 ChunkSize = 1'048'576;
-
-// Characters that no text file holds; an end-of-file mark of old and an escape do occur.
-bool isBinary(QChar character)
-{
-    const ushort code = character.unicode();
-    return code < 0x20 && (code < 0x08 || (code > 0x0D && code != 0x1A && code != 0x1B));
-}
+constexpr int ChunkSize = 1'048'576;
 
 /* What a pass over a file's text finds. */
 struct Scan {
@@ -36,21 +28,17 @@ template <typename Predicate> int findLine(const QString& text, int line, Predic
                                 : line + int(std::count(text.cbegin(), found, QLatin1Char('\n')));
 }
 
-bool scan(const QString& path, const QTextCodec& codec, Scan& result)
+Scan scan(const QByteArray& bytes, const QTextCodec& codec)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return failInput(path, 0, QStringLiteral("cannot be read: %1").arg(file.errorString()));
+    Scan result;
     QTextCodec::ConverterState state;
     int line = 1;
-    while (!file.atEnd()) {
-        const QByteArray bytes = file.read(ChunkSize);
-        if (bytes.isEmpty())
-            return failInput(path, 0, QStringLiteral("cannot be read: %1").arg(file.errorString()));
-        const QString text = codec.toUnicode(bytes.constData(), bytes.size(), &state);
-        result.binaryLine = findLine(text, line, isBinary);
+    for (int start = 0; start < bytes.size(); start += ChunkSize) {
+        const int size = std::min(ChunkSize, bytes.size() - start);
+        const QString text = codec.toUnicode(bytes.constData() + start, size, &state);
+        result.binaryLine = findLine(text, line, isBinaryCharacter);
         if (result.binaryLine > 0)
-            return true;
+            return result;
         if (state.invalidChars > 0 && result.invalidLine == 0) {
             const int found = findLine(text, line,
                 [](QChar character) { return character == QChar::ReplacementCharacter; });
@@ -61,15 +49,13 @@ bool scan(const QString& path, const QTextCodec& codec, Scan& result)
     }
     if (state.remainingChars > 0 && result.invalidLine == 0)
         result.invalidLine = line;
-    return true;
+    return result;
 }
 
-// The codec that a byte-order mark asks for; null: there is none.
-QTextCodec* markedCodec(const QString& path)
+bool readBytes(const QString& path, QByteArray& bytes)
 {
-    QFile file(path);
-    const QByteArray mark = file.open(QIODevice::ReadOnly) ? file.read(4) : QByteArray();
-    return QTextCodec::codecForUtfText(mark, nullptr);
+    InputFile file(path);
+    return file.open() && file.readAll(bytes);
 }
 
 bool failInvalid(const QString& path, int line, const QTextCodec& codec, bool isMarked)
@@ -86,15 +72,13 @@ bool failInvalid(const QString& path, int line, const QTextCodec& codec, bool is
 
 bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& file)
 {
-    if (!checkInput(path))
+    if (!readBytes(path, file.bytes))
         return false;
-    const QTextCodec* const marked = markedCodec(path);
+    const QTextCodec* const marked = QTextCodec::codecForUtfText(file.bytes, nullptr);
     const QTextCodec* const wanted =
         QTextCodec::codecForName(encoding.isEmpty() ? "UTF-8" : encoding);
     const QTextCodec* codec = marked ? marked : wanted;
-    Scan result;
-    if (!scan(path, *codec, result))
-        return false;
+    Scan result = scan(file.bytes, *codec);
     if (result.binaryLine > 0) {
         return failInput(path, result.binaryLine,
             QStringLiteral("is no text; if it is, name its encoding with --encoding, for example "

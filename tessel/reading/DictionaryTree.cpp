@@ -1,5 +1,6 @@
 #include "reading/DictionaryTree.h"
 
+#include "reading/CSProFile.h"
 #include "reading/ReadListing.h"
 #include "reading/StatFile.h"
 
@@ -90,12 +91,16 @@ DictionaryPointer readStatTree(const QString& path, FileKind kind, bool asWritte
 DictionaryPointer readTree(const QString& path, const InputOptions& options,
     const QVector<LookupDictionary>& lookups, TreeFacts& facts, bool& isPartial)
 {
-    if (!checkInput(path))
+    InputFile file(path);
+    if (!file.open())
         return nullptr;
-    const FileKind kind = kindOfInput(path, options);
+    const FileKind kind = kindOfInput(file, options);
     if (kind != FileKind::CSPro)
         return readStatTree(path, kind, options.dictionary.asWritten, lookups, facts, isPartial);
-    const auto importer = openDictionary(path, options.dictionary);
+    DictionaryText text;
+    if (!readDictionaryText(file, options.dictionary, text))
+        return nullptr;
+    const auto importer = openDictionary(path, text, options.dictionary);
     if (!importer)
         return nullptr;
     DictionaryPointer tree(buildDictionary(*importer, lookups));

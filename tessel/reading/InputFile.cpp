@@ -2,7 +2,6 @@
 
 #include "process/Console.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 namespace {
@@ -12,13 +11,19 @@ struct KindName {
     const char* name;
 };
 
-constexpr KindName kindNames[] = { { FileKind::CSPro, "cspro" }, { FileKind::Spss, "spss" },
-    { FileKind::Stata, "stata" } };
+// The first of two names of a kind, and of two kinds of a name, is the one given.
+constexpr KindName kindNames[] = { { FileKind::CSPro, "cspro" }, { FileKind::CSProDb, "cspro" },
+    { FileKind::Spss, "spss" }, { FileKind::Stata, "stata" } };
+
+constexpr qint64 HeadSize = 32;
+
+// What one array of bytes holds, with room for what is made of it.
+constexpr qint64 LargestSize = 2'000'000'000;
 
 QByteArray headOf(const QString& path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.read(32) : QByteArray();
+    return file.open(QIODevice::ReadOnly) ? file.read(HeadSize) : QByteArray();
 }
 
 // Said behind eight bytes.
@@ -45,6 +50,20 @@ bool isStata(const QByteArray& head)
         && head.at(2) == 1;
 }
 
+bool isSQLite(const QByteArray& head)
+{
+    return head.startsWith(QByteArray("SQLite format 3", 16)); // the zero at its end included
+}
+
+FileKind kindOfHead(const QByteArray& head)
+{
+    if (isSQLite(head))
+        return FileKind::CSProDb;
+    if (isSpss(head))
+        return FileKind::Spss;
+    return isStata(head) ? FileKind::Stata : FileKind::CSPro;
+}
+
 } // namespace
 
 QString kindName(FileKind kind)
@@ -67,10 +86,7 @@ FileKind kindOfName(const QString& name)
 
 FileKind kindOfContent(const QString& path)
 {
-    const QByteArray head = headOf(path);
-    if (isSpss(head))
-        return FileKind::Spss;
-    return isStata(head) ? FileKind::Stata : FileKind::CSPro;
+    return kindOfHead(headOf(path));
 }
 
 bool isEncrypted(const QString& path)
@@ -78,23 +94,69 @@ bool isEncrypted(const QString& path)
     return isEncryptedSpss(headOf(path));
 }
 
-bool checkInput(const QString& path)
-{
-    const QFileInfo info(path);
-    if (!info.exists())
-        return failInput(path, 0, QStringLiteral("no such file"));
-    if (!info.isFile()) {
-        return failInput(
-            path, 0, QStringLiteral("is a directory or a device; give the name of a file"));
-    }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return failInput(path, 0, QStringLiteral("cannot be read: %1").arg(file.errorString()));
-    return info.size() > 0 || failInput(path, 0, QStringLiteral("is empty"));
-}
-
 bool failInput(const QString& path, int line, const QString& text)
 {
     Console::tell(path, line, Console::Severity::Error, text);
     return false;
+}
+
+InputFile::InputFile(const QString& path)
+    : m_path(path)
+    , m_file(path)
+{
+}
+
+bool InputFile::open()
+{
+    const QFileInfo info(m_path);
+    if (!info.exists())
+        return failInput(m_path, 0, QStringLiteral("no such file"));
+    if (!info.isFile()) {
+        return failInput(m_path, 0,
+            QStringLiteral("is a directory, a pipe or a device; give the name of a file"));
+    }
+    if (!m_file.open(QIODevice::ReadOnly))
+        return failReading();
+    m_size = m_file.size();
+    m_head = m_file.peek(HeadSize);
+    if (m_file.error() != QFileDevice::NoError)
+        return failReading();
+    return !m_head.isEmpty() || failInput(m_path, 0, QStringLiteral("is empty"));
+}
+
+FileKind InputFile::kind() const
+{
+    return kindOfHead(m_head);
+}
+
+bool InputFile::readAll(QByteArray& bytes)
+{
+    if (m_size > LargestSize) {
+        return failInput(m_path, 0,
+            QStringLiteral("is larger than %1 bytes, more than can be read").arg(LargestSize));
+    }
+    // Short of the end readAll() stops without saying why; reading on says it.
+    bytes.clear();
+    for (QByteArray more = m_file.readAll(); !more.isEmpty(); more = m_file.readAll())
+        bytes += more;
+    if (m_file.error() != QFileDevice::NoError)
+        return failReading();
+    return bytes.size() >= m_size
+        || failInput(m_path, 0,
+            QStringLiteral("became shorter while it was read; try again when nothing writes it"));
+}
+
+qint64 InputFile::size() const
+{
+    return m_size;
+}
+
+const QString& InputFile::path() const
+{
+    return m_path;
+}
+
+bool InputFile::failReading() const
+{
+    return failInput(m_path, 0, QStringLiteral("cannot be read: %1").arg(m_file.errorString()));
 }

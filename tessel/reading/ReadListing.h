@@ -1,7 +1,7 @@
 #pragma once
 
 #include "listing/Listing.h"
-#include "reading/CSProFile.h"
+#include "reading/DictionaryText.h"
 #include "reading/InputFile.h"
 
 /*! How files are read, the same in every command that reads dictionaries. */
@@ -10,8 +10,11 @@ struct InputOptions {
     DictionaryOptions dictionary;
 };
 
-/*! The kind of the file \a path. Options that are not for this kind are told. */
-FileKind kindOfInput(const QString& path, const InputOptions& options);
+/*!
+ * The kind to read the opened \a file as: Spss, Stata, or CSPro for whatever holds a dictionary of
+ * CSPro. Options that are not for this kind are told.
+ */
+FileKind kindOfInput(const InputFile& file, const InputOptions& options);
 
 /*!
  * Lists the fields of the file \a path, whatever kind it is. False, and told on standard error,
