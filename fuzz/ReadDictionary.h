@@ -1,0 +1,81 @@
+#pragma once
+
+// What the targets over CSPro dictionaries share: bytes go through the reader, the importer over it
+// and the builder of trees, and what they made is torn down as a host does.
+#include <model_Tessel/CSProDataImport.h>
+#include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/DataProvider.h>
+#include <model_Tessel/DictionaryBuilder.h>
+#include <model_Tessel/ErrorManager.h>
+#include <model_Tessel/Record.h>
+#include <model_Tessel/SourceField.h>
+
+#include <QLoggingCategory>
+#include <QSet>
+#include <QTemporaryFile>
+
+#include <cstddef>
+#include <cstdint>
+
+
+inline void buildTree(TCSProDataImport& importer)
+{
+    TOxDataProvider provider;
+    provider.genericGetFieldsFrom(&importer);
+    const DictionaryPointer tree(buildDictionary(provider));
+    qDeleteAll(*provider.fields);
+    delete provider.recordTree->references;
+    delete provider.recordTree;
+}
+
+inline void tearDown(TCSProDataImport& importer)
+{
+    QSet<TCSProValueSet*> valueSets; // linked sets share the entries of another
+    for (TCSProItem* item : qAsConst(*importer.dictionary->items)) {
+        for (TCSProValueSet* valueSet : qAsConst(*item->valueSets))
+            valueSets.insert(valueSet);
+        delete item->valueSets;
+        delete item;
+    }
+    for (TCSProValueSet* valueSet : qAsConst(valueSets)) {
+        if (!valueSet->linkedSet)
+            qDeleteAll(*valueSet->items);
+        delete valueSet->items;
+        delete valueSet;
+    }
+    qDeleteAll(*importer.dictionary->records);
+    delete importer.dictionary->records;
+    delete importer.dictionary->items;
+    delete importer.dictionary->commonRecord;
+    delete importer.dictionary;
+    qDeleteAll(*importer.fields);
+    delete importer.fields;
+    delete importer.groups;
+}
+
+/*! Reads the \a size bytes at \a data as a dictionary and forgets it. */
+inline void readDictionary(const uint8_t* data, size_t size, const CSProReadingRules& rules)
+{
+    static const bool isQuiet = [] {
+        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+        return true;
+    }();
+    Q_UNUSED(isQuiet)
+
+    QTemporaryFile file;
+    if (!file.open() || file.write(reinterpret_cast<const char*>(data), qint64(size)) < 0)
+        return;
+    file.close();
+    TCSProDataImport importer(file.fileName());
+    importer.setReadingRules(rules);
+    importer.setDecimalQuestion([](const CSProProblem& problem) {
+        return int(problem.line % 2 == 0 ? QMessageBox::Yes : QMessageBox::No);
+    });
+    try {
+        importer.openFile();
+        buildTree(importer);
+    } catch (OxErrorManager* error) {
+        delete error;
+    }
+    tearDown(importer);
+}
