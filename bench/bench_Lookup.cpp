@@ -37,7 +37,7 @@ using Table = std::map<QString, QString*>;
 QString fileOf(const Shape& shape)
 {
     static const QTemporaryDir folder;
-    const QString path = folder.filePath(QString::fromStdString(shape.name));
+    QString path = folder.filePath(QString::fromStdString(shape.name));
     QFile file(path);
     if (file.exists())
         return path;
@@ -67,7 +67,7 @@ template <typename Values> void clear(benchmark::State& state, Values& values)
 
 void hint(benchmark::State& state, const Shape& shape)
 {
-    const QString path = fileOf(shape);
+    QString path = fileOf(shape);
     for (auto _ : state) {
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
@@ -95,7 +95,7 @@ void order(benchmark::State& state, const Shape& shape)
     const auto decoded = [](std::string_view text) {
         return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
     };
-    const QString path = fileOf(shape);
+    QString path = fileOf(shape);
     for (auto _ : state) {
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
@@ -123,7 +123,7 @@ void order(benchmark::State& state, const Shape& shape)
 
 void import(benchmark::State& state, const Shape& shape)
 {
-    const QString path = fileOf(shape);
+    QString path = fileOf(shape);
     for (auto _ : state) {
         TOxLookup lookup;
         lookup.setFfileName(path);
@@ -140,7 +140,7 @@ void import(benchmark::State& state, const Shape& shape)
 
 void command(benchmark::State& state, const Shape& shape, bool countsValues)
 {
-    const QString path = fileOf(shape);
+    QString path = fileOf(shape);
     for (auto _ : state) {
         LookupTask task;
         TOxLookup lookup;

@@ -17,7 +17,6 @@
 #include <cstddef>
 #include <cstdint>
 
-
 inline void buildTree(TCSProDataImport& importer)
 {
     TOxDataProvider provider;
