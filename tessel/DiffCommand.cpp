@@ -178,14 +178,14 @@ QByteArray asText(
         const QString mark =
             difference.breaks ? QStringLiteral("breaks  ") : QStringLiteral("fits    ");
         text +=
-            inOneLine(mark + subjectOf(difference) + QLatin1String(": ") + eventText(difference))
+            printable(mark + subjectOf(difference) + QLatin1String(": ") + eventText(difference))
             + QLatin1Char('\n');
     }
     if (differences.isEmpty()) {
-        text += inOneLine(
+        text += printable(
             QStringLiteral("No differences between %1 and %2.").arg(before.file, after.file));
     } else {
-        text += inOneLine(
+        text += printable(
             QStringLiteral("%1 from %2 to %3; %4 data that fits %2.")
                 .arg(plural(differences.size(), QStringLiteral("difference")), before.file,
                     after.file,

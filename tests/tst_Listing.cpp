@@ -344,6 +344,13 @@ void addVariables(const TOxEntity& entity, QHash<QString, const TOxVariable*>& v
         addVariables(*child, variables);
 }
 
+QByteArray writtenListing(const Listing& listing, const ListingFormat& format)
+{
+    QByteArray bytes;
+    writeListings({ listing }, format, [&bytes](const QByteArray& piece) { bytes += piece; });
+    return bytes;
+}
+
 } // namespace
 
 class tst_Listing : public QObject {
@@ -458,7 +465,7 @@ void tst_Listing::lengthIsShownAsNoRange()
     const auto written = [&](ListingFormat::Kind kind) {
         ListingFormat format;
         format.kind = kind;
-        return writeListings({ read.listing }, format);
+        return writtenListing(read.listing, format);
     };
     for (const QByteArray& text :
         { writeDdi(read.listing), writeHtml(read.listing), written(ListingFormat::Kind::Table) }) {
@@ -490,7 +497,7 @@ void tst_Listing::decimalPoint()
     QCOMPARE(read.field("A").decimalPoint(), QString("implied"));
     QCOMPARE(read.field("B").decimalPoint(), QString("data"));
     QCOMPARE(read.field("C").decimalPoint(), QString());
-    const QByteArray table = writeListings({ read.listing }, {});
+    const QByteArray table = writtenListing(read.listing, {});
     QVERIFY2(table.contains("2 implied"), table.constData());
     QVERIFY2(table.contains("2 in data"), table.constData());
     const QByteArray html = writeHtml(read.listing);
@@ -547,7 +554,7 @@ void tst_Listing::outputsTellNotes()
     ListingFormat format;
     format.kind = ListingFormat::Kind::Json;
     format.withValues = true;
-    const QJsonObject json = QJsonDocument::fromJson(writeListings({ read.listing }, format))
+    const QJsonObject json = QJsonDocument::fromJson(writtenListing(read.listing, format))
                                  .object()["files"]
                                  .toArray()[0]
                                  .toObject();

@@ -35,7 +35,7 @@ td { white-space: pre-wrap; }
 // Text that is safe between tags and in quoted attributes, with control characters made visible.
 QString escaped(const QString& text)
 {
-    return xmlText(inOneLine(text))
+    return xmlText(printable(text))
         .toHtmlEscaped()
         .replace(QLatin1Char('\''), QLatin1String("&#39;"));
 }

@@ -24,7 +24,7 @@ using Align = TextTable::Align;
 QString shown(const QString& text)
 {
     const bool needsQuotes = text != text.trimmed() || text.isEmpty();
-    return inOneLine(needsQuotes ? QLatin1Char('\'') + text + QLatin1Char('\'') : text);
+    return printable(needsQuotes ? QLatin1Char('\'') + text + QLatin1Char('\'') : text);
 }
 
 QString messageTable(const QVector<TOxLookupProblem>& problems, int width)
@@ -35,7 +35,7 @@ QString messageTable(const QVector<TOxLookupProblem>& problems, int width)
         { { QStringLiteral("Line"), Align::Right }, { QStringLiteral("Message"), Align::Left } });
     table.beginGroup(QStringLiteral("Messages"));
     for (const TOxLookupProblem& problem : problems)
-        table.addRow({ QString::number(problem.line), inOneLine(problem.text) });
+        table.addRow({ QString::number(problem.line), printable(problem.text) });
     return table.toText(width);
 }
 
@@ -115,7 +115,7 @@ QByteArray asTable(const LookupOutcome& outcome, int width)
     const QStringList summary = lookupSummary(outcome);
     QString text;
     for (const QString& line : summary) {
-        const QStringList parts = wrapped(inOneLine(line), width);
+        const QStringList parts = wrapped(printable(line), width);
         text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
     text += messageTable(outcome.problems, width);

@@ -18,8 +18,7 @@ QChar pictureOf(ushort control)
 // Marks, embeddings, overrides and isolates of bidirectional text.
 bool turnsDirection(ushort code)
 {
-    return code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x202A && code <= 0x202E)
-        || (code >= 0x2066 && code <= 0x2069);
+    return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
 }
 
 bool isPair(const QString& text, int index)
@@ -82,17 +81,6 @@ QString printable(const QString& text)
             result[i] = pictureOf(code);
         else if (turnsDirection(code) || QChar::isSurrogate(code))
             result[i] = QChar::ReplacementCharacter;
-    }
-    return result;
-}
-
-QString inOneLine(const QString& text)
-{
-    QString result = text;
-    for (QChar& character : result) {
-        const ushort code = character.unicode();
-        if (code >= '\t' && code <= '\r')
-            character = pictureOf(code);
     }
     return result;
 }

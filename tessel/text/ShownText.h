@@ -32,9 +32,6 @@ QString shownDecimals(int decimals, const QString& point);
  */
 QString printable(const QString& text);
 
-/*! \a text with the characters made visible that would end its line in a table, or shift it. */
-QString inOneLine(const QString& text);
-
 /*! \a text, which a message quotes from a file, cut to a line's length. */
 QString shortened(const QString& text);
 

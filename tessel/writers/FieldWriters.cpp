@@ -40,7 +40,7 @@ void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString&
         text += QString(width - displayWidth(code) + 2, QLatin1Char(' ')) + entry.label;
         if (!entry.special.isNull())
             text += QStringLiteral(" [%1]").arg(entry.special);
-        table.addDetail(inOneLine(text));
+        table.addDetail(printable(text));
     }
 }
 
@@ -56,7 +56,7 @@ void addValueSets(TextTable& table, const ListedField& field)
         QString title = valueSet.name + QLatin1String(": ") + valueSet.label;
         if (field.hasRange() && valueSet.name == field.rangeValueSet)
             title += QStringLiteral(" (range %1)").arg(rangeText(field));
-        table.addDetail(inOneLine(title));
+        table.addDetail(printable(title));
         addCodes(table, valueSet.codes, QStringLiteral("  "));
     }
 }
@@ -99,7 +99,7 @@ QString groupTitle(const ListedField& field, const QHash<QString, const ListedRe
         if (!record->recordType.isEmpty())
             title += QStringLiteral(" (record type %1)").arg(record->recordType);
     }
-    return inOneLine(title);
+    return printable(title);
 }
 
 QStringList tableCells(const ListedField& field)
@@ -109,7 +109,7 @@ QStringList tableCells(const ListedField& field)
         rangeText(field), shownCodes(field.missing), shownCodes(field.notApplicable),
         shownNumber(field.valueLabelCount()), field.fullLabel() };
     for (QString& cell : cells)
-        cell = inOneLine(cell);
+        cell = printable(cell);
     return cells;
 }
 
@@ -145,7 +145,7 @@ QString tableOf(const Listing& listing, const ListingFormat& format)
     top.append(summary(listing));
     QString text;
     for (const QString& line : qAsConst(top)) {
-        const QStringList parts = wrapped(inOneLine(line), format.width);
+        const QStringList parts = wrapped(printable(line), format.width);
         text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
     return text + table.toText(format.width);

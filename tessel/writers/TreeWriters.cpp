@@ -113,7 +113,7 @@ private:
     void addRow(QStringList cells)
     {
         for (QString& cell : cells)
-            cell = inOneLine(cell);
+            cell = printable(cell);
         m_table.addRow(cells);
     }
 
@@ -140,7 +140,7 @@ private:
             return;
         const QString values = valuesText(variable, facts);
         if (!values.isEmpty())
-            m_table.addDetail(inOneLine(QLatin1Char('(') + values + QLatin1Char(')')));
+            m_table.addDetail(printable(QLatin1Char('(') + values + QLatin1Char(')')));
         addLabels(labels);
     }
 
@@ -152,7 +152,7 @@ private:
         for (const ValueLabelElement* element : labels) {
             const QString code = shownCode(element->getValue());
             const QString gap(width - displayWidth(code) + 2, QLatin1Char(' '));
-            m_table.addDetail(inOneLine(code + gap + element->getLabel()));
+            m_table.addDetail(printable(code + gap + element->getLabel()));
         }
     }
 
@@ -180,7 +180,7 @@ QByteArray asText(const QString& file, const Dictionary& dictionary, const TOxEn
     heading.removeAll(QString());
     QString text;
     for (const QString& line : qAsConst(heading)) {
-        text += wrapped(inOneLine(line), format.width).join(QLatin1Char('\n')) + QLatin1Char('\n');
+        text += wrapped(printable(line), format.width).join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
     return (text + TextWriter(facts, format.withValues).write(top, format.width)).toUtf8();
 }
