@@ -1,12 +1,18 @@
 #include "FileReader.h"
 
+#include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProDataImport.h>
+#include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/Entity.h>
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/StatDictionary.h>
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+
+#include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -16,6 +22,13 @@ constexpr qint64 LargestDictionary = 268'435'456;
 QString text(const char* source)
 {
     return QCoreApplication::translate("FileReader", source);
+}
+
+ReadFile failed(const char* problem)
+{
+    ReadFile result;
+    result.problem = text(problem);
+    return result;
 }
 
 // Said behind eight bytes.
@@ -41,13 +54,69 @@ bool isStata(const QByteArray& head)
         && head.at(2) == 1;
 }
 
+QString kindOf(const TValueSetItem& entry)
+{
+    if (!entry.special)
+        return {};
+    switch (entry.type) {
+    case 1:
+        return text("missing");
+    case 2:
+        return text("not applicable");
+    case 3:
+        return text("refused");
+    default:
+        return text("default");
+    }
+}
+
+// The variables of an entity stand in the order of the items of its record, and have the labels of
+// their first value set with values.
+CodeKinds kindsOf(const TCSPro& cspro, const TOxEntity& root)
+{
+    QHash<const TCSProRecord*, const TOxEntity*> entities;
+    for (int i = 0; i < cspro.records->size(); ++i)
+        entities.insert(cspro.records->at(i), root.getChildren()->at(i));
+    QHash<const TOxEntity*, int> counts;
+    CodeKinds kinds;
+    for (const TCSProItem* item : qAsConst(*cspro.items)) {
+        const TOxEntity* const entity = entities.value(item->record, &root);
+        const TOxVariable* const variable = entity->getVariables()->at(counts[entity]++);
+        const auto found = std::find_if(item->valueSets->cbegin(), item->valueSets->cend(),
+            [](const TCSProValueSet* set) { return !set->items->isEmpty(); });
+        if (found == item->valueSets->cend())
+            continue;
+        const TCSProValueSet* const set = (*found)->linkedSet ? (*found)->linkedSet : *found;
+        kinds.insert(variable, [set](int label) { return kindOf(*set->items->at(label)); });
+    }
+    return kinds;
+}
+
+CodeKinds kindsOf(const TStatFileDescription& description, const TOxEntity& root)
+{
+    const auto file = std::make_shared<const TStatFileDescription>(description);
+    CodeKinds kinds;
+    for (int i = 0; i < file->variables.size(); ++i) {
+        if (file->variables.at(i).labelSet < 0)
+            continue;
+        kinds.insert(root.getVariables()->at(i), [file, i](int label) {
+            const TStatVariableDescription& variable = file->variables.at(i);
+            const TStatLabelSet& set = file->labelSets.at(variable.labelSet);
+            return variable.isMissing(set.labels.at(label).value) ? text("missing") : QString();
+        });
+    }
+    return kinds;
+}
+
 ReadFile readStatFile(const QString& path, TStatFileKind kind)
 {
     ReadFile result;
     const TStatFileDescription file = readStatDescription(path, kind);
     const bool isReadable = file.variablesOutcome.isWhole();
-    if (isReadable)
+    if (isReadable) {
         result.dictionary.reset(buildDictionary(file));
+        result.kinds = kindsOf(file, *result.dictionary->getRoot());
+    }
     if (file.isWhole())
         return result;
     const TStatOutcome& outcome = isReadable ? file.outcome : file.variablesOutcome;
@@ -73,10 +142,12 @@ ReadFile readCSPro(const QString& path, bool asWritten)
         importer.setReadingRules(CSProReadingRules::asWritten());
     try {
         importer.openFile();
-        if (isDictionary(*importer.dictionary))
+        if (isDictionary(*importer.dictionary)) {
             result.dictionary.reset(buildDictionary(importer));
-        else
+            result.kinds = kindsOf(*importer.dictionary, *result.dictionary->getRoot());
+        } else {
             result.problem = text("The file is no dictionary.");
+        }
         result.passedOver = importer.dictionary->problems().size();
     } catch (OxErrorManager* error) {
         result.problem =
@@ -93,20 +164,20 @@ ReadFile readFile(const QString& path, bool asWritten)
 {
     const QFileInfo info(path);
     if (!info.exists())
-        return { nullptr, text("There is no such file.") };
+        return failed("There is no such file.");
     QFile file(path);
     if (!info.isFile() || !file.open(QIODevice::ReadOnly))
-        return { nullptr, text("The file cannot be read.") };
+        return failed("The file cannot be read.");
     if (file.size() == 0)
-        return { nullptr, text("The file is empty.") };
+        return failed("The file is empty.");
     const QByteArray head = file.peek(32);
     if (isEncryptedSpss(head))
-        return { nullptr, text("The file is encrypted.") };
+        return failed("The file is encrypted.");
     if (isSpss(head))
         return readStatFile(path, TStatFileKind::Spss);
     if (isStata(head))
         return readStatFile(path, TStatFileKind::Stata);
     if (file.size() > LargestDictionary)
-        return { nullptr, text("The file is no dictionary.") };
+        return failed("The file is no dictionary.");
     return readCSPro(path, asWritten);
 }

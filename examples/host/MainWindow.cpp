@@ -1,7 +1,6 @@
 #include "MainWindow.h"
 
 #include "DictionaryModel.h"
-#include "FileReader.h"
 
 #include <model_Tessel/Variable.h>
 
@@ -38,18 +37,6 @@ QString localFile(const QMimeData& data)
 }
 
 enum LabelColumn { CodeColumn, TextColumn, KindColumn, LabelColumnCount };
-
-// What a code is besides its label; empty: ordinary. A variable without such a code has 0 for it.
-QString kindOf(const QString& code, const TOxVariable& variable)
-{
-    bool isNumber = false;
-    const double number = code.toDouble(&isNumber);
-    if (!isNumber || number == 0 || variable.getVarType() == QLatin1String("STRING"))
-        return {};
-    if (number == variable.getMissing())
-        return MainWindow::tr("missing");
-    return number == variable.getNotappl() ? MainWindow::tr("not applicable") : QString();
-}
 
 QTableWidgetItem* labelCell(const QString& text, bool isItalic)
 {
@@ -167,6 +154,7 @@ bool MainWindow::openPath(const QString& path)
     const bool isRead = read.dictionary != nullptr;
     if (isRead) {
         m_model->setDictionary(std::move(read.dictionary));
+        m_kinds = read.kinds;
         m_path = path;
         m_tree->expandAll();
         showLabels({});
@@ -234,10 +222,11 @@ void MainWindow::showLabels(const QModelIndex& index)
         return;
     const QList<ValueLabelElement*>& labels = *variable->getValueLabelElementList();
     m_labels->setRowCount(labels.size());
+    const auto kindOf = m_kinds.value(variable);
     bool hasKinds = false;
     for (int row = 0; row < labels.size(); ++row) {
         const ValueLabelElement& label = *labels.at(row);
-        const QString kind = kindOf(label.getValue(), *variable);
+        const QString kind = kindOf ? kindOf(row) : QString();
         hasKinds = hasKinds || !kind.isEmpty();
         const QStringList cells { label.getValue(), label.getLabel(), kind };
         for (int column = 0; column < cells.size(); ++column)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FileReader.h"
+
 #include <QMainWindow>
 #include <QSortFilterProxyModel>
 #include <QString>
@@ -46,5 +48,6 @@ private:
     QTreeView* m_tree = nullptr;
     QLabel* m_labelsTitle = nullptr;
     QTableWidget* m_labels = nullptr;
+    CodeKinds m_kinds; // of the dictionary that is shown
     QString m_path; // of the dictionary that is shown; empty before
 };
