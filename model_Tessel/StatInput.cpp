@@ -167,6 +167,7 @@ bool TStatInput::openNamed(const char* path)
     constexpr int HeadSize = 32;
     m_error = 0;
     m_hasShrunk = false;
+    m_window.reserve(WindowSize); // an exception for want of it may not cross libreadstat's frames
     m_file = ::open(path, O_RDONLY | O_CLOEXEC);
     if (m_file < 0) {
         m_error = errno;
@@ -248,7 +249,7 @@ bool TStatInput::fillWindow(readstat_off_t position)
     m_windowStart = position;
     if (readPiece(m_window.data(), static_cast<size_t>(m_window.size()), position) >= 0)
         return true;
-    m_window.clear();
+    m_window.resize(0);
     return false;
 }
 

@@ -1,10 +1,12 @@
 // Loaded before a program: its reads of the file that FAILING_READ_FILE names fail behind the
-// first FAILING_READ_BYTES bytes, or find the file's end there when FAILING_READ_ENDS is set.
+// first FAILING_READ_BYTES bytes, or find the file's end there when FAILING_READ_ENDS is set, or go
+// on when FAILING_READ_GROWS is set, and each adds a byte to the file.
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -26,6 +28,14 @@ bool isFailing(int file)
         && std::strcmp(name, path) == 0;
 }
 
+void grow(const char* name)
+{
+    const int file = open(name, O_WRONLY | O_APPEND);
+    if (file < 0 || write(file, "", 1) != 1)
+        std::abort();
+    close(file);
+}
+
 // What a read of size bytes at an offset may take; -1: it fails.
 ssize_t allowed(int file, off_t offset, std::size_t size)
 {
@@ -37,6 +47,10 @@ ssize_t allowed(int file, off_t offset, std::size_t size)
         return left < static_cast<off_t>(size) ? left : static_cast<ssize_t>(size);
     if (std::getenv("FAILING_READ_ENDS"))
         return 0;
+    if (std::getenv("FAILING_READ_GROWS")) {
+        grow(std::getenv("FAILING_READ_FILE"));
+        return static_cast<ssize_t>(size);
+    }
     errno = EIO;
     return -1;
 }

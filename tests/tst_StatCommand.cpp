@@ -61,6 +61,7 @@ private slots:
     void longTextHasNoLength();
     void readFailureNamesTheFile_data();
     void readFailureNamesTheFile();
+    void tooLittleMemory();
     void damagedLabelsEndWithAStatus_data();
     void damagedLabelsEndWithAStatus();
 };
@@ -327,32 +328,86 @@ void tst_StatCommand::readFailureNamesTheFile_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<int>("bytes");
+    QTest::addColumn<QString>("way");
     // What the kind is found by is read first, then the file itself, which fails in each pass.
+    const QVector<QStringList> commands { { "fields" }, { "fields", "--rules", "established" },
+        { "tree" }, { "tree", "--rules", "established" }, { "export", "--to", "sql" } };
     for (const int bytes : { 20'000, 70'000, 200'000 }) {
-        for (const char* rules : { "written", "established" }) {
-            QTest::addRow("fields, %s, %d bytes", rules, bytes)
-                << QStringList { "fields", "--rules", rules } << bytes;
-            QTest::addRow("tree, %s, %d bytes", rules, bytes)
-                << QStringList { "tree", "--rules", rules } << bytes;
+        for (const QStringList& command : commands) {
+            for (const QString& way : { QString(), QString("ENDS"), QString("GROWS") }) {
+                if (!way.isEmpty() && bytes != 70'000)
+                    continue;
+                QTest::addRow(
+                    "%s, %d bytes %s", qPrintable(command.join(' ')), bytes, qPrintable(way))
+                    << command << bytes << way;
+            }
         }
-        QTest::addRow("rows, %d bytes", bytes) << QStringList { "export", "--to", "sql" } << bytes;
     }
 }
 
+// A disk that fails, and a file that becomes shorter or longer meanwhile.
 void tst_StatCommand::readFailureNamesTheFile()
 {
     QFETCH(QStringList, arguments);
     QFETCH(int, bytes);
-    const QString path = example("person.dta");
+    QFETCH(QString, way);
+    QTemporaryDir folder;
+    const QString path = folder.filePath("person.dta");
+    QVERIFY(writeFile(path, readFile(example("person.dta"))));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("LD_PRELOAD", environment.value("LD_PRELOAD") + " " TESSEL_FAILING_READ);
     environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0");
-    environment.insert("FAILING_READ_FILE", path);
+    environment.insert("FAILING_READ_FILE", QFileInfo(path).canonicalFilePath());
     environment.insert("FAILING_READ_BYTES", QString::number(bytes));
+    if (!way.isEmpty())
+        environment.insert("FAILING_READ_" + way, "1");
     const Outcome outcome = runTessel(arguments + QStringList { path }, {}, environment);
     QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.errors.contains(path.toUtf8() + ": error: cannot be read: Input/output error"),
+    QCOMPARE(outcome.output, QByteArray());
+    const QByteArray reason =
+        way.isEmpty() ? "Input/output error" : "it was changed while it was read";
+    QVERIFY2(outcome.errors.contains(path.toUtf8() + ": error: cannot be read: " + reason),
         outcome.errors.constData());
+}
+
+// libreadstat tells it as it tells damage, or does not notice it and crashes.
+void tst_StatCommand::tooLittleMemory()
+{
+#ifdef __SANITIZE_ADDRESS__
+    QSKIP("the sanitizer's own memory has no limit");
+#endif
+    QTemporaryDir folder;
+    for (const TStatFileKind kind : { TStatFileKind::Spss, TStatFileKind::Stata }) {
+        const bool isSpss = kind == TStatFileKind::Spss;
+        const auto type = isSpss ? READSTAT_TYPE_DOUBLE : READSTAT_TYPE_INT32;
+        const QString path = folder.filePath(isSpss ? "labels.sav" : "labels.dta");
+        StatFileWriter writer;
+        readstat_label_set_t* labels = writer.addLabels("places", type);
+        for (int code = 0; code < 150'000; ++code) {
+            const QByteArray label = "Place " + QByteArray::number(code);
+            if (isSpss)
+                readstat_label_double_value(labels, code, label.constData());
+            else
+                readstat_label_int32_value(labels, code, label.constData());
+        }
+        writer.add("PLACE", type, isSpss ? "F8.0" : nullptr, labels);
+        QVERIFY(writer.write(path, kind));
+        bool isTold = false;
+        for (int limit = 60'000; limit <= 130'000; limit += 5'000) {
+            const QString script =
+                QStringLiteral("ulimit -v %1; exec \"$0\" fields \"$1\"").arg(limit);
+            const Outcome outcome = runProgram("sh", { "-c", script, TESSEL_PROGRAM, path });
+            const bool isStarted = outcome.errors.startsWith(path.toUtf8());
+            if (outcome.status == 0 || !isStarted)
+                continue;
+            isTold = true;
+            QCOMPARE(outcome.output, QByteArray());
+            QVERIFY2(outcome.errors.contains("more memory than there is; end other programs")
+                    || outcome.errors.contains("too little memory may cause that"),
+                outcome.errors.constData());
+        }
+        QVERIFY(isTold);
+    }
 }
 
 void tst_StatCommand::damagedLabelsEndWithAStatus_data()

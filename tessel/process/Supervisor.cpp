@@ -140,7 +140,8 @@ QString Supervisor::describeEnd(int signal) const
                                                   : QStringLiteral("reading it");
     const QString name = QString::fromLocal8Bit(strsignal(signal));
     if (isCrash(signal))
-        return QStringLiteral("%1 ended with a crash (%2); a damaged file may cause that")
+        return QStringLiteral("%1 ended with a crash (%2); a damaged file or too little memory may "
+                              "cause that")
             .arg(what, name);
     switch (signal) {
     case NoMemory:

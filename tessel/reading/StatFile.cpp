@@ -1,6 +1,7 @@
 #include "reading/StatFile.h"
 
 #include "process/Console.h"
+#include "text/ShownText.h"
 
 #include <model_Tessel/SPSSDataImport.h>
 #include <model_Tessel/STATADataImport.h>
@@ -8,7 +9,9 @@
 #include <model_Tessel/StatInput.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <new>
 #include <utility>
 
 #include <fcntl.h>
@@ -41,13 +44,32 @@ private:
     int m_output;
 };
 
+// Of several things that libreadstat told the first; tellMore() has the others.
 QString describe(const TStatOutcome& outcome)
 {
     if (outcome.errorText.isEmpty())
         return QStringLiteral("it ends early");
-    QStringList texts { outcome.errorText };
-    texts += outcome.errorDetails;
-    return texts.join(QLatin1String("; "));
+    if (outcome.errorDetails.isEmpty())
+        return outcome.errorText;
+    return outcome.errorText + QLatin1String("; ") + shortened(outcome.errorDetails.constFirst());
+}
+
+void tellMore(const QString& path, const TStatOutcome& outcome)
+{
+    for (const QString& detail : outcome.errorDetails.mid(1)) {
+        Console::tell(path, 0, Console::Severity::Note,
+            QStringLiteral("libreadstat says: %1").arg(shortened(detail)),
+            QStringLiteral("libreadstat"));
+    }
+}
+
+// libreadstat says the same where a piece is larger than it takes, 16 MiB. Where memory is lacking
+// there is no room for a few of those. Direct calls, as the compiler may leave out expressions.
+void checkMemory(const TStatOutcome& outcome)
+{
+    constexpr std::size_t SomePieces = 4 * 16 * 1024 * 1024;
+    if (outcome.error == READSTAT_ERROR_MALLOC)
+        ::operator delete(::operator new(SomePieces));
 }
 
 bool failRead(const QString& path, const QString& reason)
@@ -70,12 +92,8 @@ QString unsupportedText(TStatFileKind kind, const QString& name, const QString& 
 }
 
 // False when there is nothing to list. Value labels may be damaged where the variables are not.
-bool checkWhole(const QString& path, const TStatFileDescription& file, bool& isPartial)
+bool tellUnread(const QString& path, const TStatFileDescription& file, bool& isPartial)
 {
-    if (file.isWhole())
-        return true;
-    if (!file.outcome.inputFailure.isEmpty())
-        return failRead(path, file.outcome.inputFailure);
     isPartial = file.variablesOutcome.isWhole();
     if (isPartial) {
         failInput(path, 0,
@@ -99,6 +117,19 @@ bool checkWhole(const QString& path, const TStatFileDescription& file, bool& isP
     return failInput(path, 0,
         QStringLiteral("cannot be read as %1 file: %2; if it is damaged or cut off, get it anew")
             .arg(name, describe(file.variablesOutcome)));
+}
+
+bool checkWhole(const QString& path, const TStatFileDescription& file, bool& isPartial)
+{
+    if (file.isWhole())
+        return true;
+    if (!file.outcome.inputFailure.isEmpty())
+        return failRead(path, file.outcome.inputFailure);
+    checkMemory(file.outcome);
+    checkMemory(file.variablesOutcome);
+    const bool isListed = tellUnread(path, file, isPartial);
+    tellMore(path, isListed ? file.outcome : file.variablesOutcome);
+    return isListed;
 }
 
 bool isAscii(const QString& text)
@@ -172,6 +203,7 @@ std::unique_ptr<TDataImport> importStatFile(
     const TStatOutcome outcome = readStatOutcome(input, file.kind);
     if (!checkRead(input))
         return nullptr;
+    checkMemory(outcome);
     if (!outcome.isWhole() && !isPartial) {
         isPartial = true;
         failInput(file.path, 0,
