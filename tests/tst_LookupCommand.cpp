@@ -116,6 +116,7 @@ private slots:
     void reportThatCannotBeWritten();
     void reportInABrowser();
     void manyMessages();
+    void longKeys();
     void longFile();
     void progressOnATerminal();
 
@@ -451,6 +452,25 @@ void tst_LookupCommand::manyMessages()
     QCOMPARE(table.status, 1);
     QCOMPARE(table.output.count("already exists"), Count);
     QVERIFY(!table.output.contains("Too many"));
+}
+
+// A message quotes what fits a line, and names the line.
+void tst_LookupCommand::longKeys()
+{
+    const QByteArray key(100'000, 'k');
+    const QString file = fileOf("01,a\n" + key + ",b\n" + key + ",c\n");
+    const QString quote = QString(80, 'k') + "...";
+    const QStringList expected { "Key [" + quote
+            + "] has a different key size [100000] from the first record [2]",
+        "Key [" + quote + "] has a different key size [100000] from the first record [2]",
+        "Key [" + quote + "] already exists" };
+    QStringList texts;
+    const QJsonArray messages = jsonOf({ file }).value("messages").toArray();
+    for (const QJsonValue& message : messages)
+        texts.append(message.toObject().value("text").toString());
+    std::sort(texts.begin(), texts.end(), std::greater<QString>());
+    QCOMPARE(texts, expected);
+    QVERIFY(runLookup({ file }).output.size() < 2000);
 }
 
 void tst_LookupCommand::longFile()

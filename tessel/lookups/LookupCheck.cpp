@@ -3,6 +3,7 @@
 #include "lookups/SeparatorGuess.h"
 #include "reading/InputFile.h"
 #include "process/Progress.h"
+#include "text/ShownText.h"
 
 #include <QTextCodec>
 
@@ -60,6 +61,9 @@ public:
     {
         using Kind = TOxLookupProblem::Kind;
         m_outcome.problems.append(problem);
+        const QString shortKey = shortened(problem.key);
+        if (shortKey != problem.key)
+            m_outcome.problems.last().text.replace(problem.key, shortKey);
         if (problem.kind == Kind::NoSeparator) {
             ++m_outcome.withoutSeparator;
             m_lineWithoutSeparator = problem.line;

@@ -3,6 +3,7 @@
 #include "writers/ExportText.h"
 #include "writers/SqlNames.h"
 #include "writers/SqlValueTables.h"
+#include "text/ShownText.h"
 
 #include <QFileInfo>
 
@@ -133,7 +134,7 @@ Table SqlWriter::tableOf(const FieldGroup& group)
     Table table;
     const ListedRecord* record = group.record;
     const QString wanted = record ? record->name : QFileInfo(m_listing.file).completeBaseName();
-    table.name = m_tableNames.take(wanted, QStringLiteral("table %1").arg(wanted));
+    table.name = m_tableNames.take(wanted, QStringLiteral("table %1").arg(shortened(wanted)));
     table.about = record ? record->label : titleOf(m_listing);
     SqlNames names(m_notes);
     if (record) {
@@ -227,8 +228,8 @@ void SqlWriter::addColumns(
 {
     for (const int field : fields) {
         const QString wanted = m_listing.fields.at(field).name;
-        const QString name =
-            names.take(wanted, QStringLiteral("column %1 of table %2").arg(wanted, table.name));
+        const QString name = names.take(
+            wanted, QStringLiteral("column %1 of table %2").arg(shortened(wanted), table.name));
         table.columns.append({ name, field, areKeys });
     }
 }
