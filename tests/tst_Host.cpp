@@ -347,12 +347,17 @@ void tst_Host::markedCodes()
     file.write("[Dictionary]\nName=D\n[Record]\nName=R\n[Item]\nName=N\nStart=1\nLen=2\n"
                "[ValueSet]\nName=N_VS1\nValue=0;None\nValue=1;One\nValue=98;Unasked\n"
                "Name=NOTAPPL ,Special\nValue=99;Unknown\nName=MISSING ,Special\n"
+               "Value=97;Forgotten\nName=MISSING ,Special\n"
+               "[Item]\nName=Z\nStart=5\nLen=1\nOccurrences=2\n[ValueSet]\nName=Z_VS1\n"
+               "Value=0;Unknown\nName=MISSING ,Special\nValue=1;One\n"
                "[Item]\nName=T\nStart=3\nLen=2\nDataType=Alpha\n"
                "[ValueSet]\nName=T_VS1\nValue='99';Ninety-nine\nValue='0';Nought\n");
     file.close();
     QVERIFY(host.open(file.fileName()));
     host.select("N");
-    QCOMPARE(kinds(), QStringList({ "98=not applicable", "99=missing" }));
+    QCOMPARE(kinds(), QStringList({ "98=not applicable", "99=missing", "97=missing" }));
+    host.select("Z_2");
+    QCOMPARE(kinds(), QStringList({ "0=missing" }));
     host.select("T");
     QCOMPARE(kinds(), QStringList());
     QVERIFY(host.open(example("household.sav")));
@@ -616,7 +621,8 @@ void tst_Host::model()
 // The picture that the documentation shows; TESSEL_HOST_PICTURE names another file for it.
 void tst_Host::picture()
 {
-    const QString path = qEnvironmentVariable("TESSEL_HOST_PICTURE", "host.png");
+    QTemporaryDir folder;
+    const QString path = qEnvironmentVariable("TESSEL_HOST_PICTURE", folder.filePath("host.png"));
     Host host;
     QVERIFY(QTest::qWaitForWindowExposed(&host.window));
     QVERIFY(host.open(example("census.dcf")));

@@ -78,6 +78,8 @@ private slots:
     void helpIntoFullDevice();
     void terminalShowsMarks_data();
     void terminalShowsMarks();
+    void terminalShowsMarksOfLookups_data();
+    void terminalShowsMarksOfLookups();
     void tooLittleMemory();
 
 private:
@@ -364,6 +366,39 @@ void tst_Output::terminalShowsMarks()
     QVERIFY(isJson || shown.contains("A" + escape + "[31mB"));
     // All lines end as they do elsewhere, the terminal adding its carriage returns.
     QCOMPARE(shown.count('\n'), piped.count('\n'));
+}
+
+void tst_Output::terminalShowsMarksOfLookups_data()
+{
+    QTest::addColumn<QString>("options");
+    QTest::newRow("table") << QString();
+    QTest::newRow("csv") << "-f csv";
+    QTest::newRow("json") << "-f json";
+    QTest::newRow("report") << "-o rest --report /proc/self/fd/1";
+}
+
+// Keys and texts stand in messages, in the comparison and among the frequencies.
+void tst_Output::terminalShowsMarksOfLookups()
+{
+    QFETCH(QString, options);
+    if (QProcess::execute("script", { "-qec", "true", "/dev/null" }) != 0)
+        QSKIP("no terminal can be had here");
+    QVERIFY(writeFile(path("hostile.dcf"), hostileDictionary()));
+    QVERIFY(writeFile(
+        path("lookup.txt"), "1,plain\n2," + hostile + "\n" + hostile + ",x\n" + hostile + ",x\n"));
+    const QString command = "lookup -s comma --frequencies --against hostile.dcf:I " + options;
+    const QByteArray escape = QString(QChar(0x241B)).toUtf8();
+    const QByteArray mark = QString(QChar::ReplacementCharacter).toUtf8();
+    const QString inner = QStringLiteral("cd '%1' && '%2' %3 lookup.txt")
+                              .arg(m_folder->path(), TESSEL_PROGRAM, command);
+    const QByteArray shown = runProgram("script", { "-qec", inner, "/dev/null" }).output;
+    QVERIFY(!shown.contains('\x1B'));
+    QVERIFY(!shown.contains("\xE2\x80\xAE"));
+    QVERIFY(!shown.contains("\xC2\x9B"));
+    // Two messages of another length, one of a key twice, a key without a label, a label, two
+    // values.
+    QVERIFY2(shown.count("B" + mark + "C") >= 6, shown.constData());
+    QVERIFY(options.contains("json") || shown.contains(escape) || options.contains("report"));
 }
 
 void tst_Output::tooLittleMemory()

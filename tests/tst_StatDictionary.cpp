@@ -72,6 +72,8 @@ private slots:
     void setsOutOfUseAreKept();
     void setThatTheFileLacks();
     void textsAreDecodedAsWhatTheyAre();
+    void characteristics_data();
+    void characteristics();
     void leavesTheImporterAlone();
     void fileThatCannotBeRead_data();
     void fileThatCannotBeRead();
@@ -586,6 +588,66 @@ void TestStatDictionary::textsAreDecodedAsWhatTheyAre()
     QCOMPARE(description.variables.at(0).label, QString::fromUtf8(u8"año in €"));
     QCOMPARE(
         textsOf(description.labelSets.at(0).labels), QStringList(QString::fromUtf8(u8"1=señor")));
+}
+
+void TestStatDictionary::characteristics_data()
+{
+    QTest::addColumn<int>("format");
+    for (const int format : { 105, 108, 110, 114, 115, 117, 118, 119 })
+        QTest::addRow("%d", format) << format;
+}
+
+// Of the file and of variables, in the encoding of the format. libreadstat writes notes of the file
+// alone, so others are made of those.
+void TestStatDictionary::characteristics()
+{
+    QFETCH(int, format);
+    const bool isUnicode = format >= 118;
+    const QByteArray text = isUnicode ? u8"se\u00f1or \u20ac" : "se\xf1or \x80";
+    const QString expected = QString::fromUtf8(u8"se\u00f1or \u20ac");
+    StatFileWriter writer;
+    QCOMPARE(readstat_writer_set_file_format_version(writer.get(), quint8(format)), READSTAT_OK);
+    for (int number = 1; number <= 5; ++number) {
+        const QByteArray note = text + ' ' + QByteArray::number(number);
+        readstat_add_note(writer.get(), note.constData());
+    }
+    writer.add("age", READSTAT_TYPE_INT32, nullptr);
+    writer.add("sex", READSTAT_TYPE_INT32, nullptr);
+    const QString name = path(QStringLiteral("written"));
+    QVERIFY(writer.write(name, TStatFileKind::Stata));
+
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QByteArray bytes = file.readAll();
+    const auto rename = [&bytes](const QByteArray& note, const QByteArray& owner,
+                            const QByteArray& newNote) {
+        const int at = bytes.indexOf(note + '\0');
+        const int ownerAt = bytes.lastIndexOf(QByteArray("_dta\0", 5), at);
+        bytes.replace(ownerAt, 5, owner.leftJustified(5, '\0'));
+        bytes.replace(at, 6, newNote.leftJustified(6, '\0'));
+    };
+    rename("note2", "_dta", "lang");
+    rename("note3", "age", "note2");
+    rename("note4", "age", "note1");
+    rename("note5", "age", "unit");
+    file.seek(0);
+    file.write(bytes);
+    file.close();
+
+    const TStatFileDescription description = readStatDescription(name, TStatFileKind::Stata);
+    QVERIFY(description.isWhole());
+    QCOMPARE(description.formatVersion, format);
+    QCOMPARE(description.notes, QStringList(expected + " 1"));
+    QCOMPARE(description.characteristics.size(), 1);
+    QCOMPARE(description.characteristics.at(0).name, QStringLiteral("lang"));
+    QCOMPARE(description.characteristics.at(0).text, expected + " 2");
+    const TStatVariableDescription& age = description.variables.at(0);
+    QCOMPARE(age.notes, QStringList({ expected + " 4", expected + " 3" }));
+    QCOMPARE(age.characteristics.size(), 1);
+    QCOMPARE(age.characteristics.at(0).name, QStringLiteral("unit"));
+    QCOMPARE(age.characteristics.at(0).text, expected + " 5");
+    QVERIFY(description.variables.at(1).notes.isEmpty());
+    QVERIFY(description.variables.at(1).characteristics.isEmpty());
 }
 
 void TestStatDictionary::leavesTheImporterAlone()
