@@ -105,7 +105,7 @@ void parseAsWritten(benchmark::State& state, const QString& path)
 {
     for (auto _ : state) {
         TCSPro parser;
-        parser.setReadingRules(CSProReadingRules::asWritten());
+        parser.setReading(CSProReading::AsWritten);
         parser.loadFromFile(path);
         benchmark::DoNotOptimize(parser.getItemsCount());
     }

@@ -53,7 +53,7 @@ inline void tearDown(TCSProDataImport& importer)
 }
 
 /*! Reads the \a size bytes at \a data as a dictionary and forgets it. */
-inline void readDictionary(const uint8_t* data, size_t size, const CSProReadingRules& rules)
+inline void readDictionary(const uint8_t* data, size_t size, CSProReading reading)
 {
     static const bool isQuiet = [] {
         QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
@@ -66,7 +66,7 @@ inline void readDictionary(const uint8_t* data, size_t size, const CSProReadingR
         return;
     file.close();
     TCSProDataImport importer(file.fileName());
-    importer.setReadingRules(rules);
+    importer.setReading(reading);
     importer.setDecimalQuestion([](const CSProProblem& problem) {
         return int(problem.line % 2 == 0 ? QMessageBox::Yes : QMessageBox::No);
     });

@@ -1,8 +1,10 @@
 #include <model_Tessel/CSPro.h>
 
+#include <model_Tessel/CSProEstablishedBuilder_p.h>
+#include <model_Tessel/CSProEstablishedReader_p.h>
 #include <model_Tessel/CSProJsonReader_p.h>
-#include <model_Tessel/CSProTextReader_p.h>
-#include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/CSProWrittenBuilder_p.h>
+#include <model_Tessel/CSProWrittenReader_p.h>
 #include <model_Tessel/Constants.h>
 #include <model_Tessel/DebugLog_p.h>
 #include <model_Tessel/ErrorManager.h>
@@ -13,7 +15,6 @@
 #include <QFile>
 #include <QTextCodec>
 
-#include <algorithm>
 #include <exception>
 
 namespace {
@@ -48,75 +49,9 @@ QTextCodec* likelyCodec(const QByteArray& bytes)
 
 const QString TCSPro::CSPRO_VER = QStringLiteral("CSPRO"); // clazy:exclude=non-pod-global-static
 
-TCSProItem::TCSProItem()
-    : valueSets(new QList<TCSProValueSet*>)
-{
-}
-
-TCSProItem::~TCSProItem() = default;
-
-int TCSProItem::getCount()
-{
-    valueSetCount = valueSets->size();
-    return valueSetCount;
-}
-
-bool TCSProItem::getHasValueSet() const
-{
-    return valueSets && !valueSets->isEmpty();
-}
-
-TCSProValueSet* TCSProItem::getValueSet(int index) const
-{
-    return valueSets->at(index);
-}
-
-const TCSProValueSet* TCSProItem::boundingValueSet() const
-{
-    const auto isBound = [](const TValueSetItem* entry) {
-        return !entry->special && isFiniteNumber(entry->code)
-            && (entry->highCode.isNull() || isFiniteNumber(entry->highCode));
-    };
-    const auto set =
-        std::find_if(valueSets->cbegin(), valueSets->cend(), [&](const TCSProValueSet* valueSet) {
-            return std::any_of(valueSet->items->cbegin(), valueSet->items->cend(), isBound);
-        });
-    return set == valueSets->cend() ? nullptr : *set;
-}
-
-void TCSProItem::addValueSet(TCSProValueSet* valueSet)
-{
-    if (!getHasValueSet()) // kept: an item has one value set at most
-        valueSets->append(valueSet);
-}
-
-// Kept: a record does not hold its items, they link to it.
-
-void TCSProRecord::addItem(TCSProItem* item)
-{
-    Q_UNUSED(item)
-}
-
-int TCSProRecord::getCount() const
-{
-    return 1;
-}
-
-TCSProItem* TCSProRecord::getItem(int index) const
-{
-    Q_UNUSED(index)
-    return nullptr;
-}
-
 TCSPro::TCSPro()
-    : commonRecord(new TCSProRecord)
-    , records(new QList<TCSProRecord*>)
-    , items(new QList<TCSProItem*>)
-    , currentRecord(commonRecord)
-    , m_builder(std::make_unique<CSProBuilder>(*this))
 {
-    commonRecord->name = QStringLiteral("Common");
-    commonRecord->recordTypeValue = QStringLiteral("_COMMON_");
+    useReading(CSProReading::Established);
     createMessageBox();
 }
 
@@ -135,17 +70,18 @@ void TCSPro::loadFromFile(const QString& path)
 
 void TCSPro::loadFromData(const QByteArray& bytes)
 {
+    const bool asWritten = m_reading == CSProReading::AsWritten;
     QTextCodec* codec = m_codec.isEmpty() ? nullptr : QTextCodec::codecForName(m_codec);
     if (!codec)
-        codec = m_rules.foundEncoding ? likelyCodec(bytes) : QTextCodec::codecForLocale();
+        codec = asWritten ? likelyCodec(bytes) : QTextCodec::codecForLocale();
     codec = QTextCodec::codecForUtfText(bytes, codec);
     m_encoding = codec->name();
-    if (m_rules.json && isJson(bytes)) {
+    if (asWritten && isJson(bytes)) {
         m_encoding = "UTF-8";
         guarded([&](int& line) { CSProJsonReader(*this, *m_builder).read(bytes, line); });
         return;
     }
-    const auto ends = m_rules.allLineEnds ? TextLines::Ends::All : TextLines::Ends::LineFeeds;
+    const auto ends = asWritten ? TextLines::Ends::All : TextLines::Ends::LineFeeds;
     parse(TextLines(bytes, *codec, ends).lines());
 }
 
@@ -168,6 +104,7 @@ template <typename Load> void TCSPro::guarded(Load load)
 {
     int index = 0;
     m_builder->beginLoad();
+    m_reader->beginLoad();
     try {
         load(index);
         m_builder->finishLoad();
@@ -203,14 +140,29 @@ void TCSPro::setDecimalQuestion(CSProDecimalQuestion question)
     m_decimalQuestion = std::move(question);
 }
 
-void TCSPro::setReadingRules(const CSProReadingRules& rules)
+void TCSPro::setReading(CSProReading reading)
 {
-    m_rules = rules;
+    if (reading != m_reading)
+        useReading(reading);
 }
 
-const CSProReadingRules& TCSPro::readingRules() const
+// The one place that chooses between the readings of text and of what it builds.
+void TCSPro::useReading(CSProReading reading)
 {
-    return m_rules;
+    m_reading = reading;
+    if (reading == CSProReading::AsWritten) {
+        m_builder = std::make_unique<CSProWrittenBuilder>(*this, m_findings);
+        m_reader = std::make_unique<CSProWrittenReader>(*this, *m_builder);
+    } else {
+        m_builder = std::make_unique<CSProEstablishedBuilder>(*this, m_findings,
+            [this](const CSProProblem& valueSet) { askAboutDecimals(valueSet); });
+        m_reader = std::make_unique<CSProEstablishedReader>(*this, *m_builder);
+    }
+}
+
+CSProReading TCSPro::reading() const
+{
+    return m_reading;
 }
 
 QByteArray TCSPro::textEncoding() const
@@ -220,13 +172,13 @@ QByteArray TCSPro::textEncoding() const
 
 const QVector<CSProLanguage>& TCSPro::languages() const
 {
-    return m_languages;
+    return m_findings.languages;
 }
 
 bool TCSPro::setLanguage(const QString& name)
 {
-    for (int i = 0; i < m_languages.size(); ++i) {
-        if (m_languages.at(i).name.compare(name, Qt::CaseInsensitive) == 0) {
+    for (int i = 0; i < m_findings.languages.size(); ++i) {
+        if (m_findings.languages.at(i).name.compare(name, Qt::CaseInsensitive) == 0) {
             m_language = i;
             return true;
         }
@@ -236,7 +188,7 @@ bool TCSPro::setLanguage(const QString& name)
 
 QString TCSPro::labelText(const QString& label) const
 {
-    if (m_languages.isEmpty())
+    if (m_findings.languages.isEmpty())
         return label;
     const QChar separator = QLatin1Char('|');
     const QString wanted = label.section(separator, m_language, m_language);
@@ -245,22 +197,22 @@ QString TCSPro::labelText(const QString& label) const
 
 const QVector<CSProLevel>& TCSPro::levels() const
 {
-    return m_levels;
+    return m_findings.levels;
 }
 
 const QVector<CSProRelation>& TCSPro::relations() const
 {
-    return m_relations;
+    return m_findings.relations;
 }
 
 QString TCSPro::note() const
 {
-    return m_note;
+    return m_findings.note;
 }
 
 const QVector<CSProProblem>& TCSPro::problems() const
 {
-    return m_problems;
+    return m_findings.problems;
 }
 
 // A section that starts at the line index; any other line is passed over.
@@ -268,35 +220,34 @@ template <typename Lines> void TCSPro::parseSection(const Lines& lines, int& ind
 {
     const QStringView header = QStringView(lines.at(index)).trimmed();
     if (header.size() < 2 || header.front() != QLatin1Char('[')) {
-        if (m_rules.wholeKeys && !header.isEmpty() && !isComment(header))
-            m_builder->noteOutside(index + 1, header.toString());
+        m_reader->readOutside(index + 1, header);
         return;
     }
-    m_builder->beginSection();
+    m_reader->beginSection();
     const QString text = header.toString();
-    CSProTextReader reader(*this, *m_builder);
     switch (getItemType(text)) {
     case DictionarySection:
-        reader.readDictionary(gatherSection(lines, index));
+        m_reader->readDictionary(gatherSection(lines, index));
         break;
     case RecordSection:
-        reader.readRecord(gatherSection(lines, index));
+        m_reader->readRecord(gatherSection(lines, index));
         break;
     case ItemSection:
-        reader.readItem(gatherSection(lines, index));
+        m_reader->readItem(gatherSection(lines, index));
         break;
     case ValueSetSection:
         if (m_builder->ignoresValueSets()) {
             // Kept: an ignored set's lines are left to the loop over all lines. Its name stands
             // before whatever may be a header to that loop, so no line is looked at twice here.
-            reader.ignoreValueSet(gatherSectionHead(lines, index));
+            m_reader->ignoreValueSet(gatherSectionHead(lines, index));
         } else {
-            reader.readValueSet(gatherSection(lines, index));
+            m_reader->readValueSet(gatherSection(lines, index));
         }
         break;
     default:
-        if (m_rules.wholeKeys || m_rules.structure || m_rules.languages)
-            reader.readOther(headerWord(text), text, gatherSection(lines, index));
+        // Kept: the established reading leaves the lines of other sections to that loop, too.
+        if (m_reading == CSProReading::AsWritten)
+            m_reader->readOther(headerWord(text), text, gatherSection(lines, index));
         break;
     }
 }
@@ -312,7 +263,7 @@ int TCSPro::getItemType(const QString& header)
         return ItemSection;
     if (word == CSProTypeValueSet)
         return ValueSetSection;
-    m_builder->useCommonRecord(); // what makes the items after "[IdItems]" common ones
+    currentRecord = commonRecord; // what makes the items after "[IdItems]" common ones
     return OtherSection;
 }
 
@@ -350,25 +301,25 @@ int TCSPro::processLineToInt(const QStringList& section, const QString& key, int
 
 void TCSPro::processDictionary(QStringList* lines, int& index)
 {
-    CSProTextReader(*this, *m_builder).readDictionary(gatherSection(*lines, index));
+    m_reader->readDictionary(gatherSection(*lines, index));
 }
 
 void TCSPro::processRecord(QStringList* lines, int& index)
 {
-    CSProTextReader(*this, *m_builder).readRecord(gatherSection(*lines, index));
+    m_reader->readRecord(gatherSection(*lines, index));
 }
 
 // Outside a load a section has the limit of one for itself.
 void TCSPro::processItem(QStringList* lines, int& index)
 {
     m_builder->beginLoad();
-    CSProTextReader(*this, *m_builder).readItem(gatherSection(*lines, index));
+    m_reader->readItem(gatherSection(*lines, index));
 }
 
 void TCSPro::processValueSet(QStringList* lines, int& index)
 {
     if (!m_builder->ignoresValueSets())
-        CSProTextReader(*this, *m_builder).readValueSet(gatherSection(*lines, index));
+        m_reader->readValueSet(gatherSection(*lines, index));
     m_builder->finishItem();
 }
 
@@ -437,10 +388,23 @@ void TCSPro::showMessageBoxDecimal(const QString& text, const QString& informati
                                       : showMessageBox(text, informativeText, title, icon);
 }
 
+void TCSPro::askAboutDecimals(const CSProProblem& valueSet)
+{
+    m_decimalCase = valueSet;
+    showMessageBoxDecimal(tr("<b>A decimal number was found</b>"),
+        tr("Would you like to convert it to an integer number?"), tr("Caution"),
+        QMessageBox::Question);
+}
+
 void TCSPro::showMessageBoxUndefined(const QString& text, const QString& informativeText,
     const QString& title, QMessageBox::Icon icon)
 {
     if (undefinedAnswer == 1 || undefinedAnswer == 2)
         return;
     undefinedButton = showMessageBox(text, informativeText, title, icon);
+}
+
+void TCSPro::processOtherRanges(TCSProValueSet* valueSet, TValueSetItem* entry)
+{
+    storeSeparately(*valueSet, *entry);
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <model_Tessel/CSProItem.h>
+#include <model_Tessel/CSProModel.h>
 #include <model_Tessel/CSProProblem.h>
-#include <model_Tessel/CSProReadingRules.h>
+#include <model_Tessel/CSProReading.h>
 #include <model_Tessel/CSProStructure.h>
 #include <model_Tessel/model_Tessel_global.h>
 
@@ -14,97 +16,11 @@
 #include <QVector>
 
 #include <functional>
-#include <map>
 #include <memory>
 
 class CSProBuilder;
-class TCSProRecord;
-class TCSProValueSet;
+class CSProTextReader;
 class TValueSetItem;
-
-/*!
- * One item of a CSPro dictionary, or one occurrence of a repeated item.
- *
- * Format: section "[Item]" of a CSPro data dictionary, text form.
- * Ownership: made by TCSPro and never deleted by the library, as are the value sets.
- */
-class MODEL_TESSEL_EXPORT TCSProItem : public QObject {
-public:
-    TCSProItem();
-    ~TCSProItem() override;
-
-    /*! Number of value sets, also stored in \c valueSetCount. */
-    int getCount();
-    /*! True when the item has a value set. */
-    bool getHasValueSet() const;
-    /*! Value set \a index, from 0; the index is not checked. */
-    TCSProValueSet* getValueSet(int index) const;
-    /*!
-     * The value set that bounds the numbers of the item: the first with an ordinary code that is a
-     * number. Null when there is none.
-     */
-    const TCSProValueSet* boundingValueSet() const;
-    /*! Gives the item its value set; a second one is ignored. */
-    void addValueSet(TCSProValueSet* valueSet);
-
-    int valueSetCount = 0; /*!< what getCount() returned last */
-    QString label;
-    QString missingCode; /*!< code of the missing value, with its blanks; empty: none */
-    QString name; /*!< of an occurrence: ends in "_" and the character whose code is its number */
-    QString notApplicableCode; /*!< code of the not-applicable value; empty: none */
-    int isAlpha = 0; /*!< 1: alphanumeric, 0: numeric */
-    int decimal = 0; /*!< implied decimal places */
-    int isSubItem = 0; /*!< 1: describes columns of the item before it */
-    int len = 0; /*!< width in columns, of one occurrence */
-    int occurrences = 1;
-    int start = 1; /*!< first column in the data line, from 1 */
-    bool hasDecimalChar = false; /*!< the data carry the decimal point */
-    bool isZeroFill = false;
-    int firstOccurrenceIndex = 0; /*!< of an occurrence: index of the first one among all items */
-    TCSProRecord* record = nullptr; /*!< record that holds the item; not owned */
-    QList<TCSProValueSet*>* valueSets; /*!< at most one, unless the rules say otherwise */
-
-    QString dictionaryName; /*!< \c name without what marks an occurrence */
-    int occurrence = 0; /*!< number of the occurrence, from 1; 0 for an item that is not repeated */
-    int sourceLine = 0; /*!< line of the item's header in the dictionary, from 1; 0: unknown */
-    int level = 0; /*!< level of the questionnaire, from 1; 0: not read */
-    QString refusedCode; /*!< code of a refused answer; empty: none */
-    QString note;
-    QString occurrenceLabel; /*!< of an occurrence */
-    QVector<QString> occurrenceLabels; /*!< of the item, from the first occurrence on */
-    TCSProItem* parent = nullptr; /*!< item that a subitem describes columns of; not owned */
-    QString contentType; /*!< of a binary item, for example "image"; empty: text */
-
-private:
-    Q_DISABLE_COPY(TCSProItem)
-};
-
-/*!
- * One record of a CSPro dictionary. It does not hold its items: those link to it.
- *
- * Format: section "[Record]" of a CSPro data dictionary, text form.
- */
-class MODEL_TESSEL_EXPORT TCSProRecord {
-public:
-    /*! Does nothing. */
-    void addItem(TCSProItem* item);
-    /*! 1, always. */
-    int getCount() const;
-    /*! Null, always. */
-    TCSProItem* getItem(int index) const;
-
-    QString label;
-    QString name;
-    QString recordTypeValue; /*!< code in the data line, without its quotes */
-    QString required; /*!< "Required" as written */
-    int maxRecords = 100; /*!< most records of this type in one case */
-    int recordLen = 0; /*!< last column of the record */
-
-    int level = 0; /*!< level of the questionnaire, from 1; 0: not read */
-    QString note;
-    QVector<QString> occurrenceLabels; /*!< from the first record of its type on */
-    int sourceLine = 0; /*!< line of the record's header in the dictionary, from 1; 0: unknown */
-};
 
 /*!
  * Answers the question whether decimal codes become integers, in place of the modal dialog.
@@ -116,7 +32,7 @@ using CSProDecimalQuestion = std::function<int(const CSProProblem&)>;
 
 /*!
  * Reads a CSPro data dictionary into records, items and value sets: its text form, and its JSON
- * form where the reading rules say so.
+ * form when it is read as written.
  *
  * The reader is tolerant: unknown sections and keys are passed over, missing and malformed values
  * give defaults; what it passed over is listed in problems(). Only an exception ends a load, with
@@ -125,7 +41,7 @@ using CSProDecimalQuestion = std::function<int(const CSProProblem&)>;
  * Ownership: records, items, value sets and the two lists are never deleted by the library, so
  * pointers to them outlive the parser. Threads: the GUI thread, for the dialogs.
  */
-class MODEL_TESSEL_EXPORT TCSPro : public QObject {
+class MODEL_TESSEL_EXPORT TCSPro : public QObject, public CSProModel {
 public:
     TCSPro();
     ~TCSPro() override;
@@ -150,9 +66,9 @@ public:
     void setTextCodec(const QByteArray& name);
     /*! Who answers the decimal-code question; empty: the user, in a modal dialog. */
     void setDecimalQuestion(CSProDecimalQuestion question);
-    /*! How the loads after it read; the established rules without it. */
-    void setReadingRules(const CSProReadingRules& rules);
-    const CSProReadingRules& readingRules() const;
+    /*! How the loads after it read; the established reading without it. */
+    void setReading(CSProReading reading);
+    CSProReading reading() const;
     /*! Name of the codec that the last file was decoded with; empty before. */
     QByteArray textEncoding() const;
     /*! The dictionary's languages, in the order of their texts in a label. */
@@ -231,48 +147,23 @@ public:
 
     static const QString CSPRO_VER; /*!< "CSPRO" */
 
-    int recordTypeStart = 1; /*!< column of the record-type code in a data line, from 1 */
-    int recordTypeLen = 1; /*!< width of the record-type code; 0: one record type */
-    QMessageBox* msgBox = nullptr; /*!< the one dialog; owned; null in a program without widgets */
-    int recordsCount = 0; /*!< what getRecordsCount() returned last */
-    int decimalAnswer = 0; /*!< 0 none, 1 yes to all, 2 no to all */
-    int undefinedAnswer = 0; /*!< 0 none, 1 yes to all, 2 no to all */
-    int decimalButton = 0; /*!< QMessageBox::StandardButton pressed last */
-    int undefinedButton = 0; /*!< QMessageBox::StandardButton pressed last */
-    QString version;
-    QString label;
-    QString name;
-    QString positions; /*!< "Positions" as written */
-    QString zeroFill; /*!< "ZeroFill" as written */
-    QString decimalChar; /*!< "DecimalChar" as written */
-    TCSProRecord* commonRecord; /*!< holds the identification items; not among \c records */
-    QList<TCSProRecord*>* records; /*!< in file order */
-    std::map<QString, TCSProRecord*> recordsByValue; /*!< latest record of each value */
-    QList<TCSProItem*>* items; /*!< of all records, in file order, occurrences one by one */
-    TCSProItem* lastItem = nullptr; /*!< item added last, which the next value set describes */
-    TCSProRecord* currentRecord; /*!< record that receives the next items */
-    bool lastItemNumeric = false; /*!< the last "[Item]" section is not alphanumeric */
-
 private:
     Q_DISABLE_COPY(TCSPro)
-
-    friend class CSProBuilder;
 
     template <typename Load> void guarded(Load load);
     template <typename Lines> void parse(const Lines& lines);
     template <typename Lines> void parseSection(const Lines& lines, int& index);
     void createMessageBox();
+    void askAboutDecimals(const CSProProblem& valueSet);
+    void useReading(CSProReading reading);
 
     QByteArray m_codec;
     CSProDecimalQuestion m_decimalQuestion;
     CSProProblem m_decimalCase; // what showMessageBoxDecimal() asks about
-    CSProReadingRules m_rules;
+    CSProReading m_reading = CSProReading::Established;
+    CSProFindings m_findings;
     std::unique_ptr<CSProBuilder> m_builder;
+    std::unique_ptr<CSProTextReader> m_reader;
     QByteArray m_encoding;
-    QString m_note;
-    QVector<CSProLanguage> m_languages;
     int m_language = 0; // index among the languages
-    QVector<CSProLevel> m_levels;
-    QVector<CSProRelation> m_relations;
-    QVector<CSProProblem> m_problems;
 };

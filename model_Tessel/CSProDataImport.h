@@ -63,8 +63,8 @@ public:
 
     /*! As TCSPro::setTextCodec(), for the dictionaries opened after it. */
     void setTextCodec(const QByteArray& name);
-    /*! As TCSPro::setReadingRules(), for the dictionaries opened after it. */
-    void setReadingRules(const CSProReadingRules& rules);
+    /*! As TCSPro::setReading(), for the dictionaries opened after it. */
+    void setReading(CSProReading reading);
     /*! Chooses the language of the fields' labels as TCSPro::setLanguage() does. */
     void setLanguage(const QString& name);
     /*! As TCSPro::setDecimalQuestion(), for the dictionaries opened after it. */
@@ -84,7 +84,7 @@ private:
     void finishReading();
 
     QByteArray m_codec;
-    CSProReadingRules m_rules;
+    CSProReading m_reading = CSProReading::Established;
     QString m_language;
     CSProDecimalQuestion m_decimalQuestion;
 };
@@ -112,8 +112,11 @@ public:
 
     QString group;
     TCSProItem* item = nullptr; /*!< what the field stands for; not owned */
-    bool readsCodes = false; /*!< codes compare as numbers, or without trailing blanks */
-    bool scalesValues = false; /*!< implied decimals scale a text without a point of its own */
+    /*!
+     * The item was read as written: codes compare as numbers or without trailing blanks, and
+     * implied decimals scale a text without a point of its own.
+     */
+    bool isAsWritten = false;
 
 private:
     bool isCode(const QString& code) const;

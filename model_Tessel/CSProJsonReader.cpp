@@ -1,6 +1,7 @@
 #include <model_Tessel/CSProJsonReader_p.h>
 
-#include <model_Tessel/CSProTextReader_p.h>
+#include <model_Tessel/CSProLengthRange_p.h>
+#include <model_Tessel/CSProWrittenReader_p.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -63,8 +64,8 @@ CSProJsonReader::Step::~Step()
     m_reader.m_path.removeLast();
 }
 
-CSProJsonReader::CSProJsonReader(TCSPro& dictionary, CSProBuilder& builder)
-    : m_dictionary(dictionary)
+CSProJsonReader::CSProJsonReader(CSProModel& model, CSProBuilder& builder)
+    : m_model(model)
     , m_builder(builder)
 {
 }
@@ -76,12 +77,12 @@ void CSProJsonReader::read(const QByteArray& bytes, int& line)
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (error.error != QJsonParseError::NoError) {
         line = json.left(error.offset).count('\n');
-        m_builder.note(Kind::InvalidJson, line + 1, QString(), error.errorString());
+        m_builder.report(Kind::InvalidJson, line + 1, QString(), error.errorString());
         throw std::runtime_error("invalid JSON");
     }
     const QJsonObject root = document.object();
     if (!root.value(QLatin1String("levels")).isArray()) {
-        m_builder.note(Kind::InvalidJson, 0, QString(),
+        m_builder.report(Kind::InvalidJson, 0, QString(),
             QStringLiteral("it has no levels, so it is no CSPro dictionary"));
         throw std::runtime_error("no dictionary");
     }
@@ -90,33 +91,32 @@ void CSProJsonReader::read(const QByteArray& bytes, int& line)
 
 void CSProJsonReader::readRoot(const QJsonObject& root)
 {
-    noteUnknown(root,
+    reportUnknown(root,
         { "software", "version", "fileType", "editable", "name", "aliases", "labels", "note",
             "languages", "security", "readOptimization", "enableBinaryItems", "recordType",
             "defaults", "relativePositions", "levels", "relations" });
     forEachObject(root, "languages", [&](const QJsonObject& language) {
         const QString name = text(language, "name");
-        m_languages.insert(name, m_dictionary.languages().size());
-        m_builder.addLanguage({ name, text(language, "label") });
+        m_languages.insert(name, m_builder.addLanguage({ name, text(language, "label") }));
     });
-    m_dictionary.version = text(root, "software");
+    m_model.version = text(root, "software");
     const QJsonValue version = member(root, "version");
     if (version.isDouble())
-        m_dictionary.version += QLatin1Char(' ') + QString::number(version.toDouble(), 'f', 1);
+        m_model.version += QLatin1Char(' ') + QString::number(version.toDouble(), 'f', 1);
     else if (!version.isUndefined())
-        noteType("version");
-    m_dictionary.name = text(root, "name");
-    m_dictionary.label = labels(root);
+        reportType("version");
+    m_model.name = text(root, "name");
+    m_model.label = labels(root);
     m_builder.setNote(text(root, "note"));
     const QJsonObject recordType = object(root, "recordType");
-    m_dictionary.recordTypeStart = number(recordType, "start", 0);
-    m_dictionary.recordTypeLen = number(recordType, "length", 0);
+    m_model.recordTypeStart = number(recordType, "start", 0);
+    m_model.recordTypeLen = number(recordType, "length", 0);
     const QJsonObject defaults = object(root, "defaults");
     m_zeroFill = flag(defaults, "zeroFill", false);
-    m_dictionary.zeroFill = yesOrNo(m_zeroFill);
-    m_dictionary.decimalChar = yesOrNo(flag(defaults, "decimalMark", false));
+    m_model.zeroFill = yesOrNo(m_zeroFill);
+    m_model.decimalChar = yesOrNo(flag(defaults, "decimalMark", false));
     m_isRelative = flag(root, "relativePositions", true);
-    m_dictionary.positions = m_isRelative ? QStringLiteral("Relative") : QStringLiteral("Absolute");
+    m_model.positions = m_isRelative ? QStringLiteral("Relative") : QStringLiteral("Absolute");
     m_firstColumn = lastFixedColumn(root) + 1;
 
     forEachObject(root, "levels", [&](const QJsonObject& level) { readLevel(level); });
@@ -126,9 +126,8 @@ void CSProJsonReader::readRoot(const QJsonObject& root)
 // The last column that the record type and the identification items of all levels use.
 int CSProJsonReader::lastFixedColumn(const QJsonObject& root)
 {
-    qint64 last = m_dictionary.recordTypeLen > 0
-        ? qint64(m_dictionary.recordTypeStart) + m_dictionary.recordTypeLen - 1
-        : 0;
+    qint64 last =
+        m_model.recordTypeLen > 0 ? qint64(m_model.recordTypeStart) + m_model.recordTypeLen - 1 : 0;
     const QJsonArray levels = root.value(QLatin1String("levels")).toArray();
     for (const QJsonValue& level : levels) {
         const QJsonObject ids = level.toObject().value(QLatin1String("ids")).toObject();
@@ -148,9 +147,9 @@ int CSProJsonReader::lastFixedColumn(const QJsonObject& root)
 void CSProJsonReader::readLevel(const QJsonObject& level)
 {
     const Step step(*this, level);
-    noteUnknown(level, { "name", "aliases", "labels", "note", "ids", "records" });
+    reportUnknown(level, { "name", "aliases", "labels", "note", "ids", "records" });
     m_builder.addLevel({ text(level, "name"), labels(level), text(level, "note") });
-    m_builder.useCommonRecord();
+    m_model.currentRecord = m_model.commonRecord;
     readItems(array(object(level, "ids"), "items"));
     forEachObject(level, "records", [&](const QJsonObject& record) { readRecord(record); });
 }
@@ -158,7 +157,7 @@ void CSProJsonReader::readLevel(const QJsonObject& level)
 void CSProJsonReader::readRecord(const QJsonObject& object)
 {
     const Step step(*this, object);
-    noteUnknown(
+    reportUnknown(
         object, { "name", "aliases", "labels", "note", "recordType", "occurrences", "items" });
     auto record = std::make_unique<TCSProRecord>();
     record->name = text(object, "name");
@@ -174,9 +173,9 @@ void CSProJsonReader::readRecord(const QJsonObject& object)
     m_nextColumn = m_firstColumn;
     readItems(array(object, "items"));
     qint64 last = m_firstColumn - 1;
-    const int count = m_dictionary.items->size();
-    for (int i = count - 1; i >= 0 && m_dictionary.items->at(i)->record == added; --i) {
-        const TCSProItem* item = m_dictionary.items->at(i);
+    const int count = m_model.items->size();
+    for (int i = count - 1; i >= 0 && m_model.items->at(i)->record == added; --i) {
+        const TCSProItem* item = m_model.items->at(i);
         last = std::max(last, qint64(item->start) + item->len - 1);
     }
     added->recordLen = column(last);
@@ -188,14 +187,14 @@ void CSProJsonReader::readItems(const QJsonArray& items)
         if (item.isObject())
             readItem(item.toObject());
         else
-            noteType("items");
+            reportType("items");
     }
 }
 
 void CSProJsonReader::readItem(const QJsonObject& object)
 {
     const Step step(*this, object);
-    noteUnknown(object,
+    reportUnknown(object,
         { "name", "aliases", "labels", "note", "contentType", "start", "length", "subitem",
             "subitemOffset", "decimals", "decimalMark", "zeroFill", "occurrences", "capture",
             "valueSets" });
@@ -209,7 +208,7 @@ void CSProJsonReader::readItem(const QJsonObject& object)
     if (!isNumeric && contentType != QLatin1String("alpha"))
         item->contentType = contentType;
     if (!isContentType(contentType))
-        noteType("contentType");
+        reportType("contentType");
     item->isSubItem = flag(object, "subitem", false) ? 1 : 0;
     item->len = number(object, "length", 0);
     item->decimal = number(object, "decimals", 0);
@@ -220,7 +219,7 @@ void CSProJsonReader::readItem(const QJsonObject& object)
     item->occurrenceLabels = occurrenceLabels(occurrences, item->occurrences);
     placeItem(object, *item);
     m_itemLength = item->len;
-    m_dictionary.lastItemNumeric = isNumeric;
+    m_model.lastItemNumeric = isNumeric;
     m_builder.addItem(std::move(item));
     forEachObject(
         object, "valueSets", [&](const QJsonObject& valueSet) { readValueSet(valueSet); });
@@ -246,80 +245,79 @@ void CSProJsonReader::readValueSet(const QJsonObject& object)
 {
     const Step step(*this, object);
     if (m_builder.ignoresValueSets()) {
-        m_builder.noteValueSet(Kind::ValueSetIgnored, 0, text(object, "name"));
+        m_builder.reportValueSet(Kind::ValueSetIgnored, 0, text(object, "name"));
         return;
     }
-    noteUnknown(object, { "name", "aliases", "labels", "note", "link", "values" });
+    reportUnknown(object, { "name", "aliases", "labels", "note", "link", "values" });
     CSProBuilder::ValueSetPointer valueSet(new TCSProValueSet);
     valueSet->name = text(object, "name");
     valueSet->label = labels(object);
     valueSet->note = text(object, "note");
     valueSet->link = text(object, "link");
-    valueSet->isNumeric = m_dictionary.lastItemNumeric;
-    int number = 0;
-    forEachObject(
-        object, "values", [&](const QJsonObject& value) { readValue(value, ++number, *valueSet); });
+    valueSet->isNumeric = m_model.lastItemNumeric;
+    forEachObject(object, "values", [&](const QJsonObject& value) { readValue(value, *valueSet); });
     m_builder.addValueSet(std::move(valueSet));
 }
 
-void CSProJsonReader::readValue(const QJsonObject& object, int number, TCSProValueSet& valueSet)
+void CSProJsonReader::readValue(const QJsonObject& object, TCSProValueSet& valueSet)
 {
-    noteUnknown(object, { "labels", "pairs", "special", "note", "image", "textColor" });
+    reportUnknown(object, { "labels", "pairs", "special", "note", "image", "textColor" });
     const QString special = text(object, "special");
-    const int type = csproSpecialType(special);
+    const CSProSpecial::Type type = csproSpecialType(special);
     if (!special.isEmpty() && type == CSProSpecial::Ordinary)
-        m_builder.noteValueSet(Kind::UnknownSpecial, 0, valueSet.name, special);
+        m_builder.reportValueSet(Kind::UnknownSpecial, 0, valueSet.name, special);
     const QString label = labels(object);
-    const CSProValueDetail detail { text(object, "note"), text(object, "image"),
-        text(object, "textColor") };
+    CSProValueDetail detail;
+    detail.note = text(object, "note");
+    detail.image = text(object, "image");
+    detail.textColor = text(object, "textColor");
     if (member(object, "pairs").toArray().isEmpty())
-        return noteType("pairs");
+        return reportType("pairs");
     forEachObject(object, "pairs", [&](const QJsonObject& pair) {
-        noteUnknown(pair, { "value", "range" });
+        reportUnknown(pair, { "value", "range" });
         auto entry = std::make_unique<TValueSetItem>();
-        if (!readPair(pair, *entry))
-            return noteType("pairs");
+        if (!readPair(pair, *entry, detail.highCode))
+            return reportType("pairs");
         // The data have a special code as wide as the item; here it stands without trailing blanks.
         if (type != CSProSpecial::Ordinary && (!valueSet.isNumeric || entry->code.isEmpty()))
-            entry->code = entry->code.leftJustified(
-                std::min(m_itemLength, CSProBuilder::MostOccurrenceLabels));
+            entry->code = entry->code.leftJustified(std::min(m_itemLength, CSProMostColumns));
         entry->label = label;
         entry->type = type;
         entry->special = type != CSProSpecial::Ordinary;
-        entry->valueNumber = number;
-        if (!detail.isEmpty())
-            valueSet.details.insert(entry.get(), detail);
+        valueSet.setDetail(entry.get(), detail);
         valueSet.addItem(entry.release());
+        detail.isFurtherCode = true;
     });
 }
 
 // A code or the two bounds of a range, as texts; false for anything else.
-bool CSProJsonReader::readPair(const QJsonObject& pair, TValueSetItem& entry)
+bool CSProJsonReader::readPair(const QJsonObject& pair, TValueSetItem& entry, QString& highCode)
 {
     const QJsonValue value = member(pair, "value");
     const QJsonArray range = member(pair, "range").toArray();
     if (value.isString()) {
         entry.code = value.toString();
+        highCode = QString();
         return true;
     }
     if (range.size() != 2 || !range.at(0).isString() || !range.at(1).isString())
         return false;
     entry.code = range.at(0).toString();
-    entry.highCode = range.at(1).toString();
+    highCode = range.at(1).toString();
     return true;
 }
 
 void CSProJsonReader::readRelation(const QJsonObject& object)
 {
     const Step step(*this, object);
-    noteUnknown(object, { "name", "primary", "links" });
+    reportUnknown(object, { "name", "primary", "links" });
     const auto link = [this](const QJsonObject& parent, const char* name) {
         const QString item = text(parent, name);
         return item == QLatin1String("(occurrence)") ? QString() : item;
     };
     CSProRelation relation { text(object, "name"), text(object, "primary"), {} };
     forEachObject(object, "links", [&](const QJsonObject& entry) {
-        noteUnknown(entry, { "primaryLink", "secondary", "secondaryLink" });
+        reportUnknown(entry, { "primaryLink", "secondary", "secondaryLink" });
         relation.links.append(
             { link(entry, "primaryLink"), text(entry, "secondary"), link(entry, "secondaryLink") });
     });
@@ -334,7 +332,7 @@ QString CSProJsonReader::labels(const QJsonObject& object)
         const QJsonValue name = member(label, "language");
         const int language = name.isUndefined() ? 0 : m_languages.value(name.toString(), -1);
         if (language < 0)
-            return noteType("language");
+            return reportType("language");
         while (texts.size() <= language)
             texts.append(QString());
         texts[language] = text(label, "text");
@@ -344,12 +342,12 @@ QString CSProJsonReader::labels(const QJsonObject& object)
 
 QVector<QString> CSProJsonReader::occurrenceLabels(const QJsonObject& occurrences, int maximum)
 {
-    const int most = std::min(maximum, CSProBuilder::MostOccurrenceLabels);
+    const int most = std::min(maximum, CSProMostColumns);
     QVector<QString> texts;
     forEachObject(occurrences, "labels", [&](const QJsonObject& label) {
         const int occurrence = number(label, "occurrence", 0);
         if (occurrence < 1 || occurrence > most)
-            return noteType("occurrence");
+            return reportType("occurrence");
         if (texts.size() < occurrence)
             texts.resize(occurrence);
         texts[occurrence - 1] = labels(label);
@@ -366,7 +364,7 @@ QString CSProJsonReader::text(const QJsonObject& object, const char* name)
 {
     const QJsonValue value = member(object, name);
     if (!value.isString() && !value.isUndefined())
-        noteType(name);
+        reportType(name);
     return value.toString();
 }
 
@@ -377,7 +375,7 @@ int CSProJsonReader::number(const QJsonObject& object, const char* name, int def
         return defaultValue;
     constexpr int unset = -1;
     if (!value.isDouble() || (value.toInt(unset) == unset && value.toDouble() != unset)) {
-        noteType(name);
+        reportType(name);
         return defaultValue;
     }
     return value.toInt();
@@ -387,7 +385,7 @@ bool CSProJsonReader::flag(const QJsonObject& object, const char* name, bool def
 {
     const QJsonValue value = member(object, name);
     if (!value.isBool() && !value.isUndefined())
-        noteType(name);
+        reportType(name);
     return value.toBool(defaultValue);
 }
 
@@ -395,7 +393,7 @@ QJsonObject CSProJsonReader::object(const QJsonObject& parent, const char* name)
 {
     const QJsonValue value = member(parent, name);
     if (!value.isObject() && !value.isUndefined())
-        noteType(name);
+        reportType(name);
     return value.toObject();
 }
 
@@ -403,7 +401,7 @@ QJsonArray CSProJsonReader::array(const QJsonObject& parent, const char* name)
 {
     const QJsonValue value = member(parent, name);
     if (!value.isArray() && !value.isUndefined())
-        noteType(name);
+        reportType(name);
     return value.toArray();
 }
 
@@ -415,25 +413,25 @@ void CSProJsonReader::forEachObject(const QJsonObject& parent, const char* name,
         if (element.isObject())
             read(element.toObject());
         else
-            noteType(name);
+            reportType(name);
     }
 }
 
-void CSProJsonReader::noteType(const char* name)
+void CSProJsonReader::reportType(const char* name)
 {
     const QStringList path = m_path + QStringList(QLatin1String(name));
-    m_builder.note(
+    m_builder.report(
         Kind::WrongJsonType, 0, m_path.value(m_path.size() - 1), path.join(QLatin1Char('/')));
 }
 
-void CSProJsonReader::noteUnknown(
+void CSProJsonReader::reportUnknown(
     const QJsonObject& object, std::initializer_list<const char*> known)
 {
     for (auto entry = object.begin(); entry != object.end(); ++entry) {
         const bool isKnown = std::any_of(known.begin(), known.end(),
             [&](const char* name) { return entry.key() == QLatin1String(name); });
         if (!isKnown) {
-            m_builder.note(Kind::UnknownKey, 0, m_path.join(QLatin1Char('/')), entry.key());
+            m_builder.report(Kind::UnknownKey, 0, m_path.join(QLatin1Char('/')), entry.key());
         }
     }
 }

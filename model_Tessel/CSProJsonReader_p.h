@@ -20,7 +20,7 @@ class QJsonValue;
  */
 class CSProJsonReader {
 public:
-    CSProJsonReader(TCSPro& dictionary, CSProBuilder& builder);
+    CSProJsonReader(CSProModel& model, CSProBuilder& builder);
 
     // Throws when the bytes are no JSON object; line is then the index of the line at fault.
     void read(const QByteArray& bytes, int& line);
@@ -45,8 +45,8 @@ private:
     void readItems(const QJsonArray& items);
     void readItem(const QJsonObject& object);
     void readValueSet(const QJsonObject& object);
-    void readValue(const QJsonObject& object, int number, TCSProValueSet& valueSet);
-    bool readPair(const QJsonObject& pair, TValueSetItem& entry);
+    void readValue(const QJsonObject& object, TCSProValueSet& valueSet);
+    bool readPair(const QJsonObject& pair, TValueSetItem& entry, QString& highCode);
     void readRelation(const QJsonObject& object);
     void placeItem(const QJsonObject& object, TCSProItem& item);
     int lastFixedColumn(const QJsonObject& root);
@@ -61,10 +61,10 @@ private:
     template <typename Read>
     void forEachObject(const QJsonObject& parent, const char* name, Read read);
     QJsonValue member(const QJsonObject& object, const char* name);
-    void noteType(const char* name);
-    void noteUnknown(const QJsonObject& object, std::initializer_list<const char*> known);
+    void reportType(const char* name);
+    void reportUnknown(const QJsonObject& object, std::initializer_list<const char*> known);
 
-    TCSPro& m_dictionary;
+    CSProModel& m_model;
     CSProBuilder& m_builder;
     QStringList m_path;
     QHash<QString, int> m_languages; // places in a label by name

@@ -1,14 +1,11 @@
 #include <model_Tessel/CSProLengthRange_p.h>
 
-#include <model_Tessel/CSPro.h>
+#include <model_Tessel/CSProItem.h>
 #include <model_Tessel/UtilStrings.h>
 
 #include <algorithm>
 
 namespace {
-
-// What a longer "Len" or "Decimal" says is damage: no record has more columns.
-constexpr int LongestRecord = 32'000;
 
 // Nines in all digits, of which the last decimals stand behind the point.
 QString largest(int digits, int decimals)
@@ -27,9 +24,9 @@ QString largest(int digits, int decimals)
 
 CSProLengthRange::CSProLengthRange(const TCSProItem& item)
 {
-    const int decimals = std::clamp(item.decimal, 0, LongestRecord);
+    const int decimals = std::clamp(item.decimal, 0, CSProMostColumns);
     const bool hasPoint = item.hasDecimalChar && decimals > 0;
-    const int digits = std::clamp(item.len, 0, LongestRecord) - (hasPoint ? 1 : 0);
+    const int digits = std::clamp(item.len, 0, CSProMostColumns) - (hasPoint ? 1 : 0);
     // A point that is written stands behind the columns that are left, an implied one where it is.
     const auto largestOf = [&](int count) {
         return largest(count, hasPoint ? std::clamp(count, 0, decimals) : decimals);

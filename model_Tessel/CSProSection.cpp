@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-CSProKeyLine splitKeyLine(QStringView text, int line)
+CSProKeyLine splitKeyLine(QStringView text, int number)
 {
     const auto equals = text.indexOf(QLatin1Char('='));
     if (equals < 0)
-        return { QStringView(), text, line };
-    return { text.left(equals).trimmed(), text.mid(equals + 1).trimmed(), line };
+        return { QStringView(), text, number };
+    return { text.left(equals).trimmed(), text.mid(equals + 1).trimmed(), number };
 }
 
 CSProKeyFinder::CSProKeyFinder(std::initializer_list<QLatin1String> keys)
@@ -58,7 +58,7 @@ CSProKeyFinder::Values CSProKeyFinder::findWhole(
             found.others.push_back(line);
         } else if (found.line[index] == 0) {
             found.value[index] = line.value;
-            found.line[index] = line.line;
+            found.line[index] = line.number;
         } else {
             found.repeated.push_back(line);
         }

@@ -74,7 +74,7 @@ template <typename Lines> CSProSection gatherSectionHead(const Lines& lines, int
 struct CSProKeyLine {
     QStringView key;
     QStringView value;
-    int line = 0; // from 1
+    int number = 0; // of the line, from 1
 
     bool hasKey(const char* name) const
     {
@@ -82,7 +82,7 @@ struct CSProKeyLine {
     }
 };
 
-CSProKeyLine splitKeyLine(QStringView text, int line);
+CSProKeyLine splitKeyLine(QStringView text, int number);
 
 // Lines that begin with a point are comments.
 inline bool isComment(QStringView line)

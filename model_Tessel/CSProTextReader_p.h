@@ -5,59 +5,61 @@
 
 /*
  * Reads the sections of a dictionary in text form, one at a time, and hands what they say to the
- * builder.
+ * builder. What lines mean is a matter of the reading.
  */
 class CSProTextReader {
 public:
-    CSProTextReader(TCSPro& dictionary, CSProBuilder& builder);
+    CSProTextReader(CSProModel& model, CSProBuilder& builder);
+    virtual ~CSProTextReader();
 
+    virtual void beginLoad();
+    virtual void beginSection();
+    // A line that is in no section.
+    virtual void readOutside(int line, QStringView text);
     void readDictionary(const CSProSection& section);
     void readRecord(const CSProSection& section);
     void readItem(const CSProSection& section);
     void readValueSet(const CSProSection& section);
-    // A value set that the rules pass over; it is only told of, with the name in its head.
+    // A value set that is passed over; it is only told of, with the name in its head.
     void ignoreValueSet(const CSProSection& head);
     // Any other section: the header's word in upper case decides.
-    void readOther(const QString& word, const QString& header, const CSProSection& section);
+    virtual void readOther(const QString& word, const QString& header, const CSProSection& section);
 
-private:
+protected:
     using Kind = CSProProblem::Kind;
     using Values = CSProKeyFinder::Values;
 
-    Values find(const CSProKeyFinder& keys, const CSProSection& section, std::size_t count);
-    Values find(const CSProKeyFinder& keys, const CSProSection& section);
-    QString text(const Values& values, std::size_t key) const;
+    // What missing keys stand for.
+    struct Defaults {
+        int recordType; // its column and its width
+        int maxRecords;
+    };
+
+    virtual Values find(const CSProKeyFinder& keys, const CSProSection& section) = 0;
+    virtual Defaults defaults() const = 0;
+    virtual QString recordTypeValue(const QString& text) const = 0;
+    // A value that is not what its key asks for.
+    virtual void reportValue(Kind kind, const Values& values, std::size_t key);
+    // An item whose column is not told.
+    virtual void reportMissingStart(const TCSProItem& item);
+    // What else a section says than its keys.
+    virtual void readMore(const Values& values);
+    virtual void readMore(const Values& values, TCSProRecord& record);
+    virtual void readMore(const Values& values, TCSProItem& item);
+    // The name and the label of a value set and its values.
+    virtual void fillValueSet(const CSProSection& section, TCSProValueSet& valueSet) = 0;
+
+    // The keys of value sets, levels and whatever else has no more.
+    enum NamedKey { NamedLabel, NamedName };
+    static const CSProKeyFinder& namedKeys();
+    static QString text(const Values& values, std::size_t key);
+
+    CSProModel& m_model;
+    CSProBuilder& m_builder;
+
+private:
+    Q_DISABLE_COPY(CSProTextReader)
+
     int number(const Values& values, std::size_t key, int defaultValue);
     bool isWord(const Values& values, std::size_t key, const QString& word, const char* otherWord);
-    void noteValue(Kind kind, const Values& values, std::size_t key);
-    void noteOther(const CSProKeyLine& line, std::initializer_list<const char*> passedOver);
-    bool takeNote(const CSProKeyLine& line, QString& note) const;
-    bool takeOccurrenceLabel(
-        const CSProKeyLine& line, int occurrences, QVector<QString>& labels) const;
-    QString recordTypeValue(const QString& text) const;
-    bool isValueLine(QStringView line) const;
-
-    void readLevel(const CSProSection& section);
-    void readLanguages(const CSProSection& section);
-    void readRelation(const CSProSection& section);
-    void readValues(const CSProSection& section, std::size_t first, TCSProValueSet& valueSet);
-
-    TCSPro& m_dictionary;
-    CSProBuilder& m_builder;
 };
-
-// Adds a line of a note, in which "\r\n" is written for a line break and "~" for a leading blank.
-void appendNoteLine(QString& note, QStringView line);
-
-/*
- * Readers of the value lines of one section, from line first on. The established one is in
- * CSProValueLines.cpp beside the one that reads values as they are written.
- */
-void readEstablishedValues(TCSPro& dictionary, CSProBuilder& builder, const CSProSection& section,
-    TCSProValueSet& valueSet);
-void readWrittenValues(TCSPro& dictionary, CSProBuilder& builder, const CSProSection& section,
-    std::size_t first, TCSProValueSet& valueSet);
-// True for a line that begins with the key "Value" and its "=", without blanks between them.
-bool isCSProValueLine(QStringView line);
-// Type of the special value that a word stands for; Ordinary for any other word.
-int csproSpecialType(QStringView word);

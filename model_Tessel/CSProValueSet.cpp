@@ -161,6 +161,31 @@ void TCSProValueSet::sortItems()
     }
 }
 
+const CSProValueDetail& TCSProValueSet::detail(const TValueSetItem* entry) const
+{
+    static const CSProValueDetail none;
+    const auto found = m_details.constFind(entry);
+    return found == m_details.constEnd() ? none : *found;
+}
+
+bool TCSProValueSet::hasDetails() const
+{
+    return !m_details.isEmpty();
+}
+
+void TCSProValueSet::setDetail(const TValueSetItem* entry, const CSProValueDetail& detail)
+{
+    if (!detail.isEmpty())
+        m_details.insert(entry, detail);
+}
+
+void TCSProValueSet::shareEntries(TCSProValueSet* valueSet)
+{
+    linkedSet = valueSet;
+    *items = *valueSet->items;
+    m_details = valueSet->m_details;
+}
+
 bool IsNumeric2(const QString& text)
 {
     bool isInteger = false;

@@ -22,22 +22,25 @@ public:
     int type = 0; /*!< 0 ordinary, 1 missing, 2 not applicable, 3 refused, 4 default */
     bool special = false; /*!< describes a special value */
 
-    QString highCode; /*!< upper bound of a range whose lower is \c code; null: no range */
-    int valueNumber = 0; /*!< place of its value in the set, from 1; codes of one value share it */
-
 private:
     Q_DISABLE_COPY(TValueSetItem)
 };
 
-/*! What a dictionary says of a value besides its codes and its label. */
+/*! What a dictionary that is read as written says of an entry besides its code and its label. */
 struct CSProValueDetail {
-    QString note;
+    QString highCode; /*!< upper bound of a range whose lower is the code; null: no range */
+    bool isFurtherCode = false; /*!< another code of the value that the entry before it is of */
+    QString note; /*!< of the value, as are those below */
     QString image; /*!< path as written, relative to the dictionary */
     QString textColor; /*!< as written */
 
+    bool hasRemarks() const
+    {
+        return !note.isEmpty() || !image.isEmpty() || !textColor.isEmpty();
+    }
     bool isEmpty() const
     {
-        return note.isEmpty() && image.isEmpty() && textColor.isEmpty();
+        return highCode.isNull() && !isFurtherCode && !hasRemarks();
     }
 };
 
@@ -79,6 +82,15 @@ public:
      */
     void sortItems();
 
+    /*! What is said of \a entry; empty for most entries, and for all under the established reading.
+     */
+    const CSProValueDetail& detail(const TValueSetItem* entry) const;
+    /*! True when something is said of some entry. */
+    bool hasDetails() const;
+    void setDetail(const TValueSetItem* entry, const CSProValueDetail& detail);
+    /*! Takes over the entries of \a valueSet, which stays their owner. */
+    void shareEntries(TCSProValueSet* valueSet);
+
     QString label;
     QString name;
     QString reservedText;
@@ -88,11 +100,12 @@ public:
     QString link; /*!< sets with the same link have the same values; empty: none */
     TCSProValueSet* linkedSet = nullptr; /*!< set whose entries this one shares; null: its own */
     QString note;
-    QHash<const TValueSetItem*, CSProValueDetail> details; /*!< of the entries that have any */
     int sourceLine = 0; /*!< line of the set's header in the dictionary, from 1; 0: unknown */
 
 private:
     Q_DISABLE_COPY(TCSProValueSet)
+
+    QHash<const TValueSetItem*, CSProValueDetail> m_details; // of the entries that have any
 };
 
 /*! True when \a text reads as a decimal int. */

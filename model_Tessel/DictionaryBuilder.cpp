@@ -96,7 +96,7 @@ public:
     void takeRanges(
         MetadataVariables& metadata, const TOxSourceField& source, const TCSProItem* item)
     {
-        if (item && m_cspro->readingRules().ranges) {
+        if (item && m_cspro->reading() == CSProReading::AsWritten) {
             if (const TCSProValueSet* valueSet = boundingSetOf(*item))
                 takeSetRanges(metadata, *valueSet);
         }
@@ -120,9 +120,9 @@ private:
     void addLabels(TOxVariable& variable, const TCSProValueSet& valueSet) const
     {
         for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
-            const QString value = entry->highCode.isNull()
-                ? entry->code
-                : QString(entry->code % TokenColon % entry->highCode);
+            const QString& highCode = valueSet.detail(entry).highCode;
+            const QString value =
+                highCode.isNull() ? entry->code : QString(entry->code % TokenColon % highCode);
             addLabel(variable, value, m_cspro->labelText(entry->label));
         }
     }
@@ -170,8 +170,8 @@ private:
         for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
             if (entry->special)
                 continue;
-            addRange(
-                metadata, entry->code, entry->highCode.isNull() ? entry->code : entry->highCode);
+            const QString& highCode = valueSet.detail(entry).highCode;
+            addRange(metadata, entry->code, highCode.isNull() ? entry->code : highCode);
         }
     }
 
@@ -474,7 +474,7 @@ private:
     // What the item says and the source field does not, under some reading rules or any.
     void describeItem(TOxVariable& variable, const TCSProItem& item) const
     {
-        if (item.occurrence > 0 && !m_cspro->readingRules().occurrenceNumbers) {
+        if (item.occurrence > 0 && m_cspro->reading() == CSProReading::Established) {
             variable.setName(
                 item.dictionaryName % TokenUnderscore % QString::number(item.occurrence));
         }

@@ -33,7 +33,7 @@ struct TStatFileDescription;
  * one label, "LOW:HIGH". Without an item, those of the field's joined text.
  *
  * Ranges, of numbers alone: the ranges and the ordinary codes of the item's
- * TCSProItem::boundingValueSet() where the reading rules tell them apart, else the field's minimum
+ * TCSProItem::boundingValueSet() where it was read as written, else the field's minimum
  * and maximum. A missing or not-applicable code
  * that is no number stays 0.
  *

@@ -1658,7 +1658,7 @@ namespace {
 QStringList contentsOf(TCSPro& parser, bool asWritten, const std::function<void()>& load)
 {
     if (asWritten)
-        parser.setReadingRules(CSProReadingRules::asWritten());
+        parser.setReading(CSProReading::AsWritten);
     parser.setDecimalQuestion([](const CSProProblem&) { return int(QMessageBox::NoToAll); });
     QStringList result;
     try {

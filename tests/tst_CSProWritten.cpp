@@ -20,8 +20,6 @@
 
 namespace {
 
-using Rules = CSProReadingRules;
-
 QDir corpus(const QString& folder)
 {
     return QDir(qEnvironmentVariable("TESSEL_CORPUS") + QLatin1Char('/') + folder);
@@ -182,19 +180,17 @@ Contents contentsOfJson(const QString& path)
 
 void countEntries(const TCSProValueSet& valueSet, Contents& contents)
 {
-    QSet<int> values;
-    QSet<int> specials;
     for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
-        values.insert(entry->valueNumber);
-        if (entry->special)
-            specials.insert(entry->valueNumber);
-        if (entry->highCode.isNull())
+        const CSProValueDetail& detail = valueSet.detail(entry);
+        if (!detail.isFurtherCode) {
+            ++contents.values;
+            contents.specials += entry->special ? 1 : 0;
+        }
+        if (detail.highCode.isNull())
             contents.codes.append(withoutTrailingBlanks(entry->code));
         else
-            contents.ranges.append(entry->code + ':' + entry->highCode);
+            contents.ranges.append(entry->code + ':' + detail.highCode);
     }
-    contents.values += values.size();
-    contents.specials += specials.size();
 }
 
 // Counts what was read. Occurrences of an item are one item, and shared values stand once.
@@ -239,7 +235,7 @@ public:
     explicit Opened(const QString& path)
         : TCSProDataImport(path)
     {
-        setReadingRules(Rules::asWritten());
+        setReading(CSProReading::AsWritten);
         openFile();
     }
 };
@@ -260,8 +256,8 @@ QStringList layoutOf(const TCSPro& parser)
         for (const TCSProValueSet* valueSet : qAsConst(*item->valueSets)) {
             for (const TValueSetItem* entry : qAsConst(*valueSet->items)) {
                 texts.append(item->name + '/' + valueSet->name + ' '
-                    + withoutTrailingBlanks(entry->code) + ':' + entry->highCode + ' '
-                    + entry->label + ' ' + QString::number(entry->type));
+                    + withoutTrailingBlanks(entry->code) + ':' + valueSet->detail(entry).highCode
+                    + ' ' + entry->label + ' ' + QString::number(entry->type));
             }
         }
     }
@@ -304,8 +300,8 @@ bool isInValueSet(const TCSProItem& item, const QString& text, double number)
             }
             if (!isNumber(entry->code))
                 continue;
-            const double high =
-                (entry->highCode.isNull() ? entry->code : entry->highCode).toDouble();
+            const QString& highCode = valueSet->detail(entry).highCode;
+            const double high = (highCode.isNull() ? entry->code : highCode).toDouble();
             if (steps(number) >= steps(entry->code.toDouble()) && steps(number) <= steps(high))
                 return true;
         }

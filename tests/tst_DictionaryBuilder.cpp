@@ -112,11 +112,10 @@ private:
 // A CSPro dictionary opened the way a host does, and the dictionary built from its fields.
 class CSProSource {
 public:
-    explicit CSProSource(
-        const QString& path, const CSProReadingRules& rules = CSProReadingRules::asWritten())
+    explicit CSProSource(const QString& path, CSProReading reading = CSProReading::AsWritten)
         : importer(path)
     {
-        importer.setReadingRules(rules);
+        importer.setReading(reading);
         importer.setTextCodec("UTF-8");
         importer.setDecimalQuestion(
             [](const CSProProblem&) { return static_cast<int>(QMessageBox::NoToAll); });
@@ -153,20 +152,19 @@ private:
 };
 
 std::unique_ptr<CSProSource> openText(
-    const QByteArray& sections, const CSProReadingRules& rules = CSProReadingRules::asWritten())
+    const QByteArray& sections, CSProReading reading = CSProReading::AsWritten)
 {
     const TemporaryDictionary file(sections);
-    auto source = std::make_unique<CSProSource>(file.path(), rules);
+    auto source = std::make_unique<CSProSource>(file.path(), reading);
     source->build();
     return source;
 }
 
 const QString census = QStringLiteral(TESSEL_EXAMPLES "/census.dcf");
 
-std::unique_ptr<CSProSource> openCensus(
-    const CSProReadingRules& rules = CSProReadingRules::asWritten())
+std::unique_ptr<CSProSource> openCensus(CSProReading reading = CSProReading::AsWritten)
 {
-    auto source = std::make_unique<CSProSource>(census, rules);
+    auto source = std::make_unique<CSProSource>(census, reading);
     source->build();
     return source;
 }
@@ -602,8 +600,7 @@ void tst_DictionaryBuilder::censusVariablesAreTheFields_data()
 void tst_DictionaryBuilder::censusVariablesAreTheFields()
 {
     QFETCH(bool, asWritten);
-    const auto source =
-        openCensus(asWritten ? CSProReadingRules::asWritten() : CSProReadingRules::established());
+    const auto source = openCensus(asWritten ? CSProReading::AsWritten : CSProReading::Established);
     const QList<TOxVariable*> variables = allVariables(*source->dictionary);
     QCOMPARE(variables.size(), source->provider.fields->size());
     QSet<QString> seen;
@@ -633,7 +630,7 @@ void tst_DictionaryBuilder::censusCanBeSearched()
 
 void tst_DictionaryBuilder::censusAsEstablished()
 {
-    const auto source = openCensus(CSProReadingRules::established());
+    const auto source = openCensus(CSProReading::Established);
     const Dictionary& dictionary = *source->dictionary;
     QCOMPARE(dictionary.getRoot()->getName(), QString("CENSUS_DICT"));
     QCOMPARE(names(*dictionary.getRoot()->getChildren()),
@@ -1080,7 +1077,7 @@ void tst_DictionaryBuilder::fieldsOfOneNameInTwoRecords()
 void tst_DictionaryBuilder::importerWithoutAProvider()
 {
     TCSProDataImport importer(TESSEL_EXAMPLES "/census.dcf");
-    importer.setReadingRules(CSProReadingRules::asWritten());
+    importer.setReading(CSProReading::AsWritten);
     importer.openFile();
     LookupDictionary places;
     places.setName("PROVINCE");

@@ -45,7 +45,7 @@ public:
         : importer(new TCSProDataImport(path))
     {
         if (asWritten)
-            importer->setReadingRules(CSProReadingRules::asWritten());
+            importer->setReading(CSProReading::AsWritten);
         importer->openFile();
         listing = listFields(path, *importer);
     }
@@ -277,12 +277,11 @@ private:
     void addValueSet(const TCSProValueSet& valueSet, const ListedValueSet& listed)
     {
         addNote(facts, listed.name, listed.note);
-        int last = 0;
+        int number = 0;
         for (int i = 0; i < listed.codes.size() && !valueSet.linkedSet; ++i) {
-            const int number = valueSet.getValueSetItem(i)->valueNumber;
-            if (number == last)
+            if (valueSet.detail(valueSet.getValueSetItem(i)).isFurtherCode)
                 continue;
-            last = number;
+            ++number;
             const QString what = listed.name + " value " + QString::number(number);
             addNote(facts, what, listed.details.value(i).note);
             if (!listed.details.value(i).image.isNull())

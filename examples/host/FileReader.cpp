@@ -139,7 +139,7 @@ ReadFile readCSPro(const QString& path, bool asWritten)
     ReadFile result;
     TCSProDataImport importer(path);
     if (asWritten)
-        importer.setReadingRules(CSProReadingRules::asWritten());
+        importer.setReading(CSProReading::AsWritten);
     try {
         importer.openFile();
         if (isDictionary(*importer.dictionary)) {

@@ -132,7 +132,7 @@ Column columnOf(const TCSPro& dictionary, const TCSProVariable& field)
     const TCSProValueSet* set = field.item->getValueSet(0);
     column.setName = (set->linkedSet ? set->linkedSet : set)->name.toUtf8();
     for (const TValueSetItem* entry : qAsConst(*set->items)) {
-        if (!entry->highCode.isNull())
+        if (!set->detail(entry).highCode.isNull())
             continue;
         const QString code = entry->code.trimmed();
         column.codes.append({ code.toUtf8(), code.toDouble(),
@@ -562,7 +562,7 @@ QVector<Table> readTables(const QString& dictionaryPath, const QString& dataPath
     if (!QFileInfo(dictionaryPath).isReadable())
         throw failure(dictionaryPath + QLatin1String(": cannot be read"));
     TCSProDataImport importer(dictionaryPath);
-    importer.setReadingRules(CSProReadingRules::asWritten());
+    importer.setReading(CSProReading::AsWritten);
     importer.openFile();
     QVector<Table> tables;
     for (const char* name : recordNames) {

@@ -152,7 +152,7 @@ std::unique_ptr<TCSProDataImport> openDictionary(
 {
     auto importer = std::make_unique<TCSProDataImport>(path);
     if (options.asWritten)
-        importer->setReadingRules(CSProReadingRules::asWritten());
+        importer->setReading(CSProReading::AsWritten);
     importer->setTextCodec(text.encoding);
     importer->setLanguage(options.language);
     importer->setDecimalQuestion(decimalQuestion(path, options.decimals));

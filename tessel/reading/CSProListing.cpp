@@ -42,12 +42,12 @@ ListedValueSet listValueSet(const TCSProValueSet& valueSet, const TCSPro& dictio
     listed.note = orNull(valueSet.note);
     listed.codes.reserve(valueSet.getCount());
     for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
-        const auto detail = valueSet.details.constFind(entry);
-        if (detail != valueSet.details.constEnd()) {
+        const CSProValueDetail& detail = valueSet.detail(entry);
+        if (detail.hasRemarks()) {
             listed.details.insert(
-                listed.codes.size(), { orNull(detail->note), orNull(detail->image) });
+                listed.codes.size(), { orNull(detail.note), orNull(detail.image) });
         }
-        listed.codes.append({ entry->code, entry->highCode, dictionary.labelText(entry->label),
+        listed.codes.append({ entry->code, detail.highCode, dictionary.labelText(entry->label),
             specialName(*entry) });
     }
     return listed;
@@ -108,7 +108,7 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     field.item = item.dictionaryName;
     field.occurrence = item.occurrence;
     field.name = source.fieldName;
-    if (item.occurrence > 0 && !dictionary.readingRules().occurrenceNumbers)
+    if (item.occurrence > 0 && dictionary.reading() == CSProReading::Established)
         field.name = field.item + QLatin1Char('_') + QString::number(item.occurrence);
     field.label = source.fieldLabel;
     field.occurrenceLabel = orNull(dictionary.labelText(item.occurrenceLabel));
@@ -131,7 +131,7 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     if (!variable.isString()) {
         field.min = orNull(source.minValue);
         field.max = orNull(source.maxValue);
-        if (dictionary.readingRules().lengthRanges)
+        if (dictionary.reading() == CSProReading::AsWritten)
             field.rangeSource = RangeSource::Length; // unless a value set has one
     }
     valueSets.listFor(variable, field);

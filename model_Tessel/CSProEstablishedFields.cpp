@@ -1,0 +1,103 @@
+#include <model_Tessel/CSProEstablishedFields_p.h>
+
+#include <model_Tessel/CSProLengthRange_p.h>
+#include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/Numbers_p.h>
+#include <model_Tessel/UtilStrings.h>
+
+#include <QStringBuilder>
+
+#include <algorithm>
+
+namespace {
+
+int digitsBeforePoint(const TCSProItem& item)
+{
+    qint64 digits = item.len;
+    if (item.decimal > 0 && !item.getHasValueSet()) {
+        if (item.hasDecimalChar)
+            digits -= 1;
+        else
+            digits = item.len == item.decimal ? 1 : digits - item.decimal;
+    }
+    return int(std::clamp<qint64>(digits, 0, CSProMostColumns));
+}
+
+} // namespace
+
+void CSProEstablishedFields::describe(TCSProVariable& field, const TCSProItem& item)
+{
+    if (item.isAlpha != 0)
+        return;
+    // Kept: the number is one character, so it never reads as a number and values are not scaled.
+    field.decimals = item.decimal != 0 ? asCharacter(item.decimal) : QStringLiteral("0");
+    field.minValue = QStringLiteral("0");
+    field.maxValue = StringOfChar('9', digitsBeforePoint(item));
+}
+
+void CSProEstablishedFields::summarize(const QList<TCSProValueSet*>& valueSets)
+{
+    m_min = 0;
+    m_max = 0;
+    m_hasHighest = false;
+    if (m_fieldType != TGenericField::StringType)
+        startBounds(*valueSets.constFirst());
+    for (const TCSProValueSet* valueSet : valueSets)
+        addEntries(*valueSet);
+    m_labels.squeeze();
+    m_lowest = shortNumberText(m_min);
+    m_highest = shortNumberText(m_max);
+}
+
+// Kept: the bounds start from the first and the last entry, special or not.
+void CSProEstablishedFields::startBounds(const TCSProValueSet& first)
+{
+    if (first.getCount() == 0)
+        return;
+    bool lowIsNumber = false;
+    bool highIsNumber = false;
+    const double low = first.items->constFirst()->code.toDouble(&lowIsNumber);
+    const double high = first.items->constLast()->code.toDouble(&highIsNumber);
+    if (!lowIsNumber || !highIsNumber)
+        return;
+    m_min = low;
+    m_max = high;
+    m_hasHighest = true;
+}
+
+void CSProEstablishedFields::addEntries(const TCSProValueSet& valueSet)
+{
+    int size = m_labels.size();
+    for (const TValueSetItem* entry : qAsConst(*valueSet.items))
+        size += entry->code.size() + entry->label.size() + 2;
+    m_labels.reserve(size);
+    for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
+        if (entry->special)
+            continue;
+        QString code = entry->code;
+        if (m_fieldType == TGenericField::StringType || takeNumber(code))
+            m_labels += code % QLatin1Char(' ') % entry->label % QLatin1Char('\t');
+    }
+}
+
+// Widens the bounds by a code, which takes the form that the field's type has; false for no number.
+bool CSProEstablishedFields::takeNumber(QString& code)
+{
+    bool isNumber = false;
+    const int integer = integerOf(code, &isNumber);
+    const double number = isNumber ? integer : code.toDouble(&isNumber);
+    if (!isNumber)
+        return false;
+    m_min = std::min(m_min, number);
+    m_max = std::max(m_max, number);
+    if (m_fieldType == TGenericField::IntegerType)
+        code = shortNumberText(number);
+    return true;
+}
+
+void CSProEstablishedFields::bound(TCSProVariable& field) const
+{
+    field.minValue = m_lowest;
+    if (m_hasHighest)
+        field.maxValue = m_highest;
+}
