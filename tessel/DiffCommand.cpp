@@ -3,22 +3,16 @@
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "InputOptions.h"
-#include "text/JsonWriter.h"
 #include "listing/ListingDiff.h"
 #include "process/Output.h"
-#include "text/ShownText.h"
 #include "process/Supervisor.h"
+#include "writers/DiffWriters.h"
 
 #include <QCommandLineParser>
-#include <QHash>
 
-#include <algorithm>
 #include <exception>
 
 namespace {
-
-// Changes only when a reader of the JSON has to change.
-constexpr int JsonVersion = 1;
 
 // Exit statuses of this command. Shown help and wrong usage have those that all commands have.
 enum DiffStatus { Equal = AllRead, Different = 1, Trouble = WrongUsage };
@@ -73,167 +67,6 @@ QString readOptions(const QCommandLineParser& parser, DiffOptions& options)
     return mistake.isNull() ? Output::readOption(parser, options.files, options.output) : mistake;
 }
 
-// ---- text
-
-QString quoted(const QString& text)
-{
-    return text.isNull() ? QStringLiteral("none") : QLatin1Char('"') + text + QLatin1Char('"');
-}
-
-QString orNone(const QString& text)
-{
-    return text.isNull() ? QStringLiteral("none") : text;
-}
-
-QString propertyName(const QString& property)
-{
-    static const QHash<QString, QString> names {
-        { QStringLiteral("recordTypeStart"), QStringLiteral("first column of the record type") },
-        { QStringLiteral("recordTypeLength"), QStringLiteral("length of the record type") },
-        { QStringLiteral("recordType"), QStringLiteral("record type") },
-        { QStringLiteral("start"), QStringLiteral("first column") },
-        { QStringLiteral("decimalChar"), QStringLiteral("decimal point in the data") },
-        { QStringLiteral("occurrenceLabel"), QStringLiteral("label of the occurrence") },
-        { QStringLiteral("missing"), QStringLiteral("missing codes") },
-        { QStringLiteral("notApplicable"), QStringLiteral("not-applicable code") },
-    };
-    return names.value(property, property);
-}
-
-QString subjectOf(const Difference& difference)
-{
-    if (difference.variable.isNull()) {
-        return difference.record.isNull() ? QStringLiteral("dictionary")
-                                          : QStringLiteral("record ") + difference.record;
-    }
-    return difference.record.isNull() ? difference.variable
-                                      : difference.record + QLatin1Char('.') + difference.variable;
-}
-
-QString codeOf(const Difference& difference)
-{
-    return difference.highCode.isNull() ? shownCode(difference.code)
-                                        : difference.code + QLatin1Char(':') + difference.highCode;
-}
-
-QString changeText(const Difference& difference)
-{
-    const bool isLabel = difference.property == QLatin1String("label")
-        || difference.property == QLatin1String("occurrenceLabel");
-    const bool isCode = difference.property == QLatin1String("missing")
-        || difference.property == QLatin1String("notApplicable");
-    const auto shown = [&](const QString& text) {
-        if (isLabel)
-            return quoted(text);
-        return isCode && !text.isNull() && text.trimmed().isEmpty()
-            ? QLatin1Char('\'') + text + QLatin1Char('\'')
-            : orNone(text);
-    };
-    return QStringLiteral("%1 %2 -> %3")
-        .arg(propertyName(difference.property), shown(difference.before), shown(difference.after));
-}
-
-QString eventText(const Difference& difference)
-{
-    switch (difference.kind) {
-    case DifferenceKind::RecordAdded:
-    case DifferenceKind::VariableAdded:
-        return QStringLiteral("added");
-    case DifferenceKind::RecordRemoved:
-    case DifferenceKind::VariableRemoved:
-        return QStringLiteral("removed");
-    case DifferenceKind::ValueAdded:
-        return QStringLiteral("value %1 %2 added")
-            .arg(codeOf(difference), quoted(difference.after));
-    case DifferenceKind::ValueRemoved:
-        return QStringLiteral("value %1 %2 removed")
-            .arg(codeOf(difference), quoted(difference.before));
-    case DifferenceKind::ValueChanged:
-        return QStringLiteral("value %1: %2").arg(codeOf(difference), changeText(difference));
-    case DifferenceKind::Moved:
-        if (difference.property == QLatin1String("record")) {
-            return QStringLiteral("moved from %1 to %2")
-                .arg(difference.before.isNull() ? QStringLiteral("the identification items")
-                                                : difference.before,
-                    difference.after.isNull() ? QStringLiteral("the identification items")
-                                              : difference.after);
-        }
-        return QStringLiteral("moved, ") + changeText(difference);
-    default:
-        return changeText(difference);
-    }
-}
-
-int breakingIn(const QVector<Difference>& differences)
-{
-    return int(std::count_if(differences.cbegin(), differences.cend(),
-        [](const Difference& difference) { return difference.breaks; }));
-}
-
-QByteArray asText(
-    const Listing& before, const Listing& after, const QVector<Difference>& differences)
-{
-    QString text;
-    for (const Difference& difference : differences) {
-        const QString mark =
-            difference.breaks ? QStringLiteral("breaks  ") : QStringLiteral("fits    ");
-        text +=
-            printable(mark + subjectOf(difference) + QLatin1String(": ") + eventText(difference))
-            + QLatin1Char('\n');
-    }
-    if (differences.isEmpty()) {
-        text += printable(
-            QStringLiteral("No differences between %1 and %2.").arg(before.file, after.file));
-    } else {
-        text += printable(
-            QStringLiteral("%1 from %2 to %3; %4 data that fits %2.")
-                .arg(plural(differences.size(), QStringLiteral("difference")), before.file,
-                    after.file,
-                    breakingIn(differences) == 0
-                        ? QStringLiteral("none breaks")
-                        : QStringLiteral("%1 of them can break").arg(breakingIn(differences))));
-    }
-    return (text + QLatin1Char('\n')).toUtf8();
-}
-
-// ---- JSON
-
-QJsonObject jsonOf(const Listing& listing)
-{
-    return { { QStringLiteral("file"), listing.file }, { QStringLiteral("kind"), listing.kind } };
-}
-
-QJsonObject jsonOf(const Difference& difference)
-{
-    return { { QStringLiteral("kind"), differenceName(difference.kind) },
-        { QStringLiteral("breaks"), difference.breaks },
-        { QStringLiteral("record"), textOrNull(difference.record) },
-        { QStringLiteral("variable"), textOrNull(difference.variable) },
-        { QStringLiteral("valueSet"), textOrNull(difference.valueSet) },
-        { QStringLiteral("code"), textOrNull(difference.code) },
-        { QStringLiteral("to"), textOrNull(difference.highCode) },
-        { QStringLiteral("property"), textOrNull(difference.property) },
-        { QStringLiteral("before"), textOrNull(difference.before) },
-        { QStringLiteral("after"), textOrNull(difference.after) } };
-}
-
-void writeJson(const Listing& before, const Listing& after, const QVector<Difference>& differences,
-    const ByteSink& sink)
-{
-    JsonWriter json(sink);
-    json.beginObject({ { QStringLiteral("tesselDiff"), JsonVersion },
-        { QStringLiteral("before"), jsonOf(before) }, { QStringLiteral("after"), jsonOf(after) },
-        { QStringLiteral("breaking"), breakingIn(differences) } });
-    json.beginList("differences");
-    for (const Difference& difference : differences)
-        json.add(jsonOf(difference));
-    json.endList();
-    json.endObject();
-    json.finish();
-}
-
-// ---- work
-
 // A dictionary that was read in part would differ in what was not read.
 bool readWhole(const DiffOptions& options, int index, Supervisor& supervisor, Listing& listing)
 {
@@ -254,10 +87,11 @@ int compareFiles(const DiffOptions& options, Supervisor& supervisor)
         return Trouble;
     const QVector<Difference> differences = compareListings(before, after);
     Output output(options.output);
+    const ComparedFiles files { before, after, differences };
     if (options.asJson)
-        writeJson(before, after, differences, output.sink());
+        writeDiffJson(files, output.sink());
     else
-        output.add(asText(before, after, differences));
+        writeDiffText(files, output.sink());
     if (!output.finish())
         return Trouble;
     return differences.isEmpty() ? Equal : FoundDifferences;

@@ -63,7 +63,8 @@ void describe(QCommandLineParser& parser)
         Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("file"),
-        QStringLiteral("CSPro dictionary (.dcf, .csdb), SPSS file (.sav, .zsav) or Stata file (.dta)."),
+        QStringLiteral(
+            "CSPro dictionary (.dcf, .csdb), SPSS file (.sav, .zsav) or Stata file (.dta)."),
         QStringLiteral("FILE"));
 }
 

@@ -45,7 +45,8 @@ void describe(QCommandLineParser& parser)
     parser.addOptions({ formatOption(), valuesOption(), spreadsheetOption(), Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("dictionary"),
-        QStringLiteral("CSPro dictionary (.dcf, .csdb), SPSS file (.sav, .zsav) or Stata file (.dta)."),
+        QStringLiteral(
+            "CSPro dictionary (.dcf, .csdb), SPSS file (.sav, .zsav) or Stata file (.dta)."),
         QStringLiteral("DICTIONARY..."));
 }
 

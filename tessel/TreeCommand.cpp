@@ -80,7 +80,8 @@ void describe(QCommandLineParser& parser)
         { formatOption(), valuesOption(), entityOption(), lookupOption(), Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("file"),
-        QStringLiteral("CSPro dictionary (.dcf, .csdb), SPSS file (.sav, .zsav) or Stata file (.dta)."),
+        QStringLiteral(
+            "CSPro dictionary (.dcf, .csdb), SPSS file (.sav, .zsav) or Stata file (.dta)."),
         QStringLiteral("FILE"));
 }
 

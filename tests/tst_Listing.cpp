@@ -493,9 +493,9 @@ void tst_Listing::decimalPoint()
                                "[Item]\nName=B\nStart=6\nLen=4\nDecimal=2\nDecimalChar=Yes\n"
                                "[Item]\nName=C\nStart=10\nLen=4\nDecimalChar=Yes\n"));
     const Read read(made.path);
-    QCOMPARE(read.field("A").decimalPoint(), QString("implied"));
-    QCOMPARE(read.field("B").decimalPoint(), QString("data"));
-    QCOMPARE(read.field("C").decimalPoint(), QString());
+    QCOMPARE(read.field("A").decimalPoint(), DecimalPoint::Implied);
+    QCOMPARE(read.field("B").decimalPoint(), DecimalPoint::InData);
+    QCOMPARE(read.field("C").decimalPoint(), DecimalPoint::Untold);
     const QByteArray table = writtenListing(read.listing, {});
     QVERIFY2(table.contains("2 implied"), table.constData());
     QVERIFY2(table.contains("2 in data"), table.constData());

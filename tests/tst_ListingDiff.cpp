@@ -1,5 +1,6 @@
 // Compares listings made by hand: each row changes one thing of a small dictionary.
 #include "listing/ListingDiff.h"
+#include "writers/DiffWriters.h"
 
 #include <QtTest>
 
@@ -16,7 +17,7 @@ ListedField field(const char* record, const char* name, int start, int length)
     field.record = QString::fromLatin1(record);
     field.isIdentification = field.record.isNull();
     field.name = field.item = QString::fromLatin1(name);
-    field.type = "integer";
+    field.type = ValueType::Integer;
     field.start = start;
     field.length = length;
     return field;
@@ -25,20 +26,19 @@ ListedField field(const char* record, const char* name, int start, int length)
 Listing survey()
 {
     Listing listing;
-    listing.kind = "cspro";
+    listing.kind = ListingKind::CSPro;
     listing.recordTypeStart = 1;
     listing.recordTypeLength = 1;
     listing.records = { { "HOUSE", "House", "1", 1, 1, 30 },
         { "PERSON", "Person", "2", 1, 20, 30 } };
     listing.fields = { field(nullptr, "AREA", 2, 3), field("HOUSE", "ROOMS", 5, 2),
         field("PERSON", "SEX", 5, 1), field("PERSON", "AGE", 6, 3) };
-    ListedValueSet sexes { "SEX_VS1", "Sex",
-        { { "1", {}, "Male", {} }, { "2", {}, "Female", {} } } };
+    ListedValueSet sexes { "SEX_VS1", "Sex", { { "1", {}, "Male" }, { "2", {}, "Female" } } };
     listing.fields[2].valueSets.append(sexes);
     ListedField& age = listing.fields[3];
     age.missing = "999";
-    age.valueSets.append(
-        { "AGE_VS1", "Age", { { "0", "120", "Years", {} }, { "999", {}, "Unknown", "missing" } } });
+    age.valueSets.append({ "AGE_VS1", "Age",
+        { { "0", "120", "Years" }, { "999", {}, "Unknown", SpecialCode::Missing } } });
     for (int i = 1; i <= 3; ++i) {
         ListedField spoken = field("PERSON", "LANGUAGE", 9 + i, 1);
         spoken.name += "_" + QString::number(i);
@@ -46,17 +46,17 @@ Listing survey()
         listing.fields.append(spoken);
     }
     ListedField weight = field("PERSON", "WEIGHT", 20, 6);
-    weight.type = "real";
+    weight.type = ValueType::Real;
     weight.decimals = 2;
     listing.fields.append(weight);
     ListedField place = field("HOUSE", "PLACE", 10, 4);
-    place.type = "string";
-    place.valueSets.append({ "PLACE_VS1", "Place", { { "A ", {}, "North", {} } } });
+    place.type = ValueType::String;
+    place.valueSets.append({ "PLACE_VS1", "Place", { { "A ", {}, "North" } } });
     listing.fields.append(place);
     return listing;
 }
 
-Listing variables(const QString& kind)
+Listing variables(ListingKind kind)
 {
     Listing listing = survey();
     listing.kind = kind;
@@ -73,9 +73,9 @@ Listing variables(const QString& kind)
 
 QString shown(const Difference& difference)
 {
-    const QStringList parts { difference.breaks ? "breaks" : "fits",
-        differenceName(difference.kind), difference.record, difference.variable, difference.code,
-        difference.property, difference.before, difference.after };
+    const QStringList parts { difference.breaks ? "breaks" : "fits", nameOf(difference.kind),
+        difference.record, difference.variable, difference.code, nameOf(difference.property),
+        textOf(difference.before), textOf(difference.after) };
     return parts.join(' ').simplified();
 }
 
@@ -196,9 +196,9 @@ void tst_ListingDiff::addVariableRows()
     row("moved to the identification items",
         [](Listing& l) { named(l, "ROOMS").record = QString(); },
         { "breaks variable-moved HOUSE ROOMS record HOUSE" });
-    row("number to text", [](Listing& l) { named(l, "ROOMS").type = "string"; },
+    row("number to text", [](Listing& l) { named(l, "ROOMS").type = ValueType::String; },
         { "fits variable-retyped HOUSE ROOMS type integer string" });
-    row("text to number", [](Listing& l) { named(l, "PLACE").type = "integer"; },
+    row("text to number", [](Listing& l) { named(l, "PLACE").type = ValueType::Integer; },
         { "breaks variable-retyped HOUSE PLACE type string integer" });
     row("relabelled", [](Listing& l) { named(l, "ROOMS").label = "All rooms"; },
         { "fits variable-relabelled HOUSE ROOMS label All rooms" });
@@ -258,28 +258,28 @@ void tst_ListingDiff::addValueRows()
     };
     row("code added",
         [=](Listing& l) {
-            codes(l, "SEX").append({ "3", {}, "Other", {} });
+            codes(l, "SEX").append({ "3", {}, "Other" });
         },
         { "fits value-added PERSON SEX 3 Other" });
     row("code removed", [=](Listing& l) { codes(l, "SEX").removeLast(); },
         { "breaks value-removed PERSON SEX 2 Female" });
     row("code goes into a range",
         [=](Listing& l) {
-            codes(l, "SEX") = { { "1", "9", "Any", {} } };
+            codes(l, "SEX") = { { "1", "9", "Any" } };
         },
         { "fits value-removed PERSON SEX 1 Male", "fits value-removed PERSON SEX 2 Female",
             "fits value-added PERSON SEX 1 Any" });
     row("range goes into two that overlap",
         [=](Listing& l) {
-            codes(l, "AGE").replace(0, { "0", "70", "Years", {} });
-            codes(l, "AGE").append({ "60", "130", "Years", {} });
+            codes(l, "AGE").replace(0, { "0", "70", "Years" });
+            codes(l, "AGE").append({ "60", "130", "Years" });
         },
         { "fits value-removed PERSON AGE 0 Years", "fits value-added PERSON AGE 0 Years",
             "fits value-added PERSON AGE 60 Years" });
     row("range goes into two that do not meet",
         [=](Listing& l) {
-            codes(l, "AGE").replace(0, { "0", "50", "Years", {} });
-            codes(l, "AGE").append({ "60", "130", "Years", {} });
+            codes(l, "AGE").replace(0, { "0", "50", "Years" });
+            codes(l, "AGE").append({ "60", "130", "Years" });
         },
         { "breaks value-removed PERSON AGE 0 Years", "fits value-added PERSON AGE 0 Years",
             "fits value-added PERSON AGE 60 Years" });
@@ -293,7 +293,8 @@ void tst_ListingDiff::addValueRows()
             "fits value-added PERSON SEX 2 Female" });
     row("code relabelled", [=](Listing& l) { codes(l, "SEX")[0].label = "Man"; },
         { "fits value-changed PERSON SEX 1 label Male Man" });
-    row("code becomes missing", [=](Listing& l) { codes(l, "SEX")[1].special = "missing"; },
+    row("code becomes missing",
+        [=](Listing& l) { codes(l, "SEX")[1].special = SpecialCode::Missing; },
         { "breaks value-changed PERSON SEX 2 special missing" });
     row("missing code changed", [](Listing& l) { named(l, "AGE").missing = "998"; },
         { "breaks missing-changed PERSON AGE missing 999 998" });
@@ -322,7 +323,7 @@ void tst_ListingDiff::addEqualRows()
     row("text codes without blanks",
         [](Listing& l) { named(l, "PLACE").valueSets[0].codes[0].code = "A"; });
     row("value set renamed", [](Listing& l) { named(l, "SEX").valueSets[0].name = "SEXES"; });
-    row("many digits", [](Listing& l) { named(l, "ROOMS").type = "real"; });
+    row("many digits", [](Listing& l) { named(l, "ROOMS").type = ValueType::Real; });
     row("fields in another order", [](Listing& l) { l.fields.move(0, 3); });
 }
 
@@ -342,10 +343,10 @@ void tst_ListingDiff::isEqualToItself()
     Listing listing = survey();
     listing.fields.append(listing.fields);
     listing.records.append(listing.records);
-    named(listing, "SEX").valueSets[0].codes.append({ "1", {}, "Man", {} });
+    named(listing, "SEX").valueSets[0].codes.append({ "1", {}, "Man" });
     named(listing, "SEX").valueSets.append(ListedValueSet());
     QCOMPARE(shown(compareListings(listing, listing)), QStringList());
-    for (const QString& kind : { QStringLiteral("spss"), QStringLiteral("stata") })
+    for (const ListingKind kind : { ListingKind::Spss, ListingKind::Stata })
         QCOMPARE(shown(compareListings(variables(kind), variables(kind))), QStringList());
     QCOMPARE(shown(compareListings(Listing(), Listing())), QStringList());
 }
@@ -363,7 +364,7 @@ void tst_ListingDiff::swappedFilesSwapAdditions()
     change(after);
     const auto count = [](const QVector<Difference>& differences, const char* kind) {
         return std::count_if(differences.begin(), differences.end(),
-            [&](const Difference& d) { return differenceName(d.kind) == QLatin1String(kind); });
+            [&](const Difference& d) { return nameOf(d.kind) == QLatin1String(kind); });
     };
     const QVector<Difference> there = compareListings(before, after);
     const QVector<Difference> back = compareListings(after, before);
@@ -446,12 +447,12 @@ void tst_ListingDiff::numberWithCodesToText()
     QFETCH(QString, textCode);
     QFETCH(bool, breaks);
     Listing before = survey();
-    named(before, "ROOMS").valueSets.append({ "V", "", { { code, {}, "Some", {} } } });
+    named(before, "ROOMS").valueSets.append({ "V", "", { { code, {}, "Some" } } });
     number(before);
     Listing after = before;
     ListedField& text = named(after, "ROOMS");
-    text.type = "string";
-    text.valueSets[0].codes = { { textCode, {}, "Some", {} } };
+    text.type = ValueType::String;
+    text.valueSets[0].codes = { { textCode, {}, "Some" } };
     const auto retyped = [](const QVector<Difference>& differences) {
         return std::find_if(differences.cbegin(), differences.cend(),
             [](const Difference& d) { return d.kind == DifferenceKind::Retyped; });
@@ -466,7 +467,7 @@ void tst_ListingDiff::numberWithCodesToText()
 
 void tst_ListingDiff::kindsMatchByName()
 {
-    Listing after = variables("spss");
+    Listing after = variables(ListingKind::Spss);
     QCOMPARE(shown(compareListings(survey(), after)), QStringList());
     QCOMPARE(shown(compareListings(after, survey())), QStringList());
     after.fields.removeFirst();
@@ -484,8 +485,10 @@ void tst_ListingDiff::statisticsFilesLabelNoRanges()
 {
     Listing before = survey();
     named(before, "AGE").notApplicable = "   ";
-    named(before, "AGE").valueSets[0].codes.append({ "   ", {}, "Absent", "not applicable" });
-    Listing after = variables("spss");
+    named(before, "AGE")
+        .valueSets[0]
+        .codes.append({ "   ", {}, "Absent", SpecialCode::NotApplicable });
+    Listing after = variables(ListingKind::Spss);
     named(after, "AGE").valueSets[0].codes.removeFirst();
     QCOMPARE(shown(compareListings(before, after)),
         QStringList(
@@ -497,7 +500,7 @@ void tst_ListingDiff::repeatedNamesHaveNoPartnerElsewhere()
     Listing before = survey();
     before.fields.append(field("HOUSE", "LINE", 20, 1));
     before.fields.append(field("PERSON", "LINE", 27, 1));
-    Listing after = variables("spss");
+    Listing after = variables(ListingKind::Spss);
     after.fields.append(field(nullptr, "LINE", 0, 1));
     QCOMPARE(shown(compareListings(before, after)),
         QStringList({ "breaks variable-removed HOUSE LINE", "breaks variable-removed PERSON LINE",
@@ -516,21 +519,21 @@ void tst_ListingDiff::widerPartsTakeTheNext()
 
 void tst_ListingDiff::displayWidthBindsNoNumber()
 {
-    Listing after = variables("spss");
+    Listing after = variables(ListingKind::Spss);
     named(after, "AGE").length = 2;
     named(after, "PLACE").length = 2;
-    QCOMPARE(shown(compareListings(variables("spss"), after)),
+    QCOMPARE(shown(compareListings(variables(ListingKind::Spss), after)),
         QStringList({ "fits variable-resized AGE length 3 2",
             "breaks variable-resized PLACE length 4 2" }));
-    after.kind = "stata";
-    QCOMPARE(shown(compareListings(variables("spss"), after)),
+    after.kind = ListingKind::Stata;
+    QCOMPARE(shown(compareListings(variables(ListingKind::Spss), after)),
         QStringList({ "breaks variable-resized PLACE length 4 2" }));
 }
 
 void tst_ListingDiff::manyVariables()
 {
     constexpr int Count = 100000;
-    Listing before = variables("spss");
+    Listing before = variables(ListingKind::Spss);
     for (int i = 0; i < Count; ++i)
         before.fields.append(field(nullptr, qPrintable(QString("V%1").arg(i)), 0, 1));
     Listing after = before;

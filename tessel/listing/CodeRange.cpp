@@ -7,7 +7,7 @@ CodeRange CodeRange::of(const QVector<ListedValueSet>& valueSets)
     CodeRange range;
     for (const ListedValueSet& valueSet : valueSets) {
         for (const ListedCode& entry : valueSet.codes) {
-            if (entry.special.isNull())
+            if (!entry.isSpecial())
                 range.add(entry);
         }
         if (range.m_min.isNull())
@@ -20,7 +20,7 @@ CodeRange CodeRange::of(const QVector<ListedValueSet>& valueSets)
 
 void CodeRange::add(const ListedCode& entry)
 {
-    const QString& highCode = entry.highCode.isNull() ? entry.code : entry.highCode;
+    const QString& highCode = entry.isRange() ? entry.highCode : entry.code;
     bool isLowNumber = false;
     bool isHighNumber = false;
     const double low = entry.code.toDouble(&isLowNumber);

@@ -9,17 +9,52 @@
 
 class TStatInput;
 
+/*! What a listing was made of. */
+enum class ListingKind { CSPro, Spss, Stata };
+
+/*! What the values of a field are. */
+enum class ValueType { Integer, Real, String };
+
+/*! How the values of a field may be used in computations. */
+enum class Measure { Untold, Nominal, Ordinal, Scale };
+
+/*! What a code stands for besides its label. */
+enum class SpecialCode { None, Missing, NotApplicable, Refused, Default };
+
+/*! Where the decimal point of the numbers stands. */
+enum class DecimalPoint {
+    Untold,
+    Implied, /*!< in no column */
+    InData
+};
+
+/*! \a text, where an empty one tells nothing: null then. */
+inline QString orNull(const QString& text)
+{
+    return text.isEmpty() ? QString() : text;
+}
+
 /*! One value of a value set and its label; codes that share one label stand each for themselves. */
 struct ListedCode {
     QString code; /*!< of a range: its low bound */
     QString highCode; /*!< high bound of a range; null: no range */
     QString label;
-    QString special; /*!< "missing", "not applicable", "refused" or "default"; null: ordinary */
+    SpecialCode special = SpecialCode::None;
+
+    bool isRange() const
+    {
+        return !highCode.isNull();
+    }
+
+    bool isSpecial() const
+    {
+        return special != SpecialCode::None;
+    }
 
     /*! The code, or "low:high" for a range. */
     QString text() const
     {
-        return highCode.isNull() ? code : code + QLatin1Char(':') + highCode;
+        return isRange() ? code + QLatin1Char(':') + highCode : code;
     }
 };
 
@@ -44,14 +79,6 @@ enum class RangeSource {
     ValueSet
 };
 
-/*! "length" or "value set"; null: untold. */
-inline QString rangeSourceName(RangeSource source)
-{
-    if (source == RangeSource::Untold)
-        return QString();
-    return source == RangeSource::Length ? QStringLiteral("length") : QStringLiteral("value set");
-}
-
 /*! One field as a person expects it: numbers in digits, codes apart from their labels. */
 struct ListedField {
     QString name; /*!< of an occurrence: ends in "_" and its number in digits */
@@ -64,12 +91,12 @@ struct ListedField {
     int level = 0; /*!< of the questionnaire, from 1; 0: not read */
     QString parent; /*!< name in the dictionary of the item that a subitem describes columns of;
                        null: none, or not read */
-    QString type; /*!< "integer", "real" or "string" */
+    ValueType type = ValueType::String;
     int start = 0; /*!< first column, from 1; 0: the file has no columns */
     int length = 0; /*!< in columns, or as the format shows the values */
     int decimals = 0;
     QString format; /*!< as written, for example "F8.2"; null: none */
-    QString measure; /*!< "nominal", "ordinal" or "scale"; null: not told */
+    Measure measure = Measure::Untold;
     bool hasDecimalChar = false; /*!< the decimal point is in the data */
     bool isZeroFilled = false; /*!< numbers have zeros on their left, not blanks */
     bool isSubItem = false;
@@ -87,7 +114,13 @@ struct ListedField {
 
     bool isText() const
     {
-        return type == QLatin1String("string");
+        return type == ValueType::String;
+    }
+
+    /*! True when the values stand in columns of lines. */
+    bool hasColumns() const
+    {
+        return start > 0;
     }
 
     /*! True when more than the columns bounds the numbers. */
@@ -96,12 +129,12 @@ struct ListedField {
         return rangeSource != RangeSource::Length && !(min.isNull() && max.isNull());
     }
 
-    /*! "data" or "implied" where the decimal point of the numbers stands; null: not told. */
-    QString decimalPoint() const
+    /*! Untold without decimals and without columns. */
+    DecimalPoint decimalPoint() const
     {
         if (isText() || decimals <= 0 || start <= 0)
-            return QString();
-        return hasDecimalChar ? QStringLiteral("data") : QStringLiteral("implied");
+            return DecimalPoint::Untold;
+        return hasDecimalChar ? DecimalPoint::InData : DecimalPoint::Implied;
     }
 
     /*! The missing codes one by one, of every kind of file. */
@@ -109,7 +142,7 @@ struct ListedField {
     {
         if (!missingRanges.isEmpty() || missing.isNull())
             return missingRanges;
-        return { { missing, QString(), QString(), QString() } };
+        return { { missing, QString(), QString() } };
     }
 
     /*! The not-applicable code, if there is one. */
@@ -117,7 +150,7 @@ struct ListedField {
     {
         if (notApplicable.isNull())
             return {};
-        return { { notApplicable, QString(), QString(), QString() } };
+        return { { notApplicable, QString(), QString() } };
     }
 
     /*! Number of codes with labels, in the first value set. */
@@ -149,7 +182,7 @@ struct ListedRecord {
 struct Listing {
     QString file;
     bool isPartial = false; /*!< something of the file could not be read, and was told of */
-    QString kind; /*!< "cspro", "spss" or "stata" */
+    ListingKind kind = ListingKind::CSPro;
     QString name;
     QString label;
     QString version; /*!< as written, for example "CSPro 7.7" */
@@ -167,6 +200,6 @@ struct Listing {
     /*! True for a kind of file whose fields stand in records; others are tables of rows. */
     bool hasRecords() const
     {
-        return kind == QLatin1String("cspro");
+        return kind == ListingKind::CSPro;
     }
 };

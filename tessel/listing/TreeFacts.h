@@ -11,7 +11,7 @@ class TOxVariable;
 struct VariableFacts {
     RangeSource rangeSource = RangeSource::Untold;
     QString rangeValueSet; /*!< name of the value set that has the ranges; null: none has */
-    QString decimalPoint; /*!< as ListedField::decimalPoint() */
+    DecimalPoint decimalPoint = DecimalPoint::Untold;
 };
 
 /*! Those of the variables of a tree that was read as it was written. */

@@ -3,6 +3,7 @@
 #include "reading/InputFile.h"
 #include "reading/ReadListing.h"
 #include "text/PlainNumber.h"
+#include "writers/ListingNames.h"
 
 #include <model_Tessel/Lookup.h>
 
@@ -40,7 +41,7 @@ CodeIndex::CodeIndex(const QVector<ListedCode>& codes, bool isNumeric)
     for (int i = 0; i < codes.size(); ++i) {
         const ListedCode& entry = codes.at(i);
         const QString code = comparable(entry.code);
-        if (!entry.highCode.isNull())
+        if (entry.isRange())
             m_ranges.append({ code.toDouble(), entry.highCode.trimmed().toDouble(), i });
         else if (!m_codes.contains(code))
             m_codes.insert(code, i);
@@ -70,12 +71,6 @@ int CodeIndex::find(const QString& key) const
 QString CodeIndex::comparable(const QString& code) const
 {
     return m_isNumeric ? numberKey(code) : code.trimmed();
-}
-
-QString shownLabel(const ListedCode& entry)
-{
-    return entry.special.isNull() ? entry.label
-                                  : QStringLiteral("%1 [%2]").arg(entry.label, entry.special);
 }
 
 // A repeated item answers to its own name as well as to those of its occurrences.
@@ -127,7 +122,7 @@ LabelComparison compareLabels(
         }
         hasKey[found] = true;
         const ListedCode& entry = codes.at(found);
-        if (entry.highCode.isNull() && entry.label.trimmed() != value->value.trimmed())
+        if (!entry.isRange() && entry.label.trimmed() != value->value.trimmed())
             result.differentTexts.append({ key, value->value, entry.label });
     }
     for (int i = 0; i < codes.size(); ++i) {

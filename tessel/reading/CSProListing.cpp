@@ -1,6 +1,7 @@
 #include "reading/CSProListing.h"
 
 #include "listing/CodeRange.h"
+#include "reading/ValueTypes.h"
 
 #include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProDataImport.h>
@@ -13,24 +14,19 @@
 
 namespace {
 
-QString orNull(const QString& text)
-{
-    return text.isEmpty() ? QString() : text;
-}
-
-QString specialName(const TValueSetItem& entry)
+SpecialCode specialOf(const TValueSetItem& entry)
 {
     if (!entry.special)
-        return QString();
+        return SpecialCode::None;
     switch (entry.type) {
     case 1:
-        return QStringLiteral("missing");
+        return SpecialCode::Missing;
     case 2:
-        return QStringLiteral("not applicable");
+        return SpecialCode::NotApplicable;
     case 3:
-        return QStringLiteral("refused");
+        return SpecialCode::Refused;
     default:
-        return QStringLiteral("default");
+        return SpecialCode::Default;
     }
 }
 
@@ -48,7 +44,7 @@ ListedValueSet listValueSet(const TCSProValueSet& valueSet, const TCSPro& dictio
                 listed.codes.size(), { orNull(detail.note), orNull(detail.image) });
         }
         listed.codes.append({ entry->code, detail.highCode, dictionary.labelText(entry->label),
-            specialName(*entry) });
+            specialOf(*entry) });
     }
     return listed;
 }
@@ -117,7 +113,7 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
         field.record = item.record->name;
     if (item.parent)
         field.parent = item.parent->dictionaryName;
-    field.type = source.getFieldType().toLower();
+    field.type = valueTypeOf(source.getFieldType());
     field.start = source.start;
     field.length = source.length;
     field.decimals = item.decimal; // the source field's are lost under the established rules
@@ -145,7 +141,7 @@ Listing listFields(const QString& file, TCSProDataImport& importer)
     const TCSPro& dictionary = *importer.dictionary;
     Listing listing;
     listing.file = file;
-    listing.kind = QStringLiteral("cspro");
+    listing.kind = ListingKind::CSPro;
     listing.name = dictionary.name;
     listing.label = dictionary.labelText(dictionary.label);
     listing.encoding = QString::fromLatin1(dictionary.textEncoding());

@@ -27,8 +27,7 @@ VariableFacts factsOf(const TCSProItem& item)
     if (item.isAlpha != 0)
         return facts;
     if (item.decimal > 0) {
-        facts.decimalPoint =
-            item.hasDecimalChar ? QStringLiteral("data") : QStringLiteral("implied");
+        facts.decimalPoint = item.hasDecimalChar ? DecimalPoint::InData : DecimalPoint::Implied;
     }
     const TCSProValueSet* valueSet = item.boundingValueSet();
     facts.rangeSource = valueSet ? RangeSource::ValueSet : RangeSource::Length;
@@ -65,7 +64,7 @@ TreeFacts factsOfVariables(const TStatFileDescription& file, const TOxEntity& ro
         if (!hasRanges(*variable))
             continue;
         const QString& set = file.labelSets.at(file.variables.at(i).labelSet).name;
-        facts.insert(variable, { RangeSource::ValueSet, set, QString() });
+        facts.insert(variable, { RangeSource::ValueSet, set, DecimalPoint::Untold });
     }
     return facts;
 }

@@ -160,7 +160,7 @@ bool findListedValues(Listing& listing)
     if (listing.hasRecords() || !listing.input)
         return true;
     RowReader reader(listing);
-    const bool isRead = reader.read(*listing.input, listing.kind == QLatin1String("spss"));
+    const bool isRead = reader.read(*listing.input, listing.kind == ListingKind::Spss);
     if (!checkRead(*listing.input))
         listing.isPartial = true;
     if (!isRead || !listing.input->failure().isEmpty())

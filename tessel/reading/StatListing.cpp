@@ -4,6 +4,7 @@
 
 #include "text/ShownText.h"
 #include "reading/StatFile.h"
+#include "reading/ValueTypes.h"
 
 #include <model_Tessel/DataImport.h>
 #include <model_Tessel/DataProvider.h>
@@ -20,17 +21,17 @@ namespace {
 
 // ---- as written
 
-QString measureName(readstat_measure_t measure)
+Measure measureOf(readstat_measure_t measure)
 {
     switch (measure) {
     case READSTAT_MEASURE_NOMINAL:
-        return QStringLiteral("nominal");
+        return Measure::Nominal;
     case READSTAT_MEASURE_ORDINAL:
-        return QStringLiteral("ordinal");
+        return Measure::Ordinal;
     case READSTAT_MEASURE_SCALE:
-        return QStringLiteral("scale");
+        return Measure::Scale;
     default:
-        return QString();
+        return Measure::Untold;
     }
 }
 
@@ -41,7 +42,7 @@ ListedValueSet listLabels(const TStatLabelSet& labels, const TStatVariableDescri
     listed.codes.reserve(labels.labels.size());
     for (const TStatLabelledValue& entry : labels.labels) {
         listed.codes.append({ entry.value.text, QString(), entry.label,
-            variable.isMissing(entry.value) ? QStringLiteral("missing") : QString() });
+            variable.isMissing(entry.value) ? SpecialCode::Missing : SpecialCode::None });
     }
     return listed;
 }
@@ -52,7 +53,7 @@ void takeMissing(ListedField& field, const QVector<TStatMissingRange>& ranges)
     for (const TStatMissingRange& range : ranges) {
         const bool isRange = range.low.text != range.high.text;
         field.missingRanges.append(
-            { range.low.text, isRange ? range.high.text : QString(), QString(), QString() });
+            { range.low.text, isRange ? range.high.text : QString(), QString() });
         texts.append(
             isRange ? range.low.text + QLatin1String("..") + range.high.text : range.low.text);
     }
@@ -72,7 +73,8 @@ public:
         if (variable.labelSet < 0)
             return;
         const QString key = QStringLiteral("%1 %2 %3")
-                                .arg(QString::number(variable.labelSet), field.type, field.missing);
+                                .arg(QString::number(variable.labelSet),
+                                    QString::number(int(field.type)), field.missing);
         const auto known = m_known.constFind(key);
         if (known != m_known.constEnd()) {
             field.valueSets = known->valueSets;
@@ -102,11 +104,11 @@ ListedField listVariable(
     field.name = variable.name;
     field.item = variable.name;
     field.label = variable.label;
-    field.type = variable.typeName(kind).toLower();
+    field.type = valueTypeOf(variable.typeName(kind));
     field.length = variable.width(kind);
     field.decimals = variable.decimals();
     field.format = variable.format;
-    field.measure = measureName(variable.measure);
+    field.measure = measureOf(variable.measure);
     if (!variable.notes.isEmpty())
         field.note = variable.notes.join(QLatin1Char('\n'));
     takeMissing(field, variable.missingRanges);
@@ -131,7 +133,7 @@ ListedValueSet cutLabels(const QString& valueLabels)
     const QStringList entries = valueLabels.split(QLatin1Char('\t'), Qt::SkipEmptyParts);
     for (const QString& entry : entries) {
         const int blank = entry.indexOf(QLatin1Char(' '));
-        listed.codes.append({ entry.left(blank), QString(), entry.mid(blank + 1), QString() });
+        listed.codes.append({ entry.left(blank), QString(), entry.mid(blank + 1) });
     }
     return listed;
 }
@@ -148,7 +150,7 @@ void listEstablished(TDataImport& importer, Listing& listing)
         field.name = source->fieldName;
         field.item = source->fieldName;
         field.label = source->fieldLabel;
-        field.type = source->getFieldType().toLower();
+        field.type = valueTypeOf(source->getFieldType());
         field.length = source->length;
         field.min = source->minValue;
         field.max = source->maxValue;
@@ -179,7 +181,7 @@ bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& l
     if (!describeStatFile(path, kind, *listing.input, file, listing.isPartial))
         return false;
     listing.file = path;
-    listing.kind = kindName(kind);
+    listing.kind = file.kind == TStatFileKind::Spss ? ListingKind::Spss : ListingKind::Stata;
     listing.label = file.fileLabel;
     listing.version = versionText(file);
     listing.encoding = file.encoding;

@@ -61,15 +61,6 @@ QString shownNumber(int number)
     return number == 0 ? QString() : QString::number(number);
 }
 
-QString shownDecimals(int decimals, const QString& point)
-{
-    if (point.isNull())
-        return shownNumber(decimals);
-    const bool isInData = point == QLatin1String("data");
-    return QString::number(decimals)
-        + (isInData ? QLatin1String(" in data") : QLatin1String(" implied"));
-}
-
 QString printable(const QString& text)
 {
     QString result = text;
@@ -83,6 +74,14 @@ QString printable(const QString& text)
             result[i] = QChar::ReplacementCharacter;
     }
     return result;
+}
+
+QString withoutTrailingBlanks(const QString& text)
+{
+    int length = text.size();
+    while (length > 0 && text.at(length - 1) == QLatin1Char(' '))
+        --length;
+    return text.left(length);
 }
 
 QString shortened(const QString& text)

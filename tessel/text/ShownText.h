@@ -21,16 +21,13 @@ QString joinedCodes(const QStringList& codes);
 QString shownNumber(int number);
 
 /*!
- * \a decimals, and where their point stands when \a point tells it: "implied" or "data". Empty for
- * none.
- */
-QString shownDecimals(int decimals, const QString& point);
-
-/*!
  * \a text with control characters and those that turn the direction of writing made visible, so
  * that no file can drive a terminal or seem to say something else.
  */
 QString printable(const QString& text);
+
+/*! \a text without the blanks at its end, which are padding. */
+QString withoutTrailingBlanks(const QString& text);
 
 /*! \a text, which a message quotes from a file, cut to a line's length. */
 QString shortened(const QString& text);

@@ -1,5 +1,7 @@
 #include "text/TextTable.h"
 
+#include "text/ShownText.h"
+
 #include <algorithm>
 #include <iterator>
 #include <numeric>
@@ -49,13 +51,6 @@ QString aligned(const QString& text, int width, TextTable::Align align)
 {
     const QString blanks = padding(width - displayWidth(text));
     return align == TextTable::Align::Right ? blanks + text : text + blanks;
-}
-
-QString withoutTrailingBlanks(QString text)
-{
-    while (text.endsWith(QLatin1Char(' ')))
-        text.chop(1);
-    return text;
 }
 
 } // namespace

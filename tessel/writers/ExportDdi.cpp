@@ -1,6 +1,7 @@
 #include "writers/ExportWriters.h"
 
 #include "writers/ExportText.h"
+#include "writers/ListingNames.h"
 
 #include <QFileInfo>
 #include <QPair>
@@ -13,8 +14,8 @@
 namespace {
 
 // The field tells the first code of the kind; it and further ones stand in the value sets.
-void addSpecialCodes(QVector<ListedCode>& codes, const ListedField& field, const QString& first,
-    const QString& special)
+void addSpecialCodes(
+    QVector<ListedCode>& codes, const ListedField& field, const QString& first, SpecialCode special)
 {
     if (first.isNull())
         return;
@@ -61,14 +62,14 @@ QString variableIds(const QVector<int>& fields)
 bool hasRanges(const ListedValueSet& valueSet)
 {
     return std::any_of(valueSet.codes.cbegin(), valueSet.codes.cend(),
-        [](const ListedCode& entry) { return !entry.highCode.isNull(); });
+        [](const ListedCode& entry) { return entry.isRange(); });
 }
 
 bool isContinuous(const ListedField& field)
 {
     if (field.isText())
         return false;
-    return field.measure == QLatin1String("scale") || field.valueSets.isEmpty()
+    return field.measure == Measure::Scale || field.valueSets.isEmpty()
         || hasRanges(field.valueSets.constFirst());
 }
 
@@ -371,16 +372,16 @@ void DdiWriter::writeBounds(const ListedField& field, const QString& min, const 
 
 void DdiWriter::writeUnits(const ListedField& field)
 {
-    attribute("UNITS",
-        field.type == QLatin1String("real") ? QStringLiteral("REAL") : QStringLiteral("INT"));
+    attribute(
+        "UNITS", field.type == ValueType::Real ? QStringLiteral("REAL") : QStringLiteral("INT"));
 }
 
 void DdiWriter::writeInvalid(const ListedField& field)
 {
     QVector<ListedCode> codes = field.missingRanges;
     if (codes.isEmpty())
-        addSpecialCodes(codes, field, field.missing, QStringLiteral("missing"));
-    addSpecialCodes(codes, field, field.notApplicable, QStringLiteral("not applicable"));
+        addSpecialCodes(codes, field, field.missing, SpecialCode::Missing);
+    addSpecialCodes(codes, field, field.notApplicable, SpecialCode::NotApplicable);
     if (codes.isEmpty())
         return;
     open("invalrng");
@@ -391,7 +392,7 @@ void DdiWriter::writeInvalid(const ListedField& field)
 
 void DdiWriter::writeCode(const ListedField& field, const ListedCode& entry)
 {
-    if (!entry.highCode.isNull()) {
+    if (entry.isRange()) {
         writeBounds(field, entry.code, entry.highCode);
         return;
     }
@@ -434,9 +435,9 @@ void DdiWriter::writeValueSets(int index)
             const ListedCode& entry = valueSet.codes.at(i);
             open("catgry");
             attribute("ID", QStringLiteral("%1C%2").arg(variableId(index)).arg(++category));
-            if (!entry.special.isNull()) {
+            if (entry.isSpecial()) {
                 attribute("missing", QStringLiteral("Y"));
-                attribute("missType", entry.special);
+                attribute("missType", nameOf(entry.special));
             }
             element("catValu", entry.text());
             element("labl", entry.label);
@@ -466,7 +467,7 @@ void DdiWriter::writeFormat(const ListedField& field)
     attribute("type", field.isText() ? QStringLiteral("character") : QStringLiteral("numeric"));
     if (!field.format.isEmpty()) {
         attribute("formatname", field.format);
-        if (m_listing.kind == QLatin1String("spss")) {
+        if (m_listing.kind == ListingKind::Spss) {
             attribute("schema", QStringLiteral("SPSS"));
         } else {
             attribute("schema", QStringLiteral("other"));
@@ -482,7 +483,7 @@ void DdiWriter::writeNotes(const ListedField& field)
         note("part of", field.parent);
     if (field.isIdentification && field.level > 0 && m_listing.levels.size() > 1)
         note("level", QString::number(field.level));
-    if (!field.decimalPoint().isNull())
+    if (field.decimalPoint() != DecimalPoint::Untold)
         note("decimal point",
             field.hasDecimalChar ? QStringLiteral("in the data") : QStringLiteral("implied"));
     if (field.isZeroFilled)

@@ -1,6 +1,7 @@
 #include "writers/ExportWriters.h"
 
 #include "writers/ExportText.h"
+#include "writers/ListingNames.h"
 #include "text/ShownText.h"
 
 #include <QFileInfo>
@@ -257,7 +258,7 @@ void HtmlWriter::writeGroup(int index)
 QString decimalsText(const ListedField& field)
 {
     const QString decimals = QStringLiteral("decimals %1").arg(field.decimals);
-    if (field.decimalPoint().isNull())
+    if (field.decimalPoint() == DecimalPoint::Untold)
         return decimals;
     return decimals
         + (field.hasDecimalChar ? QLatin1String(", point in the data")
@@ -275,7 +276,7 @@ QString rangeText(const ListedField& field)
 
 QString HtmlWriter::fieldFacts(const ListedField& field) const
 {
-    QStringList facts { field.type };
+    QStringList facts { nameOf(field.type) };
     if (field.start > 0) {
         facts.append(QStringLiteral("columns %1 to %2")
                          .arg(field.start)
@@ -291,8 +292,8 @@ QString HtmlWriter::fieldFacts(const ListedField& field) const
         facts.append(QStringLiteral("filled with zeros"));
     if (!field.format.isEmpty())
         facts.append(QStringLiteral("format %1").arg(field.format));
-    if (!field.measure.isNull())
-        facts.append(field.measure);
+    if (field.measure != Measure::Untold)
+        facts.append(nameOf(field.measure));
     if (field.hasRange())
         facts.append(rangeText(field));
     if (!field.missing.isNull())
@@ -358,9 +359,7 @@ void HtmlWriter::writeCode(const ListedValueSet& valueSet, int index)
     open("td", "class", QStringLiteral("code"));
     text(entry.text());
     close();
-    element("td",
-        entry.special.isNull() ? entry.label
-                               : QStringLiteral("%1 [%2]").arg(entry.label, entry.special));
+    element("td", shownLabel(entry));
     if (!valueSet.details.isEmpty()) {
         const ListedDetail detail = valueSet.details.value(index);
         open("td", "class", QStringLiteral("note"));

@@ -4,6 +4,7 @@
 #include "text/JsonWriter.h"
 #include "text/ShownText.h"
 #include "text/TextTable.h"
+#include "writers/ListingNames.h"
 
 #include <QHash>
 #include <QJsonArray>
@@ -26,7 +27,7 @@ QString rangeText(const ListedField& field)
 
 QString shownRange(const ListedCode& entry)
 {
-    return entry.highCode.isNull() ? shownCode(entry.code) : entry.text();
+    return entry.isRange() ? entry.text() : shownCode(entry.code);
 }
 
 void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString& indent)
@@ -37,9 +38,7 @@ void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString&
     for (const ListedCode& entry : codes) {
         const QString code = shownRange(entry);
         QString text = indent + code;
-        text += QString(width - displayWidth(code) + 2, QLatin1Char(' ')) + entry.label;
-        if (!entry.special.isNull())
-            text += QStringLiteral(" [%1]").arg(entry.special);
+        text += QString(width - displayWidth(code) + 2, QLatin1Char(' ')) + shownLabel(entry);
         table.addDetail(printable(text));
     }
 }
@@ -104,7 +103,7 @@ QString groupTitle(const ListedField& field, const QHash<QString, const ListedRe
 
 QStringList tableCells(const ListedField& field)
 {
-    QStringList cells { field.name, field.type, field.format, shownNumber(field.start),
+    QStringList cells { field.name, nameOf(field.type), field.format, shownNumber(field.start),
         shownNumber(field.length), shownDecimals(field.decimals, field.decimalPoint()),
         rangeText(field), shownCodes(field.missing), shownCodes(field.notApplicable),
         shownNumber(field.valueLabelCount()), field.fullLabel() };
@@ -177,12 +176,12 @@ QStringList fieldHeadings()
 
 QStringList fieldCells(const QString& file, const ListedField& field)
 {
-    return { file, field.record, field.name, field.fullLabel(), field.type,
+    return { file, field.record, field.name, field.fullLabel(), nameOf(field.type),
         shownNumber(field.start), shownNumber(field.length), QString::number(field.decimals),
         field.missing, field.notApplicable, field.min, field.max,
-        QString::number(field.valueLabelCount()), field.format, field.measure, field.item,
-        shownNumber(field.occurrence), field.parent, field.decimalPoint(),
-        rangeSourceName(field.rangeSource), field.rangeValueSet };
+        QString::number(field.valueLabelCount()), field.format, nameOf(field.measure), field.item,
+        shownNumber(field.occurrence), field.parent, nameOf(field.decimalPoint()),
+        nameOf(field.rangeSource), field.rangeValueSet };
 }
 
 QStringList valueHeadings()
@@ -198,8 +197,8 @@ void addValueLines(const CsvWriter& csv, const QStringList& cells, const ListedF
     for (const ListedValueSet& valueSet : field.valueSets) {
         for (const ListedCode& entry : valueSet.codes) {
             csv.addLine(cells
-                + QStringList {
-                    valueSet.name, entry.code, entry.highCode, entry.label, entry.special });
+                + QStringList { valueSet.name, entry.code, entry.highCode, entry.label,
+                    nameOf(entry.special) });
             hasCodes = true;
         }
     }
@@ -263,10 +262,10 @@ QJsonObject jsonOf(const ListedField& field)
         { QStringLiteral("record"), textOrNull(field.record) },
         { QStringLiteral("identification"), field.isIdentification },
         { QStringLiteral("level"), numberOrNull(field.level) },
-        { QStringLiteral("type"), field.type },
+        { QStringLiteral("type"), nameOf(field.type) },
         { QStringLiteral("start"), numberOrNull(field.start) },
         { QStringLiteral("format"), textOrNull(field.format) },
-        { QStringLiteral("measure"), textOrNull(field.measure) },
+        { QStringLiteral("measure"), textOrNull(nameOf(field.measure)) },
         { QStringLiteral("length"), numberOrNull(field.length) },
         { QStringLiteral("decimals"), field.decimals },
         { QStringLiteral("decimalChar"), field.hasDecimalChar },
@@ -278,7 +277,7 @@ QJsonObject jsonOf(const ListedField& field)
         { QStringLiteral("notApplicable"), textOrNull(field.notApplicable) },
         { QStringLiteral("min"), textOrNull(field.min) },
         { QStringLiteral("max"), textOrNull(field.max) },
-        { QStringLiteral("rangeFrom"), textOrNull(rangeSourceName(field.rangeSource)) },
+        { QStringLiteral("rangeFrom"), textOrNull(nameOf(field.rangeSource)) },
         { QStringLiteral("rangeValueSet"), textOrNull(field.rangeValueSet) },
         { QStringLiteral("note"), textOrNull(field.note) },
         { QStringLiteral("valueSetCount"), field.valueSets.size() },
@@ -287,9 +286,9 @@ QJsonObject jsonOf(const ListedField& field)
 
 QJsonObject jsonOf(const Listing& listing)
 {
-    return { { QStringLiteral("file"), listing.file }, { QStringLiteral("kind"), listing.kind },
-        { QStringLiteral("name"), listing.name }, { QStringLiteral("label"), listing.label },
-        { QStringLiteral("version"), listing.version },
+    return { { QStringLiteral("file"), listing.file },
+        { QStringLiteral("kind"), nameOf(listing.kind) }, { QStringLiteral("name"), listing.name },
+        { QStringLiteral("label"), listing.label }, { QStringLiteral("version"), listing.version },
         { QStringLiteral("encoding"), listing.encoding },
         { QStringLiteral("recordTypeStart"), listing.recordTypeStart },
         { QStringLiteral("recordTypeLength"), listing.recordTypeLength },
@@ -314,7 +313,7 @@ void addValueSets(JsonWriter& json, const QVector<ListedValueSet>& valueSets)
             json.add({ { QStringLiteral("code"), entry.code },
                 { QStringLiteral("to"), textOrNull(entry.highCode) },
                 { QStringLiteral("label"), entry.label },
-                { QStringLiteral("special"), textOrNull(entry.special) },
+                { QStringLiteral("special"), textOrNull(nameOf(entry.special)) },
                 { QStringLiteral("note"), textOrNull(detail.note) },
                 { QStringLiteral("image"), textOrNull(detail.image) } });
         }

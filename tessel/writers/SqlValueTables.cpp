@@ -1,6 +1,8 @@
 #include "writers/SqlValueTables.h"
 
 #include "text/PlainNumber.h"
+#include "text/ShownText.h"
+#include "writers/ListingNames.h"
 
 #include <QLocale>
 
@@ -15,13 +17,8 @@ constexpr int RowsPerStatement = 200;
 
 bool hasRanges(const QVector<ListedCode>& codes)
 {
-    return std::any_of(codes.cbegin(), codes.cend(),
-        [](const ListedCode& entry) { return !entry.highCode.isNull(); });
-}
-
-bool isSpecial(const ListedCode& entry)
-{
-    return !entry.special.isNull();
+    return std::any_of(
+        codes.cbegin(), codes.cend(), [](const ListedCode& entry) { return entry.isRange(); });
 }
 
 bool isBlank(const QString& code)
@@ -56,10 +53,8 @@ QString numberLiteral(const QString& code, SqlType type)
 // texts that an index does not take.
 QString textLiteral(const QString& code)
 {
-    int length = code.size();
-    while (length > 0 && code.at(length - 1) == QLatin1Char(' '))
-        --length;
-    return length > 0 && length <= LongestCode ? sqlText(code.left(length)) : QString();
+    const QString text = withoutTrailingBlanks(code);
+    return !text.isEmpty() && text.size() <= LongestCode ? sqlText(text) : QString();
 }
 
 } // namespace
@@ -70,7 +65,7 @@ SqlType sqlTypeOf(const ListedField& field, SqlDialect dialect)
         return SqlType::Text;
     // The library takes long whole numbers for real; columns without decimals are whole.
     const bool isWhole =
-        field.type == QLatin1String("integer") || (field.start > 0 && field.decimals == 0);
+        field.type == ValueType::Integer || (field.start > 0 && field.decimals == 0);
     if (!isWhole)
         return SqlType::Real;
     if (field.length <= LongestInteger)
@@ -96,7 +91,8 @@ QString SqlValueTables::keyOf(const ListedField& field, const ListedValueSet& va
 {
     QString key = QString::number(int(sqlTypeOf(field, m_dialect)));
     for (const ListedCode& entry : valueSet.codes) {
-        for (const QString& part : { entry.code, entry.highCode, entry.label, entry.special })
+        key += QString::number(int(entry.special));
+        for (const QString& part : { entry.code, entry.highCode, entry.label })
             key += QString::number(part.isNull() ? -1 : part.size()) + QLatin1Char(':') + part;
     }
     return key;
@@ -139,12 +135,13 @@ int SqlValueTables::addTable(const ListedField& field, const ListedValueSet& val
     table.type = sqlTypeOf(field, m_dialect);
     table.hasRanges = hasRanges(valueSet.codes);
     table.codes = valueSet.codes;
-    table.isClosed =
-        !table.hasRanges && !std::all_of(valueSet.codes.cbegin(), valueSet.codes.cend(), isSpecial);
+    table.isClosed = !table.hasRanges
+        && !std::all_of(valueSet.codes.cbegin(), valueSet.codes.cend(),
+            [](const ListedCode& entry) { return entry.isSpecial(); });
     for (const ListedCode& entry : valueSet.codes) {
         const QString code = literal(entry.code, table.type);
         table.literals.insert(code);
-        const bool isHeld = code != null() || isBlank(entry.code) || isSpecial(entry);
+        const bool isHeld = code != null() || isBlank(entry.code) || entry.isSpecial();
         table.isClosed = table.isClosed && isHeld;
     }
     m_tables.append(table);
@@ -167,7 +164,7 @@ bool SqlValueTables::lacksMissing(const ListedField& field, const Table& table) 
 {
     return std::any_of(
         field.missingRanges.cbegin(), field.missingRanges.cend(), [&](const ListedCode& entry) {
-            return !entry.highCode.isNull()
+            return entry.isRange()
                 || (!isBlank(entry.code)
                     && !table.literals.contains(literal(entry.code, table.type)));
         });
@@ -175,8 +172,7 @@ bool SqlValueTables::lacksMissing(const ListedField& field, const Table& table) 
 
 QString SqlValueTables::referenceOf(const ListedField& field) const
 {
-    if (!field.areValuesListed || field.measure == QLatin1String("scale")
-        || tablesOf(field).size() != 1)
+    if (!field.areValuesListed || field.measure == Measure::Scale || tablesOf(field).size() != 1)
         return QString();
     const auto first = std::find_if(field.valueSets.cbegin(), field.valueSets.cend(),
         [](const ListedValueSet& valueSet) { return !valueSet.codes.isEmpty(); });
@@ -217,7 +213,7 @@ QStringList SqlValueTables::rows(const Table& table) const
     for (const ListedCode& entry : table.codes) {
         QString code = literal(entry.code, table.type);
         if (table.hasRanges) {
-            const QString& high = entry.highCode.isNull() ? entry.code : entry.highCode;
+            const QString& high = entry.isRange() ? entry.highCode : entry.code;
             code += QLatin1String(", ") + literal(high, table.type);
         } else {
             const QString key = uniqueKey(code, table.type);
@@ -226,7 +222,7 @@ QStringList SqlValueTables::rows(const Table& table) const
             seen.insert(key);
         }
         const QStringList cells { code, sqlText(entry.text()), sqlText(entry.label),
-            entry.special.isNull() ? null() : sqlText(entry.special) };
+            entry.isSpecial() ? sqlText(nameOf(entry.special)) : null() };
         rows.append(QLatin1String("  (") + cells.join(QLatin1String(", ")) + QLatin1Char(')'));
     }
     return rows;

@@ -3,6 +3,7 @@
 #include "text/JsonWriter.h"
 #include "text/ShownText.h"
 #include "text/TextTable.h"
+#include "writers/ListingNames.h"
 
 #include <model_Tessel/Config.h>
 #include <model_Tessel/Entity.h>
@@ -197,7 +198,7 @@ QJsonValue rangeSourceOf(const TOxVariable& variable, const VariableFacts& facts
 {
     if (variable.getMetadataVariables()->getRange()->isEmpty())
         return {};
-    return textOrNull(rangeSourceName(facts.rangeSource));
+    return textOrNull(nameOf(facts.rangeSource));
 }
 
 QJsonObject jsonOf(const TOxVariable& variable, const VariableFacts& facts)
@@ -212,7 +213,7 @@ QJsonObject jsonOf(const TOxVariable& variable, const VariableFacts& facts)
         { QStringLiteral("start"), variable.getStart() },
         { QStringLiteral("size"), variable.getSize() },
         { QStringLiteral("decimals"), variable.getDecimals() },
-        { QStringLiteral("decimalPoint"), textOrNull(facts.decimalPoint) },
+        { QStringLiteral("decimalPoint"), textOrNull(nameOf(facts.decimalPoint)) },
         { QStringLiteral("level"), variable.getLevel() },
         { QStringLiteral("missing"), codeOrNull(variable.getMissing()) },
         { QStringLiteral("notApplicable"), codeOrNull(variable.getNotappl()) },
