@@ -2,6 +2,7 @@
 
 #include "process/Console.h"
 #include "process/FileNames.h"
+#include "FormatOption.h"
 #include "InputOptions.h"
 #include "listing/ListingDiff.h"
 #include "process/Output.h"
@@ -27,14 +28,6 @@ struct DiffOptions {
     QString output;
 };
 
-const QCommandLineOption& formatOption()
-{
-    static const QCommandLineOption option({ QStringLiteral("f"), QStringLiteral("format") },
-        QStringLiteral("How to tell: text (for people) or json."), QStringLiteral("format"),
-        QStringLiteral("text"));
-    return option;
-}
-
 void describe(QCommandLineParser& parser)
 {
     parser.setApplicationDescription(QStringLiteral(
@@ -44,7 +37,7 @@ void describe(QCommandLineParser& parser)
         "told on standard error, by file and line.\n"
         "Exit status: 0 they are equal, 1 they differ, 2 wrong usage or a failure."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ formatOption(), Output::option() });
+    parser.addOptions({ textFormatOption(QStringLiteral("tell")), Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("before"),
         QStringLiteral("Dictionary that the data fits: .dcf, .sav, .zsav or .dta."),
@@ -59,11 +52,9 @@ QString readOptions(const QCommandLineParser& parser, DiffOptions& options)
     options.files = FileNames::paths(parser.positionalArguments());
     if (options.files.size() != 2)
         return QStringLiteral("give two dictionaries, not %1").arg(options.files.size());
-    const QString format = parser.value(formatOption());
-    options.asJson = format == QLatin1String("json");
-    if (!options.asJson && format != QLatin1String("text"))
-        return QStringLiteral("unknown format '%1'; give text or json").arg(format);
-    const QString mistake = readInputOptions(parser, options.input);
+    QString mistake = readTextFormat(parser, options.asJson);
+    if (mistake.isNull())
+        mistake = readInputOptions(parser, options.input);
     return mistake.isNull() ? Output::readOption(parser, options.files, options.output) : mistake;
 }
 

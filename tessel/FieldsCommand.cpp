@@ -3,6 +3,7 @@
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "writers/FieldWriters.h"
+#include "FormatOption.h"
 #include "InputOptions.h"
 #include "process/Output.h"
 #include "process/Supervisor.h"
@@ -19,14 +20,6 @@ struct FieldsOptions {
     QString output;
 };
 
-const QCommandLineOption& formatOption()
-{
-    static const QCommandLineOption option({ QStringLiteral("f"), QStringLiteral("format") },
-        QStringLiteral("How to list: table (for people), csv or json."), QStringLiteral("format"),
-        QStringLiteral("table"));
-    return option;
-}
-
 const QCommandLineOption& valuesOption()
 {
     static const QCommandLineOption option(
@@ -42,7 +35,8 @@ void describe(QCommandLineParser& parser)
         "told on standard error, by file and line.\n"
         "Exit status: 0 all was read, 1 an input failed, 2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ formatOption(), valuesOption(), spreadsheetOption(), Output::option() });
+    parser.addOptions(
+        { listFormatOption(), valuesOption(), spreadsheetOption(), Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("dictionary"),
         QStringLiteral(
@@ -55,12 +49,12 @@ QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
     options.files = FileNames::paths(parser.positionalArguments());
     if (options.files.isEmpty())
         return QStringLiteral("no dictionary given");
-    const QString format = parser.value(formatOption());
-    if (!readFormat(format, options.format.kind))
-        return QStringLiteral("unknown format '%1'; give table, csv or json").arg(format);
     options.format.withValues = parser.isSet(valuesOption());
     options.format.width = Console::tableWidth();
-    QString mistake = readSpreadsheetOption(parser, "--format csv",
+    QString mistake = readListFormat(parser, options.format.kind);
+    if (!mistake.isNull())
+        return mistake;
+    mistake = readSpreadsheetOption(parser, "--format csv",
         options.format.kind == ListingFormat::Kind::Csv, options.format.forSpreadsheet);
     if (mistake.isNull())
         mistake = readInputOptions(parser, options.input);

@@ -3,6 +3,7 @@
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "reading/InputFile.h"
+#include "FormatOption.h"
 #include "InputOptions.h"
 #include "lookups/LookupReport.h"
 #include "lookups/LookupWriters.h"
@@ -37,14 +38,6 @@ const QCommandLineOption& separatorOption()
     static const QCommandLineOption option({ QStringLiteral("s"), QStringLiteral("separator") },
         QStringLiteral("What stands between key and value; guessed from the lines when not given."),
         QStringLiteral("space|tab|comma|semicolon|colon"));
-    return option;
-}
-
-const QCommandLineOption& formatOption()
-{
-    static const QCommandLineOption option({ QStringLiteral("f"), QStringLiteral("format") },
-        QStringLiteral("How to list: table (for people), csv or json."), QStringLiteral("format"),
-        QStringLiteral("table"));
     return option;
 }
 
@@ -106,9 +99,9 @@ void describe(QCommandLineParser& parser)
                        "Exit status: 0 the lookup is consistent, 1 it is not or cannot be read,\n"
                        "2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ separatorOption(), formatOption(), spreadsheetOption(), frequenciesOption(),
-        againstOption(), reportOption(), idOption(), labelOption(), encodingOption(),
-        Output::option() });
+    parser.addOptions({ separatorOption(), listFormatOption(), spreadsheetOption(),
+        frequenciesOption(), againstOption(), reportOption(), idOption(), labelOption(),
+        encodingOption(), Output::option() });
     parser.addPositionalArgument(
         QStringLiteral("file"), QStringLiteral("Lookup file."), QStringLiteral("FILE"));
 }
@@ -161,12 +154,12 @@ QString readOptions(const QCommandLineParser& parser, LookupOptions& options)
         return files.isEmpty() ? QStringLiteral("no lookup file given")
                                : QStringLiteral("more than one lookup file given");
     options.file = files.constFirst();
-    const QString format = parser.value(formatOption());
-    if (!readFormat(format, options.format.kind))
-        return QStringLiteral("unknown format '%1'; give table, csv or json").arg(format);
     options.format.width = Console::tableWidth();
     options.withFrequencies = parser.isSet(frequenciesOption());
-    QString mistake = readSpreadsheetOption(parser, "--format csv",
+    QString mistake = readListFormat(parser, options.format.kind);
+    if (!mistake.isNull())
+        return mistake;
+    mistake = readSpreadsheetOption(parser, "--format csv",
         options.format.kind == ListingFormat::Kind::Csv, options.format.forSpreadsheet);
     if (mistake.isNull())
         mistake = readAgainst(parser, options);

@@ -3,6 +3,7 @@
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "reading/DictionaryTree.h"
+#include "FormatOption.h"
 #include "InputOptions.h"
 #include "lookups/LookupFile.h"
 #include "lookups/SeparatorGuess.h"
@@ -36,14 +37,6 @@ struct TreeOptions {
     QString output;
 };
 
-const QCommandLineOption& formatOption()
-{
-    static const QCommandLineOption option({ QStringLiteral("f"), QStringLiteral("format") },
-        QStringLiteral("How to print: text (for people) or json."), QStringLiteral("format"),
-        QStringLiteral("text"));
-    return option;
-}
-
 const QCommandLineOption& valuesOption()
 {
     static const QCommandLineOption option(
@@ -76,8 +69,8 @@ void describe(QCommandLineParser& parser)
         "standard error, by file and line.\n"
         "Exit status: 0 all was read, 1 an input failed, 2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions(
-        { formatOption(), valuesOption(), entityOption(), lookupOption(), Output::option() });
+    parser.addOptions({ textFormatOption(QStringLiteral("print")), valuesOption(), entityOption(),
+        lookupOption(), Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("file"),
         QStringLiteral(
@@ -108,15 +101,13 @@ QString readOptions(const QCommandLineParser& parser, TreeOptions& options)
             : QStringLiteral("the tree of one file is printed, not of %1").arg(files.size());
     }
     options.file = files.constFirst();
-    const QString format = parser.value(formatOption());
-    options.format.asJson = format == QLatin1String("json");
-    if (!options.format.asJson && format != QLatin1String("text"))
-        return QStringLiteral("unknown format '%1'; give text or json").arg(format);
     options.format.withValues = parser.isSet(valuesOption());
     options.format.width = Console::tableWidth();
     if (parser.isSet(entityOption()))
         options.entity = parser.value(entityOption());
-    QString mistake = readLookups(parser, options.lookups);
+    QString mistake = readTextFormat(parser, options.format.asJson);
+    if (mistake.isNull())
+        mistake = readLookups(parser, options.lookups);
     if (mistake.isNull())
         mistake = readInputOptions(parser, options.input);
     QStringList inputs { options.file };

@@ -369,6 +369,9 @@ private slots:
     void fixtureFacts_data();
     void fixtureFacts();
     void outputsTellNotes();
+    void valueSetsOfOccurrencesStandOnce();
+    void valuesOfOccurrencesInTablesAndCsv();
+    void occurrencesWithOtherValueSets();
 
     void corpusFacts_data();
     void corpusFacts();
@@ -587,6 +590,87 @@ void tst_Listing::outputsTellNotes()
              "<ExtLink URI=\"../p/a%20b.jpg\" role=\"image\"/>" })
         QVERIFY2(ddi.contains(text), text);
     QCOMPARE(ddi.count("of the value"), 2);
+}
+
+namespace {
+
+QByteArray repeated()
+{
+    return dictionary("[Item]\nName=A\nStart=2\nLen=1\nOccurrences=3\n"
+                      "[ValueSet]\nName=V\nValue=1;one\nValue=2;two\n"
+                      "[Item]\nName=B\nStart=5\nLen=1\nOccurrences=2\n"
+                      "[Item]\nName=C\nStart=7\nLen=1\n"
+                      "[ValueSet]\nName=W\nValue=3;three\n");
+}
+
+ListingFormat withValues(ListingFormat::Kind kind)
+{
+    ListingFormat format;
+    format.kind = kind;
+    format.withValues = true;
+    return format;
+}
+
+QJsonArray jsonFields(const Listing& listing)
+{
+    const QByteArray json = writtenListing(listing, withValues(ListingFormat::Kind::Json));
+    const QJsonObject root = QJsonDocument::fromJson(json).object();
+    return root["files"].toArray()[0].toObject()["fields"].toArray();
+}
+
+} // namespace
+
+void tst_Listing::valueSetsOfOccurrencesStandOnce()
+{
+    const Made made(repeated());
+    const QJsonArray fields = jsonFields(Read(made.path).listing);
+    QCOMPARE(fields.size(), 6);
+    QStringList told;
+    for (const QJsonValue& value : fields) {
+        const QJsonObject field = value.toObject();
+        const QJsonArray sets = field["valueSets"].toArray();
+        const QString code =
+            sets[0].toObject()["values"].toArray()[0].toObject()["code"].toString();
+        told.append(field["name"].toString() + (field.contains("valueSets") ? " sets " : " of ")
+            + code + field["valueSetsOf"].toString());
+    }
+    QCOMPARE(told,
+        QStringList(
+            { "A_1 sets 1", "A_2 of A_1", "A_3 of A_1", "B_1 sets ", "B_2 sets ", "C sets 3" }));
+}
+
+void tst_Listing::valuesOfOccurrencesInTablesAndCsv()
+{
+    const Made made(repeated());
+    const Listing listing = Read(made.path).listing;
+    const QByteArray csv = writtenListing(listing, withValues(ListingFormat::Kind::Csv));
+    QStringList cells;
+    for (const QByteArray& line : csv.split('\n')) {
+        const QList<QByteArray> parts = line.trimmed().split(',');
+        if (parts.size() > 5)
+            cells.append(parts.at(2) + ' ' + parts.mid(parts.size() - 4).join(' '));
+    }
+    QCOMPARE(cells.mid(1),
+        QStringList({ "A_1 1  one ", "A_1 2  two ", "A_2 1  one ", "A_2 2  two ", "A_3 1  one ",
+            "A_3 2  two ", "B_1    ", "B_2    ", "C 3  three " }));
+    const QByteArray table = writtenListing(listing, withValues(ListingFormat::Kind::Table));
+    QCOMPARE(table.count("    1  one\n    2  two\n"), 3);
+    QCOMPARE(table.count("    3  three\n"), 1);
+    QVERIFY(table.indexOf("A_3") < table.lastIndexOf("1  one"));
+}
+
+// What is not the same is told, whatever the occurrences are called.
+void tst_Listing::occurrencesWithOtherValueSets()
+{
+    const Made made(repeated());
+    Listing listing = Read(made.path).listing;
+    listing.fields[1].valueSets[0].codes[1].label = "zwei";
+    const QJsonArray fields = jsonFields(listing);
+    QVERIFY(fields[1].toObject().contains("valueSets"));
+    QVERIFY(!fields[1].toObject().contains("valueSetsOf"));
+    QCOMPARE(fields[2].toObject()["valueSetsOf"].toString(), QString("A_1"));
+    QVERIFY(writtenListing(listing, withValues(ListingFormat::Kind::Table)).contains("2  zwei"));
+    QCOMPARE(writtenListing(listing, withValues(ListingFormat::Kind::Csv)).count(",V,2,,two,"), 2);
 }
 
 void tst_Listing::corpusFacts_data()

@@ -202,4 +202,21 @@ struct Listing {
     {
         return kind == ListingKind::CSPro;
     }
+
+    /*!
+     * Index of the first occurrence when field \a index is a later one with the same value sets,
+     * else \a index.
+     */
+    int firstWithValuesOf(int index) const
+    {
+        const ListedField& field = fields.at(index);
+        const int first = index - field.occurrence + 1;
+        if (field.occurrence <= 1 || first < 0)
+            return index;
+        const ListedField& other = fields.at(first);
+        const bool isSame = other.occurrence == 1 && other.item == field.item
+            && other.record == field.record
+            && other.valueSets.constData() == field.valueSets.constData();
+        return isSame ? first : index;
+    }
 };

@@ -49,11 +49,21 @@ CsvWriter::CsvWriter(const ByteSink& sink, bool forSpreadsheet)
 
 void CsvWriter::addLine(const QStringList& cells) const
 {
+    m_sink(textOf(cells) + "\r\n");
+}
+
+void CsvWriter::addLine(const QByteArray& first, const QByteArray& second) const
+{
+    m_sink(first + ',' + second + "\r\n");
+}
+
+QByteArray CsvWriter::textOf(const QStringList& cells) const
+{
     QStringList written;
     written.reserve(cells.size());
     for (const QString& cell : cells) {
         const bool isHarmful = m_forSpreadsheet && isFormula(cell);
         written.append(csvCell(isHarmful ? QLatin1Char('\'') + cell : cell));
     }
-    m_sink(written.join(QLatin1Char(',')).toUtf8() + "\r\n");
+    return written.join(QLatin1Char(',')).toUtf8();
 }

@@ -16,6 +16,11 @@ public:
 
     void addLine(const QStringList& cells) const;
 
+    /*! \a cells as they stand in a line, for lines that share some of them. */
+    QByteArray textOf(const QStringList& cells) const;
+    /*! A line of two parts by textOf(). */
+    void addLine(const QByteArray& first, const QByteArray& second) const;
+
 private:
     ByteSink m_sink;
     bool m_forSpreadsheet;

@@ -2,6 +2,8 @@
 
 #include <QJsonDocument>
 
+#include <utility>
+
 namespace {
 
 constexpr int Indent = 2;
@@ -59,6 +61,24 @@ void JsonWriter::add(const QJsonObject& entry)
 {
     beginEntry(nullptr);
     m_sink(compact(entry));
+}
+
+QByteArray JsonWriter::recorded(const std::function<void()>& write)
+{
+    const bool isFirst = m_isFirst;
+    QByteArray text;
+    ByteSink sink = [&text](const QByteArray& piece) { text += piece; };
+    std::swap(m_sink, sink);
+    write();
+    std::swap(m_sink, sink);
+    m_isFirst = isFirst;
+    return text;
+}
+
+void JsonWriter::addRecorded(const QByteArray& text)
+{
+    m_sink(text);
+    m_isFirst = m_isFirst && text.isEmpty();
 }
 
 void JsonWriter::finish() const

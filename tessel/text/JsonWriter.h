@@ -31,6 +31,11 @@ public:
     /*! An entry of the list. */
     void add(const QJsonObject& entry);
 
+    /*! What \a write writes, for addRecorded() to write it as often as wanted. */
+    QByteArray recorded(const std::function<void()>& write);
+    /*! Writes \a text, recorded as deep and behind as many entries, one or more or none. */
+    void addRecorded(const QByteArray& text);
+
     /*! Ends the text with a line end. */
     void finish() const;
 

@@ -53,6 +53,18 @@ QString aligned(const QString& text, int width, TextTable::Align align)
     return align == TextTable::Align::Right ? blanks + text : text + blanks;
 }
 
+// Details of a row, indented.
+QString linesOf(const QStringList& details, int width)
+{
+    QString text;
+    for (const QString& detail : details) {
+        const QStringList parts = wrapped(detail, width - Indent);
+        for (const QString& part : parts)
+            text += withoutTrailingBlanks(padding(Indent) + part) + QLatin1Char('\n');
+    }
+    return text;
+}
+
 } // namespace
 
 int displayWidth(const QString& text)
@@ -115,6 +127,15 @@ void TextTable::addRow(const QStringList& cells)
 void TextTable::addDetail(const QString& text)
 {
     m_groups.last().rows.last().details.append(text);
+}
+
+void TextTable::addDetails(const QStringList& texts)
+{
+    QStringList& details = m_groups.last().rows.last().details;
+    if (details.isEmpty())
+        details = texts; // shared
+    else
+        details += texts;
 }
 
 // Of all columns but the last; 0 for one that no row fills.
@@ -188,23 +209,33 @@ QString TextTable::line(QStringList cells, const QVector<int>& widths, int width
 
 QString TextTable::toText(int width) const
 {
+    QByteArray text;
+    write(width, [&text](const QByteArray& piece) { text += piece; });
+    return QString::fromUtf8(text);
+}
+
+void TextTable::write(int width, const ByteSink& sink) const
+{
     const QVector<int> widths = columnWidths(width);
     QStringList headings;
     for (const Column& column : m_columns)
         headings.append(column.heading);
 
-    QString text;
+    QStringList lastDetails;
+    QByteArray detailLines;
     for (const Group& group : m_groups) {
-        text += QLatin1Char('\n') + wrapped(group.title, width).join(QLatin1Char('\n'))
-            + QLatin1Char('\n') + line(headings, widths, width);
+        const QStringList title = wrapped(group.title, width);
+        sink((QLatin1Char('\n') + title.join(QLatin1Char('\n')) + QLatin1Char('\n')
+            + line(headings, widths, width))
+                 .toUtf8());
         for (const Row& row : group.rows) {
-            text += line(row.cells, widths, width);
-            for (const QString& detail : row.details) {
-                const QStringList parts = wrapped(detail, width - Indent);
-                for (const QString& part : parts)
-                    text += withoutTrailingBlanks(padding(Indent) + part) + QLatin1Char('\n');
-            }
+            sink(line(row.cells, widths, width).toUtf8());
+            if (row.details.isEmpty())
+                continue;
+            if (!row.details.isSharedWith(lastDetails))
+                detailLines = linesOf(row.details, width).toUtf8();
+            lastDetails = row.details;
+            sink(detailLines);
         }
     }
-    return text;
 }

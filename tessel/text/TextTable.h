@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text/ByteSink.h"
+
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -37,8 +39,12 @@ public:
     void addRow(const QStringList& cells);
     /*! A line of its own under the last row, indented. */
     void addDetail(const QString& text);
+    /*! Several of them; the same list under many rows is laid out once. */
+    void addDetails(const QStringList& texts);
 
     QString toText(int width) const;
+    /*! Hands the text in UTF-8 to \a sink piece by piece. */
+    void write(int width, const ByteSink& sink) const;
 
 private:
     struct Row {

@@ -316,13 +316,10 @@ void HtmlWriter::writeField(int index)
     element("p", fieldFacts(field));
     writeNote(field.note);
     // The occurrences of an item have the values of the first.
-    const bool isRepeated = index > 0 && field.occurrence > 1
-        && m_listing.fields.at(index - 1).item == field.item
-        && m_listing.fields.at(index - 1).record == field.record;
-    if (isRepeated && !field.valueSets.isEmpty()) {
+    const int first = m_listing.firstWithValuesOf(index);
+    if (first < index && !field.valueSets.isEmpty()) {
         open("p");
         text(QStringLiteral("Values as of "));
-        const int first = index - field.occurrence + 1;
         link(m_fieldIds.value(first), m_listing.fields.value(first).name);
         close();
     } else {

@@ -16,7 +16,7 @@
 namespace {
 
 // Changes only when a reader of the JSON has to change.
-constexpr int JsonVersion = 1;
+constexpr int JsonVersion = 2;
 
 // ---- table
 
@@ -30,34 +30,34 @@ QString shownRange(const ListedCode& entry)
     return entry.isRange() ? entry.text() : shownCode(entry.code);
 }
 
-void addCodes(TextTable& table, const QVector<ListedCode>& codes, const QString& indent)
+void addCodes(QStringList& lines, const QVector<ListedCode>& codes, const QString& indent)
 {
     int width = 0;
     for (const ListedCode& entry : codes)
         width = qMax(width, displayWidth(shownRange(entry)));
     for (const ListedCode& entry : codes) {
         const QString code = shownRange(entry);
-        QString text = indent + code;
-        text += QString(width - displayWidth(code) + 2, QLatin1Char(' ')) + shownLabel(entry);
-        table.addDetail(printable(text));
+        const QString gap(width - displayWidth(code) + 2, QLatin1Char(' '));
+        lines.append(printable(indent + code + gap + shownLabel(entry)));
     }
 }
 
 // A single set needs no name; several are alternatives, each under its own. One has the range.
-void addValueSets(TextTable& table, const ListedField& field)
+QStringList valueLines(const ListedField& field)
 {
-    const QVector<ListedValueSet>& valueSets = field.valueSets;
-    if (valueSets.size() == 1) {
-        addCodes(table, valueSets.constFirst().codes, QString());
-        return;
+    QStringList lines;
+    if (field.valueSets.size() == 1) {
+        addCodes(lines, field.valueSets.constFirst().codes, QString());
+        return lines;
     }
-    for (const ListedValueSet& valueSet : valueSets) {
+    for (const ListedValueSet& valueSet : field.valueSets) {
         QString title = valueSet.name + QLatin1String(": ") + valueSet.label;
         if (field.hasRange() && valueSet.name == field.rangeValueSet)
             title += QStringLiteral(" (range %1)").arg(rangeText(field));
-        table.addDetail(printable(title));
-        addCodes(table, valueSet.codes, QStringLiteral("  "));
+        lines.append(printable(title));
+        addCodes(lines, valueSet.codes, QStringLiteral("  "));
     }
+    return lines;
 }
 
 int labelledFields(const Listing& listing)
@@ -112,7 +112,7 @@ QStringList tableCells(const ListedField& field)
     return cells;
 }
 
-QString tableOf(const Listing& listing, const ListingFormat& format)
+void writeTable(const Listing& listing, const ListingFormat& format, const ByteSink& sink)
 {
     using Align = TextTable::Align;
     TextTable table({ { QStringLiteral("Name"), Align::Left },
@@ -126,14 +126,19 @@ QString tableOf(const Listing& listing, const ListingFormat& format)
     for (const ListedRecord& record : listing.records)
         records.insert(record.name, &record);
     const ListedField* previous = nullptr;
-    for (const ListedField& field : listing.fields) {
+    QStringList lines; // of the values of the fields before, which later occurrences share
+    for (int i = 0; i < listing.fields.size(); ++i) {
+        const ListedField& field = listing.fields.at(i);
         if (!previous || previous->record != field.record
             || previous->isIdentification != field.isIdentification)
             table.beginGroup(groupTitle(field, records));
         previous = &field;
         table.addRow(tableCells(field));
-        if (format.withValues)
-            addValueSets(table, field);
+        if (!format.withValues)
+            continue;
+        if (listing.firstWithValuesOf(i) == i)
+            lines = valueLines(field);
+        table.addDetails(lines);
     }
 
     QStringList heading { listing.name, listing.version };
@@ -147,7 +152,8 @@ QString tableOf(const Listing& listing, const ListingFormat& format)
         const QStringList parts = wrapped(printable(line), format.width);
         text += parts.join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
-    return text + table.toText(format.width);
+    sink(text.toUtf8());
+    table.write(format.width, sink);
 }
 
 void writeTables(
@@ -156,7 +162,7 @@ void writeTables(
     for (int i = 0; i < listings.size(); ++i) {
         if (i > 0)
             sink("\n");
-        sink(tableOf(listings.at(i), format).toUtf8());
+        writeTable(listings.at(i), format, sink);
     }
 }
 
@@ -190,24 +196,38 @@ QStringList valueHeadings()
         QStringLiteral("value_label"), QStringLiteral("special") };
 }
 
-// A line for each code, the field's cells first; one line for a field without codes.
-void addValueLines(const CsvWriter& csv, const QStringList& cells, const ListedField& field)
+// The cells of each code; those of none for a field without codes.
+QVector<QByteArray> valueTexts(const CsvWriter& csv, const ListedField& field)
 {
-    bool hasCodes = false;
+    QVector<QByteArray> texts;
     for (const ListedValueSet& valueSet : field.valueSets) {
         for (const ListedCode& entry : valueSet.codes) {
-            csv.addLine(cells
-                + QStringList { valueSet.name, entry.code, entry.highCode, entry.label,
-                    nameOf(entry.special) });
-            hasCodes = true;
+            texts.append(csv.textOf(
+                { valueSet.name, entry.code, entry.highCode, entry.label, nameOf(entry.special) }));
         }
     }
-    if (hasCodes)
-        return;
-    QStringList padded = cells;
-    for (int i = valueHeadings().size(); i > 0; --i)
-        padded.append(QString());
-    csv.addLine(padded);
+    if (texts.isEmpty())
+        texts.append(QByteArray(valueHeadings().size() - 1, ','));
+    return texts;
+}
+
+void addValueLines(const CsvWriter& csv, const Listing& listing)
+{
+    QVector<QByteArray> texts; // of the fields before, which later occurrences share
+    for (int i = 0; i < listing.fields.size(); ++i) {
+        const ListedField& field = listing.fields.at(i);
+        const QByteArray cells = csv.textOf(fieldCells(listing.file, field));
+        if (listing.firstWithValuesOf(i) == i)
+            texts = valueTexts(csv, field);
+        for (const QByteArray& text : qAsConst(texts))
+            csv.addLine(cells, text);
+    }
+}
+
+void addFieldLines(const CsvWriter& csv, const Listing& listing)
+{
+    for (const ListedField& field : listing.fields)
+        csv.addLine(fieldCells(listing.file, field));
 }
 
 void writeCsv(const QVector<Listing>& listings, const ListingFormat& format, const ByteSink& sink)
@@ -215,13 +235,10 @@ void writeCsv(const QVector<Listing>& listings, const ListingFormat& format, con
     const CsvWriter csv(sink, format.forSpreadsheet);
     csv.addLine(format.withValues ? fieldHeadings() + valueHeadings() : fieldHeadings());
     for (const Listing& listing : listings) {
-        for (const ListedField& field : listing.fields) {
-            const QStringList cells = fieldCells(listing.file, field);
-            if (format.withValues)
-                addValueLines(csv, cells, field);
-            else
-                csv.addLine(cells);
-        }
+        if (format.withValues)
+            addValueLines(csv, listing);
+        else
+            addFieldLines(csv, listing);
     }
 }
 
@@ -323,6 +340,21 @@ void addValueSets(JsonWriter& json, const QVector<ListedValueSet>& valueSets)
     json.endList();
 }
 
+// A later occurrence names the first, which has its value sets.
+void addField(JsonWriter& json, const Listing& listing, int index, bool withValues)
+{
+    const ListedField& field = listing.fields.at(index);
+    const int first = listing.firstWithValuesOf(index);
+    const bool namesFirst = withValues && first < index && !field.valueSets.isEmpty();
+    QJsonObject members = jsonOf(field);
+    if (namesFirst)
+        members.insert(QStringLiteral("valueSetsOf"), listing.fields.at(first).name);
+    json.beginObject(members);
+    if (withValues && !namesFirst)
+        addValueSets(json, field.valueSets);
+    json.endObject();
+}
+
 void addJson(JsonWriter& json, const Listing& listing, bool withValues)
 {
     json.beginObject(jsonOf(listing));
@@ -331,12 +363,8 @@ void addJson(JsonWriter& json, const Listing& listing, bool withValues)
         json.add(jsonOf(record));
     json.endList();
     json.beginList("fields");
-    for (const ListedField& field : listing.fields) {
-        json.beginObject(jsonOf(field));
-        if (withValues)
-            addValueSets(json, field.valueSets);
-        json.endObject();
-    }
+    for (int i = 0; i < listing.fields.size(); ++i)
+        addField(json, listing, i, withValues);
     json.endList();
     json.endObject();
 }
@@ -354,19 +382,6 @@ void writeJson(const QVector<Listing>& listings, const ListingFormat& format, co
 }
 
 } // namespace
-
-bool readFormat(const QString& text, ListingFormat::Kind& kind)
-{
-    if (text == QLatin1String("table"))
-        kind = ListingFormat::Kind::Table;
-    else if (text == QLatin1String("csv"))
-        kind = ListingFormat::Kind::Csv;
-    else if (text == QLatin1String("json"))
-        kind = ListingFormat::Kind::Json;
-    else
-        return false;
-    return true;
-}
 
 void writeListings(
     const QVector<Listing>& listings, const ListingFormat& format, const ByteSink& sink)

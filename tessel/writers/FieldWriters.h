@@ -14,9 +14,6 @@ struct ListingFormat {
     int width = 80; /*!< columns of a table */
 };
 
-/*! False when \a text is none of table, csv and json. */
-bool readFormat(const QString& text, ListingFormat::Kind& kind);
-
 /*! Hands the text to \a sink piece by piece: JSON with its values can be longer than a text may be.
  */
 void writeListings(

@@ -84,7 +84,7 @@ public:
     {
     }
 
-    QString write(const TOxEntity& top, int width)
+    void write(const TOxEntity& top, int width, const ByteSink& sink)
     {
         Counts counts;
         count(top, counts);
@@ -94,7 +94,7 @@ public:
                     plural(counts.variables, QStringLiteral("variable")),
                     QString::number(counts.labelled)));
         add(top, 0);
-        return m_table.toText(width);
+        m_table.write(width, sink);
     }
 
 private:
@@ -145,20 +145,34 @@ private:
         addLabels(labels);
     }
 
+    // Variables of one value set share its labels.
     void addLabels(const QList<ValueLabelElement*>& labels)
+    {
+        if (labels != m_labels) {
+            m_labels = labels;
+            m_labelLines = linesOf(labels);
+        }
+        m_table.addDetails(m_labelLines);
+    }
+
+    static QStringList linesOf(const QList<ValueLabelElement*>& labels)
     {
         int width = 0;
         for (const ValueLabelElement* element : labels)
             width = std::max(width, displayWidth(shownCode(element->getValue())));
+        QStringList lines;
         for (const ValueLabelElement* element : labels) {
             const QString code = shownCode(element->getValue());
             const QString gap(width - displayWidth(code) + 2, QLatin1Char(' '));
-            m_table.addDetail(printable(code + gap + element->getLabel()));
+            lines.append(printable(code + gap + element->getLabel()));
         }
+        return lines;
     }
 
     const TreeFacts& m_facts;
     bool m_withValues;
+    QList<ValueLabelElement*> m_labels; // of the variable before
+    QStringList m_labelLines;
     TextTable m_table { { { QStringLiteral("Name"), TextTable::Align::Left },
         { QStringLiteral("Type"), TextTable::Align::Left },
         { QStringLiteral("Start"), TextTable::Align::Right },
@@ -169,8 +183,8 @@ private:
         { QStringLiteral("Label"), TextTable::Align::Left } } };
 };
 
-QByteArray asText(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
-    const TreeFacts& facts, TreeFormat format)
+void writeText(const QString& file, const Dictionary& dictionary, const TOxEntity& top,
+    const TreeFacts& facts, TreeFormat format, const ByteSink& sink)
 {
     QStringList heading { file + QLatin1String(": ") + top.getName() };
     heading.append(top.getLabel());
@@ -183,7 +197,8 @@ QByteArray asText(const QString& file, const Dictionary& dictionary, const TOxEn
     for (const QString& line : qAsConst(heading)) {
         text += wrapped(printable(line), format.width).join(QLatin1Char('\n')) + QLatin1Char('\n');
     }
-    return (text + TextWriter(facts, format.withValues).write(top, format.width)).toUtf8();
+    sink(text.toUtf8());
+    TextWriter(facts, format.withValues).write(top, format.width, sink);
 }
 
 // ---- JSON
@@ -252,15 +267,38 @@ void addValues(JsonWriter& json, const TOxVariable& variable)
     json.endList();
 }
 
+// Variables of one value set share its labels, whose text is made once; of one entity, as all of
+// them stand as deep.
+class ValueTexts {
+public:
+    void add(JsonWriter& json, const TOxVariable& variable)
+    {
+        const QList<ValueLabelElement*>& labels = *variable.getValueLabelElementList();
+        const QList<Range*>& ranges = *variable.getMetadataVariables()->getRange();
+        if (m_text.isEmpty() || labels != m_labels || ranges != m_ranges) {
+            m_labels = labels;
+            m_ranges = ranges;
+            m_text = json.recorded([&] { addValues(json, variable); });
+        }
+        json.addRecorded(m_text);
+    }
+
+private:
+    QList<ValueLabelElement*> m_labels; // of the variable before
+    QList<Range*> m_ranges;
+    QByteArray m_text;
+};
+
 void addJson(JsonWriter& json, const TOxEntity& entity, const TreeFacts& facts, bool withValues,
     const char* name = nullptr)
 {
+    ValueTexts values;
     json.beginObject(jsonOf(entity), name);
     json.beginList("variables");
     for (const TOxVariable* variable : qAsConst(*entity.getVariables())) {
         json.beginObject(jsonOf(*variable, facts.value(variable)));
         if (withValues)
-            addValues(json, *variable);
+            values.add(json, *variable);
         json.endObject();
     }
     json.endList();
@@ -303,5 +341,5 @@ void writeTree(const QString& file, const Dictionary& dictionary, const TOxEntit
     if (format.asJson)
         writeJson(file, dictionary, top, facts, format.withValues, sink);
     else
-        sink(asText(file, dictionary, top, facts, format));
+        writeText(file, dictionary, top, facts, format, sink);
 }
