@@ -1,6 +1,6 @@
 // CSPro DB files: made here through SQLite in all their shapes, forged and damaged, and real ones
 // where TESSEL_CORPUS names a folder of them in whose sub-folder "csdb".
-#include "RunTessel.h"
+#include "ListedFields.h"
 #include "reading/CSProDb.h"
 
 #include <QDir>
@@ -69,13 +69,6 @@ QByteArray statementsFor(const QByteArray& dictionary)
 {
     return QByteArray(schema2) + "; INSERT INTO meta VALUES (2, '7.2.0', " + quoted(dictionary)
         + ");";
-}
-
-QJsonObject listed(const QStringList& arguments)
-{
-    const QByteArray json =
-        runTessel(QStringList { "fields", "--values", "--format", "json" } + arguments).output;
-    return QJsonDocument::fromJson(json).object().value("files").toArray().first().toObject();
 }
 
 QString corpusFile(const QString& name)
@@ -376,8 +369,8 @@ void tst_CSProDb::listsAsTheDictionary()
 {
     QFETCH(QString, dictionary);
     QVERIFY(make(m_path, statementsFor(readFile(TESSEL_TEST_DATA "/" + dictionary))));
-    QJsonObject fromDictionary = listed({ dictionary });
-    QJsonObject fromDb = listed({ m_path });
+    QJsonObject fromDictionary = listedFile({ dictionary });
+    QJsonObject fromDb = listedFile({ m_path });
     QJsonArray notes = fromDb.take("notes").toArray();
     QCOMPARE(notes.takeAt(0).toString(), "Dictionary of a CSPro DB (CSPro 7.2.0, schema 2)");
     QCOMPARE(notes, fromDictionary.take("notes").toArray());
@@ -501,7 +494,7 @@ void tst_CSProDb::realFiles()
     const Outcome outcome = runTessel({ "fields", corpusFile(name) });
     QCOMPARE(outcome.status, 0);
     QCOMPARE(outcome.errors, QByteArray());
-    const QJsonObject json = listed({ corpusFile(name) });
+    const QJsonObject json = listedFile({ corpusFile(name) });
     QTEST(json.value("name").toString(), "dictionary");
     QCOMPARE(json.value("kind").toString(), "cspro");
     QCOMPARE(json.value("notes").toArray().first().toString(),
@@ -518,7 +511,7 @@ void tst_CSProDb::realFiles()
     QVERIFY(db.open(corpusFile(name)));
     const QString alone = m_folder->filePath("alone.dcf");
     QVERIFY(writeFile(alone, db.dictionary()));
-    QCOMPARE(listed({ alone }).value("fields").toArray(), fields);
+    QCOMPARE(listedFile({ alone }).value("fields").toArray(), fields);
 }
 
 QTEST_GUILESS_MAIN(tst_CSProDb)

@@ -21,6 +21,7 @@ private slots:
     void cells_data();
     void cells();
     void lines();
+    void linesOfTwoParts();
 };
 
 void tst_CsvText::cells_data()
@@ -83,6 +84,18 @@ void tst_CsvText::lines()
     QCOMPARE(text,
         QByteArray("\xEF\xBB\xBF"
                    "a,b\r\n\r\n'=c\r\n"));
+}
+
+void tst_CsvText::linesOfTwoParts()
+{
+    for (const bool forSpreadsheet : { false, true }) {
+        const QStringList first { "a,b", "=1" };
+        const QStringList second { QString(), "c\"d", "e" };
+        QByteArray text;
+        const CsvWriter csv([&](const QByteArray& bytes) { text += bytes; }, forSpreadsheet);
+        csv.addLine(csv.textOf(first), csv.textOf(second));
+        QCOMPARE(text, written(first + second, forSpreadsheet));
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_CsvText)

@@ -35,6 +35,8 @@ private slots:
     void nesting();
     void textsAreEscaped();
     void nullTexts();
+    void stringsAreAsInObjects();
+    void recordedTextStandsAgain();
 };
 
 void tst_JsonWriter::objects()
@@ -110,6 +112,51 @@ void tst_JsonWriter::nullTexts()
     QVERIFY(textOrNull(QString()).isNull());
     QCOMPARE(textOrNull("").toString("other"), QString(""));
     QCOMPARE(textOrNull("x").toString(), QString("x"));
+}
+
+void tst_JsonWriter::stringsAreAsInObjects()
+{
+    QStringList texts { QString(), "plain text", "a\"b", "a\\b", "a\nb",
+        QString::fromUtf8(u8"é 漢 \U0001F3E0"), QString(QChar(0xD83C)) };
+    for (ushort code = 0; code < 0x400; ++code)
+        texts.append(QString("x") + QChar(code) + "y");
+    for (const QString& text : qAsConst(texts)) {
+        const QByteArray object =
+            QJsonDocument(QJsonObject { { "a", text } }).toJson(QJsonDocument::Compact);
+        QCOMPARE("{\"a\":" + jsonString(text) + '}', object);
+    }
+}
+
+void tst_JsonWriter::recordedTextStandsAgain()
+{
+    const auto written = [](bool isRecorded) {
+        GatheringWriter json;
+        json.beginObject({});
+        json.beginList("entries");
+        QByteArray text;
+        for (int i = 0; i < 3; ++i) {
+            json.beginObject({ { "i", i } });
+            const auto write = [&] {
+                json.beginList("list");
+                json.add({ { "x", 1 } });
+                json.addText("2");
+                json.endList();
+            };
+            if (i == 0)
+                text = json.recorded(write);
+            if (isRecorded)
+                json.addRecorded(text);
+            else
+                write();
+            json.endObject();
+        }
+        json.endList();
+        json.endObject();
+        return json.text();
+    };
+    QCOMPARE(written(true), written(false));
+    QCOMPARE(written(true).count("\"list\":["), 3);
+    QVERIFY(QJsonDocument::fromJson(written(true)).isObject());
 }
 
 QTEST_APPLESS_MAIN(tst_JsonWriter)

@@ -18,6 +18,7 @@ private slots:
     void longCells();
     void lastColumnGoesUnderTheRow();
     void details();
+    void sharedDetails();
     void linesFit();
 };
 
@@ -153,6 +154,34 @@ void tst_TextTable::details()
     QCOMPARE(table.toText(30),
         QString("\nGroup\nName Label\nA    Label\n    1  Yes\n    2  A label that is longer\n"
                 "    than a line\nB    Other\n"));
+}
+
+void tst_TextTable::sharedDetails()
+{
+    const QStringList shared { "first  ", "second is long enough to wrap" };
+    const auto filled = [&](bool isShared) {
+        TextTable table(
+            { { "Name", TextTable::Align::Left }, { "Label", TextTable::Align::Left } });
+        table.beginGroup("Group");
+        for (const char* name : { "A", "B", "C" }) {
+            table.addRow({ name, "label" });
+            if (*name == 'C')
+                table.addDetail("of its own");
+            if (isShared) {
+                table.addDetails(shared);
+                continue;
+            }
+            for (const QString& detail : shared)
+                table.addDetail(detail);
+        }
+        table.addRow({ "D", "none" });
+        table.addRow({ "E", "the same" });
+        table.addDetails(shared);
+        return table.toText(24);
+    };
+    QCOMPARE(filled(true), filled(false));
+    QCOMPARE(filled(true).count("    first\n    second is long\n"), 4);
+    QCOMPARE(filled(true).count("of its own"), 1);
 }
 
 void tst_TextTable::linesFit()

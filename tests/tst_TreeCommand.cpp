@@ -1,6 +1,6 @@
 // Runs "tessel tree" and compares what it prints with what "tessel fields" lists of the same files:
 // the examples, fixtures, and real dictionaries where TESSEL_CORPUS names a folder of them.
-#include "RunTessel.h"
+#include "ListedFields.h"
 #include "StatFiles.h"
 
 #include <QDir>
@@ -27,9 +27,7 @@ QJsonObject objectOf(const Outcome& outcome)
 
 QJsonObject listing(const QString& file, const QStringList& options = {})
 {
-    const Outcome outcome =
-        runTessel(QStringList { "fields", "-f", "json", "--values", file } + options);
-    return objectOf(outcome).value("files").toArray().at(0).toObject();
+    return listedFile(QStringList { file } + options);
 }
 
 QJsonObject treeOf(const QString& file, const QStringList& options = {})

@@ -1,6 +1,5 @@
 #include "lookups/LookupReport.h"
 
-#include "process/Console.h"
 #include "lookups/LookupWriters.h"
 #include "lookups/SeparatorGuess.h"
 #include "text/ShownText.h"

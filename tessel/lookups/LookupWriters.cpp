@@ -1,7 +1,6 @@
 #include "lookups/LookupWriters.h"
 #include "lookups/SeparatorGuess.h"
 
-#include "process/Console.h"
 #include "text/CsvText.h"
 #include "text/JsonWriter.h"
 #include "text/ShownText.h"
@@ -14,6 +13,7 @@ namespace {
 // Changes only when a reader of the JSON has to change.
 constexpr int JsonVersion = 1;
 
+constexpr int PieceSize = 32'768; // characters
 constexpr int NarrowestPlain = 20; // columns; below that a table may lay out in another way
 
 using Align = TextTable::Align;
@@ -60,9 +60,9 @@ TextTable frequencyHead(const ValueCount& first)
     return table;
 }
 
-// There may be millions of rows, so plain ones are written without a table. The first row has the
-// highest number, which all are aligned by.
-QString frequencyTable(const QVector<ValueCount>& frequencies, int width)
+// There may be millions of rows, so plain ones are written without a table, and many at a time. The
+// first row has the highest number, which all are aligned by.
+void writeFrequencyTable(const QVector<ValueCount>& frequencies, int width, const ByteSink& sink)
 {
     const TextTable head = frequencyHead(frequencies.constFirst());
     const int digits = qMax(4, QString::number(frequencies.constFirst().keys).size());
@@ -74,6 +74,10 @@ QString frequencyTable(const QVector<ValueCount>& frequencies, int width)
         const ValueCount& count = frequencies.at(i);
         if (i == 1 || count.keys != frequencies.at(i - 1).keys)
             number = QString::number(count.keys).rightJustified(digits) + QLatin1Char(' ');
+        if (text.size() >= PieceSize) {
+            sink(text.toUtf8());
+            text.resize(0); // keeps its memory
+        }
         if (room >= NarrowestPlain && isPlain(count.value, room)) {
             text += number;
             text += count.value;
@@ -84,7 +88,7 @@ QString frequencyTable(const QVector<ValueCount>& frequencies, int width)
         table.addRow({ QString::number(count.keys), shown(count.value) });
         text += table.toText(width).midRef(headLength);
     }
-    return text;
+    sink(text.toUtf8());
 }
 
 void addDifferences(
@@ -110,7 +114,7 @@ QString comparisonTable(const LabelComparison& comparison, int width)
     return table.toText(width);
 }
 
-QByteArray asTable(const LookupOutcome& outcome, int width)
+void writeTable(const LookupOutcome& outcome, int width, const ByteSink& sink)
 {
     const QStringList summary = lookupSummary(outcome);
     QString text;
@@ -121,9 +125,9 @@ QByteArray asTable(const LookupOutcome& outcome, int width)
     text += messageTable(outcome.problems, width);
     if (outcome.comparison)
         text += comparisonTable(*outcome.comparison, width);
+    sink(text.toUtf8());
     if (outcome.frequencies && !outcome.frequencies->isEmpty())
-        text += frequencyTable(*outcome.frequencies, width);
-    return text.toUtf8();
+        writeFrequencyTable(*outcome.frequencies, width, sink);
 }
 
 // ---- CSV
@@ -164,10 +168,10 @@ void writeCsv(const LookupOutcome& outcome, bool forSpreadsheet, const ByteSink&
         addDifferences(csv, "text-differs", outcome.comparison->differentTexts);
     }
     if (outcome.frequencies) {
-        for (const ValueCount& count : *outcome.frequencies) {
-            csv.addLine({ QStringLiteral("frequency"), QString(), QString(), QString(), count.value,
-                QString(), QString::number(count.keys) });
-        }
+        const QByteArray head =
+            csv.textOf({ QStringLiteral("frequency"), QString(), QString(), QString() });
+        for (const ValueCount& count : *outcome.frequencies)
+            csv.addLine(head, csv.textOf({ count.value, QString(), QString::number(count.keys) }));
     }
 }
 
@@ -210,8 +214,8 @@ void addFrequencies(JsonWriter& json, const QVector<ValueCount>& frequencies)
 {
     json.beginList("frequencies");
     for (const ValueCount& count : frequencies) {
-        json.add(
-            { { QStringLiteral("value"), count.value }, { QStringLiteral("keys"), count.keys } });
+        json.addText("{\"keys\":" + QByteArray::number(count.keys)
+            + ",\"value\":" + jsonString(count.value) + '}');
     }
     json.endList();
 }
@@ -277,6 +281,6 @@ void writeLookup(const LookupOutcome& outcome, const ListingFormat& format, cons
     case ListingFormat::Kind::Json:
         return writeJson(outcome, sink);
     case ListingFormat::Kind::Table:
-        return sink(asTable(outcome, format.width));
+        return writeTable(outcome, format.width, sink);
     }
 }

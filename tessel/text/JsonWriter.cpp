@@ -1,7 +1,9 @@
 #include "text/JsonWriter.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -18,6 +20,19 @@ QByteArray compact(const QJsonObject& object)
 QJsonValue textOrNull(const QString& text)
 {
     return text.isNull() ? QJsonValue() : QJsonValue(text);
+}
+
+QByteArray jsonString(const QString& text)
+{
+    const bool isPlain = std::all_of(text.cbegin(), text.cend(), [](QChar character) {
+        const ushort code = character.unicode();
+        return code >= 0x20 && code != '"' && code != '\\' && code != 0x7F
+            && !character.isSurrogate();
+    });
+    if (isPlain)
+        return '"' + text.toUtf8() + '"';
+    const QByteArray list = QJsonDocument(QJsonArray { text }).toJson(QJsonDocument::Compact);
+    return list.mid(1, list.size() - 2); // without the brackets
 }
 
 JsonWriter::JsonWriter(const ByteSink& sink)
@@ -59,8 +74,13 @@ void JsonWriter::endList()
 
 void JsonWriter::add(const QJsonObject& entry)
 {
+    addText(compact(entry));
+}
+
+void JsonWriter::addText(const QByteArray& entry)
+{
     beginEntry(nullptr);
-    m_sink(compact(entry));
+    m_sink(entry);
 }
 
 QByteArray JsonWriter::recorded(const std::function<void()>& write)

@@ -10,6 +10,9 @@
 /*! A null for a null text. */
 QJsonValue textOrNull(const QString& text);
 
+/*! \a text as JSON, in quotes. */
+QByteArray jsonString(const QString& text);
+
 /*!
  * Writes JSON with one entry of a list on each line. A QJsonDocument of a long list would take many
  * times the memory of its text.
@@ -30,6 +33,9 @@ public:
     void endList();
     /*! An entry of the list. */
     void add(const QJsonObject& entry);
+
+    /*! An entry of the list as JSON text, where there are millions. */
+    void addText(const QByteArray& entry);
 
     /*! What \a write writes, for addRecorded() to write it as often as wanted. */
     QByteArray recorded(const std::function<void()>& write);

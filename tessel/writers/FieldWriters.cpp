@@ -126,7 +126,8 @@ void writeTable(const Listing& listing, const ListingFormat& format, const ByteS
     for (const ListedRecord& record : listing.records)
         records.insert(record.name, &record);
     const ListedField* previous = nullptr;
-    QStringList lines; // of the values of the fields before, which later occurrences share
+    QStringList lines; // of the values that field told has, and later occurrences share
+    int told = -1;
     for (int i = 0; i < listing.fields.size(); ++i) {
         const ListedField& field = listing.fields.at(i);
         if (!previous || previous->record != field.record
@@ -136,8 +137,10 @@ void writeTable(const Listing& listing, const ListingFormat& format, const ByteS
         table.addRow(tableCells(field));
         if (!format.withValues)
             continue;
-        if (listing.firstWithValuesOf(i) == i)
+        const int first = listing.firstWithValuesOf(i);
+        if (first != told)
             lines = valueLines(field);
+        told = first;
         table.addDetails(lines);
     }
 
@@ -213,12 +216,15 @@ QVector<QByteArray> valueTexts(const CsvWriter& csv, const ListedField& field)
 
 void addValueLines(const CsvWriter& csv, const Listing& listing)
 {
-    QVector<QByteArray> texts; // of the fields before, which later occurrences share
+    QVector<QByteArray> texts; // of the values that field told has, and later occurrences share
+    int told = -1;
     for (int i = 0; i < listing.fields.size(); ++i) {
         const ListedField& field = listing.fields.at(i);
         const QByteArray cells = csv.textOf(fieldCells(listing.file, field));
-        if (listing.firstWithValuesOf(i) == i)
+        const int first = listing.firstWithValuesOf(i);
+        if (first != told)
             texts = valueTexts(csv, field);
+        told = first;
         for (const QByteArray& text : qAsConst(texts))
             csv.addLine(cells, text);
     }
