@@ -362,6 +362,14 @@ bool isWhole(const TStatVariableDescription& variable, TStatFileKind kind)
     return kind == TStatFileKind::Spss && isPlain && FormatNumbers(variable.format).decimals == 0;
 }
 
+// A text that its encoding does not have is damage, wherever it stands.
+bool isOfText(readstat_error_t error)
+{
+    return error == READSTAT_ERROR_CONVERT || error == READSTAT_ERROR_CONVERT_BAD_STRING
+        || error == READSTAT_ERROR_CONVERT_SHORT_STRING
+        || error == READSTAT_ERROR_CONVERT_LONG_STRING;
+}
+
 // False as well when the file could not be read.
 bool isSound(TStatInput& input, TStatFileKind kind)
 {
@@ -458,7 +466,7 @@ TStatFileDescription readStatDescription(TStatInput& input, TStatFileKind kind)
     if (all.outcome.error == READSTAT_OK)
         return all;
     TStatFileDescription rest = DescriptionReader(input).read(kind, Scope::WithoutValueLabels);
-    all.outcome.isUnsupported = isSound(input, kind);
+    all.outcome.isUnsupported = !isOfText(all.outcome.error) && isSound(input, kind);
     rest.outcome.isUnsupported = rest.outcome.error != READSTAT_OK && all.outcome.isUnsupported;
     all.variablesOutcome = rest.outcome;
     rest.variablesOutcome = rest.outcome;

@@ -57,6 +57,8 @@ private slots:
     void assumedEncodingIsTold_data();
     void assumedEncodingIsTold();
     void soundFileThatIsNotSupported();
+    void damagedTextIsDamage();
+    void foreignDateIsNotSupported();
     void notesOfVariables();
     void longTextHasNoLength();
     void readFailureNamesTheFile_data();
@@ -284,6 +286,39 @@ void tst_StatCommand::soundFileThatIsNotSupported()
         QVERIFY2(
             errors.contains("damaged") && !errors.contains("not supported"), errors.constData());
     }
+}
+
+// The structure is sound, and yet there is nothing to save in another way.
+void tst_StatCommand::damagedTextIsDamage()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("text.sav");
+    StatFileWriter writer;
+    readstat_variable_set_label(writer.add("AGE", READSTAT_TYPE_DOUBLE, "F8.0"), "Age in years");
+    QVERIFY(writer.write(path, TStatFileKind::Spss));
+    QByteArray bytes = readFile(path);
+    bytes[bytes.indexOf("Age in years")] = '\xff';
+    QVERIFY(writeFile(path, bytes));
+    const Outcome outcome = runTessel({ "fields", path });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("damaged"), outcome.errors.constData());
+    QVERIFY2(!outcome.errors.contains("not supported"), outcome.errors.constData());
+}
+
+void tst_StatCommand::foreignDateIsNotSupported()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("date.sav");
+    StatFileWriter writer;
+    writer.add("AGE", READSTAT_TYPE_DOUBLE, "F8.0");
+    QVERIFY(writer.write(path, TStatFileKind::Spss));
+    QByteArray bytes = readFile(path);
+    bytes.replace(92, 9, "03 Xyz 17");
+    QVERIFY(writeFile(path, bytes));
+    const Outcome outcome = runTessel({ "fields", path });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("not supported by libreadstat"), outcome.errors.constData());
+    QVERIFY2(outcome.errors.contains("save it anew"), outcome.errors.constData());
 }
 
 void tst_StatCommand::notesOfVariables()

@@ -44,23 +44,14 @@ private:
     int m_output;
 };
 
-// Of several things that libreadstat told the first; tellMore() has the others.
 QString describe(const TStatOutcome& outcome)
 {
     if (outcome.errorText.isEmpty())
         return QStringLiteral("it ends early");
-    if (outcome.errorDetails.isEmpty())
-        return outcome.errorText;
-    return outcome.errorText + QLatin1String("; ") + shortened(outcome.errorDetails.constFirst());
-}
-
-void tellMore(const QString& path, const TStatOutcome& outcome)
-{
-    for (const QString& detail : outcome.errorDetails.mid(1)) {
-        Console::tell(path, 0, Console::Severity::Note,
-            QStringLiteral("libreadstat says: %1").arg(shortened(detail)),
-            QStringLiteral("libreadstat"));
-    }
+    QStringList texts { outcome.errorText };
+    for (const QString& detail : outcome.errorDetails)
+        texts += shortened(detail);
+    return texts.join(QLatin1String("; "));
 }
 
 // libreadstat says the same where a piece is larger than it takes, 16 MiB. Where memory is lacking
@@ -81,14 +72,25 @@ bool failRead(const QString& path, const QString& reason)
 }
 
 // The usual reasons are sizes: libreadstat takes no text or set of labels above 16 MiB.
-QString unsupportedText(TStatFileKind kind, const QString& name, const QString& reason)
+QString wayAround(TStatFileKind kind, readstat_error_t error)
 {
-    const QString way = kind == TStatFileKind::Spss
-        ? QStringLiteral("fewer labels in one set")
-        : QStringLiteral("shorter texts (strL) or fewer labels in one set");
+    switch (error) {
+    case READSTAT_ERROR_UNSUPPORTED_CHARSET:
+        return QStringLiteral("in Unicode");
+    case READSTAT_ERROR_BAD_TIMESTAMP_STRING:
+        return QStringLiteral("anew with another program, which writes another date");
+    default:
+        return kind == TStatFileKind::Spss
+            ? QStringLiteral("with fewer labels in one set")
+            : QStringLiteral("with shorter texts (strL) or fewer labels in one set");
+    }
+}
+
+QString unsupportedText(TStatFileKind kind, const QString& name, const TStatOutcome& outcome)
+{
     return QStringLiteral("is a sound %1 file, but not supported by libreadstat, which reads it: "
-                          "%2; save it with %3")
-        .arg(name, reason, way);
+                          "%2; save it %3")
+        .arg(name, describe(outcome), wayAround(kind, outcome.error));
 }
 
 // False when there is nothing to list. Value labels may be damaged where the variables are not.
@@ -111,8 +113,7 @@ bool tellUnread(const QString& path, const TStatFileDescription& file, bool& isP
                 .arg(name));
     }
     if (file.variablesOutcome.isUnsupported) {
-        return failInput(
-            path, 0, unsupportedText(file.kind, name, describe(file.variablesOutcome)));
+        return failInput(path, 0, unsupportedText(file.kind, name, file.variablesOutcome));
     }
     return failInput(path, 0,
         QStringLiteral("cannot be read as %1 file: %2; if it is damaged or cut off, get it anew")
@@ -127,9 +128,7 @@ bool checkWhole(const QString& path, const TStatFileDescription& file, bool& isP
         return failRead(path, file.outcome.inputFailure);
     checkMemory(file.outcome);
     checkMemory(file.variablesOutcome);
-    const bool isListed = tellUnread(path, file, isPartial);
-    tellMore(path, isListed ? file.outcome : file.variablesOutcome);
-    return isListed;
+    return tellUnread(path, file, isPartial);
 }
 
 bool isAscii(const QString& text)
