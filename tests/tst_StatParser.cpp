@@ -262,6 +262,7 @@ private slots:
     void earlyEndIsNoticed();
     void filesAreClosed();
     void openingAgainStartsAnew();
+    void changeIsNoticed();
     void guardKeepsExceptionsBack();
 
 private:
@@ -538,6 +539,24 @@ void TestStatParser::openingAgainStartsAnew()
     QCOMPARE(openDescriptors(), before + 1);
     QCOMPARE(buffered.read(5), QByteArray("abc"));
     QCOMPARE(buffered.io->open("", buffered.io->io_ctx), -1);
+}
+
+// In place as well, where the size stays: by the time of the last change.
+void TestStatParser::changeIsNoticed()
+{
+    writeBytes(QStringLiteral("ten"), QByteArray("0123456789"));
+    TStatInput input;
+    QVERIFY(input.open(path(QStringLiteral("ten"))));
+    QCOMPARE(input.failure(), QString());
+    QFile file(path(QStringLiteral("ten")));
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QCOMPARE(file.write("X"), qint64(1));
+    QVERIFY(file.setFileTime(file.fileTime(QFileDevice::FileModificationTime).addSecs(5),
+        QFileDevice::FileModificationTime));
+    file.close();
+    QCOMPARE(input.failure(), QStringLiteral("it was changed while it was read"));
+    QVERIFY(input.open(path(QStringLiteral("ten"))));
+    QCOMPARE(input.failure(), QString());
 }
 
 void TestStatParser::guardKeepsExceptionsBack()
