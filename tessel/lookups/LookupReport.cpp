@@ -4,6 +4,7 @@
 #include "lookups/SeparatorGuess.h"
 #include "text/ShownText.h"
 #include "writers/ExportText.h"
+#include "writers/HtmlStyle.h"
 
 #include <model_Tessel/ReportLookup.h>
 
@@ -12,10 +13,10 @@ namespace {
 // Colours are the system's, so that the page is dark where that is wished; paper has them light.
 constexpr char styleSheet[] = R"(
 :root { color-scheme: light dark; }
-body { font: 1rem/1.5 system-ui, sans-serif; max-width: 60rem; margin: 0 auto; padding: 1rem; }
+body { font: 1rem/1.5 system-ui, sans-serif; }
 h1 { font-size: 1.5rem; } h2 { font-size: 1.2rem; margin-top: 2rem; }
-table { border-collapse: collapse; width: 100%; }
-th, td { text-align: start; vertical-align: top; padding: 0.3rem 0.6rem 0.3rem 0;
+table { width: 100%; }
+th, td { padding: 0.3rem 0.6rem 0.3rem 0;
   border-bottom: 1px solid #8886; overflow-wrap: anywhere; unicode-bidi: isolate; }
 td { white-space: pre-wrap; }
 .number { text-align: end; white-space: nowrap; font-variant-numeric: tabular-nums; width: 4rem; }
@@ -26,8 +27,7 @@ td { white-space: pre-wrap; }
 .bad { border-color: #c62828; }
 @media (max-width: 32rem) { .facts th, .facts td { display: block; width: auto; }
   .facts th { border-bottom: 0; padding-bottom: 0; } .bar { width: 25%; } }
-@media print { :root { color-scheme: light; } body { max-width: none; padding: 0; font-size: 10pt; }
-  thead { display: table-header-group; } tr { break-inside: avoid; }
+@media print { :root { color-scheme: light; } thead { display: table-header-group; }
   .bar rect { print-color-adjust: exact; -webkit-print-color-adjust: exact; } }
 )";
 
@@ -190,7 +190,7 @@ QByteArray lookupPage(const ReportLookup& report, const LookupOutcome& outcome)
         "content=\"default-src 'none'; style-src 'unsafe-inline'\"/>\n"
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n");
     page += QStringLiteral("<title>") + title + QStringLiteral(": ") + escaped(report.idValue())
-        + QStringLiteral("</title>\n<style>") + QLatin1String(styleSheet)
+        + QStringLiteral("</title>\n<style>") + QLatin1String(styleSheet) + pageStyle()
         + QStringLiteral("</style>\n</head>\n<body>\n<h1>") + title + QStringLiteral("</h1>\n");
     page += identification(report) + summary(outcome) + messages(outcome.problems);
     if (outcome.comparison)

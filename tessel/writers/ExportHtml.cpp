@@ -1,6 +1,7 @@
 #include "writers/ExportWriters.h"
 
 #include "writers/ExportText.h"
+#include "writers/HtmlStyle.h"
 #include "writers/ListingNames.h"
 #include "text/ShownText.h"
 
@@ -9,22 +10,18 @@
 
 namespace {
 
-// Narrow screens wrap, paper gets no links' colours; characters that XML escapes are not used.
+// Paper gets no links' colours; characters that XML escapes are not used.
 constexpr char Style[] =
-    "body{font:16px/1.45 sans-serif;margin:0 auto;max-width:60rem;padding:1rem;"
-    "color:#111;background:#fff;overflow-wrap:anywhere}"
+    "body{font:16px/1.45 sans-serif;color:#111;background:#fff;overflow-wrap:anywhere}"
     "h1,h2,h3{line-height:1.2}h2{border-bottom:2px solid #555;margin-top:2.5rem}"
     "h3{margin:1.8rem 0 .3rem}code{font-family:monospace}"
     "nav ul{padding-left:1.2rem}nav ul ul{columns:16rem}"
     "p{margin:.3rem 0}.note{white-space:pre-wrap}"
-    "table{border-collapse:collapse;margin:.4rem 0}"
+    "table{margin:.4rem 0}"
     "caption{text-align:left;font-style:italic}"
-    "th,td{text-align:left;vertical-align:top;padding:.15rem .6rem;"
-    "border-bottom:1px solid #ccc}td.code{white-space:pre-wrap;"
-    "font-family:monospace}"
-    "@media print{body{font-size:10pt;max-width:none;padding:0}"
-    "a{color:inherit;text-decoration:none}"
-    "h2,h3{break-after:avoid}tr{break-inside:avoid}}";
+    "th,td{padding:.15rem .6rem;border-bottom:1px solid #ccc}"
+    "td.code{white-space:pre-wrap;font-family:monospace}"
+    "@media print{a{color:inherit;text-decoration:none}h2,h3{break-after:avoid}}";
 
 class HtmlWriter {
 public:
@@ -157,7 +154,7 @@ void HtmlWriter::writeHead()
     m_xml.writeAttribute(
         QStringLiteral("content"), QStringLiteral("width=device-width, initial-scale=1"));
     element("title", titleOf(m_listing));
-    element("style", QLatin1String(Style));
+    element("style", QLatin1String(Style) + pageStyle());
     close();
 }
 
