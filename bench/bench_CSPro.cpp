@@ -1,7 +1,9 @@
 // What reading a CSPro dictionary costs beside reading the same file line by line, which is the
-// least that a Qt program does with a text file. Compare the two within one run.
+// least that a Qt program does with a text file, and beside making the same objects of its lines
+// without looking at them any closer. Compare them within one run.
 #include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProDataImport.h>
+#include <model_Tessel/CSProValueSet.h>
 
 #include <benchmark/benchmark.h>
 
@@ -73,19 +75,124 @@ void writeDictionary(const Shape& shape, const QString& path)
         qFatal("cannot write %s", qUtf8Printable(path));
 }
 
+QStringList linesOf(const QString& path)
+{
+    QStringList lines;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        qFatal("cannot read %s", qUtf8Printable(path));
+    QTextStream stream(&file);
+    stream.setCodec("UTF-8");
+    while (!stream.atEnd())
+        lines.append(stream.readLine());
+    return lines;
+}
+
 void readLines(benchmark::State& state, const QString& path)
 {
     for (auto _ : state) {
-        QStringList lines;
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-            qFatal("cannot read %s", qUtf8Printable(path));
-        QTextStream stream(&file);
-        stream.setCodec("UTF-8");
-        while (!stream.atEnd())
-            lines.append(stream.readLine());
+        const QStringList lines = linesOf(path);
         benchmark::DoNotOptimize(lines.size());
     }
+    state.SetBytesProcessed(int64_t(state.iterations()) * QFile(path).size());
+}
+
+/*
+ * Makes the objects of the generated dictionaries, in which every key has its place: items, sets,
+ * entries and fields with their texts, which stay as those of a load do. No field has the joined
+ * text of its labels, and nothing is checked, sorted or converted.
+ */
+class Objects {
+public:
+    explicit Objects(const QString& path)
+        : m_lines(linesOf(path))
+        , m_importer(new TCSProDataImport(path))
+    {
+        for (int i = 0; i < m_lines.size(); ++i) {
+            const QString& line = m_lines.at(i);
+            if (line == QLatin1String("[Item]"))
+                addItem(i);
+            else if (line == QLatin1String("[ValueSet]"))
+                addValueSet(i);
+            else if (line.startsWith(QLatin1String("Value=")))
+                addEntry(line);
+        }
+        for (TCSProItem* item : qAsConst(m_items))
+            addField(*item);
+    }
+
+    int fieldCount() const
+    {
+        return m_importer->fields->size();
+    }
+
+private:
+    QString text(int line) const
+    {
+        const QString& text = m_lines.at(line);
+        return text.mid(text.indexOf(QLatin1Char('=')) + 1);
+    }
+
+    void addItem(int line)
+    {
+        const QString label = text(line + 1);
+        const QString name = text(line + 2);
+        const int start = text(line + 3).toInt();
+        const int length = text(line + 4).toInt();
+        const bool isRepeated = m_lines.at(line + 5).startsWith(QLatin1String("Occurrences="));
+        const int count = isRepeated ? text(line + 5).toInt() : 1;
+        m_first = m_items.size();
+        for (int number = 1; number <= count; ++number) {
+            auto* item = new TCSProItem;
+            item->label = label;
+            item->name = isRepeated ? name + QChar(ushort(number)) : name;
+            item->dictionaryName = name;
+            item->start = start + (number - 1) * length;
+            item->len = length;
+            m_items.append(item);
+        }
+    }
+
+    void addValueSet(int line)
+    {
+        m_valueSet = new TCSProValueSet;
+        m_valueSet->label = text(line + 1);
+        m_valueSet->name = text(line + 2);
+        for (int i = m_first; i < m_items.size(); ++i)
+            m_items.at(i)->valueSets->append(m_valueSet);
+    }
+
+    void addEntry(const QString& line)
+    {
+        const int separator = line.indexOf(QLatin1Char(';'));
+        auto* entry = new TValueSetItem;
+        entry->code = line.mid(6, separator - 6);
+        entry->label = line.mid(separator + 1);
+        m_valueSet->items->append(entry);
+    }
+
+    void addField(TCSProItem& item)
+    {
+        auto* field = new TCSProVariable(m_importer);
+        field->item = &item;
+        field->name = item.name;
+        field->label = item.label;
+        field->start = item.start;
+        field->length = item.len;
+        m_importer->addField(field);
+    }
+
+    QStringList m_lines;
+    TCSProDataImport* m_importer;
+    QList<TCSProItem*> m_items;
+    int m_first = 0; // of the item's occurrences
+    TCSProValueSet* m_valueSet = nullptr;
+};
+
+void makeObjects(benchmark::State& state, const QString& path)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Objects(path).fieldCount());
     state.SetBytesProcessed(int64_t(state.iterations()) * QFile(path).size());
 }
 
@@ -142,6 +249,7 @@ int main(int argc, char** argv)
                 ->Iterations(7);
         };
         inMilliseconds("/lines", readLines);
+        inMilliseconds("/objects", makeObjects);
         inMilliseconds("/parse", parse);
         inMilliseconds("/written", parseAsWritten);
         inMilliseconds("/import", import);

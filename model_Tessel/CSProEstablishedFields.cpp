@@ -11,6 +11,9 @@
 
 namespace {
 
+// Entries whose texts are fetched before they are needed.
+constexpr int Ahead = 8;
+
 int digitsBeforePoint(const TCSProItem& item)
 {
     qint64 digits = item.len;
@@ -67,32 +70,42 @@ void CSProEstablishedFields::startBounds(const TCSProValueSet& first)
 
 void CSProEstablishedFields::addEntries(const TCSProValueSet& valueSet)
 {
-    int size = m_labels.size();
-    for (const TValueSetItem* entry : qAsConst(*valueSet.items))
-        size += entry->code.size() + entry->label.size() + 2;
-    m_labels.reserve(size);
-    for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
-        if (entry->special)
-            continue;
-        QString code = entry->code;
-        if (m_fieldType == TGenericField::StringType || takeNumber(code))
-            m_labels += code % QLatin1Char(' ') % entry->label % QLatin1Char('\t');
+    const QList<TValueSetItem*>& items = *valueSet.items;
+    for (int i = 0; i < items.size(); ++i) {
+        // Sorted entries lie anywhere in memory, so the ones ahead are fetched meanwhile.
+        if (i + 2 * Ahead < items.size()) {
+            __builtin_prefetch(&items.at(i + 2 * Ahead)->label);
+            __builtin_prefetch(items.at(i + Ahead)->code.constData());
+            __builtin_prefetch(items.at(i + Ahead)->label.constData());
+        }
+        if (!items.at(i)->special)
+            addEntry(*items.at(i));
     }
 }
 
-// Widens the bounds by a code, which takes the form that the field's type has; false for no number.
-bool CSProEstablishedFields::takeNumber(QString& code)
+// A number widens the bounds and takes the form that the field's type has.
+void CSProEstablishedFields::addEntry(const TValueSetItem& entry)
 {
+    if (m_fieldType == TGenericField::StringType) {
+        addLabel(entry.code, entry.label);
+        return;
+    }
     bool isNumber = false;
-    const int integer = integerOf(code, &isNumber);
-    const double number = isNumber ? integer : code.toDouble(&isNumber);
+    const int integer = integerOf(entry.code, &isNumber);
+    const double number = isNumber ? integer : entry.code.toDouble(&isNumber);
     if (!isNumber)
-        return false;
+        return;
     m_min = std::min(m_min, number);
     m_max = std::max(m_max, number);
-    if (m_fieldType == TGenericField::IntegerType)
-        code = shortNumberText(number);
-    return true;
+    if (m_fieldType == TGenericField::IntegerType && !isShortNumberText(entry.code))
+        addLabel(shortNumberText(number), entry.label);
+    else
+        addLabel(entry.code, entry.label);
+}
+
+void CSProEstablishedFields::addLabel(const QString& code, const QString& label)
+{
+    m_labels += code % QLatin1Char(' ') % label % QLatin1Char('\t');
 }
 
 void CSProEstablishedFields::bound(TCSProVariable& field) const

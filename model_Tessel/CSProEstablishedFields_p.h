@@ -15,7 +15,8 @@ protected:
 private:
     void startBounds(const TCSProValueSet& first);
     void addEntries(const TCSProValueSet& valueSet);
-    bool takeNumber(QString& code);
+    void addEntry(const TValueSetItem& entry);
+    void addLabel(const QString& code, const QString& label);
 
     double m_min = 0;
     double m_max = 0;

@@ -100,16 +100,17 @@ private:
     void readValueLine(QStringView value)
     {
         m_pending = std::make_unique<TValueSetItem>();
-        const auto colon = value.indexOf(QLatin1Char(':'));
+        // A separator at the very start counts as none, and a ":" of the label is no matter.
         const auto semicolon = value.indexOf(QLatin1Char(';'));
-        // A separator at the very start counts as none.
+        const QStringView codes = semicolon > 0 ? value.left(semicolon) : value;
+        const auto colon = codes.indexOf(QLatin1Char(':'));
         if (semicolon > 0) {
             m_pending->label = value.mid(semicolon + 1).toString();
-            if (colon > 0 && colon < semicolon) {
-                storeLowBounds(value.left(colon).toString());
-                m_pending->code = value.mid(colon + 1, semicolon - colon - 1).toString();
+            if (colon > 0) {
+                storeLowBounds(codes.left(colon).toString());
+                m_pending->code = codes.mid(colon + 1).toString();
             } else {
-                m_pending->code = withoutQuotes(value.left(semicolon));
+                m_pending->code = withoutQuotes(codes);
             }
         } else if (colon > 0) {
             storeEntry("3. myValueSetItemMin->name", value.left(colon).toString());

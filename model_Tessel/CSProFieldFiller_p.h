@@ -5,6 +5,7 @@
 #include <memory>
 
 class TCSProValueSet;
+class TValueSetItem;
 
 /*
  * Fills fields with what their items say, in the way of one reading. Occurrences share their value

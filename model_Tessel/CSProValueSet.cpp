@@ -31,11 +31,6 @@ TValueSetItem& checked(TValueSetItem* item)
     return *item;
 }
 
-bool isDigitsOnly(const QChar* first, const QChar* last)
-{
-    return std::all_of(first, last, [](QChar character) { return character.isDigit(); });
-}
-
 template <typename Key, typename Compare>
 void sortByKeys(QList<TValueSetItem*>& items, std::vector<Key>& keys, Compare before)
 {
@@ -195,9 +190,14 @@ bool IsNumeric2(const QString& text)
 
 bool IsDecimal(const QString& text)
 {
-    const int point = text.indexOf(QLatin1Char('.'));
-    return point >= 0 && isDigitsOnly(text.constData(), text.constData() + point)
-        && isDigitsOnly(text.constData() + point + 1, text.constData() + text.size());
+    bool hasPoint = false;
+    for (const QChar character : text) {
+        const bool isPoint = character == QLatin1Char('.');
+        if (isPoint ? hasPoint : !character.isDigit())
+            return false;
+        hasPoint = hasPoint || isPoint;
+    }
+    return hasPoint;
 }
 
 int CompareCodes(void* first, void* second)

@@ -24,6 +24,19 @@ inline QString shortNumberText(double value)
     return QString::number(value, 'g', 6);
 }
 
+// True for texts that shortNumberText() gives of their number: up to six plain digits.
+inline bool isShortNumberText(const QString& text)
+{
+    constexpr int MaxDigits = 6;
+    if (text.isEmpty() || text.size() > MaxDigits)
+        return false;
+    for (const QChar character : text) {
+        if (character < QLatin1Char('0') || character > QLatin1Char('9'))
+            return false;
+    }
+    return text.size() == 1 || text.at(0) != QLatin1Char('0');
+}
+
 // text as QString::toInt() reads it; codes of up to nine plain digits, nearly all, cost little.
 inline int integerOf(const QString& text, bool* isInteger)
 {
