@@ -46,6 +46,9 @@ void tst_CsvText::cells_data()
     row("tab", "\t=1", "\t=1", "'\t=1");
     row("carriage return", "\r=1", "\"\r=1\"", "\"'\r=1\"");
     row("line feed", "\n=1", "\"\n=1\"", "\"'\n=1\"");
+    row("wide plus", QString::fromUtf8("\uFF0B"), "\xEF\xBC\x8B", "'\xEF\xBC\x8B");
+    row("wide minus", QString::fromUtf8("\uFF0D"), "\xEF\xBC\x8D", "'\xEF\xBC\x8D");
+    row("wide at", QString::fromUtf8("\uFF20"), "\xEF\xBC\xA0", "'\xEF\xBC\xA0");
     row("wide sign", QString::fromUtf8("\uFF1D1"),
         "\xEF\xBC\x9D"
         "1",
