@@ -260,21 +260,29 @@ void tst_StatCommand::assumedEncodingIsTold()
 void tst_StatCommand::soundFileThatIsNotSupported()
 {
     QTemporaryDir folder;
-    const QString stata = folder.filePath("text.dta");
-    StatFileWriter texts;
-    readstat_writer_set_file_format_version(texts.get(), 118);
-    texts.add("remarks", READSTAT_TYPE_STRING_REF, nullptr);
-    readstat_add_string_ref(texts.get(), QByteArray(17 << 20, 'x').constData());
-    QVERIFY(texts.write(stata, TStatFileKind::Stata));
+    QStringList paths;
+    for (const int format : { 117, 118 }) {
+        paths.append(folder.filePath(QStringLiteral("text%1.dta").arg(format)));
+        StatFileWriter texts;
+        readstat_writer_set_file_format_version(texts.get(), quint8(format));
+        texts.add("remarks", READSTAT_TYPE_STRING_REF, nullptr);
+        readstat_add_string_ref(texts.get(), QByteArray(17 << 20, 'x').constData());
+        QVERIFY(texts.write(paths.constLast(), TStatFileKind::Stata));
+    }
     const QString spss = folder.filePath("labels.sav");
     StatFileWriter labels;
     readstat_label_set_t* places = labels.addLabels("places", READSTAT_TYPE_DOUBLE);
     for (int code = 0; code < 1'000'000; ++code)
         readstat_label_double_value(places, code, "x");
-    labels.add("PLACE", READSTAT_TYPE_DOUBLE, "F8.0", places);
+    readstat_variable_set_label(
+        labels.add("PLACE", READSTAT_TYPE_DOUBLE, "F8.0", places), "Place"); // not of whole words
+    readstat_label_set_t* names = labels.addLabels("names", READSTAT_TYPE_STRING);
+    readstat_label_string_value(names, "abcdefghijkl", "First");
+    labels.add("NAME", READSTAT_TYPE_STRING, "A20", names, 20);
+    paths.append(spss);
     QVERIFY(labels.write(spss, TStatFileKind::Spss));
 
-    for (const QString& path : { stata, spss }) {
+    for (const QString& path : qAsConst(paths)) {
         const Outcome outcome = runTessel({ "fields", path });
         QCOMPARE(outcome.status, 1);
         QVERIFY2(
