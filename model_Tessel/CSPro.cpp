@@ -9,6 +9,7 @@
 #include <model_Tessel/DebugLog_p.h>
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/Numbers_p.h>
+#include <model_Tessel/TextEncoding.h>
 #include <model_Tessel/TextLines_p.h>
 
 #include <QApplication>
@@ -29,20 +30,6 @@ QString headerWord(const QString& header)
     if (end >= 0)
         word.truncate(end);
     return word.toUpper();
-}
-
-bool isValidIn(const QTextCodec& codec, const QByteArray& bytes)
-{
-    QTextCodec::ConverterState state;
-    codec.toUnicode(bytes.constData(), bytes.size(), &state);
-    return state.invalidChars == 0 && state.remainingChars == 0;
-}
-
-// What a text without a byte-order mark is most likely written in.
-QTextCodec* likelyCodec(const QByteArray& bytes)
-{
-    QTextCodec* const utf8 = QTextCodec::codecForName("UTF-8");
-    return isValidIn(*utf8, bytes) ? utf8 : QTextCodec::codecForName("windows-1252");
 }
 
 } // namespace

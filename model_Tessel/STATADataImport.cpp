@@ -132,7 +132,7 @@ void TSTATADataImport::openRead(const QString& fileName)
         m_import->read(fileName, this, handle_value_label_stata, handle_variable_stata);
     for (TGenericField* field : collectedFields)
         addField(field);
-    if (result != READSTAT_OK) {
+    if (result != READSTAT_OK && !m_import->isQuiet()) {
         std::printf("Error processing %s: %d\n", fileName.toLocal8Bit().constData(), result);
         std::fflush(stdout); // before what the host prints by other means
     }
@@ -141,6 +141,11 @@ void TSTATADataImport::openRead(const QString& fileName)
 void TSTATADataImport::setInput(TStatInput* input)
 {
     m_import->setInput(input);
+}
+
+void TSTATADataImport::setQuiet(bool isQuiet)
+{
+    m_import->setQuiet(isQuiet);
 }
 
 TSTATAVariable::TSTATAVariable(TDataImport* owner)

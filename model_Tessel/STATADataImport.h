@@ -85,6 +85,8 @@ public:
      * input stays the caller's and has to live as long as it is set.
      */
     void setInput(TStatInput* input);
+    /*! Keeps openRead() from telling a failure on standard output. */
+    void setQuiet(bool isQuiet);
 
     std::vector<TGenericField*> collectedFields; /*!< variables in the order of the file */
     /*! Variables by the address of the name buffer they came in, which may be gone by now. */

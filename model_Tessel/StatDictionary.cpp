@@ -4,6 +4,7 @@
 #include <model_Tessel/SpssStructure_p.h>
 #include <model_Tessel/StatParser_p.h>
 #include <model_Tessel/StataStructure_p.h>
+#include <model_Tessel/TextEncoding.h>
 
 #include <QByteArray>
 #include <QFile>
@@ -302,7 +303,7 @@ void DescriptionReader::join(TStatFileKind kind)
 void DescriptionReader::addCharacteristics()
 {
     const QTextCodec* codec = m_result.formatVersion < FirstUnicodeFormat
-        ? QTextCodec::codecForName("windows-1252")
+        ? codecBeforeUtf8()
         : QTextCodec::codecForName("UTF-8");
     QHash<QString, Characteristics> found; // by what they belong to
     const QVector<StataCharacteristic> all = stataCharacteristics(m_input);

@@ -74,6 +74,17 @@ public:
         m_input = input;
     }
 
+    // For importers that report what fails.
+    void setQuiet(bool isQuiet)
+    {
+        m_isQuiet = isQuiet;
+    }
+
+    bool isQuiet() const
+    {
+        return m_isQuiet;
+    }
+
     void addLabel(const char* setName, const readstat_value_t& value, const char* label);
     void describe(TGenericField& field, const readstat_variable_t& variable, const char* setName);
 
@@ -103,4 +114,5 @@ private:
     TStatInput* m_input = nullptr;
     const TStatInput* m_parsed = nullptr; // what a parser reads from, while it does
     CallbackGuard m_guard;
+    bool m_isQuiet = false;
 };

@@ -1,6 +1,7 @@
 #include "InputOptions.h"
 
 #include "process/Console.h"
+#include "reading/InputFile.h"
 
 #include <QCommandLineParser>
 #include <QTextCodec>
@@ -91,7 +92,7 @@ QList<QCommandLineOption> inputOptions()
 QString readInputOptions(const QCommandLineParser& parser, InputOptions& options)
 {
     options.kind = kindOfName(parser.value(typeOption()));
-    if (parser.isSet(typeOption()) && options.kind == FileKind::Unknown) {
+    if (parser.isSet(typeOption()) && options.kind == DictionaryFileKind::Unknown) {
         return QStringLiteral("--type takes cspro, spss or stata, not '%1'")
             .arg(parser.value(typeOption()));
     }

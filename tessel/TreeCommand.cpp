@@ -3,6 +3,7 @@
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "reading/DictionaryTree.h"
+#include "reading/InputFile.h"
 #include "FormatOption.h"
 #include "InputOptions.h"
 #include "lookups/LookupFile.h"

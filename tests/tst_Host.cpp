@@ -1,6 +1,7 @@
 #include "DictionaryModel.h"
-#include "FileReader.h"
 #include "MainWindow.h"
+
+#include <model_Tessel/DictionaryFile.h>
 
 #include <QAbstractButton>
 #include <QAbstractItemModelTester>
@@ -462,21 +463,25 @@ void tst_Host::problems_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("problem");
 
-    QTest::newRow("missing") << fixture("nowhere.dcf") << "There is no such file.";
-    QTest::newRow("folder") << fixture("") << "The file cannot be read.";
-    QTest::newRow("empty") << fixture("empty.dcf") << "The file is empty.";
-    QTest::newRow("text") << fixture("not_a_dictionary.txt") << "The file is no dictionary.";
-    QTest::newRow("data") << example("census.dat") << "The file is no dictionary.";
+    QTest::newRow("missing") << fixture("nowhere.dcf") << "no such file";
+    QTest::newRow("folder") << fixture("") << "is a directory, a pipe or a device";
+    QTest::newRow("empty") << fixture("empty.dcf") << "is empty";
+    QTest::newRow("text") << fixture("not_a_dictionary.txt")
+                          << "is no CSPro dictionary, SPSS or Stata file; it begins:\n";
+    QTest::newRow("data") << example("census.dat") << "is no CSPro dictionary";
     QTest::newRow("damaged JSON") << "{\n\"name\": "
-                                  << "Invalid contents in line";
+                                  << "the JSON cannot be read: ";
     QTest::newRow("encrypted") << "12345678ENCRYPTEDSAV"
-                               << "The file is encrypted.";
+                               << "is encrypted";
+    QTest::newRow("CSPro DB") << QString::fromLatin1("SQLite format 3\0", 16)
+                              << "is a CSPro DB or other SQLite file, which this program does not "
+                                 "read; open its dictionary (.dcf) instead";
     QTest::newRow("SPSS header alone") << "$FL2"
-                                       << "The file cannot be read.";
+                                       << "cannot be read as SPSS file";
     QTest::newRow("header alone, compressed") << "$FL3"
-                                              << "The file cannot be read.";
-    QTest::newRow("Stata header alone") << "\x72\x02\x01"
-                                        << "The file cannot be read.";
+                                              << "cannot be read as SPSS file";
+    QTest::newRow("Stata header alone") << "\x72\x02\x01\x01"
+                                        << "cannot be read as Stata file";
 }
 
 // A path without a slash is the content of a file.
@@ -512,7 +517,7 @@ void tst_Host::pipe()
     Host host;
     BoxUser user;
     QVERIFY(!host.open(path));
-    QVERIFY(user.texts.value(0).contains("cannot be read"));
+    QVERIFY(user.texts.value(0).contains("is a directory, a pipe or a device"));
 }
 
 void tst_Host::damagedStatFile()
@@ -529,7 +534,8 @@ void tst_Host::damagedStatFile()
     BoxUser user;
     QVERIFY(host.open(cut.fileName()));
     QCOMPARE(user.texts.size(), 1);
-    QVERIFY2(user.texts.first().contains("is damaged"), qPrintable(user.texts.first()));
+    QVERIFY2(user.texts.first().contains("the value labels cannot be read"),
+        qPrintable(user.texts.first()));
     QVERIFY(host.find("SEX").isValid());
 }
 
@@ -607,9 +613,11 @@ void tst_Host::model()
     DictionaryModel model;
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     for (const QString name : { "census.dcf", "person.sav" }) {
-        ReadFile read = readFile(example(name), true);
-        QVERIFY(read.problem.isEmpty());
-        model.setDictionary(std::move(read.dictionary));
+        DictionaryFileOptions options;
+        options.reading = CSProReading::AsWritten;
+        const DictionaryFile file = readDictionaryFile(example(name), options);
+        QVERIFY(file.isWhole());
+        model.setDictionary(file.buildTree());
         QVERIFY(!model.variable(model.index(0, 0)));
         QVERIFY(model.variable(model.index(0, 0, model.index(0, 0))));
     }

@@ -719,8 +719,9 @@ void tst_Listing::notesOfStataVariables()
     const QStringList expected = variableNotesOf(bytes);
     QVERIFY(expected.size() > 1);
     const Made made(bytes);
-    Listing listing;
-    QVERIFY(listStatFile(made.path, FileKind::Stata, true, listing));
+    const DictionaryFile file = readDictionaryFile(made.path);
+    QCOMPARE(file.kind, DictionaryFileKind::Stata);
+    const Listing listing = listStatFile(file);
     QStringList found;
     for (const ListedField& field : qAsConst(listing.fields)) {
         if (!field.note.isNull())

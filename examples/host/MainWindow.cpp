@@ -2,6 +2,8 @@
 
 #include "DictionaryModel.h"
 
+#include <model_Tessel/CSProDataImport.h>
+#include <model_Tessel/DictionaryFile.h>
 #include <model_Tessel/Variable.h>
 
 #include <QAction>
@@ -37,6 +39,22 @@ QString localFile(const QMimeData& data)
 }
 
 enum LabelColumn { CodeColumn, TextColumn, KindColumn, LabelColumnCount };
+
+QString errorsOf(const DictionaryFile& file)
+{
+    QStringList texts;
+    for (const DictionaryFileProblem& problem : file.problems) {
+        if (problem.severity == DictionaryFileProblem::Severity::Error)
+            texts += QStringList(problem.text) + problem.details;
+    }
+    return texts.join(QLatin1Char('\n'));
+}
+
+int passedOverIn(const DictionaryFile& file)
+{
+    const TCSProDataImport* importer = file.csproImporter();
+    return importer ? importer->dictionary->problems().size() : 0;
+}
 
 QTableWidgetItem* labelCell(const QString& text, bool isItalic)
 {
@@ -150,25 +168,33 @@ QWidget* MainWindow::createLabels()
 
 bool MainWindow::openPath(const QString& path)
 {
-    ReadFile read = readFile(path, m_asWritten->isChecked());
-    const bool isRead = read.dictionary != nullptr;
-    if (isRead) {
-        m_model->setDictionary(std::move(read.dictionary));
-        m_kinds = read.kinds;
-        m_path = path;
-        m_tree->expandAll();
-        showLabels({});
-        setWindowTitle(tr("%1 - Dictionary").arg(QFileInfo(path).fileName()));
-        QString message = tr("%1 entities, %2 variables")
-                              .arg(m_model->entityCount())
-                              .arg(m_model->variableCount());
-        if (read.passedOver > 0)
-            message += tr("; not read as written: %1 places").arg(read.passedOver);
-        statusBar()->showMessage(message);
-    }
-    if (!read.problem.isEmpty())
-        tellProblem(path, read.problem);
-    return isRead;
+    DictionaryFileOptions options;
+    options.reading =
+        m_asWritten->isChecked() ? CSProReading::AsWritten : CSProReading::Established;
+    const DictionaryFile file = readDictionaryFile(path, options);
+    if (file.hasDictionary())
+        showFile(file);
+    const QString errors = errorsOf(file);
+    if (!errors.isEmpty())
+        tellProblem(path, errors);
+    return file.hasDictionary();
+}
+
+void MainWindow::showFile(const DictionaryFile& file)
+{
+    DictionaryPointer tree = file.buildTree();
+    m_kinds = codeKinds(file, *tree->getRoot());
+    m_model->setDictionary(std::move(tree));
+    m_path = file.path;
+    m_tree->expandAll();
+    showLabels({});
+    setWindowTitle(tr("%1 - Dictionary").arg(QFileInfo(m_path).fileName()));
+    QString message =
+        tr("%1 entities, %2 variables").arg(m_model->entityCount()).arg(m_model->variableCount());
+    const int passedOver = passedOverIn(file);
+    if (passedOver > 0)
+        message += tr("; not read as written: %1 places").arg(passedOver);
+    statusBar()->showMessage(message);
 }
 
 void MainWindow::tellProblem(const QString& path, const QString& problem)

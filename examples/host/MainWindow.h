@@ -1,12 +1,13 @@
 #pragma once
 
-#include "FileReader.h"
+#include "CodeKinds.h"
 
 #include <QMainWindow>
 #include <QSortFilterProxyModel>
 #include <QString>
 
 class DictionaryModel;
+struct DictionaryFile;
 class QAction;
 class QLabel;
 class QLineEdit;
@@ -39,6 +40,7 @@ private:
     void readAgain();
     void filter(const QString& text);
     void showLabels(const QModelIndex& index);
+    void showFile(const DictionaryFile& file);
     void tellProblem(const QString& path, const QString& problem);
 
     DictionaryModel* m_model;

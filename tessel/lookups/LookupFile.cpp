@@ -4,6 +4,8 @@
 #include "process/Console.h"
 #include "reading/InputFile.h"
 
+#include <model_Tessel/TextEncoding.h>
+
 #include <QTextCodec>
 
 #include <algorithm>
@@ -52,12 +54,6 @@ Scan scan(const QByteArray& bytes, const QTextCodec& codec)
     return result;
 }
 
-bool readBytes(const QString& path, QByteArray& bytes)
-{
-    InputFile file(path);
-    return file.open() && file.readAll(bytes);
-}
-
 bool failInvalid(const QString& path, int line, const QTextCodec& codec, bool isMarked)
 {
     const QString name = QString::fromLatin1(codec.name());
@@ -72,7 +68,7 @@ bool failInvalid(const QString& path, int line, const QTextCodec& codec, bool is
 
 bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& file)
 {
-    if (!readBytes(path, file.bytes))
+    if (!readInput(path, file.bytes))
         return false;
     const QTextCodec* const marked = QTextCodec::codecForUtfText(file.bytes, nullptr);
     const QTextCodec* const wanted =
@@ -90,7 +86,7 @@ bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& 
         Console::tell(path, result.invalidLine, Console::Severity::Warning,
             QStringLiteral("the text is not valid UTF-8 and was read as windows-1252; if letters "
                            "look wrong, name its encoding with --encoding"));
-        codec = QTextCodec::codecForName("windows-1252");
+        codec = codecBeforeUtf8();
     }
     file.path = path;
     file.encoding = codec->name();

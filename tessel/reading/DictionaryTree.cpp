@@ -1,15 +1,12 @@
 #include "reading/DictionaryTree.h"
 
-#include "reading/CSProFile.h"
-#include "reading/ReadListing.h"
-#include "reading/StatFile.h"
+#include "reading/InputDictionary.h"
 
 #include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/CSProValueSet.h>
 #include <model_Tessel/Entity.h>
 #include <model_Tessel/StatDictionary.h>
-#include <model_Tessel/StatInput.h>
 #include <model_Tessel/Variable.h>
 
 #include <QHash>
@@ -69,20 +66,11 @@ TreeFacts factsOfVariables(const TStatFileDescription& file, const TOxEntity& ro
     return facts;
 }
 
-DictionaryPointer readStatTree(const QString& path, FileKind kind, bool asWritten,
-    const QVector<LookupDictionary>& lookups, TreeFacts& facts, bool& isPartial)
+TreeFacts factsOfFile(const DictionaryFile& file, const TOxEntity& root)
 {
-    TStatInput input;
-    TStatFileDescription file;
-    if (!describeStatFile(path, kind, input, file, isPartial))
-        return nullptr;
-    if (asWritten) {
-        DictionaryPointer tree(buildDictionary(file, lookups));
-        facts = factsOfVariables(file, *tree->getRoot());
-        return tree;
-    }
-    const auto importer = importStatFile(file, input, isPartial);
-    return DictionaryPointer(importer ? buildDictionary(*importer, lookups) : nullptr);
+    if (const TCSProDataImport* importer = file.csproImporter())
+        return factsOfItems(*importer->dictionary, root);
+    return factsOfVariables(*file.description, root);
 }
 
 } // namespace
@@ -90,20 +78,11 @@ DictionaryPointer readStatTree(const QString& path, FileKind kind, bool asWritte
 DictionaryPointer readTree(const QString& path, const InputOptions& options,
     const QVector<LookupDictionary>& lookups, TreeFacts& facts, bool& isPartial)
 {
-    InputFile file(path);
-    if (!file.open())
-        return nullptr;
-    const FileKind kind = kindOfInput(file, options);
-    if (kind != FileKind::CSPro)
-        return readStatTree(path, kind, options.dictionary.asWritten, lookups, facts, isPartial);
-    DictionaryText text;
-    if (!readDictionaryText(file, options.dictionary, text))
-        return nullptr;
-    const auto importer = openDictionary(path, text, options.dictionary);
-    if (!importer)
-        return nullptr;
-    DictionaryPointer tree(buildDictionary(*importer, lookups));
-    if (options.dictionary.asWritten)
-        facts = factsOfItems(*importer->dictionary, *tree->getRoot());
+    const InputDictionary input = readInputDictionary(path, options);
+    const DictionaryFile& file = input.file;
+    DictionaryPointer tree = file.buildTree(lookups);
+    if (tree && options.dictionary.asWritten)
+        facts = factsOfFile(file, *tree->getRoot());
+    isPartial = tree && !file.isWhole();
     return tree;
 }

@@ -3,7 +3,6 @@
 #include "listing/CodeRange.h"
 
 #include "text/ShownText.h"
-#include "reading/StatFile.h"
 #include "reading/ValueTypes.h"
 
 #include <model_Tessel/DataImport.h>
@@ -174,25 +173,21 @@ QString versionText(const TStatFileDescription& file)
 
 } // namespace
 
-bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& listing)
+Listing listStatFile(const DictionaryFile& file)
 {
-    TStatFileDescription file;
-    listing.input = std::make_shared<TStatInput>();
-    if (!describeStatFile(path, kind, *listing.input, file, listing.isPartial))
-        return false;
-    listing.file = path;
-    listing.kind = file.kind == TStatFileKind::Spss ? ListingKind::Spss : ListingKind::Stata;
-    listing.label = file.fileLabel;
-    listing.version = versionText(file);
+    const TStatFileDescription& description = *file.description;
+    Listing listing;
+    listing.file = file.path;
+    listing.kind = description.kind == TStatFileKind::Spss ? ListingKind::Spss : ListingKind::Stata;
+    listing.label = description.fileLabel;
+    listing.version = versionText(description);
     listing.encoding = file.encoding;
-    listing.rowCount = file.rowCount;
-    listing.notes = file.notes;
-    if (asWritten) {
-        listWritten(file, listing);
-        return true;
-    }
-    const auto importer = importStatFile(file, *listing.input, listing.isPartial);
-    if (importer)
-        listEstablished(*importer, listing);
-    return importer != nullptr;
+    listing.rowCount = description.rowCount;
+    listing.notes = description.notes;
+    listing.input = file.input;
+    if (file.importer)
+        listEstablished(*file.importer, listing);
+    else
+        listWritten(description, listing);
+    return listing;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "listing/Listing.h"
-#include "reading/InputFile.h"
+
+#include <model_Tessel/DictionaryFile.h>
 
 /*!
- * Lists the variables of the SPSS or Stata file \a path: as they are written, or, for the library's
- * established rules, as its importers give them. False, and told, when the file cannot be read
- * whole.
+ * Lists the variables of the SPSS or Stata file \a file: as they are written or, when its importer
+ * was opened, as that gives them.
  */
-bool listStatFile(const QString& path, FileKind kind, bool asWritten, Listing& listing);
+Listing listStatFile(const DictionaryFile& file);

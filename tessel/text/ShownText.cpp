@@ -1,5 +1,7 @@
 #include "text/ShownText.h"
 
+#include <model_Tessel/ProblemText.h>
+
 #include <QLocale>
 
 namespace {
@@ -86,11 +88,7 @@ QString withoutTrailingBlanks(const QString& text)
 
 QString shortened(const QString& text)
 {
-    constexpr int LongestQuote = 80;
-    if (text.size() <= LongestQuote)
-        return text;
-    const int end = LongestQuote - (isPair(text, LongestQuote - 1) ? 1 : 0);
-    return text.left(end) + QStringLiteral("...");
+    return quotedText(text);
 }
 
 QString grouped(qint64 count)

@@ -1,9 +1,9 @@
-#include "reading/DictionaryProblems.h"
+#include <model_Tessel/ProblemText.h>
 
 #include <QSet>
 #include <QtTest>
 
-class tst_DictionaryProblems : public QObject {
+class tst_ProblemText : public QObject {
     Q_OBJECT
 
 private slots:
@@ -12,7 +12,7 @@ private slots:
     void textsOfAFileArePlain();
 };
 
-void tst_DictionaryProblems::everyKindHasAText()
+void tst_ProblemText::everyKindHasAText()
 {
     using Kind = CSProProblem::Kind;
     QSet<QString> texts;
@@ -26,7 +26,7 @@ void tst_DictionaryProblems::everyKindHasAText()
     QCOMPARE(texts.size(), count);
 }
 
-void tst_DictionaryProblems::placeholdersAreFilled()
+void tst_ProblemText::placeholdersAreFilled()
 {
     QCOMPARE(describeProblem({ CSProProblem::Kind::CodesNotInteger, 7, "SEX", "SEX_VS1", "X" }),
         QString("value set SEX_VS1 of item SEX was dropped: the code 'X' of a numeric item is not "
@@ -35,11 +35,11 @@ void tst_DictionaryProblems::placeholdersAreFilled()
         QString("the key 'Colour' is unknown and was passed over"));
 }
 
-void tst_DictionaryProblems::textsOfAFileArePlain()
+void tst_ProblemText::textsOfAFileArePlain()
 {
     QCOMPARE(describeProblem({ CSProProblem::Kind::UnknownKey, 1, "%3", "%1", "%1 %2" }),
         QString("the key '%1 %2' is unknown and was passed over"));
 }
 
-QTEST_APPLESS_MAIN(tst_DictionaryProblems)
-#include "tst_DictionaryProblems.moc"
+QTEST_APPLESS_MAIN(tst_ProblemText)
+#include "tst_ProblemText.moc"

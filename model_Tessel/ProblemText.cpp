@@ -1,6 +1,4 @@
-#include "reading/DictionaryProblems.h"
-
-#include "text/ShownText.h"
+#include <model_Tessel/ProblemText.h>
 
 #include <algorithm>
 #include <iterator>
@@ -28,8 +26,7 @@ constexpr ProblemText problemTexts[] = {
     { Kind::ValueSetOnLastOccurrence,
         "value set %2 of item %1 was given to the item's last occurrence alone" },
     { Kind::DecimalCodesDropped,
-        "value set %2 of item %1 was dropped: it has decimal codes, the first is %3; --decimals "
-        "yes keeps it with 0 in their place" },
+        "value set %2 of item %1 was dropped: it has decimal codes, the first is %3" },
     { Kind::DecimalCodesConverted,
         "value set %2 of item %1 was converted: its decimal codes, the first is %3, became 0" },
     { Kind::CodesNotInteger,
@@ -59,7 +56,7 @@ constexpr ProblemText problemTexts[] = {
 
 QString nameOf(const CSProProblem& problem)
 {
-    return problem.name.isEmpty() ? QStringLiteral("without a name") : shortened(problem.name);
+    return problem.name.isEmpty() ? QStringLiteral("without a name") : quotedText(problem.name);
 }
 
 } // namespace
@@ -69,7 +66,7 @@ QString describeProblem(const CSProProblem& problem)
     const auto* entry = std::find_if(std::begin(problemTexts), std::end(problemTexts),
         [&](const ProblemText& candidate) { return candidate.kind == problem.kind; });
     if (entry == std::end(problemTexts))
-        return shortened(problem.text);
+        return quotedText(problem.text);
     // Absent placeholders must not shift the others, so all three are filled by hand.
     QString text;
     for (const char* character = entry->text; *character != '\0'; ++character) {
@@ -79,8 +76,8 @@ QString describeProblem(const CSProProblem& problem)
         }
         ++character;
         text += *character == '1' ? nameOf(problem)
-            : *character == '2'   ? shortened(problem.valueSet)
-                                  : shortened(problem.text);
+            : *character == '2'   ? quotedText(problem.valueSet)
+                                  : quotedText(problem.text);
     }
     return text;
 }
@@ -88,4 +85,14 @@ QString describeProblem(const CSProProblem& problem)
 bool endsReading(CSProProblem::Kind kind)
 {
     return kind == Kind::TooManyItems || kind == Kind::InvalidJson;
+}
+
+QString quotedText(const QString& text)
+{
+    constexpr int LongestQuote = 80;
+    if (text.size() <= LongestQuote)
+        return text;
+    const bool cutsPair =
+        text.at(LongestQuote - 1).isHighSurrogate() && text.at(LongestQuote).isLowSurrogate();
+    return text.left(LongestQuote - (cutsPair ? 1 : 0)) + QStringLiteral("...");
 }
