@@ -71,6 +71,8 @@ void CSProEstablishedBuilder::addValueSet(ValueSetPointer valueSet)
 // False when the value set is to be dropped.
 bool CSProEstablishedBuilder::acceptsCodes(TCSProValueSet& valueSet)
 {
+    if (valueSet.validateItems(1))
+        return true; // no integer is a decimal code, so nearly all sets are looked through once
     if (!valueSet.validateItems(0) && !settleDecimalCodes(valueSet))
         return false;
     if (valueSet.validateItems(1))
