@@ -29,8 +29,10 @@ bool isFormula(const QString& text)
 
 QString csvCell(const QString& text)
 {
-    const bool needsQuotes = text.contains(QLatin1Char(',')) || text.contains(QLatin1Char('"'))
-        || text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r'));
+    const bool needsQuotes = std::any_of(text.cbegin(), text.cend(), [](QChar character) {
+        return character == QLatin1Char(',') || character == QLatin1Char('"')
+            || character == QLatin1Char('\n') || character == QLatin1Char('\r');
+    });
     if (!needsQuotes)
         return text;
     return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QLatin1String("\"\""))
@@ -59,11 +61,12 @@ void CsvWriter::addLine(const QByteArray& first, const QByteArray& second) const
 
 QByteArray CsvWriter::textOf(const QStringList& cells) const
 {
-    QStringList written;
-    written.reserve(cells.size());
-    for (const QString& cell : cells) {
-        const bool isHarmful = m_forSpreadsheet && isFormula(cell);
-        written.append(csvCell(isHarmful ? QLatin1Char('\'') + cell : cell));
+    QString text;
+    for (int i = 0; i < cells.size(); ++i) {
+        const QString& cell = cells.at(i);
+        if (i > 0)
+            text += QLatin1Char(',');
+        text += csvCell(m_forSpreadsheet && isFormula(cell) ? QLatin1Char('\'') + cell : cell);
     }
-    return written.join(QLatin1Char(',')).toUtf8();
+    return text.toUtf8();
 }

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int Indent = 2;
+constexpr int PieceSize = 65'536;
 
 QByteArray compact(const QJsonObject& object)
 {
@@ -45,7 +46,7 @@ void JsonWriter::beginObject(const QJsonObject& members, const char* name)
     beginEntry(name);
     QByteArray text = compact(members);
     text.chop(1); // the brace, which comes with endObject()
-    m_sink(text);
+    put(text);
     m_isFirst = members.isEmpty();
     ++m_depth;
 }
@@ -53,14 +54,14 @@ void JsonWriter::beginObject(const QJsonObject& members, const char* name)
 void JsonWriter::endObject()
 {
     --m_depth;
-    m_sink("}");
+    put("}");
     m_isFirst = false;
 }
 
 void JsonWriter::beginList(const char* name)
 {
     beginEntry(name);
-    m_sink("[");
+    put("[");
     m_isFirst = true;
     ++m_depth;
 }
@@ -68,7 +69,7 @@ void JsonWriter::beginList(const char* name)
 void JsonWriter::endList()
 {
     --m_depth;
-    m_sink("]");
+    put("]");
     m_isFirst = false;
 }
 
@@ -80,41 +81,53 @@ void JsonWriter::add(const QJsonObject& entry)
 void JsonWriter::addText(const QByteArray& entry)
 {
     beginEntry(nullptr);
-    m_sink(entry);
+    put(entry);
 }
 
 QByteArray JsonWriter::recorded(const std::function<void()>& write)
 {
     const bool isFirst = m_isFirst;
     QByteArray text;
-    ByteSink sink = [&text](const QByteArray& piece) { text += piece; };
-    std::swap(m_sink, sink);
+    std::swap(m_text, text);
+    m_isRecording = true;
     write();
-    std::swap(m_sink, sink);
+    m_isRecording = false;
+    std::swap(m_text, text);
     m_isFirst = isFirst;
     return text;
 }
 
 void JsonWriter::addRecorded(const QByteArray& text)
 {
-    m_sink(text);
+    put(text);
     m_isFirst = m_isFirst && text.isEmpty();
 }
 
-void JsonWriter::finish() const
+void JsonWriter::finish()
 {
-    m_sink("\n");
+    m_sink(m_text + '\n');
+    m_text.clear();
+}
+
+// Millions of small pieces would cost more than what is in them.
+void JsonWriter::put(const QByteArray& text)
+{
+    m_text += text;
+    if (m_isRecording || m_text.size() < PieceSize)
+        return;
+    m_sink(m_text);
+    m_text.clear();
 }
 
 // Entries of a list, which have no name, stand on lines of their own.
 void JsonWriter::beginEntry(const char* name)
 {
     if (!m_isFirst)
-        m_sink(",");
+        put(",");
     m_isFirst = false;
     if (name) {
-        m_sink('"' + QByteArray(name) + "\":");
+        put('"' + QByteArray(name) + "\":");
     } else if (m_depth > 0) {
-        m_sink('\n' + QByteArray(m_depth * Indent, ' '));
+        put('\n' + QByteArray(m_depth * Indent, ' '));
     }
 }

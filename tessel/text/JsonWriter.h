@@ -43,12 +43,15 @@ public:
     void addRecorded(const QByteArray& text);
 
     /*! Ends the text with a line end. */
-    void finish() const;
+    void finish();
 
 private:
     void beginEntry(const char* name);
+    void put(const QByteArray& text);
 
     ByteSink m_sink;
+    QByteArray m_text; // not yet handed out, or what is recorded
+    bool m_isRecording = false;
     int m_depth = 0;
     bool m_isFirst = true; // entry of a list, or member of an object
 };
