@@ -61,7 +61,7 @@ void tst_HostProgram::commandLine_data()
                             << "census.dcf - Dictionary"
                             << "";
     QTest::newRow("a missing file") << QByteArray("nowhere.dcf") << "Dictionary"
-                                    << "There is no such file.";
+                                    << "no such file";
 }
 
 void tst_HostProgram::commandLine()
