@@ -9,6 +9,7 @@ target_compile_options(tessel_options INTERFACE
     -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Wold-style-cast -Wcast-align
     -Woverloaded-virtual -Wformat=2
     $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments> # QSKIP with a text alone
     $<$<BOOL:${TESSEL_DEVELOPER}>:-Werror>)
 if(TESSEL_SANITIZERS)
     target_compile_options(tessel_options INTERFACE
