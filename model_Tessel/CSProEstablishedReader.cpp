@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr QLatin1String valueKey("VALUE=");
-constexpr QLatin1String nameKey("NAME=");
+const QLatin1String valueKey("VALUE=");
+const QLatin1String nameKey("NAME=");
 
 QString withoutQuotes(QStringView code)
 {

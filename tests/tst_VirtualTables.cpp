@@ -83,7 +83,8 @@ QMap<QByteArray, qulonglong> tablesIn(const QString& path)
         const auto count = sections[i].sh_size / sizeof(ElfW(Sym));
         for (ElfW(Xword) symbol = 0; symbol < count; ++symbol) {
             const QByteArray name(names + symbols[symbol].st_name);
-            if (name.startsWith("_ZTV") && symbols[symbol].st_shndx != SHN_UNDEF)
+            if (name.startsWith("_ZTV") && !name.startsWith("_ZTVSt") // the standard library's own
+                && symbols[symbol].st_shndx != SHN_UNDEF)
                 tables.insert(name, symbols[symbol].st_size);
         }
     }
