@@ -1,3 +1,4 @@
+#include "CheckCommand.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "DiffCommand.h"
@@ -29,6 +30,7 @@ struct Command {
 };
 
 constexpr Command commands[] = {
+    { "check", "check data against their dictionary", runCheck },
     { "diff", "compare two dictionaries", runDiff },
     { "export", "write a dictionary as DDI, SQL, CSV, JSON or a web page", runExport },
     { "fields", "list the fields of dictionaries", runFields },

@@ -1,9 +1,11 @@
 #include "reading/InputDictionary.h"
 
 #include "process/Console.h"
-#include "reading/CSProDb.h"
 #include "reading/InputFile.h"
 #include "text/ShownText.h"
+
+#include <tessel_data/CSProDb.h>
+#include <tessel_data/DataError.h>
 
 #include <QMessageBox>
 
@@ -136,20 +138,19 @@ DictionaryFileOptions libraryOptions(const QString& path, const InputOptions& op
 }
 
 // What follows the name of a CSPro DB that was not opened replaces the file.
-bool readDb(const DictionaryFileOptions& options, InputDictionary& dictionary)
+void readDb(const DictionaryFileOptions& options, InputDictionary& dictionary)
 {
     const QString path = dictionary.file.path;
-    CSProDb db;
-    if (!db.open(path)) {
+    try {
+        const tessel::CSProDb db(path);
+        dictionary.file = readDictionaryFile(path, db.dictionary(), options);
+        dictionary.origin = QStringLiteral("Dictionary of a CSPro DB (CSPro %1, schema %2)")
+                                .arg(db.csproVersion(), QString::number(db.schemaVersion()));
+    } catch (const tessel::DataError& error) {
         DictionaryFileProblem& problem = dictionary.file.problems.last();
         problem.kind = Kind::UnreadableDb;
-        problem.text = db.errorText();
-        return false;
+        problem.text = error.text;
     }
-    dictionary.file = readDictionaryFile(path, db.dictionary(), options);
-    dictionary.origin = QStringLiteral("Dictionary of a CSPro DB (CSPro %1, schema %2)")
-                            .arg(db.csproVersion(), QString::number(db.schemaVersion()));
-    return true;
 }
 
 bool needsDb(const DictionaryFile& file)

@@ -10,6 +10,7 @@ allowed=(
     "writers: writers listing text"
     "process: process text"
     "reading: reading listing process text"
+    "checking: checking reading listing process writers text"
     "lookups: lookups reading listing process writers text"
 )
 

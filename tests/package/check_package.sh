@@ -20,6 +20,22 @@ export PKG_CONFIG_PATH=$pkgconfig
 c++ -std=c++17 -fPIC "$source/examples/list_fields/main.cpp" -o "$work/pkgconfig_program" \
     $(pkg-config --cflags --libs model_Tessel)
 
+cat >"$work/records.cpp" <<'END'
+#include <tessel_data/DataDictionary.h>
+
+#include <cstdio>
+
+int main(int, char** argv)
+{
+    const auto dictionary = tessel::DataDictionary::fromFile(QString::fromLocal8Bit(argv[1]));
+    std::printf("%d\n", int(dictionary.records.size()));
+}
+END
+# shellcheck disable=SC2046
+c++ -std=c++17 -fPIC "$work/records.cpp" -o "$work/records" $(pkg-config --cflags --libs tessel_data)
+records=$(LD_LIBRARY_PATH=$libraries "$work/records" "$source/examples/census.dcf")
+[ "$records" = 3 ] || { echo "the data library counts '$records' records, not 3" >&2; exit 1; }
+
 expected=$(printf '2\tPROVINCE\tProvince')
 for program in "$work/cmake/list_fields" "$work/pkgconfig_program"; do
     first=$(LD_LIBRARY_PATH=$libraries "$program" "$source/examples/census.dcf" | sed -n 1p)

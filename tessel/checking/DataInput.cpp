@@ -1,0 +1,145 @@
+#include "checking/DataInput.h"
+
+#include "process/Console.h"
+#include "reading/InputDictionary.h"
+#include "reading/InputFile.h"
+
+#include <model_Tessel/CSProDataImport.h>
+#include <model_Tessel/InputFile.h>
+
+#include <tessel_data/CSProDbSource.h>
+#include <tessel_data/CSProTextSource.h>
+#include <tessel_data/DataError.h>
+#include <tessel_data/StatSource.h>
+
+#include <QFileInfo>
+
+#include <optional>
+
+using tessel::DataDictionary;
+using tessel::DataSource;
+
+namespace {
+
+const QString& standardInput()
+{
+    static const QString name = QStringLiteral("-");
+    return name;
+}
+
+bool isEncryptedDb(const QString& path)
+{
+    return path.endsWith(QLatin1String(".csdbe"), Qt::CaseInsensitive);
+}
+
+// Null, and told, when it cannot be read.
+std::optional<DataDictionary> readDictionary(const QString& path, tessel::ValueSetChoice choice)
+{
+    const InputDictionary input = readInputDictionary(path, {});
+    if (!input.file.hasDictionary())
+        return std::nullopt;
+    if (const TCSProDataImport* importer = input.file.csproImporter())
+        return DataDictionary::fromReader(*importer->dictionary, path, choice);
+    failInput(path, 0, QStringLiteral("is no CSPro dictionary"));
+    return std::nullopt;
+}
+
+std::unique_ptr<DataSource> openCSProDb(const DataInput& input)
+{
+    if (input.dictionary.isEmpty())
+        return std::make_unique<tessel::CSProDbSource>(input.first, input.valueSets);
+    const auto dictionary = readDictionary(input.dictionary, input.valueSets);
+    return dictionary ? std::make_unique<tessel::CSProDbSource>(input.first, *dictionary) : nullptr;
+}
+
+std::unique_ptr<DataSource> openText(const DataInput& input)
+{
+    const auto dictionary = readDictionary(input.first, input.valueSets);
+    return dictionary ? std::make_unique<tessel::CSProTextSource>(*dictionary, input.data)
+                      : nullptr;
+}
+
+std::unique_ptr<DataSource> open(const DataInput& input)
+{
+    switch (dataKindOf(input.first)) {
+    case DataKind::CSProDb:
+        return openCSProDb(input);
+    case DataKind::Spss:
+        return std::make_unique<tessel::StatSource>(input.first, TStatFileKind::Spss);
+    case DataKind::Stata:
+        return std::make_unique<tessel::StatSource>(input.first, TStatFileKind::Stata);
+    case DataKind::Text:
+        break;
+    }
+    return openText(input);
+}
+
+} // namespace
+
+DataKind dataKindOf(const QString& path)
+{
+    if (!QFileInfo(path).isFile()) // a pipe gives its bytes only once
+        return DataKind::Text;
+    if (isEncryptedDb(path))
+        return DataKind::CSProDb;
+    TInputFile file(path);
+    if (!file.open()) // which is told when it is read
+        return DataKind::Text;
+    switch (dictionaryFileKind(file.head())) {
+    case DictionaryFileKind::CSProDb:
+        return DataKind::CSProDb;
+    case DictionaryFileKind::Spss:
+        return DataKind::Spss;
+    case DictionaryFileKind::Stata:
+        return DataKind::Stata;
+    default:
+        return DataKind::Text;
+    }
+}
+
+QString checkDataInput(const DataInput& input)
+{
+    const DataKind kind = dataKindOf(input.first);
+    if (!input.dictionary.isEmpty() && kind != DataKind::CSProDb)
+        return QStringLiteral("--dictionary is for a CSPro DB; give the dictionary of text data "
+                              "in front of them");
+    if (kind != DataKind::Text) {
+        return input.data.isEmpty()
+            ? QString()
+            : QStringLiteral("'%1' holds its own dictionary and is checked alone").arg(input.first);
+    }
+    if (input.first == standardInput())
+        return QStringLiteral("the dictionary cannot be standard input");
+    if (input.data.isEmpty() && QFileInfo::exists(input.first)) // else that is told
+        return QStringLiteral("no data file given for the dictionary '%1'").arg(input.first);
+    if (input.data.count(standardInput()) > 1)
+        return QStringLiteral("standard input can be read only once");
+    for (const QString& path : input.data) {
+        if (path != standardInput() && dataKindOf(path) != DataKind::Text) {
+            return QStringLiteral("'%1' holds its own dictionary; give it alone, a CSPro DB with "
+                                  "--dictionary where another is wanted")
+                .arg(path);
+        }
+    }
+    return QString();
+}
+
+std::unique_ptr<DataSource> openDataSource(const DataInput& input)
+{
+    try {
+        return open(input);
+    } catch (const tessel::DataError& error) {
+        failInput(error.file, 0, error.text);
+        return nullptr;
+    }
+}
+
+void tellAssumptions(const std::vector<tessel::SourceFile>& files)
+{
+    for (const tessel::SourceFile& file : files) {
+        if (file.encoding == QLatin1String("windows-1252") && !file.hasByteOrderMark) {
+            Console::tell(file.path, 0, Console::Severity::Note,
+                QStringLiteral("has texts that are not valid UTF-8 and were read as windows-1252"));
+        }
+    }
+}

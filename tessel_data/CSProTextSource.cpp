@@ -1,0 +1,257 @@
+#include <tessel_data/CSProTextSource.h>
+
+#include <tessel_data/DataError.h>
+#include <tessel_data/LineReader_p.h>
+#include <tessel_data/RecordParser_p.h>
+
+#include <QFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tessel {
+
+namespace {
+
+// A record of the format has 32,000 columns; lines much longer than their record are damage.
+constexpr qint64 LongestLine = 1'048'576;
+constexpr std::size_t LongestTold = 32'768;
+
+QString systemError(int number)
+{
+    return QString::fromLocal8Bit(std::strerror(number));
+}
+
+// A file opened for reading; closed with it, unless it is standard input.
+class InputFile {
+public:
+    explicit InputFile(const QString& path)
+        : m_path(path)
+    {
+        const bool isStandardInput = path == QLatin1String("-");
+        m_file = isStandardInput
+            ? STDIN_FILENO
+            : ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+        struct stat status { };
+        if (m_file < 0 || ::fstat(m_file, &status) != 0)
+            throw DataError(DataError::Code::CannotOpen, path,
+                QStringLiteral("cannot be opened: ") + systemError(errno));
+        if (S_ISDIR(status.st_mode)) {
+            ::close(m_file);
+            throw DataError(
+                DataError::Code::CannotOpen, path, QStringLiteral("is a folder, not a data file"));
+        }
+        m_isRegular = S_ISREG(status.st_mode);
+        m_first = status;
+        m_ownsFile = !isStandardInput;
+    }
+    ~InputFile()
+    {
+        if (m_ownsFile)
+            ::close(m_file);
+    }
+
+    qint64 read(char* buffer, qint64 size) const
+    {
+        for (;;) {
+            const ssize_t count = ::read(m_file, buffer, std::size_t(size));
+            if (count >= 0)
+                return count;
+            if (errno != EINTR)
+                throw DataError(DataError::Code::CannotRead, m_path,
+                    QStringLiteral("cannot be read on: ") + systemError(errno));
+        }
+    }
+
+    // -1 for what has no size.
+    qint64 size() const
+    {
+        return m_isRegular ? qint64(m_first.st_size) : -1;
+    }
+
+    bool hasChanged() const
+    {
+        struct stat now { };
+        return m_isRegular && ::fstat(m_file, &now) == 0
+            && (now.st_size != m_first.st_size || now.st_mtim.tv_sec != m_first.st_mtim.tv_sec
+                || now.st_mtim.tv_nsec != m_first.st_mtim.tv_nsec);
+    }
+
+private:
+    Q_DISABLE_COPY(InputFile)
+
+    QString m_path;
+    int m_file = -1;
+    bool m_ownsFile = false;
+    bool m_isRegular = false;
+    struct stat m_first { };
+};
+
+// Size of a file that can be opened later; -1 for what has none.
+qint64 sizeOf(const QString& path)
+{
+    struct stat status { };
+    if (path == QLatin1String("-"))
+        return ::fstat(STDIN_FILENO, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
+    const QByteArray name = QFile::encodeName(path);
+    if (::stat(name.constData(), &status) != 0 || ::access(name.constData(), R_OK) != 0) {
+        throw DataError(DataError::Code::CannotOpen, path,
+            QStringLiteral("cannot be opened: ") + systemError(errno));
+    }
+    return S_ISREG(status.st_mode) ? status.st_size : -1;
+}
+
+QString nameOf(TextEncoding encoding)
+{
+    switch (encoding) {
+    case TextEncoding::Utf8:
+        return QStringLiteral("UTF-8");
+    case TextEncoding::Windows1252:
+        return QStringLiteral("windows-1252");
+    case TextEncoding::Unknown:
+        break;
+    }
+    return QStringLiteral("ASCII");
+}
+
+} // namespace
+
+class CSProTextSource::Job {
+public:
+    Job(const DataDictionary& data, const QStringList& paths)
+        : dictionary(data)
+        , parser(dictionary)
+    {
+        for (const QString& path : paths) {
+            SourceFile file;
+            file.path = path;
+            files.push_back(file);
+            const qint64 bytes = sizeOf(path);
+            size = size < 0 || bytes < 0 ? -1 : size + bytes;
+        }
+        for (const DataRecord& record : dictionary.records)
+            longestLine = std::max(longestLine, qint64(record.width) * 4);
+    }
+
+    // False when the sink wants no more.
+    bool readFile(int index, BatchSink& sink);
+    void addLine(const LineReader::Line& line, int index, DataBatch& batch);
+
+    DataDictionary dictionary;
+    RecordParser parser;
+    std::vector<SourceFile> files;
+    qint64 size = 0;
+    qint64 doneBytes = 0;
+    qint64 longestLine = LongestLine;
+};
+
+bool CSProTextSource::Job::readFile(int index, BatchSink& sink)
+{
+    SourceFile& file = files[std::size_t(index)];
+    const InputFile input(file.path);
+    LineReader reader(
+        [&input](char* buffer, qint64 bytes) { return input.read(buffer, bytes); }, longestLine);
+    parser.beginFile();
+    const qint64 casesBefore = parser.caseCount();
+    LineReader::Line line;
+    bool isWanted = true;
+    while (isWanted && reader.next(line)) {
+        if (file.counts.lines == 0 && reader.hasMark())
+            parser.setEncoding(TextEncoding::Utf8);
+        addLine(line, index, sink.batch());
+        sink.batch().doneBytes = doneBytes + reader.bytesRead();
+        if (sink.batch().isFull())
+            isWanted = sink.deliver();
+    }
+    doneBytes += reader.bytesRead();
+    file.bytes = reader.bytesRead();
+    file.hasByteOrderMark = reader.hasMark();
+    file.encoding = nameOf(parser.encoding());
+    file.lfLines = reader.lfLines();
+    file.crlfLines = reader.crlfLines();
+    file.crLines = reader.crLines();
+    file.changedWhileRead =
+        isWanted && (input.hasChanged() || (input.size() >= 0 && file.bytes != input.size()));
+    file.counts.cases = file.counts.casesRead = parser.caseCount() - casesBefore;
+    return isWanted;
+}
+
+void CSProTextSource::Job::addLine(const LineReader::Line& line, int index, DataBatch& batch)
+{
+    SourceCounts& counts = files[std::size_t(index)].counts;
+    ++counts.lines;
+    if (line.isEndless) {
+        ++counts.rejectedLines;
+        const std::string_view begin = line.text.substr(0, LongestTold);
+        batch.told.push_back(
+            { LineProblem::EndlessLine, index, -1, counts.lines, -1, batch.keep(begin) });
+        return;
+    }
+    switch (parser.parse(line.text, counts.lines, index, batch)) {
+    case RecordParser::Outcome::Record:
+        ++counts.records;
+        break;
+    case RecordParser::Outcome::Deleted:
+        ++counts.deletedLines;
+        break;
+    case RecordParser::Outcome::Blank:
+        ++counts.blankLines;
+        break;
+    case RecordParser::Outcome::Rejected:
+        ++counts.rejectedLines;
+        break;
+    }
+}
+
+CSProTextSource::CSProTextSource(const DataDictionary& dictionary, const QStringList& paths)
+{
+    if (dictionary.recordTypeWidth == 0 && dictionary.records.size() > 1) {
+        throw DataError(DataError::Code::UnfitDictionary, dictionary.name,
+            QStringLiteral("has several records but no record types, so that lines of text cannot "
+                           "be told apart"));
+    }
+    m_job = std::make_unique<Job>(dictionary, paths);
+}
+
+CSProTextSource::~CSProTextSource() = default;
+
+const DataDictionary& CSProTextSource::dictionary() const
+{
+    return m_job->dictionary;
+}
+
+void CSProTextSource::read(BatchSink& sink)
+{
+    for (int index = 0; index < int(m_job->files.size()); ++index) {
+        if (!m_job->readFile(index, sink))
+            return;
+    }
+    if (!sink.batch().isEmpty())
+        sink.deliver();
+}
+
+qint64 CSProTextSource::size() const
+{
+    return m_job->size;
+}
+
+bool CSProTextSource::countsRows() const
+{
+    return false;
+}
+
+const std::vector<SourceFile>& CSProTextSource::files() const
+{
+    return m_job->files;
+}
+
+bool CSProTextSource::hasCases() const
+{
+    return true;
+}
+
+} // namespace tessel

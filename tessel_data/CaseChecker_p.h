@@ -1,0 +1,72 @@
+#pragma once
+
+#include <tessel_data/CaseIndex_p.h>
+#include <tessel_data/CheckReport.h>
+#include <tessel_data/DataDictionary.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tessel {
+
+/*
+ * Checks the shape of cases: records that are missing or too many, levels without their parent,
+ * cases that come again.
+ */
+class CaseChecker {
+public:
+    using Tell = std::function<void(const DataProblem&)>;
+
+    CaseChecker(const DataDictionary& dictionary, Tell tell);
+
+    void beginCase(const DataBatch& batch, const DataBatch::Case& begun);
+    void addRecord(const DataBatch& batch, const DataBatch::Record& record);
+    void endCase();
+    // Tells of the cases that came more than once.
+    void finish();
+
+    // Identification of the current case.
+    const std::string& key() const
+    {
+        return m_key;
+    }
+    qint64 caseCount() const
+    {
+        return m_caseCount;
+    }
+
+private:
+    // One questionnaire of a level: the case itself is that of level 1.
+    struct Node {
+        std::string parent;
+        qint64 line = 0;
+        int level = 1;
+        int record = 0; // of its first line
+        std::map<int, qint64> counts; // by record
+    };
+
+    DataProblem problem(ProblemKind kind, qint64 line, int record) const;
+    void addDeeperRecord(const DataBatch& batch, const DataBatch::Record& record);
+    void countRecord(std::map<int, qint64>& counts, const DataBatch::Record& record);
+    void tellMissing(const std::map<int, qint64>& counts, int level, qint64 line);
+    std::string nodeKey(const DataBatch& batch, const DataBatch::Record& record, int level) const;
+    bool hasRecords(int level) const;
+    quint64 singles() const;
+
+    const DataDictionary& m_dictionary;
+    Tell m_tell;
+    CaseIndex m_index;
+    qint64 m_caseCount = 0;
+    bool m_isInCase = false;
+    bool m_isPartlySaved = false;
+    bool m_hasRows = false; // cases are rows of a database
+    std::string m_key;
+    int m_file = 0;
+    qint64 m_line = 0;
+    std::map<int, qint64> m_counts; // of level 1
+    std::map<std::string, Node> m_nodes; // of the levels below, by their identification
+};
+
+} // namespace tessel

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QTemporaryFile>
+#include <QtGlobal>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessel {
+
+/*
+ * Finds the cases that come more than once, in bounded memory: what does not fit is sorted and
+ * kept in a temporary file, and all is merged at the end.
+ */
+class CaseIndex {
+public:
+    struct Place {
+        qint64 line = 0;
+        qint64 number = 0; // of the case
+        quint64 singles = 0; // records that a case may have once, one bit each
+        int file = 0;
+    };
+    struct Group {
+        std::string_view key; // its end is cut off when it is very long
+        Place first;
+        Place second;
+    };
+    using Report = std::function<void(const Group&)>;
+
+    // keySize: bytes of the longest key; memory: bytes to use.
+    explicit CaseIndex(std::size_t keySize, std::size_t memory = 16'777'216);
+    ~CaseIndex();
+
+    void add(std::string_view key, const Place& place);
+    // Reports each place after the first of its key, by key and then in the order of the source.
+    void finish(const Report& report);
+
+private:
+    Q_DISABLE_COPY(CaseIndex)
+
+    class Run;
+
+    void write(char* entry, std::string_view key, const Place& place) const;
+    Place placeOf(const char* entry) const;
+    void sortEntries();
+    void spill();
+
+    std::size_t m_keySize; // in an entry
+    std::size_t m_entrySize;
+    std::size_t m_mostEntries;
+    std::vector<char> m_entries;
+    std::unique_ptr<QTemporaryFile> m_file;
+    std::vector<qint64> m_runSizes; // entries of each sorted run in the file
+};
+
+} // namespace tessel

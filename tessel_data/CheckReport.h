@@ -1,0 +1,108 @@
+#pragma once
+
+#include <tessel_data/DataBatch.h>
+
+#include <QString>
+#include <QVector>
+
+#include <vector>
+
+namespace tessel {
+
+/*! What is wrong with data; the first ones are those of LineProblem, in its order. */
+enum class ProblemKind {
+    UnknownRecordType,
+    EndsInIdentification,
+    IdNotANumber,
+    EndlessLine,
+    DamagedRecord,
+    TextBeyondRecord,
+    ControlCharacters,
+    OtherEncoding,
+    FileChanged, /*!< another program wrote to the file while it was read */
+    IdBlank, /*!< some identification items of the case are blank */
+    BlankIdentification, /*!< all of them are */
+    NotANumber, /*!< a text where a number is due */
+    UnfitNumber, /*!< a number with more digits or decimals than its item */
+    OutOfRange, /*!< below the lowest or above the highest code of the value set */
+    OutsideValueSet, /*!< in its range, but none of its codes */
+    MissingRecord, /*!< a required record that the case has not */
+    TooManyRecords,
+    LevelWithoutParent, /*!< a record whose level above has none in the case */
+    DuplicateCase, /*!< the same identification again, with a record of a kind that is there once */
+    ScatteredCase, /*!< the same identification again, with other records: one case in two places */
+    PartlySavedCase,
+};
+
+constexpr int ProblemKindCount = int(ProblemKind::PartlySavedCase) + 1;
+
+/*!
+ * True for what real data have: codes outside their value sets and blank identification items.
+ * They fail a check only when that is strict.
+ */
+TESSEL_DATA_EXPORT bool isTolerated(ProblemKind kind);
+
+/*! One thing that is wrong, with its place. */
+struct DataProblem {
+    ProblemKind kind = ProblemKind::UnknownRecordType;
+    int file = 0; /*!< index among the files of the source */
+    qint64 line = 0; /*!< or row, from 1; 0: none */
+    QString caseKey; /*!< identification of the case; empty: not known */
+    int record = -1; /*!< index in the dictionary; -1: none */
+    int variable = -1; /*!< index in the dictionary; -1: none */
+    QString value; /*!< the value, or the line, as it stands */
+    int otherFile = -1; /*!< where the case began before; -1: nowhere */
+    qint64 otherLine = 0;
+};
+
+/*! A code that is in no value set, and how often it comes. */
+struct OutsideCode {
+    QString code;
+    qint64 count = 0;
+};
+
+/*! What one column of a record holds. */
+struct ColumnReport {
+    int record = 0;
+    int variable = 0;
+    qint64 rows = 0; /*!< the sum of those down to \c defaults, \c unfit included */
+    qint64 values = 0; /*!< neither blank nor special, and of the variable's type */
+    qint64 blank = 0;
+    qint64 notANumber = 0;
+    qint64 unfit = 0;
+    qint64 missing = 0;
+    qint64 notApplicable = 0;
+    qint64 refused = 0;
+    qint64 defaults = 0;
+    qint64 outside = 0; /*!< of the values: in no code of the value set, out of range or not */
+    qint64 outOfRange = 0; /*!< of those outside */
+    QVector<OutsideCode> outsideCodes; /*!< the most frequent ones first */
+    bool hasAllOutsideCodes = true; /*!< false: too many to count each */
+    qint64 distinct = 0; /*!< different values, up to the limit */
+    bool hasAllDistinct = true; /*!< false: there are more */
+    bool hasNumbers = false; /*!< the next are there */
+    QString lowest;
+    QString highest;
+    double mean = 0;
+};
+
+/*! The outcome of a check. */
+struct TESSEL_DATA_EXPORT CheckReport {
+    SourceCounts counts;
+    std::vector<SourceFile> files;
+    std::vector<ColumnReport> columns; /*!< by record, in the order of its columns */
+    std::vector<qint64> recordCounts; /*!< by record */
+    QVector<qint64> problemCounts = QVector<qint64>(ProblemKindCount); /*!< by kind */
+    std::vector<DataProblem> samples; /*!< the first few of each kind, in order of the kinds */
+    bool hasCases = true;
+    bool addsUp = false; /*!< what was checked is what was read, and that equals its parts */
+
+    qint64 problemCount(ProblemKind kind) const
+    {
+        return problemCounts.at(int(kind));
+    }
+    /*! False when something is wrong; with \a isStrict what is tolerated counts, too. */
+    bool isClean(bool isStrict = false) const;
+};
+
+} // namespace tessel

@@ -1,0 +1,279 @@
+#include <tessel_data/Checker.h>
+
+#include <tessel_data/CaseChecker_p.h>
+#include <tessel_data/ColumnCounter_p.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessel {
+
+namespace {
+
+// Different values that are kept of all columns together; bounds the memory.
+constexpr std::size_t MostDistinct = 1'000'000;
+
+constexpr int LongestShown = 200;
+
+bool isBefore(const DataBatch::Told& told, const DataBatch::Record& record)
+{
+    return told.file != record.file ? told.file < record.file : told.line < record.line;
+}
+
+QString shown(std::string_view text)
+{
+    const auto size = int(std::min<std::size_t>(text.size(), LongestShown * 4));
+    return QString::fromUtf8(text.data(), size).left(LongestShown);
+}
+
+} // namespace
+
+bool isTolerated(ProblemKind kind)
+{
+    return kind == ProblemKind::OutOfRange || kind == ProblemKind::OutsideValueSet
+        || kind == ProblemKind::IdBlank;
+}
+
+bool CheckReport::isClean(bool isStrict) const
+{
+    for (int kind = 0; kind < ProblemKindCount; ++kind) {
+        if (problemCounts.at(kind) > 0 && (isStrict || !isTolerated(ProblemKind(kind))))
+            return false;
+    }
+    return addsUp;
+}
+
+class Checker::Job {
+public:
+    Job(const DataDictionary& data, const CheckOptions& checkOptions)
+        : dictionary(data)
+        , options(checkOptions)
+        , counters(std::size_t(data.columnCount()))
+        , cases(data, [this](const DataProblem& problem) { tell(problem); })
+        , samples(ProblemKindCount)
+    {
+        const std::size_t columns = std::max<std::size_t>(1, counters.size());
+        limits.distinct = std::max<std::size_t>(
+            16, std::min(std::size_t(options.distinctLimit), MostDistinct / columns));
+        limits.outsideCodes = limits.distinct;
+        report.recordCounts.resize(dictionary.records.size());
+        for (const int id : dictionary.ids)
+            caseIdCount += dictionary.variables[std::size_t(id)].level == 1 ? 1 : 0;
+    }
+
+    void take(const DataBatch& batch);
+    void takeRecord(const DataBatch& batch, const DataBatch::Record& record);
+    void takeOdd(const DataBatch& batch, const DataBatch::Record& record, int column, quint32 cell);
+    bool isNameless(const DataBatch& batch, const DataBatch::Record& record) const;
+    void tellNameless(const DataBatch::Record& record);
+    void takeTold(const DataBatch& batch, const DataBatch::Told& told);
+    void finish(const DataSource& source);
+    // True when a problem of this kind is shown or handed out; others are only counted.
+    bool isWanted(ProblemKind kind) const;
+    void tell(const DataProblem& problem);
+    QString valueText(const DataBatch& batch, quint32 cell, const DataVariable& variable) const;
+
+    const DataDictionary& dictionary;
+    CheckOptions options;
+    ColumnCounter::Limits limits;
+    std::vector<ColumnCounter> counters; // of the columns of all records
+    CaseChecker cases;
+    std::vector<std::vector<DataProblem>> samples; // by kind
+    qint64 rejected = 0;
+    int caseIdCount = 0; // columns of each record that identify the case
+    CheckReport report;
+};
+
+void Checker::Job::take(const DataBatch& batch)
+{
+    auto begun = batch.cases.begin();
+    auto told = batch.told.begin();
+    for (std::size_t r = 0; r < batch.records.size(); ++r) {
+        const DataBatch::Record& record = batch.records[r];
+        for (; told != batch.told.end() && isBefore(*told, record); ++told)
+            takeTold(batch, *told);
+        for (; begun != batch.cases.end() && begun->firstRecord <= r; ++begun)
+            cases.beginCase(batch, *begun);
+        takeRecord(batch, record);
+    }
+    for (; begun != batch.cases.end(); ++begun)
+        cases.beginCase(batch, *begun);
+    for (; told != batch.told.end(); ++told)
+        takeTold(batch, *told);
+}
+
+void Checker::Job::takeRecord(const DataBatch& batch, const DataBatch::Record& record)
+{
+    const DataRecord& type = dictionary.records[std::size_t(record.record)];
+    const int count = type.columns.size();
+    ++report.recordCounts[std::size_t(record.record)];
+    ColumnCounter* const columns = counters.data() + type.firstColumn;
+    const ValueState* const states = batch.states.data() + record.firstCell;
+    const qint64* const numbers = batch.numbers.data() + record.firstCell;
+    for (int c = 0; c < count; ++c) {
+        if (states[c] == ColumnCounter::PlainNumber)
+            columns[c].addNumber(numbers[c], limits);
+        else
+            takeOdd(batch, record, c, record.firstCell + quint32(c));
+    }
+    if (isNameless(batch, record))
+        tellNameless(record);
+    if (report.hasCases)
+        cases.addRecord(batch, record);
+}
+
+// True when all the items that identify its case are blank.
+bool Checker::Job::isNameless(const DataBatch& batch, const DataBatch::Record& record) const
+{
+    const ValueState* const states = batch.states.data() + record.firstCell;
+    for (int c = 0; c < caseIdCount; ++c) {
+        if (states[c].kind() != ValueKind::Blank)
+            return false;
+    }
+    return caseIdCount > 0;
+}
+
+void Checker::Job::tellNameless(const DataBatch::Record& record)
+{
+    DataProblem problem;
+    problem.kind = ProblemKind::BlankIdentification;
+    problem.file = record.file;
+    problem.line = record.line;
+    problem.record = record.record;
+    tell(problem);
+}
+
+void Checker::Job::takeOdd(
+    const DataBatch& batch, const DataBatch::Record& record, int column, quint32 cell)
+{
+    const DataRecord& type = dictionary.records[std::size_t(record.record)];
+    counters[std::size_t(type.firstColumn + column)].add(batch, cell, limits);
+    const ValueState state = batch.states[cell];
+    ProblemKind kind = ProblemKind::NotANumber;
+    if (state.isOutside())
+        kind = state.isOutOfRange() ? ProblemKind::OutOfRange : ProblemKind::OutsideValueSet;
+    else if (state.kind() == ValueKind::Unfit)
+        kind = ProblemKind::UnfitNumber;
+    else if (state.kind() == ValueKind::Blank && column < type.idCount
+        && (column >= caseIdCount || !isNameless(batch, record)))
+        kind = ProblemKind::IdBlank;
+    else if (state.kind() != ValueKind::NotANumber)
+        return;
+    if (!isWanted(kind)) {
+        ++report.problemCounts[int(kind)];
+        return;
+    }
+    DataProblem problem;
+    problem.kind = kind;
+    problem.file = record.file;
+    problem.line = record.line;
+    problem.caseKey = shown(cases.key());
+    problem.record = record.record;
+    problem.variable = type.columns.at(column);
+    problem.value = valueText(batch, cell, dictionary.variables[std::size_t(problem.variable)]);
+    tell(problem);
+}
+
+QString Checker::Job::valueText(
+    const DataBatch& batch, quint32 cell, const DataVariable& variable) const
+{
+    switch (batch.states[cell].kind()) {
+    case ValueKind::Blank:
+        return QString();
+    case ValueKind::Number:
+        return numberText(batch.numbers[cell], variable.decimals);
+    case ValueKind::Real:
+        return QString::number(batch.realOf(cell), 'g', 15);
+    default:
+        return shown(batch.textOf(cell));
+    }
+}
+
+void Checker::Job::takeTold(const DataBatch& batch, const DataBatch::Told& told)
+{
+    const auto kind = ProblemKind(told.problem);
+    rejected += isRejected(told.problem) ? 1 : 0;
+    DataProblem problem;
+    problem.kind = kind;
+    problem.file = told.file;
+    problem.line = told.line;
+    problem.variable = told.variable;
+    if (told.caseNumber >= 0 && told.caseNumber == cases.caseCount() - 1)
+        problem.caseKey = shown(cases.key());
+    problem.value = shown(batch.text(told.text));
+    tell(problem);
+}
+
+bool Checker::Job::isWanted(ProblemKind kind) const
+{
+    return options.onProblem || int(samples[std::size_t(kind)].size()) < options.samplesPerKind;
+}
+
+void Checker::Job::tell(const DataProblem& problem)
+{
+    ++report.problemCounts[int(problem.kind)];
+    std::vector<DataProblem>& shownOnes = samples[std::size_t(problem.kind)];
+    if (int(shownOnes.size()) < options.samplesPerKind)
+        shownOnes.push_back(problem);
+    if (options.onProblem)
+        options.onProblem(problem);
+}
+
+void Checker::Job::finish(const DataSource& source)
+{
+    cases.finish();
+    report.files = source.files();
+    report.hasCases = source.hasCases();
+    for (std::size_t i = 0; i < report.files.size(); ++i) {
+        if (!report.files[i].changedWhileRead)
+            continue;
+        DataProblem changed;
+        changed.kind = ProblemKind::FileChanged;
+        changed.file = int(i);
+        tell(changed);
+    }
+    report.counts = source.counts();
+    qint64 records = 0;
+    for (const qint64 count : report.recordCounts)
+        records += count;
+    report.addsUp = report.counts.addUp() && records == report.counts.records
+        && rejected == report.counts.rejectedLines
+        && (!report.hasCases || cases.caseCount() == report.counts.cases);
+    for (std::size_t r = 0; r < dictionary.records.size(); ++r) {
+        const DataRecord& record = dictionary.records[r];
+        for (int c = 0; c < record.columns.size(); ++c) {
+            ColumnReport column = counters[std::size_t(record.firstColumn + c)].report(
+                dictionary.variable(int(r), c), options.shownOutsideCodes);
+            column.record = int(r);
+            column.variable = record.columns.at(c);
+            report.addsUp = report.addsUp && column.rows == report.recordCounts[r];
+            report.columns.push_back(std::move(column));
+        }
+    }
+    for (const std::vector<DataProblem>& ofKind : samples)
+        report.samples.insert(report.samples.end(), ofKind.begin(), ofKind.end());
+}
+
+Checker::Checker(const DataDictionary& dictionary, const CheckOptions& options)
+    : m_job(std::make_unique<Job>(dictionary, options))
+{
+}
+
+Checker::~Checker() = default;
+
+void Checker::take(const DataBatch& batch)
+{
+    m_job->take(batch);
+}
+
+void Checker::finish(const DataSource& source)
+{
+    m_job->finish(source);
+}
+
+const CheckReport& Checker::report() const
+{
+    return m_job->report;
+}
+
+} // namespace tessel

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <tessel_data/DataValue.h>
+
+#include <QByteArray>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace tessel {
+
+/*!
+ * The codes of a variable, made ready for looking up values of any number: the first code that fits
+ * a value stands for it. Const members may be called from several threads at once.
+ */
+class TESSEL_DATA_EXPORT CodeTable {
+public:
+    /*! What the table says of a value. */
+    struct Match {
+        bool isCode = false;
+        Special special = Special::None;
+        int entry = -1; /*!< number that the code was added with */
+    };
+
+    /*! \name Codes in the order of the dictionary; finish() after the last. */
+    /*! @{ */
+    void addNumbers(qint64 low, qint64 high, Special special, int entry);
+    void addReals(double low, double high, Special special, int entry);
+    void addText(std::string_view code, Special special, int entry);
+    void addBlank(Special special, int entry);
+    void finish();
+    /*! @} */
+
+    bool isEmpty() const;
+    const Match& blank() const;
+    Match find(qint64 number) const;
+    Match find(double number) const;
+    Match find(std::string_view text) const;
+
+    /*! State of a number. */
+    ValueState stateOf(qint64 number) const
+    {
+        const quint64 place = quint64(number) - quint64(m_denseLow);
+        return place < m_dense.size() ? m_dense[place] : stateOfRare(number);
+    }
+    ValueState stateOf(double number) const;
+    ValueState stateOf(std::string_view text) const;
+    ValueState stateOfBlank() const;
+
+private:
+    template <typename Number> struct Segment {
+        Number low;
+        Number high;
+        Special special;
+        int entry;
+    };
+    template <typename Number> static void sweep(std::vector<Segment<Number>>& segments);
+    template <typename Number>
+    static const Segment<Number>* segmentOf(
+        const std::vector<Segment<Number>>& segments, Number number);
+    ValueState stateOfRare(qint64 number) const;
+    ValueState stateOfSegment(qint64 number) const;
+    void fillDense();
+
+    std::vector<Segment<qint64>> m_numbers; // after finish(): disjoint, in order
+    std::vector<Segment<double>> m_reals;
+    std::unordered_map<std::string_view, Match> m_texts;
+    std::vector<std::unique_ptr<std::string>> m_textStore; // what the keys above view
+    Match m_blank;
+    std::vector<ValueState> m_dense; // states of the numbers from m_denseLow on
+    qint64 m_denseLow = 0;
+    bool m_hasReals = false; // other than special ones
+    bool m_hasTexts = false;
+    qint64 m_lowest = 0; // of the codes that are not special
+    qint64 m_highest = -1;
+};
+
+} // namespace tessel

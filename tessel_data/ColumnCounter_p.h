@@ -1,0 +1,88 @@
+#pragma once
+
+#include <tessel_data/CheckReport.h>
+#include <tessel_data/DataDictionary.h>
+
+#include <limits>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace tessel {
+
+// Counts different 64-bit values up to a limit.
+class DistinctCounter {
+public:
+    void add(quint64 value, std::size_t limit)
+    {
+        if (value < SmallValues)
+            m_small[value / 64] |= quint64(1) << (value % 64);
+        else if (!m_isFull && value != m_last)
+            addLarge(value, limit);
+    }
+    qint64 count() const;
+    bool isFull() const
+    {
+        return m_isFull;
+    }
+
+private:
+    static constexpr quint64 SmallValues = 512; // most codes are below
+
+    void addLarge(quint64 value, std::size_t limit);
+    void place(quint64 value);
+
+    quint64 m_small[SmallValues / 64] = {};
+    quint64 m_last = 0; // values come in stretches
+    std::vector<quint64> m_slots; // 0: free; none of the values here is small
+    std::size_t m_count = 0;
+    bool m_isFull = false;
+};
+
+// Sums up one column.
+class ColumnCounter {
+public:
+    static constexpr ValueState PlainNumber { ValueKind::Number };
+
+    struct Limits {
+        std::size_t distinct = 1000;
+        std::size_t outsideCodes = 1000;
+    };
+
+    void addNumber(qint64 number, const Limits& limits)
+    {
+        ++m_numbers;
+        m_lowest = number < m_lowest ? number : m_lowest;
+        m_highest = number > m_highest ? number : m_highest;
+        if (__builtin_add_overflow(m_sum, number, &m_sum))
+            carrySum(number);
+        m_distinct.add(quint64(number), limits.distinct);
+    }
+    // Any other value; in batch, cell.
+    void add(const DataBatch& batch, quint32 cell, const Limits& limits);
+
+    ColumnReport report(const DataVariable& variable, int shownCodes) const;
+
+private:
+    void addSpecial(Special special);
+    void addReal(double number, const Limits& limits);
+    void addOutside(const DataBatch& batch, quint32 cell, const Limits& limits);
+    void carrySum(qint64 number);
+
+    qint64 m_numbers = 0;
+    qint64 m_lowest = std::numeric_limits<qint64>::max();
+    qint64 m_highest = std::numeric_limits<qint64>::min();
+    qint64 m_sum = 0;
+    DistinctCounter m_distinct;
+    double m_largeSum = 0; // what m_sum could not hold
+    qint64 m_reals = 0;
+    double m_lowestReal = std::numeric_limits<double>::infinity();
+    double m_highestReal = -std::numeric_limits<double>::infinity();
+    double m_realSum = 0;
+    qint64 m_texts = 0;
+    ColumnReport m_counts;
+    std::unordered_map<qint64, qint64> m_outsideNumbers;
+    std::unordered_map<std::string, qint64> m_outsideTexts;
+};
+
+} // namespace tessel

@@ -1,0 +1,149 @@
+#pragma once
+
+#include <tessel_data/DataValue.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QVector>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessel {
+
+/*! What a source tells of a line, a record or a case. */
+enum class LineProblem : quint8 {
+    UnknownRecordType, /*!< rejected */
+    EndsInIdentification, /*!< rejected: the line ends before its identification does */
+    IdNotANumber, /*!< rejected: an identification item is no number */
+    EndlessLine, /*!< rejected: too long to be kept in memory; its first part is here */
+    DamagedRecord, /*!< rejected: a row of a database that belongs nowhere or cannot be read */
+    TextBeyondRecord, /*!< kept: text behind the record's last column is passed over */
+    ControlCharacters, /*!< kept: NUL or another control character */
+    OtherEncoding, /*!< kept: another encoding than the lines before */
+};
+
+/*! True when a line with this problem is not among the records. */
+TESSEL_DATA_EXPORT bool isRejected(LineProblem problem);
+
+/*! A text in a batch. */
+struct TextRef {
+    quint32 start = 0;
+    quint32 size = 0;
+};
+
+/*!
+ * Some cases and records of a source, in its order. Values stand row by row in two arrays. Filled
+ * by one thread, then read by another; never both at once.
+ */
+class TESSEL_DATA_EXPORT DataBatch {
+public:
+    struct Record {
+        qint64 line = 0; /*!< line in its file, or row, from 1; of the case in a .csdb */
+        qint64 caseNumber = 0; /*!< number of its case in the source, from 0 */
+        int file = 0; /*!< index among the files of the source */
+        int record = 0; /*!< index among the records of the dictionary */
+        quint32 firstCell = 0; /*!< of its columns */
+        TextRef text; /*!< the line as UTF-8; empty where there is none */
+    };
+    struct Case {
+        qint64 number = 0; /*!< from 0 */
+        quint32 firstRecord = 0; /*!< in this batch; later ones may stand in the next */
+        int file = 0;
+        qint64 line = 0; /*!< its first line, or its row */
+        TextRef key; /*!< identification: numbers zero-filled and texts padded to their widths */
+        TextRef uuid; /*!< of a .csdb; else empty */
+        bool isPartlySaved = false;
+    };
+    struct Told {
+        LineProblem problem = LineProblem::UnknownRecordType;
+        int file = 0;
+        int variable = -1; /*!< that it concerns; -1: none */
+        qint64 line = 0;
+        qint64 caseNumber = -1; /*!< -1: not known */
+        TextRef text; /*!< the line, or its first part */
+    };
+
+    void clear();
+    bool isEmpty() const;
+    /*! True when the batch should be handed on before another record. */
+    bool isFull() const;
+
+    std::string_view text(TextRef ref) const
+    {
+        return std::string_view(bytes).substr(ref.start, ref.size);
+    }
+    /*! Text of the value in cell \a cell, which is Text, NotANumber or Unfit. */
+    std::string_view textOf(quint32 cell) const
+    {
+        return std::string_view(bytes).substr(
+            std::size_t(quint64(numbers[cell]) >> 32), quint32(numbers[cell]));
+    }
+    /*! Number of the value in cell \a cell, which is Real. */
+    double realOf(quint32 cell) const;
+
+    /*! Adds \a count cells, which are blank; the first one's index. */
+    quint32 addCells(std::size_t count)
+    {
+        const auto first = quint32(states.size());
+        states.resize(states.size() + count);
+        numbers.resize(numbers.size() + count);
+        return first;
+    }
+    void set(quint32 cell, ValueState state, qint64 number = 0)
+    {
+        states[cell] = state;
+        numbers[cell] = number;
+    }
+    void setText(quint32 cell, ValueState state, TextRef ref)
+    {
+        set(cell, state, qint64((quint64(ref.start) << 32) | ref.size));
+    }
+    void setReal(quint32 cell, ValueState state, double number);
+    /*! Keeps a copy of \a text. */
+    TextRef keep(std::string_view text);
+
+    std::vector<Record> records;
+    std::vector<Case> cases; /*!< those that begin in this batch */
+    std::vector<Told> told; /*!< in the order of the lines */
+    std::vector<ValueState> states; /*!< of all cells */
+    std::vector<qint64> numbers; /*!< of all cells: a number, the bits of a double, or a text */
+    std::string bytes; /*!< the texts */
+    qint64 doneBytes = 0; /*!< of the source, when the batch was filled; progress */
+};
+
+/*! What a source read; for each file, and in all. */
+struct TESSEL_DATA_EXPORT SourceCounts {
+    qint64 lines = 0; /*!< or rows; equals records + deleted + blank + rejected */
+    qint64 records = 0;
+    qint64 deletedLines = 0;
+    qint64 blankLines = 0;
+    qint64 rejectedLines = 0;
+    qint64 casesRead = 0; /*!< equals cases + deletedCases */
+    qint64 cases = 0;
+    qint64 deletedCases = 0;
+    qint64 partlySavedCases = 0;
+
+    bool addUp() const
+    {
+        return lines == records + deletedLines + blankLines + rejectedLines
+            && casesRead == cases + deletedCases;
+    }
+    SourceCounts& operator+=(const SourceCounts& other);
+};
+
+/*! What is known of a file after it was read. */
+struct SourceFile {
+    QString path; /*!< as it was given; "-" for standard input */
+    QString encoding; /*!< "UTF-8" or "windows-1252"; "ASCII" when it has nothing else */
+    bool hasByteOrderMark = false;
+    qint64 bytes = 0;
+    qint64 lfLines = 0; /*!< lines that end so */
+    qint64 crlfLines = 0;
+    qint64 crLines = 0;
+    bool changedWhileRead = false; /*!< another program wrote to it, so the data may be torn */
+    SourceCounts counts;
+};
+
+} // namespace tessel

@@ -1,0 +1,103 @@
+#include <tessel_data/LineText_p.h>
+
+namespace tessel {
+
+namespace {
+
+// What the bytes from 0x80 to 0x9F are; those without a character stay control characters.
+constexpr char16_t windows1252[32] = { 0x20AC, 0x81, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D, 0x017D, 0x8F, 0x90, 0x2018, 0x2019, 0x201C,
+    0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D, 0x017E, 0x0178 };
+
+void appendUtf8(std::string& text, char16_t character)
+{
+    if (character < 0x80) {
+        text += char(character);
+    } else if (character < 0x800) {
+        text += char(0xC0 | (character >> 6));
+        text += char(0x80 | (character & 0x3F));
+    } else {
+        text += char(0xE0 | (character >> 12));
+        text += char(0x80 | ((character >> 6) & 0x3F));
+        text += char(0x80 | (character & 0x3F));
+    }
+}
+
+bool isFollower(uchar byte)
+{
+    return (byte & 0xC0) == 0x80;
+}
+
+// Bytes of the character that begins at at; 0 when it is none.
+int utf8Size(const uchar* at, std::size_t left)
+{
+    const uchar first = at[0];
+    if (first < 0x80)
+        return 1;
+    if (first < 0xC2 || first > 0xF4)
+        return 0;
+    const int size = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (left < std::size_t(size))
+        return 0;
+    for (int i = 1; i < size; ++i) {
+        if (!isFollower(at[i]))
+            return 0;
+    }
+    // Neither longer than needed, nor a surrogate, nor beyond the last character.
+    const bool isOdd = (first == 0xE0 && at[1] < 0xA0) || (first == 0xED && at[1] > 0x9F)
+        || (first == 0xF0 && at[1] < 0x90) || (first == 0xF4 && at[1] > 0x8F);
+    return isOdd ? 0 : size;
+}
+
+} // namespace
+
+void LineText::set(std::string_view text)
+{
+    uchar high = 0;
+    uchar controls = 0;
+    for (const char character : text) { // without a branch, so that it runs many bytes at a time
+        const uchar byte = uchar(character);
+        high = uchar(high | byte);
+        controls = uchar(controls | (byte < 0x20 ? 1 : 0));
+    }
+    m_text = text;
+    m_isAscii = high < 0x80;
+    m_hasControls = controls != 0;
+    m_encoding = TextEncoding::Unknown;
+    if (m_isAscii)
+        return;
+    m_encoding = placeUtf8() ? TextEncoding::Utf8 : TextEncoding::Windows1252;
+    if (m_encoding == TextEncoding::Windows1252)
+        decodeWindows1252();
+}
+
+bool LineText::placeUtf8()
+{
+    m_places.clear();
+    const auto* bytes = reinterpret_cast<const uchar*>(m_text.data());
+    std::size_t at = 0;
+    while (at < m_text.size()) {
+        m_places.push_back(quint32(at));
+        const int size = utf8Size(bytes + at, m_text.size() - at);
+        if (size == 0)
+            return false;
+        at += std::size_t(size);
+    }
+    m_places.push_back(quint32(at));
+    return true;
+}
+
+void LineText::decodeWindows1252()
+{
+    m_decoded.clear();
+    m_places.clear();
+    for (const char character : m_text) {
+        const uchar byte = uchar(character);
+        m_places.push_back(quint32(m_decoded.size()));
+        appendUtf8(m_decoded, byte >= 0x80 && byte < 0xA0 ? windows1252[byte - 0x80] : byte);
+    }
+    m_places.push_back(quint32(m_decoded.size()));
+    m_text = m_decoded;
+}
+
+} // namespace tessel

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <tessel_data/DataBatch.h>
+#include <tessel_data/DataDictionary.h>
+#include <tessel_data/LineText_p.h>
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace tessel {
+
+/*
+ * Turns lines of CSPro text into records: finds the record type, cuts the columns, reads the
+ * values, and tells where a case begins.
+ */
+class RecordParser {
+public:
+    enum class Outcome { Record, Deleted, Blank, Rejected };
+
+    explicit RecordParser(const DataDictionary& dictionary);
+
+    // Adds the line to the batch, as a record or as what is told of it.
+    Outcome parse(std::string_view line, qint64 number, int file, DataBatch& batch);
+    // The next record begins a case whatever its identification is.
+    void beginFile();
+    void beginCase(qint64 number);
+    // Lines after the first of a case of a database belong to it whatever they say.
+    void setCasesGiven(bool areGiven);
+
+    qint64 caseCount() const
+    {
+        return m_caseNumber + 1;
+    }
+    // Of the lines since beginFile().
+    TextEncoding encoding() const
+    {
+        return m_encoding;
+    }
+    void setEncoding(TextEncoding encoding)
+    {
+        m_encoding = encoding;
+    }
+
+private:
+    // A column of a record, with what reading it needs.
+    struct Column {
+        int start;
+        int width;
+        DataVariable::Type type;
+        int decimals;
+        int variable;
+        const CodeTable* codes;
+        ValueState blank;
+    };
+    struct Plan {
+        std::vector<Column> columns;
+        int idCount = 0;
+        int width = 0;
+        int firstIdsEnd = 0; // where the numbers of its identification end
+    };
+
+    int recordOf() const;
+    bool isAcceptable(const Plan& plan, int record, DataBatch& batch, DataBatch::Told& told);
+    void readColumns(const Plan& plan, DataBatch& batch, quint32 line);
+    void readColumn(const Column& column, DataBatch& batch, quint32 cell, quint32 line);
+    void readText(
+        const Column& column, std::string_view text, DataBatch& batch, quint32 cell, quint32 line);
+    bool continuesCase(const Plan& plan, const DataBatch& batch, quint32 firstCell);
+    void makeKey(const Plan& plan, const DataBatch& batch, quint32 firstCell);
+    void tellOddities(const Plan& plan, DataBatch& batch, DataBatch::Told told);
+
+    const DataDictionary& m_dictionary;
+    std::vector<Plan> m_plans;
+    std::vector<int> m_types; // record of a type code of one character; -1: none
+    std::unordered_map<std::string, int> m_longTypes;
+    LineText m_line;
+    std::string m_rawKey; // identification columns of the line before, as they stand
+    std::string m_nextRawKey;
+    std::string m_key; // the same, as numbers
+    std::string m_nextKey;
+    int m_firstLevelIds = 0;
+    qint64 m_caseNumber = -1;
+    bool m_isInCase = false;
+    bool m_areCasesGiven = false;
+    TextEncoding m_encoding = TextEncoding::Unknown;
+};
+
+} // namespace tessel

@@ -1,0 +1,277 @@
+#include <tessel_data/Sqlite_p.h>
+
+#include <tessel_data/DataError.h>
+
+#include <QFile>
+
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace tessel {
+
+namespace {
+
+// The largest real dictionary is half a megabyte; decoded, a text of this size still fits.
+constexpr int MebiByte = 1'048'576;
+constexpr int LongestText = 256 * MebiByte;
+
+constexpr int PatienceInMilliseconds = 1000; // with a program that is just writing
+
+// Without links, as the files that SQLite keeps beside a database stand beside the file itself.
+QByteArray realPath(const QString& path)
+{
+    const std::unique_ptr<char, void (*)(void*)> real(
+        ::realpath(QFile::encodeName(path).constData(), nullptr), std::free);
+    return QByteArray(real.get());
+}
+
+// Its changes go to a file beside it first, for which SQLite makes files even to read.
+bool hasWriteAheadLog(const QByteArray& head)
+{
+    constexpr int WriteVersion = 18;
+    constexpr int ReadVersion = 19;
+    constexpr char WriteAhead = 2;
+    return head.size() > ReadVersion
+        && (head.at(WriteVersion) == WriteAhead || head.at(ReadVersion) == WriteAhead);
+}
+
+// A path holds any character, also those that mean something in an address.
+QByteArray addressOf(const QByteArray& path, bool isImmutable)
+{
+    return "file://" + path.toPercentEncoding("/") + "?mode=ro"
+        + (isImmutable ? "&immutable=1" : "");
+}
+
+// What a forged file could make of a plain query is turned off.
+void distrust(sqlite3* connection)
+{
+    for (const int setting : { SQLITE_DBCONFIG_ENABLE_TRIGGER, SQLITE_DBCONFIG_ENABLE_VIEW,
+             SQLITE_DBCONFIG_TRUSTED_SCHEMA })
+        sqlite3_db_config(connection, setting, 0, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, LongestText);
+    sqlite3_exec(connection, "PRAGMA cell_size_check = ON", nullptr, nullptr, nullptr);
+}
+
+} // namespace
+
+SqliteFile::SqliteFile(const QString& path)
+    : m_path(path)
+{
+    try {
+        open();
+    } catch (...) {
+        sqlite3_close(m_database);
+        throw;
+    }
+}
+
+SqliteFile::~SqliteFile()
+{
+    sqlite3_close_v2(m_database);
+}
+
+void SqliteFile::open()
+{
+    const QByteArray path = realPath(m_path);
+    QFile file(QFile::decodeName(path));
+    if (path.isEmpty() || !file.open(QIODevice::ReadOnly)) {
+        throw DataError(DataError::Code::CannotOpen, m_path,
+            QStringLiteral("cannot be read: ")
+                + (path.isEmpty() ? QString::fromLocal8Bit(std::strerror(errno))
+                                  : file.errorString()));
+    }
+    constexpr qint64 headSize = 100;
+    const QByteArray head = file.read(headSize);
+    file.close();
+    checkHead(head);
+    const bool hasLog = hasWriteAheadLog(head);
+    if (hasLog && QFile(QFile::decodeName(path + "-wal")).size() > 0) {
+        throw DataError(DataError::Code::Busy, m_path,
+            QStringLiteral("has changes that are not yet in it (the file of its name and -wal); "
+                           "close the program that has it open, or open and close it in CSPro"));
+    }
+    const int result = sqlite3_open_v2(addressOf(path, hasLog).constData(), &m_database,
+        SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (result != SQLITE_OK)
+        fail(result);
+    sqlite3_busy_timeout(m_database, PatienceInMilliseconds);
+    distrust(m_database);
+    run("BEGIN");
+    run("SELECT count(*) FROM sqlite_master"); // takes the lock
+}
+
+void SqliteFile::checkHead(const QByteArray& head) const
+{
+    if (head.startsWith(QByteArray("SQLite format 3\0", 16)))
+        return;
+    if (m_path.endsWith(QLatin1String(".csdbe"), Qt::CaseInsensitive)) {
+        throw DataError(DataError::Code::Encrypted, m_path,
+            QStringLiteral("is encrypted; save it without a password in CSPro first"));
+    }
+    throw DataError(DataError::Code::NotThisFormat, m_path,
+        QStringLiteral("is no CSPro DB that can be read: it is encrypted or damaged"));
+}
+
+void SqliteFile::run(const char* sql) const
+{
+    const int result = sqlite3_exec(m_database, sql, nullptr, nullptr, nullptr);
+    if (result != SQLITE_OK)
+        fail(result);
+}
+
+bool SqliteFile::hasTable(const QString& name) const
+{
+    SqliteQuery query(*this,
+        QStringLiteral("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?1 COLLATE "
+                       "NOCASE AND sql LIKE 'CREATE TABLE%'"));
+    const QByteArray bytes = name.toUtf8();
+    query.bind(1, std::string_view(bytes.constData(), std::size_t(bytes.size())));
+    return query.step();
+}
+
+bool SqliteFile::hasColumns(const QString& table, const QStringList& names) const
+{
+    SqliteQuery query(*this,
+        QStringLiteral("SELECT 1 FROM pragma_table_xinfo(?1) WHERE name = ?2 COLLATE NOCASE"));
+    const QByteArray tableBytes = table.toUtf8();
+    for (const QString& name : names) {
+        const QByteArray bytes = name.toUtf8();
+        query.bind(1, std::string_view(tableBytes.constData(), std::size_t(tableBytes.size())));
+        query.bind(2, std::string_view(bytes.constData(), std::size_t(bytes.size())));
+        if (!query.step())
+            return false;
+        query.reset();
+    }
+    return true;
+}
+
+void SqliteFile::fail(int result) const
+{
+    constexpr int primaryCode = 0xFF;
+    const QString message = QString::fromUtf8(sqlite3_errmsg(m_database));
+    switch (result & primaryCode) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL:
+        throw DataError(DataError::Code::Busy, m_path,
+            QStringLiteral("is being changed by another program; close it there and try again"));
+    case SQLITE_READONLY:
+        throw DataError(DataError::Code::Busy, m_path,
+            QStringLiteral("was left in the middle of a change (the file of its name and "
+                           "-journal); open and close it in CSPro, then try again"));
+    case SQLITE_TOOBIG:
+        throw DataError(DataError::Code::Damaged, m_path,
+            QStringLiteral("holds a text, such as its dictionary, larger than %1 MiB")
+                .arg(LongestText / MebiByte));
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_FORMAT:
+    case SQLITE_ERROR:
+        throw DataError(DataError::Code::Damaged, m_path,
+            QStringLiteral("is a damaged CSPro DB or other SQLite file (%1); get it anew")
+                .arg(message));
+    case SQLITE_CANTOPEN:
+    case SQLITE_PERM:
+        throw DataError(
+            DataError::Code::CannotOpen, m_path, QStringLiteral("cannot be read: ") + message);
+    default:
+        throw DataError(
+            DataError::Code::CannotRead, m_path, QStringLiteral("cannot be read: ") + message);
+    }
+}
+
+void SqliteQuery::Finalize::operator()(sqlite3_stmt* statement) const
+{
+    sqlite3_finalize(statement);
+}
+
+SqliteQuery::SqliteQuery(const SqliteFile& file, const QString& sql, Plan plan)
+    : m_file(file)
+{
+    if (plan == Plan::ByIndex) {
+        SqliteQuery explained(file, QLatin1String("EXPLAIN QUERY PLAN ") + sql);
+        while (explained.step()) {
+            const std::string_view detail = explained.text(3);
+            if (detail.substr(0, 4) == "SCAN") {
+                throw DataError(DataError::Code::Damaged, file.path(),
+                    QStringLiteral("lacks an index that CSPro makes (%1)")
+                        .arg(QString::fromUtf8(detail.data(), int(detail.size()))));
+            }
+        }
+    }
+    sqlite3_stmt* statement = nullptr;
+    const QByteArray bytes = sql.toUtf8();
+    const int result =
+        sqlite3_prepare_v2(file.get(), bytes.constData(), bytes.size(), &statement, nullptr);
+    m_statement.reset(statement);
+    if (result != SQLITE_OK)
+        file.fail(result);
+}
+
+void SqliteQuery::bind(int place, qint64 number)
+{
+    sqlite3_bind_int64(m_statement.get(), place, number);
+}
+
+void SqliteQuery::bind(int place, std::string_view text)
+{
+    sqlite3_bind_text(m_statement.get(), place, text.data(), int(text.size()), SQLITE_TRANSIENT);
+}
+
+bool SqliteQuery::step()
+{
+    const int result = sqlite3_step(m_statement.get());
+    if (result == SQLITE_ROW)
+        return true;
+    sqlite3_reset(m_statement.get());
+    if (result != SQLITE_DONE)
+        m_file.fail(result);
+    return false;
+}
+
+void SqliteQuery::reset()
+{
+    sqlite3_reset(m_statement.get());
+}
+
+int SqliteQuery::type(int column) const
+{
+    return sqlite3_column_type(m_statement.get(), column);
+}
+
+bool SqliteQuery::isNull(int column) const
+{
+    return type(column) == SQLITE_NULL;
+}
+
+qint64 SqliteQuery::integer(int column) const
+{
+    return sqlite3_column_int64(m_statement.get(), column);
+}
+
+double SqliteQuery::real(int column) const
+{
+    return sqlite3_column_double(m_statement.get(), column);
+}
+
+std::string_view SqliteQuery::text(int column) const
+{
+    const auto* bytes = sqlite3_column_text(m_statement.get(), column);
+    const auto size = std::size_t(sqlite3_column_bytes(m_statement.get(), column));
+    return bytes ? std::string_view(reinterpret_cast<const char*>(bytes), size)
+                 : std::string_view();
+}
+
+// Between double quotes a name that is missing would be taken for a text.
+QString quotedName(const QString& name)
+{
+    QString quoted = name;
+    quoted.replace(QLatin1Char('`'), QLatin1String("``"));
+    return QLatin1Char('`') + quoted + QLatin1Char('`');
+}
+
+} // namespace tessel

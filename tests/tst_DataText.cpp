@@ -1,0 +1,383 @@
+#include "DataRows.h"
+
+#include <tessel_data/DataError.h>
+
+#include <sys/stat.h>
+#include <thread>
+
+using namespace tessel;
+
+namespace {
+
+QString writtenDictionary(const QTemporaryDir& folder)
+{
+    return writeFile(folder, QStringLiteral("survey.dcf"), surveyDictionary());
+}
+
+} // namespace
+
+class TestDataText : public QObject {
+    Q_OBJECT
+
+private slots:
+    void dictionary();
+    void values_data();
+    void values();
+    void told_data();
+    void told();
+    void cases_data();
+    void cases();
+    void anyValueSet();
+    void encodings_data();
+    void encodings();
+    void severalFiles();
+    void pipe();
+    void levels();
+    void repeats();
+    void errors();
+    void cancelAndFailure();
+
+private:
+    QTemporaryDir m_folder;
+};
+
+void TestDataText::dictionary()
+{
+    const DataDictionary dictionary = DataDictionary::fromFile(writtenDictionary(m_folder));
+    QCOMPARE(dictionary.records.size(), std::size_t(2));
+    QCOMPARE(dictionary.ids.size(), 2);
+    const DataRecord& person = dictionary.records[1];
+    QCOMPARE(person.typeCode, QStringLiteral("2"));
+    QVERIFY(!person.isRequired);
+    QCOMPARE(person.maximum, 3LL);
+    QCOMPARE(person.idCount, 2);
+    QCOMPARE(person.columns.size(), 5);
+    QCOMPARE(person.firstColumn, 5);
+    const DataVariable& age = dictionary.variable(1, 2);
+    QCOMPARE(age.start, 5);
+    QCOMPARE(age.width, 3);
+    const DataVariable& first = dictionary.variable(1, 4);
+    QVERIFY(first.isSubItem);
+    QCOMPARE(dictionary.variables[std::size_t(first.parent)].name, QStringLiteral("NAME"));
+    QCOMPARE(dictionary.valueSets.size(), std::size_t(4));
+    QCOMPARE(dictionary.columnCount(), 10);
+}
+
+void TestDataText::values_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("all there") << QByteArray("10101 3  250A ")
+                               << QStringLiteral("1 1 3 2.50 \"A\"");
+    QTest::newRow("second kind") << QByteArray("2010199 AB")
+                                 << QStringLiteral("1 1 !99  \"AB\" \"AB\"");
+    QTest::newRow("missing") << QByteArray("20101999Anna")
+                             << QStringLiteral("1 1 M999 \"Anna\" \"An\"");
+    QTest::newRow("blank that has a code")
+        << QByteArray("20101   Anna") << QStringLiteral("1 1 N- \"Anna\" \"An\"");
+    QTest::newRow("short line") << QByteArray("20101") << QStringLiteral("1 1 N- - -");
+    QTest::newRow("cut in a number") << QByteArray("2010112") << QStringLiteral("1 1 !12 - -");
+    QTest::newRow("outside") << QByteArray("10101 6") << QStringLiteral("1 1 ?6 - -");
+    QTest::newRow("out of range") << QByteArray("1010110") << QStringLiteral("1 1 <>10 - -");
+    QTest::newRow("point in the data")
+        << QByteArray("10101 1 12.5BB") << QStringLiteral("1 1 1 12.50 \"BB\"");
+    QTest::newRow("too many decimals")
+        << QByteArray("10101 11.234") << QStringLiteral("1 1 1 ~1.234 -");
+    QTest::newRow("text in no set")
+        << QByteArray("10101 1     CC") << QStringLiteral("1 1 1 - ?\"CC\"");
+    QTest::newRow("characters, not bytes")
+        << QByteArray("20101 33\xC3\x89mil\xC3\xA9 ") << QStringLiteral("1 1 33 \"Émilé\" \"Ém\"");
+    QTest::newRow("line break in a text") << QByteArray("20101 33a\xE2\x90\xA4"
+                                                        "b")
+                                          << QStringLiteral("1 1 33 \"a\nb\" \"a\n\"");
+    QTest::newRow("leading blanks of a text stay")
+        << QByteArray("20101 33 ab ") << QStringLiteral("1 1 33 \" ab\" \" a\"");
+}
+
+void TestDataText::values()
+{
+    QFETCH(QByteArray, line);
+    const QString dictionary = writtenDictionary(m_folder);
+    for (const QByteArray end : { "", "\n", "\r\n" }) {
+        CSProTextSource source(DataDictionary::fromFile(dictionary),
+            { writeFile(m_folder, QStringLiteral("v.dat"), line + end) });
+        RowCollector rows(source.dictionary());
+        QVERIFY(runPipeline(source, rows));
+        QCOMPARE(rows.rows.size(), 1);
+        const QString values = rows.rows.first().section(QStringLiteral(": "), 1);
+        QTEST(values, "expected");
+        QVERIFY(source.counts().addUp());
+    }
+}
+
+void TestDataText::told_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QStringList>("expected"); // line:problem
+    QTest::addColumn<QVector<qint64>>("counts"); // lines, records, deleted, blank, rejected
+    using Counts = QVector<qint64>;
+    const auto told = [](int line, LineProblem problem) {
+        return QStringLiteral("%1:%2").arg(line).arg(int(problem));
+    };
+    const QByteArray good = "10101 3\n";
+    QTest::newRow("nothing") << QByteArray() << QStringList() << Counts { 0, 0, 0, 0, 0 };
+    QTest::newRow("good") << good << QStringList() << Counts { 1, 1, 0, 0, 0 };
+    QTest::newRow("deleted and blank")
+        << good + "~0101 3\n\n   \n" + good << QStringList() << Counts { 5, 2, 1, 2, 0 };
+    QTest::newRow("unknown record type")
+        << good + "90101\n"
+        << QStringList { told(2, LineProblem::UnknownRecordType) } << Counts { 2, 1, 0, 0, 1 };
+    QTest::newRow("blank record type")
+        << QByteArray(" 0101\n") << QStringList { told(1, LineProblem::UnknownRecordType) }
+        << Counts { 1, 0, 0, 0, 1 };
+    QTest::newRow("ends too early")
+        << QByteArray("101\n") << QStringList { told(1, LineProblem::EndsInIdentification) }
+        << Counts { 1, 0, 0, 0, 1 };
+    QTest::newRow("identification is no number")
+        << QByteArray("10x01 3\n") << QStringList { told(1, LineProblem::IdNotANumber) }
+        << Counts { 1, 0, 0, 0, 1 };
+    QTest::newRow("text beyond") << QByteArray("10101 3       zz\n")
+                                 << QStringList { told(1, LineProblem::TextBeyondRecord) }
+                                 << Counts { 1, 1, 0, 0, 0 };
+    QTest::newRow("blanks beyond")
+        << QByteArray("10101 3           \n") << QStringList() << Counts { 1, 1, 0, 0, 0 };
+    QTest::newRow("NUL") << QByteArray("20101 33a\0b\n", 12)
+                         << QStringList { told(1, LineProblem::ControlCharacters) }
+                         << Counts { 1, 1, 0, 0, 0 };
+    QTest::newRow("endless") << good + "1" + QByteArray(2'000'000, '0') + "\n" + good
+                             << QStringList { told(2, LineProblem::EndlessLine) }
+                             << Counts { 3, 2, 0, 0, 1 };
+    QTest::newRow("half a character at the end")
+        << QByteArray("20101 33\xC3\xA9\n20101 33\xC3")
+        << QStringList { told(2, LineProblem::OtherEncoding) } << Counts { 2, 2, 0, 0, 0 };
+}
+
+void TestDataText::told()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QVector<qint64>, counts);
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)),
+        { writeFile(m_folder, QStringLiteral("t.dat"), text) });
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QTEST(rows.told, "expected");
+    const SourceCounts found = source.counts();
+    QCOMPARE((QVector<qint64> { found.lines, found.records, found.deletedLines, found.blankLines,
+                 found.rejectedLines }),
+        counts);
+    QVERIFY(found.addUp());
+    QCOMPARE(source.files().front().bytes, qint64(text.size()));
+}
+
+void TestDataText::cases_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QStringList>("keys");
+    QTest::newRow("two") << QByteArray("10101\n20101\n10102\n") << QStringList { "0101", "0102" };
+    QTest::newRow("records in any order")
+        << QByteArray("20101\n10101\n20101\n") << QStringList { "0101" };
+    QTest::newRow("equal numbers")
+        << QByteArray("10101\n2 1 1\n201 1\n10102\n") << QStringList { "0101", "0102" };
+    QTest::newRow("rejected lines are in no case")
+        << QByteArray("10101\n90107\n20101\n") << QStringList { "0101" };
+    QTest::newRow("blank identification")
+        << QByteArray("101  \n10101\n") << QStringList { "01  ", "0101" };
+}
+
+void TestDataText::cases()
+{
+    QFETCH(QByteArray, text);
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)),
+        { writeFile(m_folder, QStringLiteral("c.dat"), text) });
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QTEST(rows.keys, "keys");
+    QCOMPARE(source.counts().cases, qint64(rows.keys.size()));
+}
+
+void TestDataText::anyValueSet()
+{
+    const QString data = writeFile(m_folder, QStringLiteral("a.dat"), "10101 6\n1010221\n");
+    CSProTextSource source(
+        DataDictionary::fromFile(writtenDictionary(m_folder), ValueSetChoice::Any), { data });
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QVERIFY2(rows.rows.at(0).contains(QStringLiteral(" 6 ")), qPrintable(rows.rows.at(0)));
+    QVERIFY2(rows.rows.at(1).contains(QStringLiteral(" <>21 ")), qPrintable(rows.rows.at(1)));
+}
+
+void TestDataText::encodings_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QString>("encoding");
+    QTest::addColumn<int>("toldCount");
+    QTest::newRow("ASCII") << QByteArray("20101 33ab\n") << QStringLiteral("ASCII") << 0;
+    QTest::newRow("UTF-8") << QByteArray("20101 33\xC3\xA9\n") << QStringLiteral("UTF-8") << 0;
+    QTest::newRow("mark, ASCII") << QByteArray("\xEF\xBB\xBF"
+                                               "20101 33ab\n")
+                                 << QStringLiteral("UTF-8") << 0;
+    QTest::newRow("Windows-1252") << QByteArray("20101 33\xE9\n20101 33ab\n20101 33\xFC\n")
+                                  << QStringLiteral("windows-1252") << 0;
+    QTest::newRow("Windows-1252 behind a mark") << QByteArray("\xEF\xBB\xBF"
+                                                              "20101 33\xE9\n")
+                                                << QStringLiteral("UTF-8") << 1;
+    QTest::newRow("both") << QByteArray("20101 33\xE9\n20101 33\xC3\xA9\n")
+                          << QStringLiteral("windows-1252") << 1;
+}
+
+void TestDataText::encodings()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(int, toldCount);
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)),
+        { writeFile(m_folder, QStringLiteral("e.dat"), text) });
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QTEST(source.files().front().encoding, "encoding");
+    QCOMPARE(rows.told.size(), toldCount);
+    for (const QString& row : qAsConst(rows.rows)) {
+        QVERIFY(row.endsWith(QStringLiteral("\"ab\" \"ab\"")) || row.contains(QStringLiteral("é"))
+            || row.contains(QStringLiteral("ü")));
+    }
+}
+
+void TestDataText::severalFiles()
+{
+    const QString first = writeFile(m_folder, QStringLiteral("1.dat"), "10101 3\n20101 33a");
+    const QString second = writeFile(m_folder, QStringLiteral("2.dat"), "20101 44b\r\n");
+    CSProTextSource source(
+        DataDictionary::fromFile(writtenDictionary(m_folder)), { first, second });
+    QCOMPARE(source.size(), QFile(first).size() + QFile(second).size());
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QCOMPARE(rows.keys, (QStringList { "0101", "0101" })); // no case goes on in another file
+    QCOMPARE(rows.rows.last(), QStringLiteral("1 1 PERSON: 1 1 44 \"b\" \"b\""));
+    QCOMPARE(source.files()[0].counts.lines, 2LL);
+    QCOMPARE(source.files()[1].crlfLines, 1LL);
+}
+
+void TestDataText::pipe()
+{
+    const QString path = m_folder.filePath(QStringLiteral("fifo"));
+    QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    std::thread writer([&path] {
+        QFile file(path);
+        if (file.open(QIODevice::WriteOnly))
+            file.write("10101 3\n20101 33a\n");
+    });
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)), { path });
+    QCOMPARE(source.size(), -1LL);
+    RowCollector rows(source.dictionary());
+    const bool isRead = runPipeline(source, rows);
+    writer.join();
+    QVERIFY(isRead);
+    QCOMPARE(rows.rows.size(), 2);
+    QVERIFY(!source.files().front().changedWhileRead);
+}
+
+void TestDataText::levels()
+{
+    const QByteArray dictionary =
+        "[Dictionary]\nVersion=CSPro 7.7\nName=D\nRecordTypeStart=1\nRecordTypeLen=2\n\n"
+        "[Level]\nName=L1\n\n[IdItems]\n\n[Item]\nName=H\nStart=3\nLen=2\n\n"
+        "[Record]\nName=HOUSE\nRecordTypeValue='H'\nRequired=No\n\n"
+        "[Item]\nName=ROOF\nStart=7\nLen=1\n\n"
+        "[Level]\nName=L2\n\n[IdItems]\n\n[Item]\nName=W\nStart=5\nLen=2\n\n"
+        "[Record]\nName=WOMAN\nRecordTypeValue='WW'\n\n[Item]\nName=KIDS\nStart=7\nLen=1\n\n";
+    CSProTextSource source(
+        DataDictionary::fromFile(writeFile(m_folder, QStringLiteral("l.dcf"), dictionary)),
+        { writeFile(m_folder, QStringLiteral("l.dat"), "H  1  5\nWW 1 13\nWW 1 2\nWW 2 14\n") });
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QCOMPARE(rows.rows,
+        (QStringList {
+            "0 1 HOUSE: 1 5", "0 2 WOMAN: 1 1 3", "0 3 WOMAN: 1 2 -", "1 4 WOMAN: 2 1 4" }));
+}
+
+void TestDataText::repeats()
+{
+    const QByteArray dictionary =
+        "[Dictionary]\nVersion=CSPro 7.7\nName=D\n\n[Level]\nName=L\n\n[IdItems]\n\n"
+        "[Item]\nName=K\nStart=1\nLen=1\n\n[Record]\nName=R\nRecordTypeValue=''\n\n"
+        "[Item]\nName=P\nStart=2\nLen=2\nOccurrences=2\nDataType=Alpha\n\n"
+        "[Item]\nName=Q\nStart=3\nLen=1\nItemType=SubItem\n\n";
+    CSProTextSource source(
+        DataDictionary::fromFile(writeFile(m_folder, QStringLiteral("r.dcf"), dictionary)),
+        { writeFile(m_folder, QStringLiteral("r.dat"), "1a2b3\n") });
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QCOMPARE(rows.rows, QStringList { QStringLiteral("0 1 R: 1 \"a2\" \"b3\" 2 3") });
+    QCOMPARE(source.dictionary().variable(0, 4).parent, 2);
+}
+
+void TestDataText::errors()
+{
+    const auto codeOf = [](auto step) {
+        try {
+            step();
+        } catch (const DataError& error) {
+            return int(error.code);
+        }
+        return -1;
+    };
+    const DataDictionary dictionary = DataDictionary::fromFile(writtenDictionary(m_folder));
+    const QString missing = m_folder.filePath(QStringLiteral("missing"));
+    QCOMPARE(codeOf([&] { CSProTextSource(dictionary, { missing }); }),
+        int(DataError::Code::CannotOpen));
+    QCOMPARE(codeOf([&] { DataDictionary::fromFile(missing); }), int(DataError::Code::CannotOpen));
+    const QString empty = writeFile(m_folder, QStringLiteral("empty.dcf"), "");
+    QCOMPARE(codeOf([&] { DataDictionary::fromFile(empty); }), int(DataError::Code::NoDictionary));
+    QCOMPARE(codeOf([&] {
+        CSProTextSource source(dictionary, { m_folder.path() });
+        RowCollector rows(source.dictionary());
+        runPipeline(source, rows);
+    }),
+        int(DataError::Code::CannotOpen));
+    QByteArray untyped = surveyDictionary();
+    untyped.replace("RecordTypeLen=1", "RecordTypeLen=0");
+    const QString several = writeFile(m_folder, QStringLiteral("several.dcf"), untyped);
+    QCOMPARE(codeOf([&] { CSProTextSource(DataDictionary::fromFile(several), {}); }),
+        int(DataError::Code::UnfitDictionary));
+}
+
+void TestDataText::cancelAndFailure()
+{
+    QByteArray many;
+    for (int i = 0; i < 200'000; ++i)
+        many += "20101 33abcdef\n";
+    const QString data = writeFile(m_folder, QStringLiteral("many.dat"), many);
+    const DataDictionary dictionary = DataDictionary::fromFile(writtenDictionary(m_folder));
+    {
+        CSProTextSource source(dictionary, { data });
+        RowCollector rows(source.dictionary());
+        qint64 last = -1;
+        const bool isDone = runPipeline(source, rows, [&](qint64 done, qint64 size) {
+            const bool isRising = done > last && size == many.size();
+            last = done;
+            return isRising && rows.batches < 2;
+        });
+        QVERIFY(!isDone);
+        QVERIFY(!rows.isFinished);
+        QCOMPARE(rows.batches, 2);
+    }
+    struct Failing : DataConsumer {
+        void take(const DataBatch&) override
+        {
+            throw std::runtime_error("full");
+        }
+        void finish(const DataSource&) override
+        {
+        }
+    } failing;
+    CSProTextSource source(dictionary, { data });
+    QVERIFY_EXCEPTION_THROWN(runPipeline(source, failing), std::runtime_error);
+    CSProTextSource whole(dictionary, { data });
+    RowCollector rows(whole.dictionary());
+    QVERIFY(runPipeline(whole, rows));
+    QCOMPARE(rows.rows.size(), 200'000);
+    QVERIFY(rows.batches > 4);
+    QVERIFY(rows.rows.at(199'999).startsWith(QStringLiteral("0 200000 PERSON"))); // in order
+}
+
+QTEST_GUILESS_MAIN(TestDataText)
+#include "tst_DataText.moc"
