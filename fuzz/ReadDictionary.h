@@ -3,7 +3,6 @@
 // What the targets over CSPro dictionaries share: bytes go through the reader, the importer over it
 // and the builder of trees, and what they made is torn down as a host does.
 #include <model_Tessel/CSProDataImport.h>
-#include <model_Tessel/CSProValueSet.h>
 #include <model_Tessel/DataProvider.h>
 #include <model_Tessel/DictionaryBuilder.h>
 #include <model_Tessel/ErrorManager.h>
@@ -11,7 +10,6 @@
 #include <model_Tessel/SourceField.h>
 
 #include <QLoggingCategory>
-#include <QSet>
 #include <QTemporaryFile>
 
 #include <cstddef>
@@ -29,23 +27,7 @@ inline void buildTree(TCSProDataImport& importer)
 
 inline void tearDown(TCSProDataImport& importer)
 {
-    QSet<TCSProValueSet*> valueSets; // linked sets share the entries of another
-    for (TCSProItem* item : qAsConst(*importer.dictionary->items)) {
-        for (TCSProValueSet* valueSet : qAsConst(*item->valueSets))
-            valueSets.insert(valueSet);
-        delete item->valueSets;
-        delete item;
-    }
-    for (TCSProValueSet* valueSet : qAsConst(valueSets)) {
-        if (!valueSet->linkedSet)
-            qDeleteAll(*valueSet->items);
-        delete valueSet->items;
-        delete valueSet;
-    }
-    qDeleteAll(*importer.dictionary->records);
-    delete importer.dictionary->records;
-    delete importer.dictionary->items;
-    delete importer.dictionary->commonRecord;
+    releaseModel(*importer.dictionary);
     delete importer.dictionary;
     qDeleteAll(*importer.fields);
     delete importer.fields;

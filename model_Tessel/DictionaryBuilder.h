@@ -1,20 +1,18 @@
 #pragma once
 
 #include <model_Tessel/Config.h>
+#include <model_Tessel/DictionaryRelease.h>
 #include <model_Tessel/model_Tessel_global.h>
 
 #include <QVector>
 
-#include <memory>
-
 class TDataImport;
 class TOxDataProvider;
-class TOxEntity;
 struct TStatFileDescription;
 
 /*!
  * \file DictionaryBuilder.h
- * Builds the dictionary that a database is generated from, and deletes it.
+ * Builds the dictionary that a database is generated from. DictionaryRelease.h deletes it.
  */
 
 /*!
@@ -62,23 +60,3 @@ MODEL_TESSEL_EXPORT Dictionary* buildDictionary(
  */
 MODEL_TESSEL_EXPORT Dictionary* buildDictionary(
     const TStatFileDescription& file, const QVector<LookupDictionary>& lookups = {});
-
-/*!
- * Deletes \a entity, all below it, their variables and all that those hold. It may be null. The
- * entities are of class TOxEntity itself.
- */
-MODEL_TESSEL_EXPORT void releaseEntity(TOxEntity* entity);
-
-/*! Deletes \a dictionary with its tree and all else that it holds. It may be null. */
-MODEL_TESSEL_EXPORT void releaseDictionary(Dictionary* dictionary);
-
-/*! Deletes as releaseDictionary() does. */
-struct DictionaryDeleter {
-    void operator()(Dictionary* dictionary) const
-    {
-        releaseDictionary(dictionary);
-    }
-};
-
-/*! Owns a dictionary with all that it holds. */
-using DictionaryPointer = std::unique_ptr<Dictionary, DictionaryDeleter>;

@@ -4,12 +4,12 @@
 
 #include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/DictionaryRelease.h>
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/StatDictionary.h>
 
 #include <QFileInfo>
 #include <QHash>
-#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -30,23 +30,7 @@ public:
     CSProDictionary() = default;
     ~CSProDictionary()
     {
-        QSet<TCSProValueSet*> valueSets; // linked sets share the entries of another
-        for (TCSProItem* item : qAsConst(*reader.items)) {
-            for (TCSProValueSet* valueSet : qAsConst(*item->valueSets))
-                valueSets.insert(valueSet);
-            delete item->valueSets;
-            delete item;
-        }
-        for (TCSProValueSet* valueSet : qAsConst(valueSets)) {
-            if (!valueSet->linkedSet)
-                qDeleteAll(*valueSet->items);
-            delete valueSet->items;
-            delete valueSet;
-        }
-        qDeleteAll(*reader.records);
-        delete reader.records;
-        delete reader.items;
-        delete reader.commonRecord;
+        releaseModel(reader);
     }
 
     TCSPro reader;

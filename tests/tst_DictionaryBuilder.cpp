@@ -15,11 +15,9 @@
 #include <QLoggingCategory>
 #include <QSet>
 #include <QTemporaryDir>
-#include <QThread>
 #include <QtTest>
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -277,15 +275,6 @@ TStatVariableDescription& addVariable(TStatFileDescription& file, const QString&
     return file.variables.last();
 }
 
-// Runs job where a recursion over many entities would overflow the stack at once.
-void runOnSmallStack(const std::function<void()>& job)
-{
-    const std::unique_ptr<QThread> thread(QThread::create(job));
-    thread->setStackSize(256 * 1024);
-    thread->start();
-    thread->wait();
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(TStatMissingRange)
@@ -361,12 +350,6 @@ private slots:
     void statFileBounds();
     void statFileLookups();
     void statFileOfManyVariables();
-
-    void releaseNothing();
-    void releaseWhatHostsChanged();
-    void releaseSharedObjects();
-    void releaseADeepTree();
-    void releaseASearchResult();
 };
 
 void tst_DictionaryBuilder::initTestCase()
@@ -1551,123 +1534,6 @@ void tst_DictionaryBuilder::statFileOfManyVariables()
     const DictionaryPointer dictionary(buildDictionary(file));
     QCOMPARE(dictionary->getRoot()->getVariables()->size(), 20'000);
     QCOMPARE(ranges(*dictionary->getRoot()->getVariables()->last()), QString("0..49999"));
-}
-
-void tst_DictionaryBuilder::releaseNothing()
-{
-    releaseDictionary(nullptr);
-    releaseEntity(nullptr);
-    DictionaryPointer dictionary(new Dictionary);
-    releaseEntity(dictionary->getRoot());
-    dictionary->setRoot(nullptr);
-    dictionary.reset();
-    QVERIFY(!dictionary);
-}
-
-// A text that entities share as their name; it is shared no more once all of them are deleted.
-class Mark {
-public:
-    TOxEntity* newEntity() const
-    {
-        auto* entity = new TOxEntity;
-        entity->setName(m_text);
-        return entity;
-    }
-    bool isShared() const
-    {
-        return !m_text.isDetached();
-    }
-
-private:
-    const QString m_text { 5, QLatin1Char('x') };
-};
-
-void tst_DictionaryBuilder::releaseWhatHostsChanged()
-{
-    const Mark mark;
-    auto* root = mark.newEntity();
-    auto* child = mark.newEntity();
-    root->addChildren(child);
-    root->addChildren(nullptr);
-    root->addVariables(nullptr);
-    auto* changed = new TOxVariable;
-    delete changed->getMetadataVariables()->getRange();
-    delete changed->getMetadataVariables();
-    changed->setMetadataVariables(nullptr);
-    delete changed->getValueLabelElementList();
-    changed->setValueLabelElementList(nullptr);
-    child->addVariables(changed);
-    delete child->getChildren();
-    child->setChildren(nullptr);
-    QVERIFY(mark.isShared());
-    releaseEntity(root);
-    QVERIFY(!mark.isShared());
-
-    DictionaryPointer dictionary(new Dictionary);
-    Datasource* source = dictionary->getMetadataDictionary()->getDatasource();
-    delete source->getMetadataDataSource();
-    source->setMetadataDataSource(nullptr);
-    delete source;
-    dictionary->getMetadataDictionary()->setDatasource(nullptr);
-    delete dictionary->getMetadataDictionary()->getLookUp();
-    dictionary->getMetadataDictionary()->setLookUp(nullptr);
-    dictionary.reset();
-    dictionary.reset(new Dictionary);
-    delete dictionary->getMetadataDictionary()->getDatasource()->getMetadataDataSource();
-    delete dictionary->getMetadataDictionary()->getDatasource();
-    delete dictionary->getMetadataDictionary()->getLookUp();
-    delete dictionary->getMetadataDictionary();
-    dictionary->setMetadataDictionary(nullptr);
-    dictionary.reset();
-    QVERIFY(!dictionary);
-}
-
-void tst_DictionaryBuilder::releaseSharedObjects()
-{
-    const Mark mark;
-    auto* root = mark.newEntity();
-    auto* variable = new TOxVariable;
-    variable->addValueLabelElement(new ValueLabelElement);
-    variable->getMetadataVariables()->addItemRange(new Range);
-    root->addVariables(variable);
-    root->addVariables(new TOxVariable(*variable));
-    auto* other = new TOxVariable;
-    delete other->getMetadataVariables()->getRange();
-    other->getMetadataVariables()->setRange(variable->getMetadataVariables()->getRange());
-    root->addVariables(other);
-    auto* child = mark.newEntity();
-    root->addChildren(child);
-    child->addChildren(mark.newEntity());
-    child->addVariables(new TOxVariable);
-    root->addChildren(new TOxEntity(*child)); // its lists are those of the child
-    QVERIFY(mark.isShared());
-    releaseEntity(root);
-    QVERIFY(!mark.isShared());
-}
-
-void tst_DictionaryBuilder::releaseADeepTree()
-{
-    constexpr int Depth = 100'000;
-    const Mark mark;
-    auto* root = mark.newEntity();
-    TOxEntity* last = root;
-    for (int i = 1; i < Depth; ++i) {
-        auto* child = mark.newEntity();
-        last->addChildren(child);
-        last = child;
-    }
-    QVERIFY(mark.isShared());
-    runOnSmallStack([root] { releaseEntity(root); });
-    QVERIFY(!mark.isShared());
-}
-
-void tst_DictionaryBuilder::releaseASearchResult()
-{
-    const auto source = openCensus();
-    TOxEntity* notFound = source->dictionary->getRoot()->findEntity("TRIP");
-    QCOMPARE(notFound->getName(), QString("nullEntity"));
-    releaseEntity(notFound);
-    QCOMPARE(source->dictionary->getRoot()->getChildren()->size(), 3);
 }
 
 QTEST_GUILESS_MAIN(tst_DictionaryBuilder)
