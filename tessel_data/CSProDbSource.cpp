@@ -20,6 +20,9 @@ namespace {
 constexpr int OldestSchema = 2;
 constexpr int NewestSchema = 3;
 
+// A record of the format has 32,000 columns; rows of more text than this are damage.
+constexpr std::size_t MostRowBytes = 16'777'216;
+
 // A special value without a code is kept as a number above this.
 constexpr double SpecialBound = 1e50;
 
@@ -116,11 +119,20 @@ private:
 
     void prepareTables();
     void needTable(const QString& name) const;
+    void needOnlyParents() const;
+    void needUnique(const QString& table, const QString& column) const;
+    void needNumber(const SqliteQuery& row, const QString& table) const;
     void readCase(const SqliteQuery& row, qint64 number);
     void readText(std::string_view text, qint64 number);
     // False when there are none.
     bool readLevel(std::size_t level, SqliteQuery& rows, qint64 number);
+    void readIds(std::size_t level, const SqliteQuery& row);
+    void tellUnreadableId(std::size_t level, qint64 number);
     void addRow(const SqliteQuery& row, int record, qint64 number);
+    void rejectRow(DataBatch::Told told, const std::string& text);
+    std::string idText(std::size_t levelCount);
+    std::string filledColumns(const SqliteQuery& row, int first);
+    std::string_view textOf(const SqliteQuery& row, int column);
     void setCell(DataBatch& batch, quint32 cell, const DataVariable& variable,
         const SqliteQuery& row, int column);
     void setNumber(DataBatch& batch, quint32 cell, const DataVariable& variable,
@@ -129,7 +141,6 @@ private:
         DataBatch& batch, quint32 cell, const DataVariable& variable, std::string_view text);
     void tellOrphans();
     void tellOrphans(const QString& table, const QString& parent, const QString& parentId);
-    void tellDamaged(qint64 row, const QString& text);
     DataBatch& batch();
 
 public:
@@ -147,6 +158,7 @@ private:
     BatchSink* sink = nullptr;
     bool isWanted = true;
     qint64 row = 0; // of cases
+    std::size_t rowBytes = 0; // of the current row's texts
     LineText decoded;
 };
 
@@ -155,6 +167,37 @@ void CSProDbSource::Job::needTable(const QString& name) const
     if (!file.hasTable(name)) {
         throw DataError(DataError::Code::Damaged, file.path(),
             QStringLiteral("has no table %1, which its dictionary asks for").arg(name));
+    }
+}
+
+// Rows of two parents would be read twice.
+void CSProDbSource::Job::needOnlyParents() const
+{
+    needUnique(QStringLiteral("cases"), QStringLiteral("id"));
+    for (int level = 1; level <= int(levels.size()); ++level)
+        needUnique(levelTable(level), idOf(levelTable(level)));
+}
+
+void CSProDbSource::Job::needUnique(const QString& table, const QString& column) const
+{
+    SqliteQuery repeated(file,
+        QStringLiteral("SELECT t.%1 FROM %2 t WHERE t.%1 IS NOT NULL GROUP BY t.%1 "
+                       "HAVING count(*) > 1 LIMIT 1")
+            .arg(quotedName(column), quotedName(table)));
+    if (repeated.step()) {
+        const std::string_view text = repeated.text(0).substr(0, 100);
+        throw DataError(DataError::Code::Damaged, file.path(),
+            QStringLiteral("has several rows of %1 with the same %2, %3")
+                .arg(table, column, QString::fromUtf8(text.data(), int(text.size()))));
+    }
+}
+
+// Another value would be taken for the number 0.
+void CSProDbSource::Job::needNumber(const SqliteQuery& source, const QString& table) const
+{
+    if (source.type(0) != SQLITE_INTEGER) {
+        throw DataError(DataError::Code::Damaged, file.path(),
+            QStringLiteral("has a row of %1 whose %2 is no whole number").arg(table, idOf(table)));
     }
 }
 
@@ -212,6 +255,8 @@ DataBatch& CSProDbSource::Job::batch()
 void CSProDbSource::Job::readCases(BatchSink& output)
 {
     sink = &output;
+    if (schema == NewestSchema)
+        needOnlyParents();
     SqliteQuery cases(file,
         QStringLiteral("SELECT t.id, t.key, t.deleted, t.partial_save_mode, t.questionnaire "
                        "FROM cases t ORDER BY t.file_order"));
@@ -235,9 +280,9 @@ void CSProDbSource::Job::readCase(const SqliteQuery& caseRow, qint64 number)
     const bool isPartlySaved = !caseRow.isNull(3);
     files.front().counts.partlySavedCases += isPartlySaved ? 1 : 0;
     DataBatch& current = batch();
-    decoded.set(caseRow.text(1));
-    const TextRef key = current.keep(decoded.text());
-    const TextRef uuid = current.keep(caseRow.text(0));
+    rowBytes = 0;
+    const TextRef key = current.keep(textOf(caseRow, 1));
+    const TextRef uuid = current.keep(textOf(caseRow, 0));
     current.cases.push_back(
         { number, quint32(current.records.size()), 0, row, key, uuid, isPartlySaved });
     if (schema == OldestSchema)
@@ -245,7 +290,8 @@ void CSProDbSource::Job::readCase(const SqliteQuery& caseRow, qint64 number)
     SqliteQuery& rows = *levels.front().rows;
     rows.bind(1, caseRow.text(0));
     if (!readLevel(0, rows, number))
-        tellDamaged(row, QStringLiteral("the case has no row in level-1"));
+        rejectRow({ LineProblem::DamagedRecord, 0, -1, row, number, {} },
+            "the case has no row in level-1");
 }
 
 void CSProDbSource::Job::readText(std::string_view text, qint64 number)
@@ -284,20 +330,9 @@ bool CSProDbSource::Job::readLevel(std::size_t level, SqliteQuery& rows, qint64 
     while (isWanted && rows.step()) {
         hasRows = true;
         const qint64 id = rows.integer(0);
-        std::vector<IdValue>& values = idValues[level];
-        values.assign(std::size_t(table.ids.size()), {});
-        DataBatch scratch;
-        scratch.addCells(values.size());
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            const auto cell = quint32(i);
-            setCell(scratch, cell, dictionary.variables[std::size_t(table.ids.at(int(i)))], rows,
-                int(i) + 1);
-            values[i].state = scratch.states[i];
-            values[i].number = scratch.numbers[i];
-            const ValueKind kind = scratch.states[i].kind();
-            if (kind != ValueKind::Number && kind != ValueKind::Blank)
-                values[i].text = std::string(scratch.textOf(cell));
-        }
+        const qint64 rejectedBefore = files.front().counts.rejectedLines;
+        needNumber(rows, levelTable(int(level) + 1));
+        readIds(level, rows);
         for (std::size_t r = 0; r < table.records.size(); ++r) {
             SqliteQuery& record = *table.records[r];
             record.bind(1, id);
@@ -308,18 +343,54 @@ bool CSProDbSource::Job::readLevel(std::size_t level, SqliteQuery& rows, qint64 
             levels[level + 1].rows->bind(1, id);
             readLevel(level + 1, *levels[level + 1].rows, number);
         }
+        if (files.front().counts.rejectedLines == rejectedBefore)
+            tellUnreadableId(level, number);
     }
     return hasRows || !isWanted;
 }
 
+// A row of a level without any record is told itself, as no record of it can be.
+void CSProDbSource::Job::tellUnreadableId(std::size_t level, qint64 number)
+{
+    const std::vector<IdValue>& values = idValues[level];
+    const auto found = std::find_if(values.begin(), values.end(),
+        [](const IdValue& value) { return isUnreadable(value.state); });
+    if (found == values.end())
+        return;
+    const int id = levels[level].ids.at(int(found - values.begin()));
+    rowBytes = 0;
+    rejectRow({ LineProblem::IdNotANumber, 0, id, row, number, {} },
+        levelTable(int(level) + 1).toStdString() + ": " + idText(level + 1));
+}
+
+// Keeps the identification items of a row of a level for the rows that belong to it.
+void CSProDbSource::Job::readIds(std::size_t level, const SqliteQuery& source)
+{
+    const QVector<int>& ids = levels[level].ids;
+    std::vector<IdValue>& values = idValues[level];
+    values.assign(std::size_t(ids.size()), {});
+    rowBytes = 0;
+    DataBatch scratch;
+    scratch.addCells(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const auto cell = quint32(i);
+        setCell(
+            scratch, cell, dictionary.variables[std::size_t(ids.at(int(i)))], source, int(i) + 1);
+        values[i].state = scratch.states[i];
+        values[i].number = scratch.numbers[i];
+        const ValueKind kind = scratch.states[i].kind();
+        if (kind != ValueKind::Number && kind != ValueKind::Blank)
+            values[i].text = std::string(scratch.textOf(cell));
+    }
+}
+
 void CSProDbSource::Job::addRow(const SqliteQuery& source, int record, qint64 number)
 {
+    rowBytes = 0;
     DataBatch& current = batch();
     const DataRecord& type = dictionary.records[std::size_t(record)];
-    ++files.front().counts.lines;
-    ++files.front().counts.records;
-    quint32 cell = current.addCells(std::size_t(type.columns.size()));
-    current.records.push_back({ row, number, 0, record, cell, {} });
+    const quint32 firstCell = current.addCells(std::size_t(type.columns.size()));
+    quint32 cell = firstCell;
     for (int level = 1; level <= type.level; ++level) {
         for (const IdValue& value : idValues[std::size_t(level) - 1]) {
             if (value.text.empty())
@@ -329,8 +400,67 @@ void CSProDbSource::Job::addRow(const SqliteQuery& source, int record, qint64 nu
             ++cell;
         }
     }
+    const int id = unreadableId(current, firstCell, type.idCount);
+    if (id >= 0) {
+        current.states.resize(firstCell);
+        current.numbers.resize(firstCell);
+        return rejectRow({ LineProblem::IdNotANumber, 0, type.columns.at(id), row, number, {} },
+            type.name.toLower().toStdString() + ": " + idText(std::size_t(type.level))
+                + filledColumns(source, 1));
+    }
     for (int c = type.idCount; c < type.columns.size(); ++c)
         setCell(current, cell++, dictionary.variable(record, c), source, c - type.idCount + 1);
+    ++files.front().counts.lines;
+    ++files.front().counts.records;
+    current.records.push_back({ row, number, 0, record, firstCell, {} });
+}
+
+// Identification items of the current rows of the first levels.
+std::string CSProDbSource::Job::idText(std::size_t levelCount)
+{
+    std::string text;
+    for (std::size_t level = 0; level < levelCount; ++level)
+        text += filledColumns(*levels[level].rows, 1);
+    return text;
+}
+
+// The columns of a row from first on that are not null, as "name=number " or "name='text' ".
+std::string CSProDbSource::Job::filledColumns(const SqliteQuery& source, int first)
+{
+    std::string text;
+    for (int column = first; column < source.columnCount(); ++column) {
+        if (source.isNull(column))
+            continue;
+        const bool isText =
+            source.type(column) != SQLITE_INTEGER && source.type(column) != SQLITE_FLOAT;
+        const std::string_view value = textOf(source, column);
+        const std::string_view quote = isText ? "'" : "";
+        text.append(source.columnName(column).toStdString()).append("=").append(quote);
+        text.append(value).append(quote).append(" ");
+    }
+    return text;
+}
+
+// As UTF-8, until the next text.
+std::string_view CSProDbSource::Job::textOf(const SqliteQuery& source, int column)
+{
+    const std::string_view text = source.text(column);
+    rowBytes += text.size();
+    if (rowBytes > MostRowBytes) {
+        throw DataError(DataError::Code::Damaged, file.path(),
+            QStringLiteral("holds more text in a row than any record has"));
+    }
+    decoded.set(text);
+    return decoded.text();
+}
+
+void CSProDbSource::Job::rejectRow(DataBatch::Told told, const std::string& text)
+{
+    DataBatch& current = batch();
+    ++files.front().counts.lines;
+    ++files.front().counts.rejectedLines;
+    told.text = current.keep(text);
+    current.told.push_back(told);
 }
 
 void CSProDbSource::Job::setCell(DataBatch& target, quint32 cell, const DataVariable& variable,
@@ -339,7 +469,7 @@ void CSProDbSource::Job::setCell(DataBatch& target, quint32 cell, const DataVari
     if (source.isNull(column) || variable.type == DataVariable::Type::Binary)
         target.set(cell, variable.codes ? variable.codes->stateOfBlank() : ValueState());
     else if (variable.type == DataVariable::Type::Text)
-        setText(target, cell, variable, source.text(column));
+        setText(target, cell, variable, textOf(source, column));
     else
         setNumber(target, cell, variable, source, column);
 }
@@ -347,8 +477,7 @@ void CSProDbSource::Job::setCell(DataBatch& target, quint32 cell, const DataVari
 void CSProDbSource::Job::setText(
     DataBatch& target, quint32 cell, const DataVariable& variable, std::string_view text)
 {
-    decoded.set(withoutTrailingBlanks(text));
-    const std::string_view value = decoded.text();
+    const std::string_view value = withoutTrailingBlanks(text);
     const CodeTable* codes = variable.codes.get();
     if (value.empty())
         return target.set(cell, codes ? codes->stateOfBlank() : ValueState());
@@ -391,10 +520,9 @@ void CSProDbSource::Job::setNumber(DataBatch& target, quint32 cell, const DataVa
     }
     if (status == NumberStatus::Blank)
         return target.set(cell, codes ? codes->stateOfBlank() : ValueState());
-    decoded.set(source.text(column));
     target.setText(cell,
         ValueState(status == NumberStatus::Unfit ? ValueKind::Unfit : ValueKind::NotANumber),
-        target.keep(decoded.text()));
+        target.keep(textOf(source, column)));
 }
 
 // Rows that no case leads to would be lost without a word.
@@ -415,24 +543,18 @@ void CSProDbSource::Job::tellOrphans(
     const QString& table, const QString& parent, const QString& parentId)
 {
     const QString link = parent == QLatin1String("cases") ? QStringLiteral("case-id") : parentId;
+    // Needs no index: SQLite looks the links up in a list of its own.
     SqliteQuery orphans(file,
-        QStringLiteral("SELECT t.%1 FROM %2 t WHERE NOT EXISTS "
-                       "(SELECT 1 FROM %3 p WHERE p.%4 = t.%5)")
+        QStringLiteral("SELECT t.%1, t.* FROM %2 t WHERE t.%5 IS NULL OR t.%5 NOT IN "
+                       "(SELECT p.%4 FROM %3 p WHERE p.%4 IS NOT NULL)")
             .arg(quotedName(idOf(table)), quotedName(table), quotedName(parent),
                 quotedName(parentId), quotedName(link)));
-    while (isWanted && orphans.step())
-        tellDamaged(
-            orphans.integer(0), QStringLiteral("a row of %1 belongs to no case").arg(table));
-}
-
-void CSProDbSource::Job::tellDamaged(qint64 line, const QString& text)
-{
-    DataBatch& current = batch();
-    const QByteArray bytes = text.toUtf8();
-    ++files.front().counts.lines;
-    ++files.front().counts.rejectedLines;
-    current.told.push_back({ LineProblem::DamagedRecord, 0, -1, line, -1,
-        current.keep({ bytes.constData(), std::size_t(bytes.size()) }) });
+    while (isWanted && orphans.step()) {
+        rowBytes = 0;
+        rejectRow({ LineProblem::DamagedRecord, 0, -1, orphans.integer(0), -1, {} },
+            "a row of " + table.toStdString()
+                + " belongs to no case: " + filledColumns(orphans, 1));
+    }
 }
 
 CSProDbSource::CSProDbSource(const QString& path, ValueSetChoice choice)

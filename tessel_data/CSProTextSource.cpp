@@ -19,7 +19,6 @@ namespace {
 
 // A record of the format has 32,000 columns; lines much longer than their record are damage.
 constexpr qint64 LongestLine = 1'048'576;
-constexpr std::size_t LongestTold = 32'768;
 
 QString systemError(int number)
 {
@@ -186,9 +185,8 @@ void CSProTextSource::Job::addLine(const LineReader::Line& line, int index, Data
     ++counts.lines;
     if (line.isEndless) {
         ++counts.rejectedLines;
-        const std::string_view begin = line.text.substr(0, LongestTold);
         batch.told.push_back(
-            { LineProblem::EndlessLine, index, -1, counts.lines, -1, batch.keep(begin) });
+            { LineProblem::EndlessLine, index, -1, counts.lines, -1, batch.keep(line.text) });
         return;
     }
     switch (parser.parse(line.text, counts.lines, index, batch)) {

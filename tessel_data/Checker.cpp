@@ -88,18 +88,24 @@ void Checker::Job::take(const DataBatch& batch)
 {
     auto begun = batch.cases.begin();
     auto told = batch.told.begin();
+    // A case may have no record but those that were rejected.
+    const auto takeNext = [&] {
+        for (; begun != batch.cases.end() && begun->number <= told->caseNumber; ++begun)
+            cases.beginCase(batch, *begun);
+        takeTold(batch, *told++);
+    };
     for (std::size_t r = 0; r < batch.records.size(); ++r) {
         const DataBatch::Record& record = batch.records[r];
-        for (; told != batch.told.end() && isBefore(*told, record); ++told)
-            takeTold(batch, *told);
+        while (told != batch.told.end() && isBefore(*told, record))
+            takeNext();
         for (; begun != batch.cases.end() && begun->firstRecord <= r; ++begun)
             cases.beginCase(batch, *begun);
         takeRecord(batch, record);
     }
+    while (told != batch.told.end())
+        takeNext();
     for (; begun != batch.cases.end(); ++begun)
         cases.beginCase(batch, *begun);
-    for (; told != batch.told.end(); ++told)
-        takeTold(batch, *told);
 }
 
 void Checker::Job::takeRecord(const DataBatch& batch, const DataBatch::Record& record)

@@ -62,7 +62,7 @@ public:
         int variable = -1; /*!< that it concerns; -1: none */
         qint64 line = 0;
         qint64 caseNumber = -1; /*!< -1: not known */
-        TextRef text; /*!< the line, or its first part */
+        TextRef text; /*!< the line; the first part of an endless one; names and values of a row */
     };
 
     void clear();

@@ -6,9 +6,6 @@ namespace tessel {
 
 namespace {
 
-// So much of a line that is told of is kept with it.
-constexpr std::size_t LongestTold = 32'768;
-
 // CSPro writes a line break inside a text as this character, U+2424.
 constexpr std::string_view lineBreak = "\xE2\x90\xA4";
 
@@ -55,6 +52,15 @@ ValueState stateOf(const CodeTable* codes, qint64 number)
 }
 
 } // namespace
+
+int unreadableId(const DataBatch& batch, quint32 firstCell, int idCount)
+{
+    for (int c = 0; c < idCount; ++c) {
+        if (isUnreadable(batch.states[firstCell + quint32(c)]))
+            return c;
+    }
+    return -1;
+}
 
 RecordParser::RecordParser(const DataDictionary& dictionary)
     : m_dictionary(dictionary)
@@ -112,10 +118,11 @@ RecordParser::Outcome RecordParser::parse(
     if (isBlank(line))
         return Outcome::Blank;
     m_line.set(line);
-    DataBatch::Told told { LineProblem::UnknownRecordType, file, -1, number, -1, {} };
+    const qint64 givenCase = m_areCasesGiven ? m_caseNumber : -1;
+    DataBatch::Told told { LineProblem::UnknownRecordType, file, -1, number, givenCase, {} };
     const int record = recordOf();
     if (record < 0) {
-        told.text = batch.keep(m_line.text().substr(0, LongestTold));
+        told.text = batch.keep(m_line.text());
         batch.told.push_back(told);
         return Outcome::Rejected;
     }
@@ -151,29 +158,24 @@ int RecordParser::recordOf() const
 bool RecordParser::isAcceptable(
     const Plan& plan, int record, DataBatch& batch, DataBatch::Told& told)
 {
-    const std::size_t cells = batch.states.size();
-    const std::size_t bytes = batch.bytes.size();
+    const auto cells = quint32(batch.states.size());
     told.text = batch.keep(m_line.text());
     const auto reject = [&](LineProblem problem) {
         batch.states.resize(cells);
         batch.numbers.resize(cells);
-        batch.bytes.resize(bytes);
+        batch.bytes.resize(told.text.start + told.text.size);
         told.problem = problem;
-        told.text = batch.keep(m_line.text().substr(0, LongestTold));
         batch.told.push_back(told);
         return false;
     };
     if (m_line.columnCount() < plan.firstIdsEnd)
         return reject(LineProblem::EndsInIdentification);
     readColumns(plan, batch, told.text.start);
-    for (int c = 0; c < plan.idCount; ++c) {
-        const ValueKind kind = batch.states[cells + std::size_t(c)].kind();
-        if (kind == ValueKind::NotANumber || kind == ValueKind::Unfit) {
-            told.variable = m_dictionary.records[std::size_t(record)].columns.at(c);
-            return reject(LineProblem::IdNotANumber);
-        }
-    }
-    return true;
+    const int id = unreadableId(batch, cells, plan.idCount);
+    if (id < 0)
+        return true;
+    told.variable = m_dictionary.records[std::size_t(record)].columns.at(id);
+    return reject(LineProblem::IdNotANumber);
 }
 
 // line: where the line stands among the texts of the batch.

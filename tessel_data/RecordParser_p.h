@@ -11,6 +11,16 @@
 
 namespace tessel {
 
+// The rule for identification items, of lines and rows alike: a record has no place when one of
+// them is no number; a blank one may be.
+inline bool isUnreadable(ValueState id)
+{
+    return id.kind() == ValueKind::NotANumber || id.kind() == ValueKind::Unfit;
+}
+
+// Column of the first identification item that is unreadable; -1: none.
+int unreadableId(const DataBatch& batch, quint32 firstCell, int idCount);
+
 /*
  * Turns lines of CSPro text into records: finds the record type, cuts the columns, reads the
  * values, and tells where a case begins.

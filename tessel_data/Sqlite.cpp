@@ -238,6 +238,16 @@ void SqliteQuery::reset()
     sqlite3_reset(m_statement.get());
 }
 
+int SqliteQuery::columnCount() const
+{
+    return sqlite3_column_count(m_statement.get());
+}
+
+QString SqliteQuery::columnName(int column) const
+{
+    return QString::fromUtf8(sqlite3_column_name(m_statement.get(), column));
+}
+
 int SqliteQuery::type(int column) const
 {
     return sqlite3_column_type(m_statement.get(), column);

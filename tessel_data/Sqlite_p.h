@@ -61,6 +61,9 @@ public:
     // Makes it ready to be bound again before its end.
     void reset();
 
+    int columnCount() const;
+    // Of a column of a table its name there.
+    QString columnName(int column) const;
     int type(int column) const;
     bool isNull(int column) const;
     qint64 integer(int column) const;

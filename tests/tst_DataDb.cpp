@@ -1,5 +1,6 @@
 #include "DataRows.h"
 
+#include <tessel_data/CSProDb.h>
 #include <tessel_data/CSProDbSource.h>
 #include <tessel_data/DataError.h>
 
@@ -61,6 +62,69 @@ const char rowsSql[] =
     "INSERT INTO person VALUES (2, 1, 2, 999, 'Zoë   ', 'Zo'), (1, 1, 1, NULL, NULL, NULL), "
     "(3, 2, 1, 'old', 'Bob', 'Bo'), (4, 2, 2, 1.5, 'Al', 'Al');";
 
+// What is told: line, kind, variable, case and text.
+class ToldCollector : public DataConsumer {
+public:
+    explicit ToldCollector(const DataDictionary& dictionary)
+        : m_dictionary(dictionary)
+    {
+    }
+    void take(const DataBatch& batch) override
+    {
+        for (const DataBatch::Told& one : batch.told) {
+            const std::string_view text = batch.text(one.text);
+            told.append(
+                QStringLiteral("%1 %2 %3 %4 %5")
+                    .arg(one.line)
+                    .arg(int(one.problem))
+                    .arg(one.variable < 0 ? QStringLiteral("-")
+                                          : m_dictionary.variables[std::size_t(one.variable)].name)
+                    .arg(one.caseNumber)
+                    .arg(QString::fromUtf8(text.data(), int(text.size()))));
+        }
+    }
+    void finish(const DataSource&) override
+    {
+    }
+
+    QStringList told;
+
+private:
+    const DataDictionary& m_dictionary;
+};
+
+QStringList toldOf(const QString& path)
+{
+    CSProDbSource source(path);
+    ToldCollector collector(source.dictionary());
+    runPipeline(source, collector);
+    return source.counts().addUp() ? collector.told : QStringList();
+}
+
+QString fixture(const QString& name)
+{
+    return QStringLiteral(TESSEL_TEST_DATA "/") + name;
+}
+
+struct Contents {
+    QStringList rows; // without their places
+    QStringList told; // kinds
+    qint64 records = 0;
+    qint64 rejected = 0;
+};
+
+Contents contentsOf(DataSource& source)
+{
+    RowCollector rows(source.dictionary());
+    runPipeline(source, rows);
+    Contents contents { {}, {}, source.counts().records, source.counts().rejectedLines };
+    for (const QString& row : qAsConst(rows.rows))
+        contents.rows.append(row.section(QLatin1Char(' '), 2));
+    for (const QString& told : qAsConst(rows.told))
+        contents.told.append(told.section(QLatin1Char(':'), 1));
+    return contents;
+}
+
 int codeOf(const QString& path)
 {
     try {
@@ -82,7 +146,12 @@ private slots:
     void tables();
     void text();
     void anotherDictionary();
+    void formsAgree_data();
+    void formsAgree();
+    void levels();
+    void unreadableIds();
     void orphans();
+    void manyOrphans();
     void leavesNothing();
     void errors_data();
     void errors();
@@ -147,6 +216,100 @@ void TestDataDb::anotherDictionary()
     QVERIFY2(rows.rows.at(3).contains(QStringLiteral(" 6 ")), qPrintable(rows.rows.at(3)));
 }
 
+void TestDataDb::formsAgree_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("text") << QString();
+    QTest::newRow("schema 2") << QStringLiteral("levels_schema2.csdb");
+    QTest::newRow("schema 3") << QStringLiteral("levels_schema3.csdb");
+}
+
+// The same cases as text, as text in a database, and as tables.
+void TestDataDb::formsAgree()
+{
+    QFETCH(QString, name);
+    const CSProDb db(fixture(QStringLiteral("levels_schema3.csdb")));
+    const DataDictionary dictionary =
+        DataDictionary::fromBytes(db.dictionary(), QStringLiteral("levels"));
+    std::unique_ptr<DataSource> source;
+    if (name.isEmpty())
+        source = std::make_unique<CSProTextSource>(
+            dictionary, QStringList { fixture(QStringLiteral("data_levels.dat")) });
+    else
+        source = std::make_unique<CSProDbSource>(fixture(name));
+    const Contents contents = contentsOf(*source);
+    QCOMPARE(contents.rows,
+        (QStringList { "HOUSE: 1 \"A\" 1.5 M9.9 5 9 \"Zoë\"", "WOMAN: 1 \"A\" 1 2",
+            "BIRTH: 1 \"A\" 1 1 \"199912\" 1999 12", "BIRTH: 1 \"A\" 1 2 \"2001 7\" 2001 7",
+            "WOMAN: 1 \"A\" 2 0", "WOMAN: 1 \"A\" 2 -", "HOUSE: - \"B\" <>4.0 0.5 0 5 \"mud\"",
+            "WOMAN: - \"B\" - 1", "BIRTH: - \"B\" - - \"1980 7\" 1980 7", "HOUSE: 4 - - - - - -",
+            "WOMAN: 4 - 2 1", "BIRTH: 4 - 2 2 \"1992 2\" 1992 2" }));
+    const QString unreadable = QString::number(int(LineProblem::IdNotANumber));
+    QCOMPARE(contents.told,
+        (QStringList { unreadable, unreadable, unreadable, unreadable, unreadable, unreadable }));
+    QCOMPARE(contents.records, 12LL);
+    QCOMPARE(contents.rejected, 6LL);
+}
+
+void TestDataDb::levels()
+{
+    const QString unreadable = QString::number(int(LineProblem::IdNotANumber));
+    QCOMPARE(toldOf(fixture(QStringLiteral("levels_schema3.csdb"))),
+        (QStringList { "2 " + unreadable
+                + " HOUSEHOLD 1 house: household='x1' part='A' roof(1)=1.0 tenths(1)=0 ",
+            "2 " + unreadable
+                + " HOUSEHOLD 1 woman: household='x1' part='A' woman_number=1 kids=3 ",
+            "2 " + unreadable
+                + " HOUSEHOLD 1 birth: household='x1' part='A' woman_number=1 birth_number=1 "
+                  "born='2000 1' born_year=2000 born_month=1 ",
+            "4 " + unreadable + " WOMAN_NUMBER 3 woman: household=4 woman_number='y' kids=1 ",
+            "4 " + unreadable
+                + " WOMAN_NUMBER 3 birth: household=4 woman_number='y' birth_number=1 born='1990 "
+                  "1' "
+                  "born_year=1990 born_month=1 ",
+            "4 " + unreadable
+                + " BIRTH_NUMBER 3 birth: household=4 woman_number=2 birth_number='z' born='1991 "
+                  "1' "
+                  "born_year=1991 born_month=1 " }));
+    QCOMPARE(toldOf(fixture(QStringLiteral("levels_schema2.csdb"))),
+        (QStringList { "2 " + unreadable + " HOUSEHOLD 1 1x1A  10",
+            "2 " + unreadable + " HOUSEHOLD 1 2x1A1  3",
+            "2 " + unreadable + " HOUSEHOLD 1 3x1A112000 1",
+            "4 " + unreadable + " WOMAN_NUMBER 3 2 4 y  1",
+            "4 " + unreadable + " WOMAN_NUMBER 3 3 4 y11990 1",
+            "4 " + unreadable + " BIRTH_NUMBER 3 3 4 2z1991 1" }));
+}
+
+// A number that does not fit is none either; a row without records is told itself; a blank is kept.
+void TestDataDb::unreadableIds()
+{
+    Database(path("i.csdb"))
+        .run(metaSql("3") + casesSql + tablesSql + rowsSql
+            + "UPDATE `level-1` SET place = 1.5 WHERE `level-1-id` = 1;"
+              "UPDATE `level-1` SET number = NULL WHERE `level-1-id` = 2;"
+              "INSERT INTO cases VALUES ('u4', '01xx', '', '', 0, 4.0, NULL);"
+              "INSERT INTO `level-1` VALUES (4, 'u4', 1, 'xx');");
+    CSProDbSource source(path("i.csdb"));
+    QStringList keys;
+    CheckOptions options;
+    options.onProblem = [&](const DataProblem& problem) {
+        if (problem.kind == ProblemKind::IdNotANumber)
+            keys.append(problem.caseKey + QLatin1Char(' ') + problem.value);
+    };
+    Checker checker(source.dictionary(), options);
+    QVERIFY(runPipeline(source, checker));
+    QCOMPARE(keys,
+        (QStringList { "0101 house: place=1.5 number=1 rooms=3 weight=12.34 kind='A ' ",
+            "0101 person: place=1.5 number=1 ",
+            "0101 person: place=1.5 number=1 age=999 name='Zoë   ' first='Zo' ",
+            "01xx level-1: place=1 number='xx' " }));
+    const CheckReport& report = checker.report();
+    QVERIFY(report.addsUp);
+    QCOMPARE(report.counts.rejectedLines, 4LL);
+    QCOMPARE(report.counts.cases, 3LL);
+    QCOMPARE(report.problemCount(ProblemKind::IdBlank), 3LL);
+}
+
 void TestDataDb::orphans()
 {
     Database(path("o.csdb"))
@@ -162,6 +325,32 @@ void TestDataDb::orphans()
     QCOMPARE(report.counts.rejectedLines, 3LL);
     QVERIFY(report.addsUp);
     QVERIFY(!report.isClean());
+    const QString damaged = QString::number(int(LineProblem::DamagedRecord));
+    const QStringList told = toldOf(path("o.csdb"));
+    QCOMPARE(told.last(),
+        "9 " + damaged
+            + " - -1 a row of person belongs to no case: person-id=9 level-1-id=77 occ=1 age=1 "
+              "name='' first='' ");
+    QCOMPARE(told.first(), "4 " + damaged + " - 2 the case has no row in level-1");
+}
+
+// Without any index that helps, and with links and numbers that are null.
+void TestDataDb::manyOrphans()
+{
+    const QByteArray many = "WITH RECURSIVE n(i) AS (SELECT 1000 UNION ALL SELECT i + 1 FROM n "
+                            "WHERE i < 200999) ";
+    Database(path("q.csdb"))
+        .run(metaSql("3") + casesSql + tablesSql + many
+            + "INSERT INTO cases SELECT i, '', '', '', 1, i, NULL FROM n;" + many
+            + "INSERT INTO `level-1` SELECT i, 'x' || i, 1, 1 FROM n;"
+              "INSERT INTO `level-1` VALUES (1, NULL, 1, 1);"
+              "INSERT INTO cases VALUES (NULL, '', '', '', 1, 1.0, NULL);"
+              "INSERT INTO person VALUES (1, NULL, 1, 1, '', '');");
+    CSProDbSource source(path("q.csdb"));
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QCOMPARE(rows.told.size(), 200'002);
+    QVERIFY(source.counts().addUp());
 }
 
 void TestDataDb::leavesNothing()
@@ -214,6 +403,22 @@ void TestDataDb::errors_data()
     QTest::newRow("index missing")
         << meta + casesSql + slower.replace("CREATE INDEX i2 ON person(`level-1-id`);", "")
         << damaged;
+    QTest::newRow("cases with one id") << good
+            + "INSERT INTO cases VALUES ('u', '', '', '', 0, 1, NULL), ('u', '', '', '', 1, 2, "
+              "NULL);" << damaged;
+    QByteArray loose = tables;
+    loose.replace("`level-1-id` INTEGER PRIMARY KEY", "`level-1-id`");
+    const QByteArray oneCase = "INSERT INTO cases VALUES ('u', '', '', '', 0, 1, NULL);";
+    QTest::newRow("rows of a level with one id")
+        << meta + casesSql + loose + "INSERT INTO `level-1` VALUES (1, 'u', 1, 1), (1, 'v', 1, 1);"
+        << damaged;
+    QTest::newRow("text for the id of a level")
+        << meta + casesSql + loose + oneCase + "INSERT INTO `level-1` VALUES ('a', 'u', 1, 1);"
+        << damaged;
+    QTest::newRow("endless text in a row") << good + oneCase
+            + "INSERT INTO `level-1` VALUES (1, 'u', 1, 1);"
+              "INSERT INTO person VALUES (1, 1, 1, 1, hex(zeroblob(10000000)), '');"
+                                           << damaged;
     QTest::newRow("columns of cases missing")
         << good + "DROP TABLE cases; CREATE TABLE cases (id TEXT);" << damaged;
 }

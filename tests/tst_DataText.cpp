@@ -25,6 +25,7 @@ private slots:
     void values();
     void told_data();
     void told();
+    void rejectedIsWhole();
     void cases_data();
     void cases();
     void anyValueSet();
@@ -136,6 +137,11 @@ void TestDataText::told_data()
     QTest::newRow("identification is no number")
         << QByteArray("10x01 3\n") << QStringList { told(1, LineProblem::IdNotANumber) }
         << Counts { 1, 0, 0, 0, 1 };
+    QTest::newRow("identification has decimals")
+        << QByteArray("1.501 3\n") << QStringList { told(1, LineProblem::IdNotANumber) }
+        << Counts { 1, 0, 0, 0, 1 };
+    QTest::newRow("identification is blank")
+        << QByteArray("1  01 3\n") << QStringList() << Counts { 1, 1, 0, 0, 0 };
     QTest::newRow("text beyond") << QByteArray("10101 3       zz\n")
                                  << QStringList { told(1, LineProblem::TextBeyondRecord) }
                                  << Counts { 1, 1, 0, 0, 0 };
@@ -167,6 +173,30 @@ void TestDataText::told()
         counts);
     QVERIFY(found.addUp());
     QCOMPARE(source.files().front().bytes, qint64(text.size()));
+}
+
+// What is not among the records can be kept elsewhere.
+void TestDataText::rejectedIsWhole()
+{
+    struct Texts : DataConsumer {
+        void take(const DataBatch& batch) override
+        {
+            for (const DataBatch::Told& one : batch.told) {
+                const std::string_view text = batch.text(one.text);
+                lines.append(QByteArray(text.data(), int(text.size())));
+            }
+        }
+        void finish(const DataSource&) override
+        {
+        }
+        QByteArrayList lines;
+    } texts;
+    const QByteArrayList rejected { "9" + QByteArray(100'000, 'a'),
+        "1xx01" + QByteArray(100'000, 'b'), "101" };
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)),
+        { writeFile(m_folder, QStringLiteral("w.dat"), rejected.join('\n')) });
+    QVERIFY(runPipeline(source, texts));
+    QCOMPARE(texts.lines, rejected);
 }
 
 void TestDataText::cases_data()
