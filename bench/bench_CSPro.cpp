@@ -113,9 +113,7 @@ public:
             if (line == QLatin1String("[Item]"))
                 addItem(i);
             else if (line == QLatin1String("[ValueSet]"))
-                addValueSet(i);
-            else if (line.startsWith(QLatin1String("Value=")))
-                addEntry(line);
+                i = addValueSet(i);
         }
         for (TCSProItem* item : qAsConst(m_items))
             addField(*item);
@@ -153,22 +151,27 @@ private:
         }
     }
 
-    void addValueSet(int line)
+    // The last line of the set whose header is line.
+    int addValueSet(int line)
     {
-        m_valueSet = new TCSProValueSet;
-        m_valueSet->label = text(line + 1);
-        m_valueSet->name = text(line + 2);
+        auto* valueSet = new TCSProValueSet;
+        valueSet->label = text(++line);
+        valueSet->name = text(++line);
+        while (
+            line + 1 < m_lines.size() && m_lines.at(line + 1).startsWith(QLatin1String("Value=")))
+            valueSet->items->append(makeEntry(m_lines.at(++line)));
         for (int i = m_first; i < m_items.size(); ++i)
-            m_items.at(i)->valueSets->append(m_valueSet);
+            m_items.at(i)->valueSets->append(valueSet);
+        return line;
     }
 
-    void addEntry(const QString& line)
+    static TValueSetItem* makeEntry(const QString& line)
     {
         const int separator = line.indexOf(QLatin1Char(';'));
         auto* entry = new TValueSetItem;
         entry->code = line.mid(6, separator - 6);
         entry->label = line.mid(separator + 1);
-        m_valueSet->items->append(entry);
+        return entry;
     }
 
     void addField(TCSProItem& item)
@@ -186,7 +189,6 @@ private:
     TCSProDataImport* m_importer;
     QList<TCSProItem*> m_items;
     int m_first = 0; // of the item's occurrences
-    TCSProValueSet* m_valueSet = nullptr;
 };
 
 void makeObjects(benchmark::State& state, const QString& path)

@@ -75,8 +75,8 @@ void CSProEstablishedFields::addEntries(const TCSProValueSet& valueSet)
         // Sorted entries lie anywhere in memory, so the ones ahead are fetched meanwhile.
         if (i + 2 * Ahead < items.size()) {
             __builtin_prefetch(&items.at(i + 2 * Ahead)->label);
-            __builtin_prefetch(items.at(i + Ahead)->code.constData());
-            __builtin_prefetch(items.at(i + Ahead)->label.constData());
+            __builtin_prefetch(items.at(i + Ahead)->code.data_ptr());
+            __builtin_prefetch(items.at(i + Ahead)->label.data_ptr());
         }
         if (!items.at(i)->special)
             addEntry(*items.at(i));
@@ -105,7 +105,10 @@ void CSProEstablishedFields::addEntry(const TValueSetItem& entry)
 
 void CSProEstablishedFields::addLabel(const QString& code, const QString& label)
 {
-    m_labels += code % QLatin1Char(' ') % label % QLatin1Char('\t');
+    m_labels += code;
+    m_labels += QLatin1Char(' ');
+    m_labels += label;
+    m_labels += QLatin1Char('\t');
 }
 
 void CSProEstablishedFields::bound(TCSProVariable& field) const
