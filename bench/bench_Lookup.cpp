@@ -1,8 +1,8 @@
 // What an import of a lookup file costs beside the least that a Qt program does to get the same
 // table: for keys in order a loop that reads lines and inserts each at the end, for keys in any
 // order one that puts the lines in order first. Then what the command makes of the same import: its
-// check, and the listing of all frequencies, each with the text that it prints. Compare them within
-// one run.
+// check, and the listing of all frequencies in each format, with the text that it prints. Compare
+// them within one run.
 #include "lookups/LookupCheck.h"
 #include "lookups/LookupWriters.h"
 
@@ -138,8 +138,11 @@ void import(benchmark::State& state, const Shape& shape)
     state.SetItemsProcessed(state.iterations() * shape.lines);
 }
 
-void command(benchmark::State& state, const Shape& shape, bool countsValues)
+void command(benchmark::State& state, const Shape& shape, bool countsValues,
+    ListingFormat::Kind kind = ListingFormat::Kind::Table)
 {
+    ListingFormat format;
+    format.kind = kind;
     QString path = fileOf(shape);
     for (auto _ : state) {
         LookupTask task;
@@ -149,7 +152,7 @@ void command(benchmark::State& state, const Shape& shape, bool countsValues)
         task.countsValues = countsValues;
         if (!examineLookup(path, QByteArray(), task.file) || !checkLookup(task, lookup, outcome))
             qFatal("cannot check %s", qUtf8Printable(path));
-        writeLookup(outcome, ListingFormat(),
+        writeLookup(outcome, format,
             [](const QByteArray& piece) { benchmark::DoNotOptimize(piece.constData()); });
         state.PauseTiming(); // the command deletes nothing
         outcome = {};
@@ -167,6 +170,16 @@ void check(benchmark::State& state, const Shape& shape)
 void frequencies(benchmark::State& state, const Shape& shape)
 {
     command(state, shape, true);
+}
+
+void frequenciesCsv(benchmark::State& state, const Shape& shape)
+{
+    command(state, shape, true, ListingFormat::Kind::Csv);
+}
+
+void frequenciesJson(benchmark::State& state, const Shape& shape)
+{
+    command(state, shape, true, ListingFormat::Kind::Json);
 }
 
 } // namespace
@@ -199,6 +212,8 @@ int main(int argc, char** argv)
         inMilliseconds("/import", import);
         inMilliseconds("/check", check);
         inMilliseconds("/frequencies", frequencies);
+        inMilliseconds("/frequencies_csv", frequenciesCsv);
+        inMilliseconds("/frequencies_json", frequenciesJson);
     }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -4,6 +4,8 @@
 
 #include <model_Tessel/Lookup.h>
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QtTest>
 
 #include <memory>
@@ -53,6 +55,9 @@ private slots:
     void anyValues_data();
     void anyValues();
     void longValuesThatBeginAlike();
+    void wideOnesFarBehind();
+    void listedAsLines_data();
+    void listedAsLines();
     void listedAsATable_data();
     void listedAsATable();
 };
@@ -77,9 +82,12 @@ void tst_ValueCounts::anyValues()
     QFETCH(int, seed);
     std::mt19937 random(seed);
     const auto upTo = [&](int most) { return int(random() % unsigned(most + 1)); };
-    const QString characters = QString::fromUtf8("aab \u00e9\u4e00\uffff") + QChar(0);
+    // Narrow ones alone are compared in another way than with wide ones among them.
+    const char* const wide = seed % 3 == 0 ? "" : seed % 3 == 1 ? "\u0100" : "\u4e00\uffff";
+    const QString characters =
+        QString::fromUtf8("aab \u00e9\u00ff") + QString::fromUtf8(wide) + QChar(0);
     const QString start(upTo(9), 'a');
-    const int length = upTo(7);
+    const int length = upTo(20);
     QStringList values;
     for (int i = upTo(300); i >= 0; --i) {
         QString value = start;
@@ -97,6 +105,64 @@ void tst_ValueCounts::longValuesThatBeginAlike()
         values.append(QString(i * 5, 'x') + (i % 2 == 0 ? "" : "y"));
     values += values;
     QCOMPARE(countsOf(values), plainCountsOf(values));
+}
+
+void tst_ValueCounts::wideOnesFarBehind()
+{
+    QStringList values;
+    for (int i = 0; i < 400; ++i)
+        values.append(QString("%1 name").arg(i % 300, 9) + QChar(i % 5 == 0 ? 0x4e00 + i : 'x'));
+    QCOMPARE(countsOf(values), plainCountsOf(values));
+}
+
+void tst_ValueCounts::listedAsLines_data()
+{
+    QTest::addColumn<int>("seed");
+    QTest::addColumn<int>("count");
+    for (int seed = 0; seed < 20; ++seed)
+        QTest::addRow("%d", seed) << seed << seed * seed * 10; // in pieces when they are many
+}
+
+// As cells of a line and members of an object are written one by one.
+void tst_ValueCounts::listedAsLines()
+{
+    QFETCH(int, seed);
+    QFETCH(int, count);
+    std::mt19937 random(seed);
+    const auto upTo = [&](int most) { return int(random() % unsigned(most + 1)); };
+    const QString characters =
+        QString::fromUtf8("abcdefgh =-\u00e9\u4e00,\"\n\t\\") + QChar(0xD83C);
+    LookupOutcome outcome;
+    outcome.frequencies.emplace();
+    QByteArray csv;
+    QByteArray json;
+    for (int keys = count; keys > 0; --keys) {
+        QString value;
+        for (int left = upTo(25); left > 0; --left)
+            value += characters.at(upTo(upTo(3) == 0 ? characters.size() - 1 : 7));
+        outcome.frequencies->append({ value, 1 + keys / 7 });
+        const bool isFormula = !value.isEmpty() && QString("=-\t\n").contains(value.at(0));
+        const bool isQuoted = value.contains(',') || value.contains('"') || value.contains('\n');
+        const QString cell = (isFormula ? "'" : "") + value;
+        const QString quoted = '"' + QString(cell).replace("\"", "\"\"") + '"';
+        const QByteArray number = QByteArray::number(1 + keys / 7);
+        csv += "frequency,,,," + (isQuoted ? quoted : cell).toUtf8() + ",," + number + "\r\n";
+        const QJsonObject entry { { "keys", 1 + keys / 7 }, { "value", value } };
+        json += (json.isEmpty() ? "\n    " : ",\n    ")
+            + QJsonDocument(entry).toJson(QJsonDocument::Compact);
+    }
+    const auto written = [&outcome](ListingFormat::Kind kind) {
+        ListingFormat format;
+        format.kind = kind;
+        format.forSpreadsheet = true;
+        QByteArray bytes;
+        writeLookup(outcome, format, [&bytes](const QByteArray& piece) { bytes += piece; });
+        return bytes;
+    };
+    const QByteArray lines = written(ListingFormat::Kind::Csv);
+    QCOMPARE(lines.mid(lines.indexOf("summary,no-separator,,,,,0\r\n") + 28), csv);
+    const QByteArray text = written(ListingFormat::Kind::Json);
+    QCOMPARE(text.mid(text.indexOf("\"frequencies\":[")), "\"frequencies\":[" + json + "]}\n");
 }
 
 void tst_ValueCounts::listedAsATable_data()

@@ -13,10 +13,25 @@ namespace {
 // Changes only when a reader of the JSON has to change.
 constexpr int JsonVersion = 1;
 
-constexpr int PieceSize = 32'768; // characters
+constexpr int PieceSize = 32'768; // characters or bytes
 constexpr int NarrowestPlain = 20; // columns; below that a table may lay out in another way
 
 using Align = TextTable::Align;
+
+// The numbers of keys as text. Neighbours in a listing mostly have the same.
+class KeysText {
+public:
+    const QByteArray& of(const ValueCount& count)
+    {
+        if (count.keys != m_keys)
+            m_text = QByteArray::number(m_keys = count.keys);
+        return m_text;
+    }
+
+private:
+    int m_keys = 0; // no value has as few
+    QByteArray m_text;
+};
 
 // ---- table
 
@@ -147,6 +162,27 @@ void addDifferences(
     }
 }
 
+// There may be millions of lines, so many are handed out at a time.
+void writeFrequencyLines(
+    const QVector<ValueCount>& frequencies, const CsvWriter& csv, const ByteSink& sink)
+{
+    KeysText keys;
+    QByteArray text;
+    text.reserve(2 * PieceSize); // and keeps it
+    for (const ValueCount& count : frequencies) {
+        text += "frequency,,,,";
+        csv.appendCell(text, count.value);
+        text += ",,";
+        text += keys.of(count);
+        text += "\r\n";
+        if (text.size() >= PieceSize) {
+            sink(text);
+            text.resize(0);
+        }
+    }
+    sink(text);
+}
+
 void writeCsv(const LookupOutcome& outcome, bool forSpreadsheet, const ByteSink& sink)
 {
     const CsvWriter csv(sink, forSpreadsheet);
@@ -167,12 +203,8 @@ void writeCsv(const LookupOutcome& outcome, bool forSpreadsheet, const ByteSink&
         addDifferences(csv, "label-without-key", outcome.comparison->labelsWithoutKey);
         addDifferences(csv, "text-differs", outcome.comparison->differentTexts);
     }
-    if (outcome.frequencies) {
-        const QByteArray head =
-            csv.textOf({ QStringLiteral("frequency"), QString(), QString(), QString() });
-        for (const ValueCount& count : *outcome.frequencies)
-            csv.addLine(head, csv.textOf({ count.value, QString(), QString::number(count.keys) }));
-    }
+    if (outcome.frequencies)
+        writeFrequencyLines(*outcome.frequencies, csv, sink);
 }
 
 // ---- JSON
@@ -213,9 +245,17 @@ void addMessages(JsonWriter& json, const QVector<TOxLookupProblem>& problems)
 void addFrequencies(JsonWriter& json, const QVector<ValueCount>& frequencies)
 {
     json.beginList("frequencies");
+    KeysText keys;
+    QByteArray entry;
+    entry.reserve(PieceSize); // and keeps it
     for (const ValueCount& count : frequencies) {
-        json.addText("{\"keys\":" + QByteArray::number(count.keys)
-            + ",\"value\":" + jsonString(count.value) + '}');
+        entry.resize(0);
+        entry += "{\"keys\":";
+        entry += keys.of(count);
+        entry += ",\"value\":";
+        appendJsonString(entry, count.value);
+        entry += '}';
+        json.addText(entry);
     }
     json.endList();
 }

@@ -15,16 +15,34 @@ struct Entry {
 
 using Place = std::vector<Entry>::iterator;
 
-constexpr int HeadLength = 4; // characters
 constexpr int FewEntries = 16;
 
-// As a number that orders as the characters do; behind the end of a text there are zeros.
-quint64 headOf(const QString& text, int start)
+// How many characters a head has: all of Latin-1, or any.
+constexpr int LatinLength = 8;
+constexpr int WideLength = 4;
+constexpr ushort LatinLast = 0xFF;
+
+// The characters from start on as a number that orders as they do; behind the end of a text there
+// are zeros. Their bits are added to bits.
+template <int Length> quint64 headOf(const QString& text, int start, ushort& bits)
 {
+    constexpr int Width = 64 / Length;
     quint64 head = 0;
-    for (int index = start; index < start + HeadLength; ++index)
-        head = head << 16 | (index < text.size() ? text.at(index).unicode() : 0);
+    for (int index = start; index < start + Length; ++index) {
+        const ushort character = index < text.size() ? text.at(index).unicode() : 0;
+        bits |= character;
+        head = head << Width | character;
+    }
     return head;
+}
+
+// False when some character is too large for a head of that length.
+template <int Length> bool takeHeads(Place first, Place last, int start)
+{
+    ushort bits = 0;
+    for (Place entry = first; entry < last; ++entry)
+        entry->head = headOf<Length>(entry->text, start, bits);
+    return Length == WideLength || bits <= LatinLast;
 }
 
 // How many characters all of the texts begin with; known: that many at least.
@@ -49,38 +67,59 @@ bool endBefore(Place first, Place last, int length)
         first, last, [length](const Entry& entry) { return entry.text.size() <= length; });
 }
 
-// Millions of texts are far apart in memory, so they are compared by their heads as far as
-// possible. All of them are the same up to known.
-void sortTexts(Place first, Place last, int known)
-{
-    if (last - first <= FewEntries || endBefore(first, last, known)) {
-        std::sort(first, last, [](const Entry& a, const Entry& b) { return a.text < b.text; });
-        return;
+/*
+ * Counts texts in their order. Millions of them are far apart in memory, so they are compared by
+ * their heads as far as possible, and one whose head no other has is not looked at again.
+ */
+class TextCounter {
+public:
+    explicit TextCounter(QVector<ValueCount>& counts)
+        : m_counts(counts)
+    {
     }
-    const int start = std::max(known, commonLength(first, last, known));
-    for (Place entry = first; entry < last; ++entry)
-        entry->head = headOf(entry->text, start);
-    std::stable_sort(first, last, [](const Entry& a, const Entry& b) { return a.head < b.head; });
-    while (first < last) {
-        const Place next = std::find_if(
-            first, last, [first](const Entry& entry) { return entry.head != first->head; });
-        sortTexts(first, next, start + HeadLength);
-        first = next;
-    }
-}
 
-// Each text once.
-QVector<ValueCount> counted(std::vector<Entry> texts)
-{
-    QVector<ValueCount> counts;
-    for (Entry& entry : texts) {
-        if (!counts.isEmpty() && counts.constLast().value == entry.text)
-            ++counts.last().keys;
-        else
-            counts.append({ std::move(entry.text), 1 });
+    // All texts are the same up to known.
+    void count(Place first, Place last, int known)
+    {
+        if (last - first == 1) {
+            m_counts.append({ std::move(first->text), 1 });
+        } else if (last - first <= FewEntries || endBefore(first, last, known)) {
+            std::sort(first, last, [](const Entry& a, const Entry& b) { return a.text < b.text; });
+            countSorted(first, last);
+        } else {
+            countByHeads(first, last, std::max(known, commonLength(first, last, known)));
+        }
     }
-    return counts;
-}
+
+private:
+    void countByHeads(Place first, Place last, int start)
+    {
+        const bool isLatin = takeHeads<LatinLength>(first, last, start);
+        if (!isLatin)
+            takeHeads<WideLength>(first, last, start);
+        const auto isBefore = [](const Entry& a, const Entry& b) { return a.head < b.head; };
+        std::stable_sort(first, last, isBefore);
+        while (first < last) {
+            const Place next = std::find_if(
+                first, last, [first](const Entry& entry) { return entry.head != first->head; });
+            count(first, next, start + (isLatin ? LatinLength : WideLength));
+            first = next;
+        }
+    }
+
+    // Each text once; none of them is counted yet.
+    void countSorted(Place first, Place last)
+    {
+        while (first < last) {
+            const Place next = std::find_if(
+                first, last, [first](const Entry& entry) { return entry.text != first->text; });
+            m_counts.append({ first->text, static_cast<int>(next - first) });
+            first = next;
+        }
+    }
+
+    QVector<ValueCount>& m_counts;
+};
 
 } // namespace
 
@@ -92,8 +131,8 @@ QVector<ValueCount> countValues(const std::map<QString, TOxLookupValue*>& record
         if (!key.isEmpty())
             texts.push_back({ 0, value->value });
     }
-    sortTexts(texts.begin(), texts.end(), 0);
-    QVector<ValueCount> counts = counted(std::move(texts));
+    QVector<ValueCount> counts;
+    TextCounter(counts).count(texts.begin(), texts.end(), 0);
     const auto isMoreFrequent = [](const ValueCount& a, const ValueCount& b) {
         return a.keys > b.keys;
     };

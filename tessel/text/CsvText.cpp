@@ -1,5 +1,7 @@
 #include "text/CsvText.h"
 
+#include "text/Utf8Text.h"
+
 #include <algorithm>
 
 namespace {
@@ -61,12 +63,17 @@ void CsvWriter::addLine(const QByteArray& first, const QByteArray& second) const
 
 QByteArray CsvWriter::textOf(const QStringList& cells) const
 {
-    QString text;
+    QByteArray text;
     for (int i = 0; i < cells.size(); ++i) {
-        const QString& cell = cells.at(i);
         if (i > 0)
-            text += QLatin1Char(',');
-        text += csvCell(m_forSpreadsheet && isFormula(cell) ? QLatin1Char('\'') + cell : cell);
+            text += ',';
+        appendCell(text, cells.at(i));
     }
-    return text.toUtf8();
+    return text;
+}
+
+void CsvWriter::appendCell(QByteArray& text, const QString& cell) const
+{
+    const bool needsMark = m_forSpreadsheet && isFormula(cell);
+    appendUtf8(text, csvCell(needsMark ? QLatin1Char('\'') + cell : cell));
 }

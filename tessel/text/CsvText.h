@@ -18,6 +18,8 @@ public:
 
     /*! \a cells as they stand in a line, for lines that share some of them. */
     QByteArray textOf(const QStringList& cells) const;
+    /*! Appends one of them to \a text. */
+    void appendCell(QByteArray& text, const QString& cell) const;
     /*! A line of two parts by textOf(). */
     void addLine(const QByteArray& first, const QByteArray& second) const;
 

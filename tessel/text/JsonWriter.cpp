@@ -1,9 +1,10 @@
 #include "text/JsonWriter.h"
 
+#include "text/Utf8Text.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -16,6 +17,18 @@ QByteArray compact(const QJsonObject& object)
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
+// True for a text that stands in JSON as it is. All of it is looked at, many characters at once.
+bool isPlain(const QString& text)
+{
+    bool isPlain = true;
+    for (const QChar character : text) {
+        const ushort code = character.unicode();
+        isPlain &= code >= 0x20 && code != '"' && code != '\\' && code != 0x7F
+            && (code & 0xF800) != 0xD800; // a surrogate
+    }
+    return isPlain;
+}
+
 } // namespace
 
 QJsonValue textOrNull(const QString& text)
@@ -23,17 +36,16 @@ QJsonValue textOrNull(const QString& text)
     return text.isNull() ? QJsonValue() : QJsonValue(text);
 }
 
-QByteArray jsonString(const QString& text)
+void appendJsonString(QByteArray& bytes, const QString& text)
 {
-    const bool isPlain = std::all_of(text.cbegin(), text.cend(), [](QChar character) {
-        const ushort code = character.unicode();
-        return code >= 0x20 && code != '"' && code != '\\' && code != 0x7F
-            && !character.isSurrogate();
-    });
-    if (isPlain)
-        return '"' + text.toUtf8() + '"';
+    if (isPlain(text)) {
+        bytes += '"';
+        appendUtf8(bytes, text);
+        bytes += '"';
+        return;
+    }
     const QByteArray list = QJsonDocument(QJsonArray { text }).toJson(QJsonDocument::Compact);
-    return list.mid(1, list.size() - 2); // without the brackets
+    bytes.append(list.constData() + 1, list.size() - 2); // without the brackets
 }
 
 JsonWriter::JsonWriter(const ByteSink& sink)
@@ -128,6 +140,7 @@ void JsonWriter::beginEntry(const char* name)
     if (name) {
         put('"' + QByteArray(name) + "\":");
     } else if (m_depth > 0) {
-        put('\n' + QByteArray(m_depth * Indent, ' '));
+        m_text += '\n';
+        m_text.append(m_depth * Indent, ' ');
     }
 }

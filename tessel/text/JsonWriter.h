@@ -10,8 +10,8 @@
 /*! A null for a null text. */
 QJsonValue textOrNull(const QString& text);
 
-/*! \a text as JSON, in quotes. */
-QByteArray jsonString(const QString& text);
+/*! Appends \a text as JSON, in quotes, to \a bytes. */
+void appendJsonString(QByteArray& bytes, const QString& text);
 
 /*!
  * Writes JSON with one entry of a list on each line. A QJsonDocument of a long list would take many
