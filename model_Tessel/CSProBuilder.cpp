@@ -27,7 +27,7 @@ void CSProBuilder::DropItem::operator()(TCSProItem* item) const
 
 void CSProBuilder::DropValueSet::operator()(TCSProValueSet* valueSet) const
 {
-    if (!valueSet->linkedSet)
+    if (!valueSet->linkedSet())
         qDeleteAll(*valueSet->items);
     delete valueSet->items;
     delete valueSet;
@@ -79,7 +79,8 @@ void CSProBuilder::addItem(ItemPointer item)
 {
     finishItem();
     item->dictionaryName = item->name;
-    item->level = m_findings.levels.size();
+    if (!m_findings.levels.isEmpty())
+        item->editDetail().level = m_findings.levels.size();
     if (item->len <= 0)
         report(Kind::ItemWithoutLength, item->sourceLine, item->name, QString::number(item->len));
     if (item->occurrences >= 1) {

@@ -57,6 +57,19 @@ void TCSProItem::addValueSet(TCSProValueSet* valueSet)
         valueSets->append(valueSet);
 }
 
+const CSProItemDetail& TCSProItem::detail() const
+{
+    static const CSProItemDetail none;
+    return m_detail ? *m_detail : none;
+}
+
+CSProItemDetail& TCSProItem::editDetail()
+{
+    if (!m_detail)
+        m_detail = std::make_unique<CSProItemDetail>();
+    return *m_detail;
+}
+
 // Kept: a record does not hold its items, they link to it.
 
 void TCSProRecord::addItem(TCSProItem* item)

@@ -7,8 +7,22 @@
 #include <QString>
 #include <QVector>
 
+#include <memory>
+
+class TCSProItem;
 class TCSProRecord;
 class TCSProValueSet;
+
+/*! What a dictionary that is read as written says of an item, or of an occurrence, besides. */
+struct CSProItemDetail {
+    int level = 0; /*!< level of the questionnaire, from 1; 0: not read */
+    QString refusedCode; /*!< code of a refused answer; empty: none */
+    QString note;
+    QString occurrenceLabel; /*!< of an occurrence */
+    QVector<QString> occurrenceLabels; /*!< of the item, from the first occurrence on */
+    TCSProItem* parent = nullptr; /*!< item that a subitem describes columns of; not owned */
+    QString contentType; /*!< of a binary item, for example "image"; empty: text */
+};
 
 /*!
  * One item of a CSPro dictionary, or one occurrence of a repeated item.
@@ -35,6 +49,11 @@ public:
     /*! Gives the item its value set; a second one is ignored. */
     void addValueSet(TCSProValueSet* valueSet);
 
+    /*! What is said besides; nothing under the established reading, which pays nothing for it. */
+    const CSProItemDetail& detail() const;
+    /*! The same, to be changed; made when it is first asked for. */
+    CSProItemDetail& editDetail();
+
     int valueSetCount = 0; /*!< what getCount() returned last */
     QString label;
     QString missingCode; /*!< code of the missing value, with its blanks; empty: none */
@@ -55,16 +74,11 @@ public:
     QString dictionaryName; /*!< \c name without what marks an occurrence */
     int occurrence = 0; /*!< number of the occurrence, from 1; 0 for an item that is not repeated */
     int sourceLine = 0; /*!< line of the item's header in the dictionary, from 1; 0: unknown */
-    int level = 0; /*!< level of the questionnaire, from 1; 0: not read */
-    QString refusedCode; /*!< code of a refused answer; empty: none */
-    QString note;
-    QString occurrenceLabel; /*!< of an occurrence */
-    QVector<QString> occurrenceLabels; /*!< of the item, from the first occurrence on */
-    TCSProItem* parent = nullptr; /*!< item that a subitem describes columns of; not owned */
-    QString contentType; /*!< of a binary item, for example "image"; empty: text */
 
 private:
     Q_DISABLE_COPY(TCSProItem)
+
+    std::unique_ptr<CSProItemDetail> m_detail; // null: nothing is said
 };
 
 /*!

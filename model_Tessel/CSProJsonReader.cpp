@@ -201,12 +201,13 @@ void CSProJsonReader::readItem(const QJsonObject& object)
     CSProBuilder::ItemPointer item(new TCSProItem);
     item->name = text(object, "name");
     item->label = labels(object);
-    item->note = text(object, "note");
+    CSProItemDetail& detail = item->editDetail();
+    detail.note = text(object, "note");
     const QString contentType = text(object, "contentType").toLower();
     const bool isNumeric = contentType == QLatin1String("numeric");
     item->isAlpha = isNumeric ? 0 : 1;
     if (!isNumeric && contentType != QLatin1String("alpha"))
-        item->contentType = contentType;
+        detail.contentType = contentType;
     if (!isContentType(contentType))
         reportType("contentType");
     item->isSubItem = flag(object, "subitem", false) ? 1 : 0;
@@ -216,7 +217,7 @@ void CSProJsonReader::readItem(const QJsonObject& object)
     item->isZeroFill = isNumeric && flag(object, "zeroFill", m_zeroFill);
     const QJsonObject occurrences = this->object(object, "occurrences");
     item->occurrences = number(occurrences, "maximum", 1);
-    item->occurrenceLabels = occurrenceLabels(occurrences, item->occurrences);
+    detail.occurrenceLabels = occurrenceLabels(occurrences, item->occurrences);
     placeItem(object, *item);
     m_itemLength = item->len;
     m_model.lastItemNumeric = isNumeric;
@@ -252,8 +253,8 @@ void CSProJsonReader::readValueSet(const QJsonObject& object)
     CSProBuilder::ValueSetPointer valueSet(new TCSProValueSet);
     valueSet->name = text(object, "name");
     valueSet->label = labels(object);
-    valueSet->note = text(object, "note");
-    valueSet->link = text(object, "link");
+    valueSet->setNote(text(object, "note"));
+    valueSet->setLink(text(object, "link"));
     valueSet->isNumeric = m_model.lastItemNumeric;
     forEachObject(object, "values", [&](const QJsonObject& value) { readValue(value, *valueSet); });
     m_builder.addValueSet(std::move(valueSet));

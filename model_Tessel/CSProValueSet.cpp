@@ -64,6 +64,14 @@ TValueSetItem::TValueSetItem()
 
 TValueSetItem::~TValueSetItem() = default;
 
+// What a dictionary that is read as written says of a set besides its codes and labels.
+struct TCSProValueSet::Detail {
+    QString link;
+    QString note;
+    TCSProValueSet* linkedSet = nullptr;
+    QHash<const TValueSetItem*, CSProValueDetail> entries; // those of which anything is said
+};
+
 TCSProValueSet::TCSProValueSet()
     : items(new QList<TValueSetItem*>)
 {
@@ -156,29 +164,67 @@ void TCSProValueSet::sortItems()
     }
 }
 
+TCSProValueSet::Detail& TCSProValueSet::editDetail()
+{
+    if (!m_detail)
+        m_detail = std::make_unique<Detail>();
+    return *m_detail;
+}
+
 const CSProValueDetail& TCSProValueSet::detail(const TValueSetItem* entry) const
 {
     static const CSProValueDetail none;
-    const auto found = m_details.constFind(entry);
-    return found == m_details.constEnd() ? none : *found;
+    if (!m_detail)
+        return none;
+    const auto found = m_detail->entries.constFind(entry);
+    return found == m_detail->entries.constEnd() ? none : *found;
 }
 
 bool TCSProValueSet::hasDetails() const
 {
-    return !m_details.isEmpty();
+    return m_detail && !m_detail->entries.isEmpty();
 }
 
 void TCSProValueSet::setDetail(const TValueSetItem* entry, const CSProValueDetail& detail)
 {
     if (!detail.isEmpty())
-        m_details.insert(entry, detail);
+        editDetail().entries.insert(entry, detail);
 }
 
 void TCSProValueSet::shareEntries(TCSProValueSet* valueSet)
 {
-    linkedSet = valueSet;
+    Detail& detail = editDetail();
+    detail.linkedSet = valueSet;
+    if (valueSet->hasDetails())
+        detail.entries = valueSet->m_detail->entries;
     *items = *valueSet->items;
-    m_details = valueSet->m_details;
+}
+
+TCSProValueSet* TCSProValueSet::linkedSet() const
+{
+    return m_detail ? m_detail->linkedSet : nullptr;
+}
+
+QString TCSProValueSet::link() const
+{
+    return m_detail ? m_detail->link : QString();
+}
+
+void TCSProValueSet::setLink(const QString& link)
+{
+    if (link != this->link())
+        editDetail().link = link;
+}
+
+QString TCSProValueSet::note() const
+{
+    return m_detail ? m_detail->note : QString();
+}
+
+void TCSProValueSet::setNote(const QString& note)
+{
+    if (note != this->note())
+        editDetail().note = note;
 }
 
 bool IsNumeric2(const QString& text)

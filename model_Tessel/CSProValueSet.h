@@ -2,10 +2,11 @@
 
 #include <model_Tessel/model_Tessel_global.h>
 
-#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QString>
+
+#include <memory>
 
 /*!
  * One entry of a value set: a code, or one bound of a range, and its label.
@@ -90,6 +91,13 @@ public:
     void setDetail(const TValueSetItem* entry, const CSProValueDetail& detail);
     /*! Takes over the entries of \a valueSet, which stays their owner. */
     void shareEntries(TCSProValueSet* valueSet);
+    /*! The set whose entries this one shares; null: they are its own. */
+    TCSProValueSet* linkedSet() const;
+    /*! Sets with the same link have the same values; empty: none. */
+    QString link() const;
+    void setLink(const QString& link);
+    QString note() const;
+    void setNote(const QString& note);
 
     QString label;
     QString name;
@@ -97,15 +105,15 @@ public:
     bool isNumeric = true; /*!< false for the set of an alphanumeric item */
     QList<TValueSetItem*>* items;
 
-    QString link; /*!< sets with the same link have the same values; empty: none */
-    TCSProValueSet* linkedSet = nullptr; /*!< set whose entries this one shares; null: its own */
-    QString note;
     int sourceLine = 0; /*!< line of the set's header in the dictionary, from 1; 0: unknown */
 
 private:
     Q_DISABLE_COPY(TCSProValueSet)
 
-    QHash<const TValueSetItem*, CSProValueDetail> m_details; // of the entries that have any
+    struct Detail;
+    Detail& editDetail();
+
+    std::unique_ptr<Detail> m_detail; // null: nothing is said
 };
 
 /*! True when \a text reads as a decimal int. */

@@ -41,15 +41,15 @@ QString firstReversedRange(const TCSProValueSet& valueSet)
     return QString();
 }
 
-QString TCSProItem::*specialCode(int type)
+QString* specialCode(TCSProItem& item, int type)
 {
     switch (type) {
     case CSProSpecial::Missing:
-        return &TCSProItem::missingCode;
+        return &item.missingCode;
     case CSProSpecial::NotApplicable:
-        return &TCSProItem::notApplicableCode;
+        return &item.notApplicableCode;
     case CSProSpecial::Refused:
-        return &TCSProItem::refusedCode;
+        return &item.editDetail().refusedCode;
     default:
         return nullptr;
     }
@@ -74,7 +74,7 @@ void CSProWrittenBuilder::placeItem(ItemPointer item)
     m_groupStart = m_model.items->size();
     if (total == 1) {
         if (isInParent)
-            item->parent = m_model.items->at(m_parentStart);
+            item->editDetail().parent = m_model.items->at(m_parentStart);
         appendItem(item.release());
     } else {
         appendOccurrences(*item, parents);
@@ -107,8 +107,9 @@ void CSProWrittenBuilder::appendOccurrences(const TCSProItem& item, int parents)
         for (int number = 1; number <= item.occurrences; ++number) {
             TCSProItem* occurrence = makeOccurrence(item, ofParent, number);
             occurrence->firstOccurrenceIndex = firstIndex;
-            if (isInParent)
-                occurrence->parent = m_model.items->at(m_parentStart + ofParent - 1);
+            if (isInParent) {
+                occurrence->editDetail().parent = m_model.items->at(m_parentStart + ofParent - 1);
+            }
             if (parents > 1)
                 nameOccurrenceOfParent(*occurrence, item, ofParent, number);
             else
@@ -128,10 +129,7 @@ TCSProItem* CSProWrittenBuilder::makeOccurrence(
     TCSProItem* occurrence = copyOf(item, start);
     occurrence->occurrence = (ofParent - 1) * item.occurrences + number;
     occurrence->isZeroFill = item.isZeroFill;
-    occurrence->level = item.level;
-    occurrence->note = item.note;
-    occurrence->contentType = item.contentType;
-    occurrence->occurrenceLabels = item.occurrenceLabels;
+    occurrence->editDetail() = item.detail();
     return occurrence;
 }
 
@@ -139,18 +137,20 @@ void CSProWrittenBuilder::nameOccurrence(
     TCSProItem& occurrence, const TCSProItem& item, int number) const
 {
     occurrence.name = item.name + QLatin1Char('_') + QString::number(number);
-    occurrence.occurrenceLabel = item.occurrenceLabels.value(number - 1);
+    CSProItemDetail& detail = occurrence.editDetail();
+    detail.occurrenceLabel = detail.occurrenceLabels.value(number - 1);
 }
 
 void CSProWrittenBuilder::nameOccurrenceOfParent(
     TCSProItem& occurrence, const TCSProItem& item, int ofParent, int number) const
 {
     occurrence.name = item.name + QLatin1Char('_') + QString::number(ofParent);
+    CSProItemDetail& detail = occurrence.editDetail();
     if (item.occurrences > 1) {
         occurrence.name += QLatin1Char('_') + QString::number(number);
-        occurrence.occurrenceLabel = item.occurrenceLabels.value(number - 1);
+        detail.occurrenceLabel = detail.occurrenceLabels.value(number - 1);
     } else {
-        occurrence.occurrenceLabel = occurrence.parent->occurrenceLabel;
+        detail.occurrenceLabel = detail.parent->detail().occurrenceLabel;
     }
 }
 
@@ -162,7 +162,7 @@ bool CSProWrittenBuilder::ignoresValueSets() const
 void CSProWrittenBuilder::addValueSet(ValueSetPointer valueSet)
 {
     shareLinkedValues(*valueSet);
-    if (!valueSet->linkedSet)
+    if (!valueSet->linkedSet())
         reportOddCodes(*valueSet);
     if (!m_model.lastItem) {
         reportValueSet(Kind::ValueSetWithoutItem, valueSet->sourceLine, valueSet->name);
@@ -171,21 +171,23 @@ void CSProWrittenBuilder::addValueSet(ValueSetPointer valueSet)
     m_isFinished = false;
     m_model.lastItem->valueSets->append(valueSet.get());
     TCSProValueSet* added = valueSet.release();
-    const bool hasOwnValues = !added->linkedSet && !added->items->isEmpty();
-    if (!added->link.isEmpty() && hasOwnValues && !m_links.contains(added->link))
-        m_links.insert(added->link, added);
+    const bool hasOwnValues = !added->linkedSet() && !added->items->isEmpty();
+    const QString link = added->link();
+    if (!link.isEmpty() && hasOwnValues && !m_links.contains(link))
+        m_links.insert(link, added);
     takeSpecialCodes(*added);
 }
 
 // Only the first set of a link has values; the others take them over.
 void CSProWrittenBuilder::shareLinkedValues(TCSProValueSet& valueSet)
 {
-    if (valueSet.link.isEmpty() || !valueSet.items->isEmpty())
+    const QString link = valueSet.link();
+    if (link.isEmpty() || !valueSet.items->isEmpty())
         return;
-    if (TCSProValueSet* linked = m_links.value(valueSet.link))
+    if (TCSProValueSet* linked = m_links.value(link))
         valueSet.shareEntries(linked);
     else
-        reportValueSet(Kind::LinkWithoutValues, valueSet.sourceLine, valueSet.name, valueSet.link);
+        reportValueSet(Kind::LinkWithoutValues, valueSet.sourceLine, valueSet.name, link);
 }
 
 // A numeric set is kept whatever its codes are.
@@ -205,9 +207,9 @@ void CSProWrittenBuilder::takeSpecialCodes(const TCSProValueSet& valueSet)
 {
     TCSProItem& last = *m_model.lastItem;
     for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
-        const auto code = entry->special ? specialCode(entry->type) : nullptr;
-        if (code && (last.*code).isEmpty())
-            last.*code = entry->code;
+        QString* code = entry->special ? specialCode(last, entry->type) : nullptr;
+        if (code && code->isEmpty())
+            *code = entry->code;
     }
 }
 
@@ -222,6 +224,7 @@ void CSProWrittenBuilder::finishItem()
         *item->valueSets = *last->valueSets; // shares the list's one allocation
         item->missingCode = last->missingCode;
         item->notApplicableCode = last->notApplicableCode;
-        item->refusedCode = last->refusedCode;
+        if (!last->detail().refusedCode.isEmpty())
+            item->editDetail().refusedCode = last->detail().refusedCode;
     }
 }

@@ -137,9 +137,10 @@ void CSProWrittenReader::readMore(const Values& values, TCSProRecord& record)
 
 void CSProWrittenReader::readMore(const Values& values, TCSProItem& item)
 {
+    CSProItemDetail& detail = item.editDetail();
     for (const CSProKeyLine& line : values.others) {
-        if (!takeNote(line, item.note)
-            && !takeOccurrenceLabel(line, item.occurrences, item.occurrenceLabels))
+        if (!takeNote(line, detail.note)
+            && !takeOccurrenceLabel(line, item.occurrences, detail.occurrenceLabels))
             reportOther(line, { "Alias", "CaptureType", "CaptureDateFormat" });
     }
 }
@@ -152,12 +153,14 @@ void CSProWrittenReader::fillValueSet(const CSProSection& section, TCSProValueSe
     const Values values = find(namedKeys(), section, headSize);
     valueSet.label = text(values, NamedLabel);
     valueSet.name = text(values, NamedName);
+    QString note;
     for (const CSProKeyLine& line : values.others) {
         if (line.hasKey("Link"))
-            valueSet.link = line.value.toString();
-        else if (!takeNote(line, valueSet.note))
+            valueSet.setLink(line.value.toString());
+        else if (!takeNote(line, note))
             reportOther(line, { "Alias" });
     }
+    valueSet.setNote(note);
     readWrittenValues(section, headSize, m_builder, valueSet);
 }
 

@@ -74,7 +74,7 @@ void releaseItems(const QList<TCSProItem*>& items)
         delete item;
     }
     for (TCSProValueSet* valueSet : qAsConst(valueSets)) {
-        if (!valueSet->linkedSet)
+        if (!valueSet->linkedSet())
             qDeleteAll(*valueSet->items);
         delete valueSet->items;
         delete valueSet;

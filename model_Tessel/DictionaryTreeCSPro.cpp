@@ -14,7 +14,7 @@ namespace {
 // The set that has the entries; linked sets count as one.
 const TCSProValueSet* ownerOfEntries(const TCSProValueSet* valueSet)
 {
-    return valueSet && valueSet->linkedSet ? valueSet->linkedSet : valueSet;
+    return valueSet && valueSet->linkedSet() ? valueSet->linkedSet() : valueSet;
 }
 
 // The set whose values an item has first, null when it has none.
@@ -100,15 +100,16 @@ private:
             variable.setName(
                 item.dictionaryName % TokenUnderscore % QString::number(item.occurrence));
         }
-        const QString ofOccurrence = m_cspro.labelText(item.occurrenceLabel);
+        const CSProItemDetail& detail = item.detail();
+        const QString ofOccurrence = m_cspro.labelText(detail.occurrenceLabel);
         if (!ofOccurrence.isEmpty()) {
             variable.setLabel(
                 variable.getLabel() % QLatin1String(" (") % ofOccurrence % QLatin1Char(')'));
         }
-        variable.setDocumentation(item.note);
+        variable.setDocumentation(detail.note);
         variable.setDecimals(item.decimal);
-        if (item.level > 0)
-            variable.setLevel(item.level);
+        if (detail.level > 0)
+            variable.setLevel(detail.level);
         if (m_lookupNames.contains(item.dictionaryName))
             variable.getMetadataVariables()->setLookup(true);
     }

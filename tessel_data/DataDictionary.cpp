@@ -161,10 +161,10 @@ void DictionaryResolver::addItem(const TCSProItem& item)
     variable.name = item.name;
     variable.itemName = item.dictionaryName;
     variable.label = item.label;
-    variable.type = !item.contentType.isEmpty() ? DataVariable::Type::Binary
+    variable.type = !item.detail().contentType.isEmpty() ? DataVariable::Type::Binary
         : item.isAlpha != 0                     ? DataVariable::Type::Text
                                                 : DataVariable::Type::Number;
-    variable.level = std::max(1, item.level);
+    variable.level = std::max(1, item.detail().level);
     variable.record = m_records.value(item.record, -1);
     variable.start = std::clamp(item.start - 1, 0, LastColumn);
     variable.width = std::clamp(item.len, 0, LastColumn);
@@ -172,7 +172,7 @@ void DictionaryResolver::addItem(const TCSProItem& item)
     variable.hasDecimalMark = item.hasDecimalChar;
     variable.isZeroFilled = item.isZeroFill;
     variable.isSubItem = item.isSubItem != 0;
-    variable.parent = m_variables.value(item.parent, -1);
+    variable.parent = m_variables.value(item.detail().parent, -1);
     variable.occurrence = item.occurrence;
     variable.valueSets = valueSetsOf(item);
     variable.codes = codesOf(variable);

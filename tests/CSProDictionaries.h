@@ -226,7 +226,7 @@ private:
         add(key + ".written", item.dictionaryName == item.name ? QString() : item.dictionaryName);
         add(key + ".missing", quoted(item.missingCode));
         add(key + ".notApplicable", quoted(item.notApplicableCode));
-        add(key + ".refused", quoted(item.refusedCode));
+        add(key + ".refused", quoted(item.detail().refusedCode));
         add(key + ".alpha", item.isAlpha);
         add(key + ".sub", item.isSubItem);
         add(key + ".decimal", item.decimal);
@@ -235,12 +235,13 @@ private:
         add(key + ".zero", item.isZeroFill ? 1 : 0);
         add(key + ".firstOccurrence", item.firstOccurrenceIndex);
         add(key + ".occurrence", item.occurrence);
-        add(key + ".occurrenceLabel", item.occurrenceLabel);
-        add(key + ".level", item.level);
-        add(key + ".note", item.note);
+        add(key + ".occurrenceLabel", item.detail().occurrenceLabel);
+        add(key + ".level", item.detail().level);
+        add(key + ".note", item.detail().note);
         add(key + ".record", item.record ? item.record->name : QString());
-        if (item.parent)
-            add(key + ".parent", item.parent->name + '@' + QString::number(item.parent->start));
+        if (item.detail().parent)
+            add(key + ".parent",
+                item.detail().parent->name + '@' + QString::number(item.detail().parent->start));
         for (int i = 0; i < item.valueSets->size(); ++i)
             addValueSet(key + ".v" + QString::number(i), *item.valueSets->at(i));
     }
@@ -250,10 +251,10 @@ private:
         add(key + ".name", valueSet.name);
         add(key + ".label", valueSet.label);
         add(key + ".text", valueSet.isNumeric ? 0 : 1);
-        add(key + ".link", valueSet.link);
-        if (valueSet.linkedSet)
-            add(key + ".linked", valueSet.linkedSet->name);
-        add(key + ".note", valueSet.note);
+        add(key + ".link", valueSet.link());
+        if (valueSet.linkedSet())
+            add(key + ".linked", valueSet.linkedSet()->name);
+        add(key + ".note", valueSet.note());
         for (int i = 0; i < valueSet.items->size(); ++i)
             addEntry(key + '[' + QString::number(i) + ']', valueSet, *valueSet.items->at(i));
     }

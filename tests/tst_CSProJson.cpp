@@ -227,23 +227,25 @@ private:
 
     void addItem(const TCSProItem& item)
     {
-        add({ "item", item.record->name, item.name, item.dictionaryName, item.label, item.note,
-            QString::number(item.start), QString::number(item.len),
+        add({ "item", item.record->name, item.name, item.dictionaryName, item.label,
+            item.detail().note, QString::number(item.start), QString::number(item.len),
             QString::number(item.occurrence), QString::number(item.firstOccurrenceIndex),
             QString::number(item.decimal), item.isAlpha != 0 ? "alpha" : "numeric",
             item.hasDecimalChar ? "point" : "", item.isZeroFill ? "zeros" : "",
-            item.isSubItem != 0 ? "subitem" : "", item.parent ? item.parent->name : QString(),
-            QString::number(item.level), item.occurrenceLabel,
-            item.occurrenceLabels.toList().join(','), item.contentType });
-        add({ "codes of", item.name, item.missingCode, item.notApplicableCode, item.refusedCode });
+            item.isSubItem != 0 ? "subitem" : "",
+            item.detail().parent ? item.detail().parent->name : QString(),
+            QString::number(item.detail().level), item.detail().occurrenceLabel,
+            item.detail().occurrenceLabels.toList().join(','), item.detail().contentType });
+        add({ "codes of", item.name, item.missingCode, item.notApplicableCode,
+            item.detail().refusedCode });
         for (const TCSProValueSet* valueSet : qAsConst(*item.valueSets))
             addValueSet(*valueSet);
     }
 
     void addValueSet(const TCSProValueSet& valueSet)
     {
-        add({ "set", valueSet.name, valueSet.label, valueSet.note, valueSet.link,
-            valueSet.linkedSet ? valueSet.linkedSet->name : QString(),
+        add({ "set", valueSet.name, valueSet.label, valueSet.note(), valueSet.link(),
+            valueSet.linkedSet() ? valueSet.linkedSet()->name : QString(),
             valueSet.isNumeric ? "numeric" : "text" });
         for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
             const CSProValueDetail detail = valueSet.detail(entry);
@@ -416,9 +418,9 @@ void tst_CSProJson::levelsAndRecords()
     QCOMPARE(loaded.parser.getRecord(2)->level, 2);
     QCOMPARE(loaded.parser.findRecordByValue(QStringLiteral("3")), loaded.parser.getRecord(2));
     QCOMPARE(loaded.item("ID1").record, loaded.parser.commonRecord);
-    QCOMPARE(loaded.item("ID1").level, 1);
+    QCOMPARE(loaded.item("ID1").detail().level, 1);
     QCOMPARE(loaded.item("A").record, loaded.parser.getRecord(2));
-    QCOMPARE(loaded.item("A").level, 2);
+    QCOMPARE(loaded.item("A").detail().level, 2);
     QCOMPARE(loaded.parser.problems().size(), 0);
 }
 
@@ -434,7 +436,7 @@ void tst_CSProJson::items()
     QCOMPARE(loaded.parser.problems().size(), 0);
     const TCSProItem& first = loaded.item("A");
     QCOMPARE(first.label, QStringLiteral("Weight"));
-    QCOMPARE(first.note, QStringLiteral("x"));
+    QCOMPARE(first.detail().note, QStringLiteral("x"));
     QCOMPARE(first.len, 6);
     QCOMPARE(first.decimal, 3);
     QCOMPARE(first.isAlpha, 0);
@@ -443,7 +445,7 @@ void tst_CSProJson::items()
     QCOMPARE(loaded.item("C").isAlpha, 1);
     QCOMPARE(loaded.item("C").decimal, 0);
     QVERIFY(!loaded.item("C").isZeroFill);
-    QCOMPARE(loaded.item("C").contentType, QString());
+    QCOMPARE(loaded.item("C").detail().contentType, QString());
     QVERIFY(!loaded.item("E").hasDecimalChar);
     QCOMPARE(loaded.item("E").occurrence, 0);
     QVERIFY(loaded.item("ID").isZeroFill);
@@ -491,7 +493,7 @@ void tst_CSProJson::contentTypes()
     const Loaded loaded(dictionary(QLatin1String(identification),
         "{ 'name': 'A', 'contentType': '" + written + "', 'length': 1 }"));
     QCOMPARE(loaded.item("A").isAlpha, isAlpha);
-    QCOMPARE(loaded.item("A").contentType, contentType);
+    QCOMPARE(loaded.item("A").detail().contentType, contentType);
     QCOMPARE(loaded.parser.problems().size(), 0);
 }
 
@@ -583,9 +585,9 @@ void tst_CSProJson::subItemsAndOccurrences()
     QCOMPARE(loaded.positions(),
         (QStringList { "ID@2", "P_1@6", "P_2@12", "S_1@7", "S_2@13", "T_1_1@9", "T_1_2@10",
             "T_2_1@15", "T_2_2@16", "Z@18" }));
-    QCOMPARE(loaded.item("S_2").parent, &loaded.item("P_2"));
-    QCOMPARE(loaded.item("P_2").occurrenceLabel, QStringLiteral("Second"));
-    QCOMPARE(loaded.item("P_1").occurrenceLabel, QString());
+    QCOMPARE(loaded.item("S_2").detail().parent, &loaded.item("P_2"));
+    QCOMPARE(loaded.item("P_2").detail().occurrenceLabel, QStringLiteral("Second"));
+    QCOMPARE(loaded.item("P_1").detail().occurrenceLabel, QString());
     QCOMPARE(loaded.item("P_2").dictionaryName, QStringLiteral("P"));
     QCOMPARE(loaded.item("P_2").occurrence, 2);
     QCOMPARE(loaded.item("S_1").isSubItem, 1);
@@ -685,7 +687,7 @@ void tst_CSProJson::specials()
     const TCSProItem& item = loaded.item("A");
     QCOMPARE(item.missingCode, type == 1 ? stored : QString());
     QCOMPARE(item.notApplicableCode, type == 2 ? stored : QString());
-    QCOMPARE(item.refusedCode, type == 3 ? stored : QString());
+    QCOMPARE(item.detail().refusedCode, type == 3 ? stored : QString());
     QCOMPARE(loaded.hasProblem(Kind::UnknownSpecial), type == 0);
     if (type != 0) {
         QCOMPARE(loaded.import.fields->constLast()->maxValue, QStringLiteral("1"));
@@ -728,11 +730,11 @@ void tst_CSProJson::links()
             + ", " + numeric("B", 1, set.arg("W", "")) + ", "
             + numeric("C", 1, ", 'valueSets': [ { 'name': 'X', 'labels': [], 'link': '8' } ]")));
     const TCSProValueSet& first = loaded.valueSet("V");
-    QCOMPARE(first.link, QStringLiteral("7"));
-    QCOMPARE(loaded.valueSet("W").linkedSet, &first);
+    QCOMPARE(first.link(), QStringLiteral("7"));
+    QCOMPARE(loaded.valueSet("W").linkedSet(), &first);
     QCOMPARE(*loaded.valueSet("W").items, *first.items);
     QCOMPARE(loaded.item("B").missingCode, QStringLiteral("9"));
-    QCOMPARE(loaded.valueSet("X").linkedSet, nullptr);
+    QCOMPARE(loaded.valueSet("X").linkedSet(), nullptr);
     QCOMPARE(loaded.parser.problems().size(), 1);
     QVERIFY(loaded.hasProblem(Kind::LinkWithoutValues));
 }
@@ -815,8 +817,8 @@ void tst_CSProJson::binaryItems()
               "'length': 1 }, "
             + numeric("B", 2)));
     QCOMPARE(loaded.positions(), (QStringList { "ID@2", "A@6", "PHOTO@8", "B@9" }));
-    QCOMPARE(loaded.item("PHOTO").contentType, QStringLiteral("image"));
-    QCOMPARE(loaded.item("B").contentType, QString());
+    QCOMPARE(loaded.item("PHOTO").detail().contentType, QStringLiteral("image"));
+    QCOMPARE(loaded.item("B").detail().contentType, QString());
     QCOMPARE(loaded.parser.problems().size(), 0);
 }
 

@@ -8,6 +8,39 @@
 
 #include <limits>
 
+namespace {
+
+// What the established reading fills of each object, in order, and a pointer to all else.
+
+struct EstablishedEntry : QObject {
+    QString label, code;
+    int type;
+    bool special;
+};
+
+struct EstablishedValueSet : QObject {
+    QString label, name, reservedText;
+    bool isNumeric;
+    void* items;
+    int sourceLine;
+    void* detail;
+};
+
+struct EstablishedItem : QObject {
+    int valueSetCount;
+    QString label, missingCode, name, notApplicableCode;
+    int isAlpha, decimal, isSubItem, len, occurrences, start;
+    bool hasDecimalChar, isZeroFill;
+    int firstOccurrenceIndex;
+    void* record;
+    void* valueSets;
+    QString dictionaryName;
+    int occurrence, sourceLine;
+    void* detail;
+};
+
+} // namespace
+
 class tst_CSProReading : public QObject {
     Q_OBJECT
 
@@ -15,6 +48,8 @@ private slots:
     void initTestCase();
     void establishedIsTheDefault();
     void importTakesTheReading();
+    void establishedPaysForItselfAlone();
+    void establishedMakesNoDetails();
     void differences_data();
     void differences();
     void plainDictionaryIsTheSame();
@@ -84,6 +119,40 @@ void tst_CSProReading::importTakesTheReading()
 }
 
 // The file's entries: "== name", the lines of a dictionary, "--" and what differs.
+void tst_CSProReading::establishedPaysForItselfAlone()
+{
+    QCOMPARE(sizeof(TValueSetItem), sizeof(EstablishedEntry));
+    QCOMPARE(sizeof(TCSProValueSet), sizeof(EstablishedValueSet));
+    QCOMPARE(sizeof(TCSProItem), sizeof(EstablishedItem));
+}
+
+// Items of which nothing more is said share one empty detail.
+void tst_CSProReading::establishedMakesNoDetails()
+{
+    const QString text = dictionary("[Level]\nName=L\n"
+                                    "[Item]\nName=A\nStart=1\nLen=1\nOccurrences=2\nNote=N\n"
+                                    "OccurrenceLabel=1,First\n"
+                                    "[ValueSet]\nName=V\nLink=1\nNote=N\nValue=1;One\n"
+                                    "[Item]\nName=B\nStart=3\nLen=1\nItemType=SubItem\n"
+                                    "[ValueSet]\nName=W\nLink=1\n");
+    const TCSProItem unread;
+    const Model established(Reading::Established, text);
+    QCOMPARE(established.parser.getItemsCount(), 3);
+    for (const TCSProItem* item : qAsConst(*established.parser.items)) {
+        QCOMPARE(&item->detail(), &unread.detail());
+        for (const TCSProValueSet* valueSet : qAsConst(*item->valueSets)) {
+            QCOMPARE(valueSet->link(), QString());
+            QCOMPARE(valueSet->note(), QString());
+            QCOMPARE(valueSet->linkedSet(), nullptr);
+        }
+    }
+    const Model written(Reading::AsWritten, text);
+    for (const TCSProItem* item : qAsConst(*written.parser.items))
+        QVERIFY(&item->detail() != &unread.detail());
+    QCOMPARE(written.parser.getItem(0)->getValueSet(0)->link(), QString("1"));
+    QCOMPARE(written.parser.getItem(0)->getValueSet(0)->note(), QString("N"));
+}
+
 void tst_CSProReading::differences_data()
 {
     QTest::addColumn<QString>("text");

@@ -208,7 +208,7 @@ Contents contentsOfModel(const TCSPro& parser)
         contents.items.append(item->dictionaryName);
         for (const TCSProValueSet* valueSet : qAsConst(*item->valueSets)) {
             contents.valueSets.append(valueSet->name);
-            if (valueSet->linkedSet || valueSet->items->isEmpty())
+            if (valueSet->linkedSet() || valueSet->items->isEmpty())
                 ++contents.links;
             else
                 countEntries(*valueSet, contents);
@@ -252,7 +252,7 @@ QStringList layoutOf(const TCSPro& parser)
         texts.append(item->record->name + '/' + item->name + ' ' + QString::number(item->start)
             + '+' + QString::number(item->len) + (item->isAlpha != 0 ? " text" : " number")
             + (item->isZeroFill ? " zeros" : "") + (item->hasDecimalChar ? " point" : "") + ' '
-            + QString::number(item->decimal) + ' ' + item->occurrenceLabel);
+            + QString::number(item->decimal) + ' ' + item->detail().occurrenceLabel);
         for (const TCSProValueSet* valueSet : qAsConst(*item->valueSets)) {
             for (const TValueSetItem* entry : qAsConst(*valueSet->items)) {
                 texts.append(item->name + '/' + valueSet->name + ' '

@@ -38,11 +38,11 @@ void tst_CSProWrittenItems::occurrences()
         QVERIFY(item.isZeroFill);
         QCOMPARE(model.variable(item.name).start, item.start);
     }
-    QCOMPARE(model.parser.getItem(0)->occurrenceLabel, QStringLiteral("First"));
-    QCOMPARE(model.parser.getItem(1)->occurrenceLabel, QString());
-    QCOMPARE(model.parser.getItem(2)->occurrenceLabel, QStringLiteral("Third"));
-    QCOMPARE(model.parser.getItem(11)->occurrenceLabel, QStringLiteral("Last, of all"));
-    QCOMPARE(model.parser.getItem(0)->occurrenceLabels.size(), 12);
+    QCOMPARE(model.parser.getItem(0)->detail().occurrenceLabel, QStringLiteral("First"));
+    QCOMPARE(model.parser.getItem(1)->detail().occurrenceLabel, QString());
+    QCOMPARE(model.parser.getItem(2)->detail().occurrenceLabel, QStringLiteral("Third"));
+    QCOMPARE(model.parser.getItem(11)->detail().occurrenceLabel, QStringLiteral("Last, of all"));
+    QCOMPARE(model.parser.getItem(0)->detail().occurrenceLabels.size(), 12);
     QCOMPARE(problemsOf(model.parser), QStringList());
 
     const Model record(Reading::AsWritten,
@@ -69,7 +69,7 @@ void tst_CSProWrittenItems::repeatedSubItems()
     QVector<int> numbers;
     for (const TCSProItem* item : qAsConst(*model.parser.items)) {
         starts.append(item->start);
-        parents.append(item->parent ? item->parent->name : QStringLiteral("-"));
+        parents.append(item->detail().parent ? item->detail().parent->name : QStringLiteral("-"));
         numbers.append(item->occurrence);
     }
     QCOMPARE(starts, (QVector<int> { 10, 16, 11, 17, 13, 14, 15, 19, 20, 21, 22, 23, 24, 25 }));
@@ -77,7 +77,7 @@ void tst_CSProWrittenItems::repeatedSubItems()
         (QStringList { "-", "-", "P_1", "P_2", "P_1", "P_1", "P_1", "P_2", "P_2", "P_2", "-", "Q",
             "Q", "Q" }));
     QCOMPARE(numbers, (QVector<int> { 1, 2, 1, 2, 1, 2, 3, 4, 5, 6, 0, 1, 2, 0 }));
-    QCOMPARE(model.item("S_2").occurrenceLabel, QStringLiteral("Second"));
+    QCOMPARE(model.item("S_2").detail().occurrenceLabel, QStringLiteral("Second"));
     for (const char* name : { "S_1", "S_2" }) {
         QCOMPARE(model.item(name).getCount(), 1);
         QCOMPARE(model.item(name).missingCode, QStringLiteral("9"));
@@ -92,11 +92,11 @@ void tst_CSProWrittenItems::parents()
                    "ItemType=SubItem\n[Item]\nName=C\nStart=4\nLen=2\nItemType=SubItem\n"
                    "[Item]\nName=D\nStart=6\nLen=4\n[Item]\nName=E\nStart=6\nLen=2\n"
                    "ItemType=SubItem\n"));
-    QCOMPARE(model.item("A").parent, nullptr);
-    QCOMPARE(model.item("B").parent, &model.item("A"));
-    QCOMPARE(model.item("C").parent, &model.item("A"));
-    QCOMPARE(model.item("D").parent, nullptr);
-    QCOMPARE(model.item("E").parent, &model.item("D"));
+    QCOMPARE(model.item("A").detail().parent, nullptr);
+    QCOMPARE(model.item("B").detail().parent, &model.item("A"));
+    QCOMPARE(model.item("C").detail().parent, &model.item("A"));
+    QCOMPARE(model.item("D").detail().parent, nullptr);
+    QCOMPARE(model.item("E").detail().parent, &model.item("D"));
 }
 
 QTEST_GUILESS_MAIN(tst_CSProWrittenItems)

@@ -245,7 +245,7 @@ void tst_CSProWrittenLines::levels()
     QCOMPARE(model.parser.levels().at(2).name, QStringLiteral("EMPTY"));
     QVector<int> levels;
     for (const TCSProItem* item : qAsConst(*model.parser.items))
-        levels.append(item->level);
+        levels.append(item->detail().level);
     QCOMPARE(levels, (QVector<int> { 1, 1, 2, 2, 3 }));
     QCOMPARE(model.parser.getRecord(0)->level, 1);
     QCOMPARE(model.parser.getRecord(1)->level, 2);
@@ -280,9 +280,9 @@ void tst_CSProWrittenLines::notes()
     QCOMPARE(model.parser.note(), note);
     QCOMPARE(model.parser.levels().at(0).note, note);
     QCOMPARE(model.parser.getRecord(0)->note, note);
-    QCOMPARE(model.item("A").note, note);
+    QCOMPARE(model.item("A").detail().note, note);
     const TCSProValueSet& set = *model.item("A").valueSets->at(0);
-    QCOMPARE(set.note, note);
+    QCOMPARE(set.note(), note);
     QCOMPARE(detail(set, 0).note, note);
     QCOMPARE(detail(set, 1).note, note);
     QCOMPARE(detail(set, 2).note, QString());

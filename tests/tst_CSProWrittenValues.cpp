@@ -194,7 +194,7 @@ void tst_CSProWrittenValues::specialWords()
     QCOMPARE(set.name, QStringLiteral("V"));
     QCOMPARE(item.missingCode, type == 1 ? QStringLiteral("9") : QString());
     QCOMPARE(item.notApplicableCode, type == 2 ? QStringLiteral("9") : QString());
-    QCOMPARE(item.refusedCode, type == 3 ? QStringLiteral("9") : QString());
+    QCOMPARE(item.detail().refusedCode, type == 3 ? QStringLiteral("9") : QString());
     QCOMPARE(
         problemsOf(model.parser), type == 0 ? QStringList { "19 UnknownSpecial" } : QStringList());
 }
@@ -213,7 +213,7 @@ void tst_CSProWrittenValues::specialsStayOutOfRanges()
     QCOMPARE(field.valueLabels, QStringLiteral("1:5 Some\t"));
     QCOMPARE(field.missingValue, QStringLiteral("99999"));
     QCOMPARE(field.notApplicableValue, QStringLiteral("     "));
-    QCOMPARE(model.item("A").refusedCode, QStringLiteral("99998"));
+    QCOMPARE(model.item("A").detail().refusedCode, QStringLiteral("99998"));
     QCOMPARE(problemsOf(model.parser), QStringList());
 
     const Model onlySpecials(Reading::AsWritten, values("Value=9;None\nName=MISSING,Special"));
@@ -244,7 +244,7 @@ void tst_CSProWrittenValues::specialsOfOccurrences()
         ++occurrences;
         QCOMPARE(item->missingCode, QStringLiteral("9"));
         QCOMPARE(item->notApplicableCode, QStringLiteral("7"));
-        QCOMPARE(item->refusedCode, QStringLiteral("8"));
+        QCOMPARE(item->detail().refusedCode, QStringLiteral("8"));
         QCOMPARE(model.variable(item->name).missingValue, QStringLiteral("9"));
     }
     QCOMPARE(occurrences, 3);
@@ -257,7 +257,7 @@ void tst_CSProWrittenValues::firstSpecialCodeCounts()
                "[ValueSet]\nName=W\nValue=7;c\nName=MISSING,Special\nValue=6;d\n"
                "Name=REFUSED,Special\n"));
     QCOMPARE(model.item("A").missingCode, QStringLiteral("8"));
-    QCOMPARE(model.item("A").refusedCode, QStringLiteral("6"));
+    QCOMPARE(model.item("A").detail().refusedCode, QStringLiteral("6"));
 }
 
 void tst_CSProWrittenValues::codesInTheData_data()
@@ -369,11 +369,11 @@ void tst_CSProWrittenValues::links()
                    "[Item]\nName=C\nStart=5\nLen=1\n[ValueSet]\nName=X\nLink=1\n"
                    "[ValueSet]\nName=Y\nLink=2\nValue=5;c\n[ValueSet]\nName=Z\n"));
     const TCSProValueSet* const first = model.item("A").getValueSet(0);
-    QCOMPARE(first->link, QStringLiteral("1"));
-    QCOMPARE(first->linkedSet, nullptr);
+    QCOMPARE(first->link(), QStringLiteral("1"));
+    QCOMPARE(first->linkedSet(), nullptr);
     for (const char* name : { "B_1", "B_2", "C" }) {
         const TCSProItem& item = model.item(name);
-        QCOMPARE(item.getValueSet(0)->linkedSet, first);
+        QCOMPARE(item.getValueSet(0)->linkedSet(), first);
         QCOMPARE(*item.getValueSet(0)->items, *first->items);
         QCOMPARE(item.missingCode, QStringLiteral("9"));
         QCOMPARE(model.variable(name).valueLabels.left(4), QStringLiteral("1 a\t"));
@@ -391,7 +391,7 @@ void tst_CSProWrittenValues::linkIsToTheFirstSetWithValues()
                    "[Item]\nName=C\nStart=4\nLen=1\n[ValueSet]\nName=X\nLink=1\n"));
     QCOMPARE(problemsOf(model.parser), QStringList { "15 LinkWithoutValues" });
     QCOMPARE(codesOf(model.item("B")), QStringList { "1" });
-    QCOMPARE(model.item("C").getValueSet(0)->linkedSet, model.item("B").getValueSet(0));
+    QCOMPARE(model.item("C").getValueSet(0)->linkedSet(), model.item("B").getValueSet(0));
     QCOMPARE(codesOf(model.item("C")), QStringList { "1" });
 }
 

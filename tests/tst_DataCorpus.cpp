@@ -179,8 +179,9 @@ void TestDataCorpus::text()
         QString key;
         for (int i = 0; i < layout.getItemsCount(); ++i) {
             const TCSProItem& item = *layout.getItem(i);
-            const bool isId = item.record == layout.commonRecord && item.level <= record->level;
-            if (isId && item.level == 1)
+            const bool isId =
+                item.record == layout.commonRecord && item.detail().level <= record->level;
+            if (isId && item.detail().level == 1)
                 key += line.mid(item.start - 1, item.len) + QLatin1Char('/');
             if (isId || item.record == record)
                 slice(line.mid(item.start - 1, item.len), item,

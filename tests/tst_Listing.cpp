@@ -278,7 +278,7 @@ private:
     {
         addNote(facts, listed.name, listed.note);
         int number = 0;
-        for (int i = 0; i < listed.codes.size() && !valueSet.linkedSet; ++i) {
+        for (int i = 0; i < listed.codes.size() && !valueSet.linkedSet(); ++i) {
             if (valueSet.detail(valueSet.getValueSetItem(i)).isFurtherCode)
                 continue;
             ++number;

@@ -50,7 +50,7 @@ CodeKinds kindsOf(const TCSPro& cspro, const TOxEntity& root)
             [](const TCSProValueSet* set) { return !set->items->isEmpty(); });
         if (found == item->valueSets->cend())
             continue;
-        const TCSProValueSet* const set = (*found)->linkedSet ? (*found)->linkedSet : *found;
+        const TCSProValueSet* const set = (*found)->linkedSet() ? (*found)->linkedSet() : *found;
         kinds.insert(variable, [set](int label) { return kindOf(*set->items->at(label)); });
     }
     return kinds;

@@ -116,7 +116,7 @@ int widthOf(const TCSProItem& item, Kind kind)
 
 QString labelOf(const TCSProVariable& field)
 {
-    const QString& occurrence = field.item->occurrenceLabel;
+    const QString& occurrence = field.item->detail().occurrenceLabel;
     return occurrence.isEmpty() ? field.label
                                 : QString(field.label + QLatin1String(": ") + occurrence);
 }
@@ -130,7 +130,7 @@ Column columnOf(const TCSPro& dictionary, const TCSProVariable& field)
         return column;
     // Sets that are linked have the same values, so the files have them once.
     const TCSProValueSet* set = field.item->getValueSet(0);
-    column.setName = (set->linkedSet ? set->linkedSet : set)->name.toUtf8();
+    column.setName = (set->linkedSet() ? set->linkedSet() : set)->name.toUtf8();
     for (const TValueSetItem* entry : qAsConst(*set->items)) {
         if (!set->detail(entry).highCode.isNull())
             continue;
@@ -152,7 +152,7 @@ Table tableOf(const TCSProDataImport& importer, const TCSProRecord& record)
     table.recordType = record.recordTypeValue;
     QSet<const TCSProItem*> parents;
     for (const TCSProItem* item : qAsConst(*dictionary.items))
-        parents.insert(item->parent);
+        parents.insert(item->detail().parent);
     for (const TCSProRecord* part :
         { const_cast<const TCSProRecord*>(dictionary.commonRecord), &record }) {
         for (const TGenericField* any : qAsConst(*importer.fields)) {

@@ -35,7 +35,7 @@ ListedValueSet listValueSet(const TCSProValueSet& valueSet, const TCSPro& dictio
     ListedValueSet listed;
     listed.name = valueSet.name;
     listed.label = dictionary.labelText(valueSet.label);
-    listed.note = orNull(valueSet.note);
+    listed.note = orNull(valueSet.note());
     listed.codes.reserve(valueSet.getCount());
     for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
         const CSProValueDetail& detail = valueSet.detail(entry);
@@ -100,6 +100,7 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     const TCSPro& dictionary, ValueSetLister& valueSets)
 {
     const TCSProItem& item = *variable.item;
+    const CSProItemDetail& detail = item.detail();
     ListedField field;
     field.item = item.dictionaryName;
     field.occurrence = item.occurrence;
@@ -107,23 +108,23 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     if (item.occurrence > 0 && dictionary.reading() == CSProReading::Established)
         field.name = field.item + QLatin1Char('_') + QString::number(item.occurrence);
     field.label = source.fieldLabel;
-    field.occurrenceLabel = orNull(dictionary.labelText(item.occurrenceLabel));
+    field.occurrenceLabel = orNull(dictionary.labelText(detail.occurrenceLabel));
     field.isIdentification = item.record == dictionary.commonRecord;
     if (item.record && !field.isIdentification)
         field.record = item.record->name;
-    if (item.parent)
-        field.parent = item.parent->dictionaryName;
+    if (detail.parent)
+        field.parent = detail.parent->dictionaryName;
     field.type = valueTypeOf(source.getFieldType());
     field.start = source.start;
     field.length = source.length;
     field.decimals = item.decimal; // the source field's are lost under the established rules
-    field.level = item.level;
+    field.level = detail.level;
     field.isZeroFilled = item.isZeroFill;
     field.hasDecimalChar = item.hasDecimalChar;
     field.isSubItem = item.isSubItem != 0;
     field.missing = orNull(source.missingValue);
     field.notApplicable = orNull(source.notApplicableValue);
-    field.note = orNull(item.note);
+    field.note = orNull(detail.note);
     if (!variable.isString()) {
         field.min = orNull(source.minValue);
         field.max = orNull(source.maxValue);
