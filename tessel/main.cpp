@@ -1,3 +1,4 @@
+#include "BuildCommand.h"
 #include "CheckCommand.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
@@ -30,6 +31,7 @@ struct Command {
 };
 
 constexpr Command commands[] = {
+    { "build", "make a database of data and their dictionary", runBuild },
     { "check", "check data against their dictionary", runCheck },
     { "diff", "compare two dictionaries", runDiff },
     { "export", "write a dictionary as DDI, SQL, CSV, JSON or a web page", runExport },

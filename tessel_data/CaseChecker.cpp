@@ -38,6 +38,7 @@ DataProblem CaseChecker::problem(ProblemKind kind, qint64 line, int record) cons
     problem.kind = kind;
     problem.file = m_file;
     problem.line = line;
+    problem.caseNumber = m_caseCount;
     problem.caseKey = shown(m_key);
     problem.record = record;
     return problem;
@@ -169,6 +170,8 @@ void CaseChecker::finish()
         repeated.file = group.second.file;
         repeated.line = group.second.line;
         repeated.caseKey = QString::fromUtf8(group.key.data(), int(group.key.size()));
+        repeated.caseNumber = group.second.number;
+        repeated.otherCase = group.first.number;
         repeated.otherFile = group.first.file;
         repeated.otherLine = group.first.line;
         m_tell(repeated);

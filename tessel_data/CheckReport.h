@@ -47,12 +47,14 @@ struct DataProblem {
     ProblemKind kind = ProblemKind::UnknownRecordType;
     int file = 0; /*!< index among the files of the source */
     qint64 line = 0; /*!< or row, from 1; 0: none */
+    qint64 caseNumber = 0; /*!< of its case in the source, from 1; 0: not known */
     QString caseKey; /*!< identification of the case; empty: not known */
     int record = -1; /*!< index in the dictionary; -1: none */
     int variable = -1; /*!< index in the dictionary; -1: none */
     QString value; /*!< the value, or the line, as it stands */
     int otherFile = -1; /*!< where the case began before; -1: nowhere */
     qint64 otherLine = 0;
+    qint64 otherCase = 0; /*!< number of the case that began there */
 };
 
 /*! A code that is in no value set, and how often it comes. */

@@ -145,6 +145,7 @@ void Checker::Job::tellNameless(const DataBatch::Record& record)
     problem.kind = ProblemKind::BlankIdentification;
     problem.file = record.file;
     problem.line = record.line;
+    problem.caseNumber = record.caseNumber + 1;
     problem.record = record.record;
     tell(problem);
 }
@@ -173,6 +174,7 @@ void Checker::Job::takeOdd(
     problem.kind = kind;
     problem.file = record.file;
     problem.line = record.line;
+    problem.caseNumber = cases.caseCount();
     problem.caseKey = shown(cases.key());
     problem.record = record.record;
     problem.variable = type.columns.at(column);
@@ -206,6 +208,8 @@ void Checker::Job::takeTold(const DataBatch& batch, const DataBatch::Told& told)
     problem.variable = told.variable;
     if (told.caseNumber >= 0 && told.caseNumber == cases.caseCount() - 1)
         problem.caseKey = shown(cases.key());
+    if (told.caseNumber >= 0)
+        problem.caseNumber = told.caseNumber + 1;
     problem.value = shown(batch.text(told.text));
     tell(problem);
 }

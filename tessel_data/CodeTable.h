@@ -25,6 +25,14 @@ public:
         int entry = -1; /*!< number that the code was added with */
     };
 
+    /*! Numbers from \c low to \c high that one code stands for. */
+    template <typename Number> struct Segment {
+        Number low;
+        Number high;
+        Special special;
+        int entry;
+    };
+
     /*! \name Codes in the order of the dictionary; finish() after the last. */
     /*! @{ */
     void addNumbers(qint64 low, qint64 high, Special special, int entry);
@@ -50,13 +58,23 @@ public:
     ValueState stateOf(std::string_view text) const;
     ValueState stateOfBlank() const;
 
+    /*! \name What was added, after finish(): disjoint and in order; of texts the first of each. */
+    /*! @{ */
+    const std::vector<Segment<qint64>>& numbers() const
+    {
+        return m_numbers;
+    }
+    const std::vector<Segment<double>>& reals() const
+    {
+        return m_reals;
+    }
+    const std::unordered_map<std::string_view, Match>& texts() const
+    {
+        return m_texts;
+    }
+    /*! @} */
+
 private:
-    template <typename Number> struct Segment {
-        Number low;
-        Number high;
-        Special special;
-        int entry;
-    };
     template <typename Number> static void sweep(std::vector<Segment<Number>>& segments);
     template <typename Number>
     static const Segment<Number>* segmentOf(

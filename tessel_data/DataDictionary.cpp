@@ -403,6 +403,23 @@ const DataVariable& DataDictionary::variable(int record, int column) const
     return variables[std::size_t(records[std::size_t(record)].columns.at(column))];
 }
 
+CodeTable DataDictionary::codesOf(int set, const DataVariable& variable) const
+{
+    CodeTable table;
+    int entry = 0;
+    for (const DataCode& code : valueSets[std::size_t(set)].codes) {
+        bool isNumber = false;
+        const double number = code.code.toDouble(&isNumber);
+        if (variable.type != DataVariable::Type::Real)
+            addCode(table, code, variable, entry);
+        else if (isNumber)
+            table.addReals(number, number, code.special, entry);
+        ++entry;
+    }
+    table.finish();
+    return table;
+}
+
 int DataDictionary::columnCount() const
 {
     return records.empty() ? 0 : records.back().firstColumn + records.back().columns.size();

@@ -97,6 +97,8 @@ public:
     QString labelText(const QString& label, int language = 0) const;
     /*! Variable behind column \a column of record \a record. */
     const DataVariable& variable(int record, int column) const;
+    /*! The codes of value set \a set as values of \a variable, by their places in the set. */
+    CodeTable codesOf(int set, const DataVariable& variable) const;
     /*! Columns of all records. */
     int columnCount() const;
 

@@ -21,6 +21,9 @@ public:
         Busy, /*!< another program is writing to it */
         Damaged, /*!< its contents contradict themselves */
         Encrypted,
+        CannotWrite, /*!< a database that is made */
+        TargetExists, /*!< and is not to be replaced */
+        DoesNotAddUp, /*!< what arrived is not what was read */
     };
 
     DataError(Code code, const QString& file, const QString& text);

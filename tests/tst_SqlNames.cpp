@@ -1,6 +1,8 @@
-#include "writers/SqlNames.h"
+#include <tessel_data/SqlNames.h>
 
 #include <QtTest>
+
+using namespace tessel;
 
 namespace {
 

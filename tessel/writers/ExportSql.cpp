@@ -1,7 +1,6 @@
 #include "writers/ExportWriters.h"
 
 #include "writers/ExportText.h"
-#include "writers/SqlNames.h"
 #include "writers/SqlValueTables.h"
 #include "text/ShownText.h"
 
@@ -9,19 +8,16 @@
 
 #include <numeric>
 
-namespace {
+using tessel::sqlComment;
+using tessel::sqlIdentifier;
+using tessel::sqlText;
+using tessel::sqlTypeName;
 
-constexpr int LongestText = 10485760; // that PostgreSQL takes in VARCHAR(n)
-constexpr int MostDigits = 1000; // that PostgreSQL takes in NUMERIC(n)
+namespace {
 
 constexpr int MostRowBytes = 7900; // that PostgreSQL surely takes in the columns of a row
 constexpr int DoubleDigits = 17;
 constexpr int LongestInRow = 24; // bytes of a value that PostgreSQL does not keep elsewhere
-
-int mostColumns(SqlDialect dialect)
-{
-    return dialect == SqlDialect::Sqlite ? 2000 : 1600;
-}
 
 // Columns of an index.
 int mostKeys(SqlDialect dialect)
@@ -66,7 +62,6 @@ private:
     int bytesOf(const Column& column) const;
     bool isTooWide(int columns, int bytes) const;
     void addColumns(Table& table, SqlNames& names, const QVector<int>& fields, bool areKeys) const;
-    QString typeOf(const ListedField& field) const;
     QString about(const ListedField& field) const;
     QString heading() const;
     QString definition(const Table& table) const;
@@ -176,7 +171,7 @@ int SqlWriter::bytesOf(const Column& column) const
 
 bool SqlWriter::isTooWide(int columns, int bytes) const
 {
-    return columns > mostColumns(m_dialect)
+    return columns > tessel::mostSqlColumns(m_dialect)
         || (m_dialect == SqlDialect::PostgreSql && bytes > MostRowBytes);
 }
 
@@ -234,23 +229,6 @@ void SqlWriter::addColumns(
     }
 }
 
-// Widths are the data's own where they have columns; elsewhere they say how values are shown.
-QString SqlWriter::typeOf(const ListedField& field) const
-{
-    const SqlType type = sqlTypeOf(field, m_dialect);
-    if (type == SqlType::Text && field.isText() && field.length > 0
-        && field.length <= LongestText) {
-        return m_dialect == SqlDialect::Sqlite ? QStringLiteral("TEXT(%1)").arg(field.length)
-                                               : QStringLiteral("VARCHAR(%1)").arg(field.length);
-    }
-    // Where the data has the point it may stand anywhere.
-    const bool hasDigits = field.start > 0 && field.length > 0 && field.length <= MostDigits
-        && field.decimals <= field.length && !field.hasDecimalChar;
-    if (type == SqlType::Real && m_dialect == SqlDialect::PostgreSql && hasDigits)
-        return QStringLiteral("NUMERIC(%1, %2)").arg(field.length).arg(field.decimals);
-    return sqlTypeName(type, m_dialect);
-}
-
 QString SqlWriter::about(const ListedField& field) const
 {
     const QStringList tables = m_values.tablesOf(field);
@@ -278,7 +256,7 @@ QString SqlWriter::columnDefinition(const Table& table, const Column& column) co
         return text;
     }
     const ListedField& field = m_listing.fields.at(column.field);
-    text += typeOf(field);
+    text += tessel::sqlTypeName(sqlShapeOf(field), m_dialect);
     if (column.isKey && table.hasUniqueKeys)
         text += QLatin1String(" NOT NULL");
     const QString reference = m_values.referenceOf(field);

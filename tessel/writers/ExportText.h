@@ -2,7 +2,8 @@
 
 #include "listing/Listing.h"
 
-#include <QHash>
+#include <tessel_data/UniqueNames.h>
+
 #include <QString>
 #include <QVector>
 
@@ -41,14 +42,9 @@ private:
 QString titleOf(const Listing& listing);
 
 /*! \a text with the characters that XML cannot hold made visible. */
-QString xmlText(const QString& text);
+inline QString xmlText(const QString& text)
+{
+    return tessel::visibleText(text);
+}
 
-/*! Hands out names that differ in more than upper and lower case. */
-class UniqueNames {
-public:
-    /*! \a wanted, or when that is taken, \a wanted followed by "_2", "_3" and so on. */
-    QString take(const QString& wanted);
-
-private:
-    QHash<QString, int> m_lastNumbers; // of the names taken, in small letters
-};
+using tessel::UniqueNames;

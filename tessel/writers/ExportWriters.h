@@ -2,10 +2,12 @@
 
 #include "listing/Listing.h"
 
+#include <tessel_data/SqlTypes.h>
+
 #include <QByteArray>
 #include <QStringList>
 
-enum class SqlDialect { Sqlite, PostgreSql };
+using tessel::SqlDialect;
 
 struct SqlOptions {
     SqlDialect dialect = SqlDialect::Sqlite;

@@ -9,9 +9,13 @@
 #include <algorithm>
 #include <cmath>
 
+using tessel::sqlComment;
+using tessel::sqlIdentifier;
+using tessel::sqlText;
+using tessel::sqlTypeName;
+
 namespace {
 
-constexpr int LongestInteger = 18; // digits that always fit 64 bits
 constexpr int LongestCode = 600; // characters that fit PostgreSQL's indexes whatever they are
 constexpr int RowsPerStatement = 200;
 
@@ -59,32 +63,22 @@ QString textLiteral(const QString& code)
 
 } // namespace
 
-SqlType sqlTypeOf(const ListedField& field, SqlDialect dialect)
+// The library takes long whole numbers for real; columns without decimals are whole.
+tessel::SqlShape sqlShapeOf(const ListedField& field)
 {
-    if (field.isText())
-        return SqlType::Text;
-    // The library takes long whole numbers for real; columns without decimals are whole.
-    const bool isWhole =
-        field.type == ValueType::Integer || (field.start > 0 && field.decimals == 0);
-    if (!isWhole)
-        return SqlType::Real;
-    if (field.length <= LongestInteger)
-        return SqlType::Integer;
-    return dialect == SqlDialect::PostgreSql ? SqlType::Real : SqlType::Text;
+    tessel::SqlShape shape;
+    shape.isText = field.isText();
+    shape.isFixed = field.start > 0;
+    shape.isWhole = field.type == ValueType::Integer || (shape.isFixed && field.decimals == 0);
+    shape.width = field.length;
+    shape.decimals = field.decimals;
+    shape.hasDecimalMark = field.hasDecimalChar;
+    return shape;
 }
 
-QString sqlTypeName(SqlType type, SqlDialect dialect)
+SqlType sqlTypeOf(const ListedField& field, SqlDialect dialect)
 {
-    const bool isSqlite = dialect == SqlDialect::Sqlite;
-    switch (type) {
-    case SqlType::Integer:
-        return isSqlite ? QStringLiteral("INTEGER") : QStringLiteral("BIGINT");
-    case SqlType::Real:
-        return isSqlite ? QStringLiteral("REAL") : QStringLiteral("NUMERIC");
-    case SqlType::Text:
-        break;
-    }
-    return QStringLiteral("TEXT");
+    return tessel::sqlTypeOf(sqlShapeOf(field), dialect);
 }
 
 QString SqlValueTables::keyOf(const ListedField& field, const ListedValueSet& valueSet) const

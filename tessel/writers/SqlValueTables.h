@@ -1,7 +1,8 @@
 #pragma once
 
 #include "writers/ExportWriters.h"
-#include "writers/SqlNames.h"
+
+#include <tessel_data/SqlNames.h>
 
 #include <QHash>
 #include <QPair>
@@ -9,14 +10,15 @@
 #include <QStringList>
 #include <QVector>
 
-/*! What a column holds; the name of its type is the dialect's. */
-enum class SqlType { Integer, Real, Text };
+using tessel::SqlDialect;
+using tessel::SqlNames;
+using tessel::SqlType;
 
-/*! Type of the column for \a field. Whole numbers of more than 18 digits do not fit one. */
+/*! What decides on the type of the column for \a field. */
+tessel::SqlShape sqlShapeOf(const ListedField& field);
+
+/*! Type of the column for \a field. */
 SqlType sqlTypeOf(const ListedField& field, SqlDialect dialect);
-
-/*! Name of \a type for values that may be of any length. */
-QString sqlTypeName(SqlType type, SqlDialect dialect);
 
 /*! The tables of value labels; fields with the same codes and labels share one. */
 class SqlValueTables {

@@ -11,6 +11,7 @@ allowed=(
     "process: process text"
     "reading: reading listing process text"
     "checking: checking reading listing process writers text"
+    "building: building checking reading listing process writers text"
     "lookups: lookups reading listing process writers text"
 )
 

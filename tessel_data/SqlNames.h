@@ -1,21 +1,23 @@
 #pragma once
 
-#include "writers/ExportText.h"
+#include <tessel_data/UniqueNames.h>
 
 #include <QString>
 #include <QStringList>
 
+namespace tessel {
+
 /*! \a name as SQL takes it: in double quotes when it is a reserved word or no plain identifier. */
-QString sqlIdentifier(const QString& name);
+TESSEL_DATA_EXPORT QString sqlIdentifier(const QString& name);
 
 /*! \a text as an SQL string. */
-QString sqlText(const QString& text);
+TESSEL_DATA_EXPORT QString sqlText(const QString& text);
 
 /*! \a text after "--", on one line. */
-QString sqlComment(const QString& text);
+TESSEL_DATA_EXPORT QString sqlComment(const QString& text);
 
 /*! The names of one name space: the tables, or the columns of a table. */
-class SqlNames {
+class TESSEL_DATA_EXPORT SqlNames {
 public:
     /*! \param notes takes a sentence for each name that is quoted or is not the one wanted */
     explicit SqlNames(QStringList& notes)
@@ -33,3 +35,5 @@ private:
     QStringList& m_notes;
     UniqueNames m_taken;
 };
+
+} // namespace tessel

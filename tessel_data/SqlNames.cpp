@@ -1,6 +1,8 @@
-#include "writers/SqlNames.h"
+#include <tessel_data/SqlNames.h>
 
 #include <QSet>
+
+namespace tessel {
 
 namespace {
 
@@ -70,7 +72,7 @@ QString shortened(const QString& name, int bytes)
 
 QString cleaned(const QString& wanted)
 {
-    QString name = xmlText(wanted.trimmed());
+    QString name = visibleText(wanted.trimmed());
     for (QChar& character : name) {
         if (character.unicode() < 0x20)
             character = QLatin1Char('_');
@@ -110,7 +112,7 @@ QString sqlText(const QString& text)
 
 QString sqlComment(const QString& text)
 {
-    return QLatin1String("-- ") + xmlText(text).simplified();
+    return QLatin1String("-- ") + visibleText(text).simplified();
 }
 
 QString SqlNames::take(const QString& wanted, const QString& what)
@@ -134,3 +136,5 @@ QString SqlNames::take(const QString& wanted, const QString& what)
     }
     return name;
 }
+
+} // namespace tessel

@@ -1,0 +1,147 @@
+#include "BuildCommand.h"
+
+#include "building/BuildRun.h"
+#include "process/Console.h"
+#include "process/FileNames.h"
+#include "process/Output.h"
+
+#include <QCommandLineParser>
+
+namespace {
+
+const QCommandLineOption& toOption()
+{
+    static const QCommandLineOption option(QStringLiteral("to"),
+        QStringLiteral("The database that is made: an SQLite file."), QStringLiteral("file"));
+    return option;
+}
+
+const QCommandLineOption& overwriteOption()
+{
+    static const QCommandLineOption option(QStringLiteral("overwrite"),
+        QStringLiteral("Replace the database when it is there, once the new one is whole."));
+    return option;
+}
+
+const QCommandLineOption& planOption()
+{
+    static const QCommandLineOption option(QStringLiteral("plan"),
+        QStringLiteral("Print the tables, columns, types and changed names, and make nothing."));
+    return option;
+}
+
+const QCommandLineOption& repeatsOption()
+{
+    static const QCommandLineOption option(QStringLiteral("repeats"),
+        QStringLiteral("Repeated items as columns, or in tables of their own."),
+        QStringLiteral("columns|tables"), QStringLiteral("columns"));
+    return option;
+}
+
+const QCommandLineOption& dictionaryOption()
+{
+    static const QCommandLineOption option(QStringLiteral("dictionary"),
+        QStringLiteral("Read a CSPro DB with this dictionary instead of its own."),
+        QStringLiteral("file"));
+    return option;
+}
+
+const QCommandLineOption& languageOption()
+{
+    static const QCommandLineOption option(QStringLiteral("language"),
+        QStringLiteral("Language of the labels, for example FR, where there are several."),
+        QStringLiteral("name"));
+    return option;
+}
+
+const QCommandLineOption& languagesOption()
+{
+    static const QCommandLineOption option(QStringLiteral("languages"),
+        QStringLiteral("Labels in all languages: columns label, label_fr and so on."),
+        QStringLiteral("all"));
+    return option;
+}
+
+void describe(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(
+        QStringLiteral("Makes a database of data and their dictionary: CSPro text data (- is\n"
+                       "standard input), a CSPro DB, or an SPSS or Stata file.\n\n"
+                       "The database is whole or not there. Data are checked on the way: what is\n"
+                       "wrong stands in its table tessel_problems, lines without a place in\n"
+                       "tessel_rejects.\n"
+                       "Exit status: 0 the database is made, 1 it is not, 2 wrong usage."));
+    parser.addOption(Console::helpOption());
+    parser.addOptions({ toOption(), overwriteOption(), planOption(), repeatsOption(),
+        dictionaryOption(), languageOption(), languagesOption() });
+    parser.addPositionalArgument(QStringLiteral("source"),
+        QStringLiteral("CSPro dictionary (.dcf) and text files that it describes; or one file of "
+                       ".csdb, .sav, .zsav or .dta."),
+        QStringLiteral("SOURCE..."));
+}
+
+QString readInput(const QCommandLineParser& parser, DataInput& input)
+{
+    input.data = FileNames::paths(parser.positionalArguments());
+    if (input.data.isEmpty())
+        return QStringLiteral("no file given");
+    input.first = input.data.takeFirst();
+    input.dictionary = FileNames::path(parser.value(dictionaryOption()));
+    if (parser.isSet(dictionaryOption()) && input.dictionary.isEmpty())
+        return QStringLiteral("--dictionary needs the name of a file");
+    return checkDataInput(input);
+}
+
+QString readTarget(const QCommandLineParser& parser, BuildSettings& settings)
+{
+    const QString target = parser.value(toOption());
+    if (target.isEmpty())
+        return parser.isSet(planOption()) ? QString()
+                                          : QStringLiteral("--to needs the name of a database");
+    if (target.contains(QLatin1String("://")))
+        return QStringLiteral("--to takes the name of an SQLite file, not '%1'").arg(target);
+    settings.target = FileNames::path(target);
+    const DataInput& input = settings.input;
+    return Output::checkPath(QStringLiteral("--to"), settings.target,
+        input.data + QStringList { input.first, input.dictionary });
+}
+
+QString readShape(const QCommandLineParser& parser, BuildSettings& settings)
+{
+    const QString repeats = parser.value(repeatsOption());
+    settings.hasRepeatTables = repeats == QLatin1String("tables");
+    if (!settings.hasRepeatTables && repeats != QLatin1String("columns"))
+        return QStringLiteral("--repeats takes columns or tables, not '%1'").arg(repeats);
+    settings.language = parser.value(languageOption());
+    settings.hasAllLanguages = parser.isSet(languagesOption());
+    if (settings.hasAllLanguages && parser.value(languagesOption()) != QLatin1String("all")) {
+        return QStringLiteral("--languages takes all, not '%1'")
+            .arg(parser.value(languagesOption()));
+    }
+    return QString();
+}
+
+QString readSettings(const QCommandLineParser& parser, BuildSettings& settings)
+{
+    settings.replacesTarget = parser.isSet(overwriteOption());
+    QString mistake = readInput(parser, settings.input);
+    if (mistake.isNull())
+        mistake = readTarget(parser, settings);
+    return mistake.isNull() ? readShape(parser, settings) : mistake;
+}
+
+} // namespace
+
+int runBuild(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    describe(parser);
+    if (const auto status = Console::parseArguments(parser, arguments))
+        return *status;
+    BuildSettings settings;
+    settings.commandLine = arguments.mid(1).join(QLatin1Char(' '));
+    const QString mistake = readSettings(parser, settings);
+    if (!mistake.isNull())
+        return Console::wrongUsage(mistake);
+    return parser.isSet(planOption()) ? printPlan(settings) : build(settings);
+}

@@ -1,0 +1,107 @@
+#include "building/BuildRun.h"
+
+#include "building/BuildTexts.h"
+#include "building/Interruption.h"
+#include "process/Console.h"
+#include "process/Progress.h"
+#include "reading/InputFile.h"
+
+#include <tessel_data/CSProDb.h>
+#include <tessel_data/DataError.h>
+#include <tessel_data/SqliteTarget.h>
+
+#include <QFile>
+
+using namespace tessel;
+
+namespace {
+
+QByteArray dictionaryText(const DataInput& input)
+{
+    const DataKind kind = dataKindOf(input.first);
+    const QString path = input.dictionary.isEmpty() ? input.first : input.dictionary;
+    if (kind == DataKind::CSProDb && input.dictionary.isEmpty())
+        return CSProDb(path).dictionary();
+    QFile file(path);
+    const bool isText = kind == DataKind::Text || kind == DataKind::CSProDb;
+    return isText && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report)
+{
+    BuildOptions options;
+    options.plan.hasRepeatTables = settings.hasRepeatTables;
+    if (!chooseLanguages(settings, source.dictionary(), options.plan))
+        return false;
+    options.dictionaryText = dictionaryText(settings.input);
+    options.options = settings.commandLine;
+    options.version = QStringLiteral(TESSEL_VERSION);
+    SqliteTarget target(settings.target,
+        settings.replacesTarget ? SqliteTarget::Existing::Replace : SqliteTarget::Existing::Refuse);
+    const Interruption interruption;
+    Progress progress(settings.target, source.countsRows() ? WorkUnit::Rows : WorkUnit::Bytes);
+    const bool isDone =
+        buildDatabase(source, target, options, report, [&](qint64 done, qint64 size) {
+            progress.show(done, size);
+            return !Interruption::isWanted();
+        });
+    if (!isDone)
+        failInput(settings.target, 0, QStringLiteral("is not made: the build was stopped"));
+    return isDone;
+}
+
+} // namespace
+
+bool chooseLanguages(
+    const BuildSettings& settings, const DataDictionary& dictionary, PlanOptions& options)
+{
+    const auto& languages = dictionary.languages;
+    QStringList names;
+    for (int l = 0; l < languages.size(); ++l) {
+        names.append(languages.at(l).name);
+        if (languages.at(l).name.compare(settings.language, Qt::CaseInsensitive) == 0)
+            options.languages.prepend(l);
+        else if (settings.hasAllLanguages)
+            options.languages.append(l);
+    }
+    const bool isKnown =
+        settings.language.isEmpty() || names.contains(settings.language, Qt::CaseInsensitive);
+    if (!isKnown) {
+        failInput(settings.input.first, 0,
+            names.isEmpty()
+                ? QStringLiteral("has labels in one language only; leave --language away")
+                : QStringLiteral("has no labels in '%1'; its languages are %2")
+                      .arg(settings.language, names.join(QLatin1String(", "))));
+    }
+    return isKnown;
+}
+
+int build(const BuildSettings& settings)
+{
+    const std::unique_ptr<DataSource> source = openDataSource(settings.input);
+    if (!source)
+        return InputFailed;
+    BuildReport report;
+    try {
+        if (!fill(*source, settings, report))
+            return InputFailed;
+    } catch (const DataError& error) {
+        failInput(error.file, 0, error.text);
+        return InputFailed;
+    }
+    tellAssumptions(report.check.files);
+    return Console::show(buildSummary(*source, settings.target, report));
+}
+
+int printPlan(const BuildSettings& settings)
+{
+    const std::unique_ptr<DataSource> source = openDataSource(settings.input);
+    if (!source)
+        return InputFailed;
+    PlanOptions options;
+    options.hasRepeatTables = settings.hasRepeatTables;
+    options.hasCases = source->hasCases();
+    if (!chooseLanguages(settings, source->dictionary(), options))
+        return InputFailed;
+    return Console::show(planText(DatabasePlan(source->dictionary(), options)));
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "checking/DataInput.h"
+
+#include <tessel_data/DatabaseBuilder.h>
+
+#include <memory>
+
+/*! What a build is to do. */
+struct BuildSettings {
+    DataInput input;
+    QString target; /*!< file of the database */
+    bool replacesTarget = false;
+    bool hasRepeatTables = false;
+    QString language; /*!< of the labels, by name; empty: the first */
+    bool hasAllLanguages = false;
+    QString commandLine; /*!< kept in the database */
+};
+
+/*!
+ * Chooses the languages of the labels in \a options; false, and told, when there is none of the
+ * name.
+ */
+bool chooseLanguages(const BuildSettings& settings, const tessel::DataDictionary& dictionary,
+    tessel::PlanOptions& options);
+
+/*! Builds and prints the summary; an ExitStatus. */
+int build(const BuildSettings& settings);
+
+/*! Prints what build() would make; an ExitStatus. */
+int printPlan(const BuildSettings& settings);

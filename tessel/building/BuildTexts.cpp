@@ -1,0 +1,91 @@
+#include "building/BuildTexts.h"
+
+#include "text/ShownText.h"
+
+#include <tessel_data/SqlNames.h>
+
+using namespace tessel;
+
+namespace {
+
+using Kind = DatabaseTable::Kind;
+
+QString columnLine(const DatabasePlan& plan, const DatabaseColumn& column)
+{
+    QString line = QStringLiteral("  %1 %2").arg(sqlIdentifier(column.name), column.sqlType);
+    if (!column.label.isEmpty())
+        line += QLatin1String("  ") + column.label;
+    if (column.valueTable >= 0) {
+        const int table = plan.valueTables[std::size_t(column.valueTable)].table;
+        line += QStringLiteral(" (values: %1)")
+                    .arg(sqlIdentifier(plan.tables[std::size_t(table)].name));
+    }
+    return printable(line) + QLatin1Char('\n');
+}
+
+QString tableText(const DatabasePlan& plan, const DatabaseTable& table)
+{
+    QString text = QStringLiteral("table %1").arg(sqlIdentifier(table.name));
+    if (!table.label.isEmpty())
+        text += QLatin1String("  ") + table.label;
+    text = printable(text) + QLatin1Char('\n');
+    for (const DatabaseColumn& column : table.columns)
+        text += columnLine(plan, column);
+    for (const QString& view : { table.labelView, table.validView }) {
+        if (!view.isEmpty())
+            text +=
+                printable(QStringLiteral("view %1").arg(sqlIdentifier(view))) + QLatin1Char('\n');
+    }
+    return text;
+}
+
+} // namespace
+
+QString planText(const DatabasePlan& plan)
+{
+    QString text;
+    for (const DatabaseTable& table : plan.tables)
+        text += tableText(plan, table);
+    for (const DatabaseIndex& index : plan.indexes) {
+        QStringList columns;
+        for (const QString& column : index.columns)
+            columns.append(sqlIdentifier(column));
+        text += printable(QStringLiteral("index %1 on %2 (%3)")
+                              .arg(sqlIdentifier(index.name),
+                                  sqlIdentifier(plan.tables[std::size_t(index.table)].name),
+                                  columns.join(QLatin1String(", "))))
+            + QLatin1Char('\n');
+    }
+    for (const QString& note : plan.notes)
+        text += printable(QLatin1String("note: ") + note) + QLatin1Char('\n');
+    return text;
+}
+
+QString buildSummary(const DataSource& source, const QString& target, const BuildReport& report)
+{
+    const SourceCounts& read = report.check.counts;
+    const QString unit = source.countsRows() && !source.hasCases() ? QStringLiteral("rows")
+                                                                   : QStringLiteral("lines");
+    QString text = QStringLiteral("%1 is made.\n").arg(printable(target));
+    for (std::size_t r = 0; r < report.check.recordCounts.size(); ++r) {
+        text += QStringLiteral("  %1: %2 rows\n")
+                    .arg(printable(source.dictionary().records[r].name))
+                    .arg(report.check.recordCounts[r]);
+    }
+    text += QStringLiteral("%1 %2 read = %3 rows + %4 rejects + %5 deleted + %6 blank\n")
+                .arg(read.lines)
+                .arg(unit)
+                .arg(read.records)
+                .arg(report.rejects)
+                .arg(read.deletedLines)
+                .arg(read.blankLines);
+    if (source.hasCases()) {
+        text += QStringLiteral("%1 cases read = %2 cases + %3 deleted\n")
+                    .arg(read.casesRead)
+                    .arg(read.cases)
+                    .arg(read.deletedCases);
+    }
+    if (report.problems > 0)
+        text += QStringLiteral("%1 problems, in tessel_problems\n").arg(report.problems);
+    return text;
+}

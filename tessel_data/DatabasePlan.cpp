@@ -1,0 +1,656 @@
+#include <tessel_data/DatabasePlan.h>
+
+#include <tessel_data/SqlNames.h>
+
+#include <QHash>
+
+#include <algorithm>
+
+namespace tessel {
+
+namespace SystemTable {
+const QString cases = QStringLiteral("cases");
+const QString records = QStringLiteral("tessel_records");
+const QString variables = QStringLiteral("tessel_variables");
+const QString values = QStringLiteral("tessel_values");
+const QString sources = QStringLiteral("tessel_sources");
+const QString builds = QStringLiteral("tessel_builds");
+const QString problems = QStringLiteral("tessel_problems");
+const QString rejects = QStringLiteral("tessel_rejects");
+} // namespace SystemTable
+
+namespace {
+
+using Role = DatabaseColumn::Role;
+using Type = DatabaseColumn::Type;
+using Kind = DatabaseTable::Kind;
+
+struct SystemColumn {
+    const char* name;
+    Type type;
+};
+
+struct SystemDefinition {
+    const QString& name;
+    std::vector<SystemColumn> columns;
+};
+
+const std::vector<SystemDefinition>& systemTables()
+{
+    static const std::vector<SystemDefinition> tables {
+        { SystemTable::records,
+            { { "table_name", Type::Text }, { "name", Type::Text }, { "label", Type::Text },
+                { "type_code", Type::Text }, { "level", Type::Integer },
+                { "required", Type::Integer }, { "maximum", Type::Integer },
+                { "row_count", Type::Integer } } },
+        { SystemTable::variables,
+            { { "table_name", Type::Text }, { "column_name", Type::Text },
+                { "position", Type::Integer }, { "record", Type::Text }, { "name", Type::Text },
+                { "item", Type::Text }, { "label", Type::Text }, { "type", Type::Text },
+                { "width", Type::Integer }, { "decimals", Type::Integer },
+                { "level", Type::Integer }, { "is_id", Type::Integer },
+                { "occurrence", Type::Integer }, { "value_set", Type::Text },
+                { "value_table", Type::Text } } },
+        { SystemTable::values,
+            { { "value_set", Type::Text }, { "value_set_label", Type::Text },
+                { "value_table", Type::Text }, { "position", Type::Integer },
+                { "code", Type::Text }, { "code_to", Type::Text }, { "label", Type::Text },
+                { "special", Type::Text } } },
+        { SystemTable::sources,
+            { { "source_id", Type::Integer }, { "file", Type::Text }, { "bytes", Type::Integer },
+                { "sha256", Type::Text }, { "encoding", Type::Text }, { "lines", Type::Integer },
+                { "records", Type::Integer }, { "deleted_lines", Type::Integer },
+                { "blank_lines", Type::Integer }, { "rejected_lines", Type::Integer },
+                { "cases_read", Type::Integer }, { "cases", Type::Integer },
+                { "deleted_cases", Type::Integer }, { "partly_saved_cases", Type::Integer },
+                { "dictionary", Type::Text } } },
+        { SystemTable::builds,
+            { { "build_id", Type::Integer }, { "started", Type::Text }, { "finished", Type::Text },
+                { "version", Type::Text }, { "options", Type::Text }, { "lines", Type::Integer },
+                { "row_count", Type::Integer }, { "rejected_lines", Type::Integer },
+                { "deleted_lines", Type::Integer }, { "blank_lines", Type::Integer },
+                { "cases", Type::Integer }, { "deleted_cases", Type::Integer },
+                { "problems", Type::Integer } } },
+        { SystemTable::problems,
+            { { "kind", Type::Text }, { "source_id", Type::Integer }, { "line", Type::Integer },
+                { "case_id", Type::Integer }, { "case_key", Type::Text }, { "record", Type::Text },
+                { "variable", Type::Text }, { "value", Type::Text },
+                { "first_source_id", Type::Integer }, { "first_line", Type::Integer },
+                { "first_case_id", Type::Integer } } },
+        { SystemTable::rejects,
+            { { "source_id", Type::Integer }, { "line", Type::Integer }, { "reason", Type::Text },
+                { "text", Type::Text } } },
+    };
+    return tables;
+}
+
+SqlShape shapeOf(const DataVariable& variable)
+{
+    using VariableType = DataVariable::Type;
+    SqlShape shape;
+    shape.isText = variable.type == VariableType::Text || variable.type == VariableType::Binary;
+    shape.isWhole = variable.decimals == 0;
+    shape.isFixed = variable.type == VariableType::Number;
+    shape.width = variable.width;
+    shape.decimals = variable.decimals;
+    shape.hasDecimalMark = variable.hasDecimalMark;
+    return shape;
+}
+
+Type typeOf(const DataVariable& variable)
+{
+    switch (variable.type) {
+    case DataVariable::Type::Real:
+        return Type::Real;
+    case DataVariable::Type::Text:
+    case DataVariable::Type::Binary:
+        return Type::Text;
+    case DataVariable::Type::Number:
+        break;
+    }
+    if (variable.decimals > 0)
+        return Type::Decimal;
+    return variable.width > LongestSqlInteger ? Type::Digits : Type::Integer;
+}
+
+// A column of whole numbers takes the fractions that SPSS and Stata files may hold all the same in
+// SQLite; in PostgreSQL it does not.
+QString sqlTypeOf(const DataVariable& variable, SqlDialect dialect)
+{
+    if (variable.type == DataVariable::Type::Real && dialect == SqlDialect::PostgreSql)
+        return QStringLiteral("DOUBLE PRECISION");
+    if (variable.type == DataVariable::Type::Real && variable.decimals == 0)
+        return sqlTypeName(SqlType::Integer, dialect);
+    return sqlTypeName(shapeOf(variable), dialect);
+}
+
+QString plainTypeName(Type type, SqlDialect dialect)
+{
+    switch (type) {
+    case Type::Integer:
+        return sqlTypeName(SqlType::Integer, dialect);
+    case Type::Decimal:
+        return sqlTypeName(SqlType::Real, dialect);
+    case Type::Real:
+        return dialect == SqlDialect::Sqlite ? QStringLiteral("REAL")
+                                             : QStringLiteral("DOUBLE PRECISION");
+    case Type::Digits:
+        return dialect == SqlDialect::Sqlite ? QStringLiteral("TEXT") : QStringLiteral("NUMERIC");
+    case Type::Text:
+        break;
+    }
+    return QStringLiteral("TEXT");
+}
+
+bool isInvalid(Special special)
+{
+    return special == Special::Missing || special == Special::NotApplicable;
+}
+
+std::vector<DatabaseCode> invalidCodes(const CodeTable& codes)
+{
+    std::vector<DatabaseCode> invalid;
+    for (const auto& segment : codes.numbers()) {
+        if (isInvalid(segment.special))
+            invalid.push_back({ false, segment.low, segment.high, 0, 0, {} });
+    }
+    for (const auto& segment : codes.reals()) {
+        if (isInvalid(segment.special))
+            invalid.push_back({ false, 0, 0, segment.low, segment.high, {} });
+    }
+    QStringList texts;
+    for (const auto& [text, match] : codes.texts()) {
+        if (isInvalid(match.special))
+            texts.append(QString::fromUtf8(text.data(), int(text.size())));
+    }
+    texts.sort();
+    for (const QString& text : qAsConst(texts))
+        invalid.push_back({ false, 0, 0, 0, 0, text });
+    return invalid;
+}
+
+// The codes and labels of a set, the same for sets that are equal.
+QString keyOf(const DataValueSet& set, Type type, int decimals)
+{
+    QString key = QStringLiteral("%1 %2 ").arg(int(type)).arg(decimals);
+    for (const DataCode& code : set.codes) {
+        key += QString::number(int(code.special));
+        for (const QString& part : { code.code, code.highCode, code.label })
+            key += QString::number(part.isNull() ? -1 : part.size()) + QLatin1Char(':') + part;
+    }
+    return key;
+}
+
+} // namespace
+
+int DatabaseTable::column(const QString& columnName) const
+{
+    for (int c = 0; c < columns.size(); ++c) {
+        if (columns.at(c).name == columnName)
+            return c;
+    }
+    return -1;
+}
+
+// Makes a plan; names are given out in the order of importance to the user.
+class DatabasePlanner {
+public:
+    DatabasePlanner(
+        const DataDictionary& dictionary, const PlanOptions& options, DatabasePlan& plan)
+        : m_dictionary(dictionary)
+        , m_options(options)
+        , m_plan(plan)
+        , m_names(plan.notes)
+    {
+    }
+
+    void make();
+
+private:
+    // What becomes one table of a record: the places of its variables among the record's columns.
+    struct Group {
+        QString name;
+        QString label;
+        QVector<QVector<int>> places; // by occurrence
+        QStringList columnNames; // as wanted
+    };
+
+    void reserveNames();
+    void nameLabels();
+    void addRecord(int record);
+    Group mainGroup(int record) const;
+    QVector<Group> repeatGroups(int record) const;
+    int rootOf(int variable) const;
+    void addGroup(int record, const Group& group, bool isRepeat);
+    void addPart(int record, const Group& group, int first, int count, int part);
+    DatabaseColumn column(const DataVariable& variable, int index, const QString& name);
+    DatabaseColumn ownColumn(const QString& name, Role role, const QString& label) const;
+    DatabaseColumn systemColumn(const QString& name, Type type) const;
+    void addCases();
+    void addSystemTables();
+    void addViews();
+    void addIndexes();
+    int valueTableOf(int set, const DataVariable& variable);
+    int addValueTable(int set, const DataVariable& variable);
+    void fillEntries(DatabaseValueTable& table, const CodeTable& codes, int set) const;
+    QString nameOfView(const DatabaseTable& table, const char* suffix);
+
+    const DataDictionary& m_dictionary;
+    const PlanOptions& m_options;
+    DatabasePlan& m_plan;
+    SqlNames m_names;
+    QStringList m_recordNames; // value sets get theirs after them
+    QHash<QString, int> m_valueTables; // by keyOf()
+    QVector<int> m_languages;
+};
+
+void DatabasePlanner::make()
+{
+    m_plan.dialect = m_options.dialect;
+    m_plan.hasCases = m_options.hasCases;
+    m_languages = m_options.languages.isEmpty() ? QVector<int> { 0 } : m_options.languages;
+    nameLabels();
+    reserveNames();
+    for (int record = 0; record < int(m_dictionary.records.size()); ++record)
+        addRecord(record);
+    if (m_plan.hasCases)
+        addCases();
+    addViews();
+    addSystemTables();
+    addIndexes();
+}
+
+void DatabasePlanner::reserveNames()
+{
+    if (m_plan.hasCases)
+        m_names.take(SystemTable::cases, QString());
+    for (const SystemDefinition& table : systemTables())
+        m_names.take(table.name, QString());
+    for (const DataRecord& record : m_dictionary.records)
+        m_recordNames.append(
+            m_names.take(record.name, QStringLiteral("table %1").arg(record.name)));
+}
+
+void DatabasePlanner::nameLabels()
+{
+    UniqueNames names;
+    for (const int language : qAsConst(m_languages)) {
+        const QString suffix = m_plan.labelColumns.isEmpty()
+            ? QString()
+            : QLatin1Char('_') + m_dictionary.languages.value(language).name.toLower();
+        m_plan.labelColumns.append(names.take(QLatin1String("label") + suffix));
+    }
+}
+
+// The variable whose columns an item is part of, or itself.
+int DatabasePlanner::rootOf(int variable) const
+{
+    while (m_dictionary.variables[std::size_t(variable)].isSubItem
+        && m_dictionary.variables[std::size_t(variable)].parent >= 0)
+        variable = m_dictionary.variables[std::size_t(variable)].parent;
+    return variable;
+}
+
+DatabasePlanner::Group DatabasePlanner::mainGroup(int record) const
+{
+    const DataRecord& source = m_dictionary.records[std::size_t(record)];
+    Group group;
+    group.name = source.name;
+    group.label = m_dictionary.labelText(source.label, m_languages.first());
+    group.places.append(QVector<int>());
+    for (int c = 0; c < source.columns.size(); ++c) {
+        const DataVariable& variable = m_dictionary.variable(record, c);
+        if (m_options.hasRepeatTables && c >= source.idCount && variable.occurrence > 0)
+            continue;
+        group.places.first().append(c);
+        group.columnNames.append(variable.name);
+    }
+    return group;
+}
+
+// A repeated item with its subitems, or a repeated subitem alone.
+QVector<DatabasePlanner::Group> DatabasePlanner::repeatGroups(int record) const
+{
+    const DataRecord& source = m_dictionary.records[std::size_t(record)];
+    QVector<Group> groups;
+    QHash<QString, int> known;
+    for (int c = source.idCount; c < source.columns.size(); ++c) {
+        const DataVariable& variable = m_dictionary.variable(record, c);
+        if (variable.occurrence == 0)
+            continue;
+        const DataVariable& root =
+            m_dictionary.variables[std::size_t(rootOf(source.columns.at(c)))];
+        const DataVariable& item = root.occurrence > 0 ? root : variable;
+        if (!known.contains(item.itemName)) {
+            known.insert(item.itemName, groups.size());
+            groups.append(
+                { item.itemName, m_dictionary.labelText(item.label, m_languages.first()), {}, {} });
+        }
+        Group& group = groups[known.value(item.itemName)];
+        while (group.places.size() < item.occurrence)
+            group.places.append(QVector<int>());
+        group.places[item.occurrence - 1].append(c);
+        if (item.occurrence == 1) {
+            const int prefix = variable.itemName.size() + 2; // "_1"
+            group.columnNames.append(variable.itemName + variable.name.mid(prefix));
+        }
+    }
+    return groups;
+}
+
+void DatabasePlanner::addRecord(int record)
+{
+    addGroup(record, mainGroup(record), false);
+    if (!m_options.hasRepeatTables)
+        return;
+    const QVector<Group> groups = repeatGroups(record);
+    for (const Group& group : groups)
+        addGroup(record, group, true);
+}
+
+void DatabasePlanner::addGroup(int record, const Group& group, bool isRepeat)
+{
+    const int own = (m_plan.hasCases ? 2 : 1) + (isRepeat ? 1 : 0);
+    const int most = mostSqlColumns(m_options.dialect) - own;
+    const int count = group.places.first().size();
+    for (int first = 0, part = 1; part == 1 || first < count; first += most, ++part)
+        addPart(record, group, first, std::min(most, count - first), part);
+    if (count > most) {
+        m_plan.notes.append(
+            QStringLiteral("table %1 has %2 columns, more than the database takes, and is in "
+                           "parts; case_id and row tell which rows belong together")
+                .arg(group.name)
+                .arg(count));
+    }
+}
+
+void DatabasePlanner::addPart(int record, const Group& group, int first, int count, int part)
+{
+    const QString wanted =
+        part == 1 ? group.name : QStringLiteral("%1_%2").arg(group.name).arg(part);
+    const bool isRepeat = m_options.hasRepeatTables && group.places.first().size() > 0
+        && group.places.first().first() >= m_dictionary.records[std::size_t(record)].idCount
+        && m_dictionary.variable(record, group.places.first().first()).occurrence > 0;
+    DatabaseTable table;
+    table.name = part == 1 && !isRepeat
+        ? m_recordNames.at(record)
+        : m_names.take(wanted, QStringLiteral("table %1").arg(wanted));
+    table.label = group.label;
+    table.kind = isRepeat ? Kind::Repeat : Kind::Record;
+    table.record = record;
+    QVector<DatabaseColumn>& columns = table.columns;
+    if (m_plan.hasCases)
+        columns.append(ownColumn(QStringLiteral("case_id"), Role::CaseId,
+            QStringLiteral("Number of the case, see table cases")));
+    columns.append(ownColumn(QStringLiteral("row"), Role::Row,
+        m_plan.hasCases ? QStringLiteral("Number of the row within its case")
+                        : QStringLiteral("Number of the row in its file")));
+    if (isRepeat)
+        columns.append(ownColumn(QStringLiteral("occurrence"), Role::Occurrence,
+            QStringLiteral("Number of the occurrence, from 1")));
+    const int own = columns.size();
+    SqlNames names(m_plan.notes);
+    for (const DatabaseColumn& taken : qAsConst(columns))
+        names.take(taken.name, QString());
+    for (int i = first; i < first + count; ++i) {
+        const int place = group.places.first().at(i);
+        const int index = m_dictionary.records[std::size_t(record)].columns.at(place);
+        const QString& name = group.columnNames.at(i);
+        DatabaseColumn made = column(m_dictionary.variables[std::size_t(index)], index,
+            names.take(name, QStringLiteral("column %1 of table %2").arg(name, table.name)));
+        made.isId = place < m_dictionary.records[std::size_t(record)].idCount;
+        columns.append(made);
+    }
+    for (const QVector<int>& places : group.places)
+        table.cells.push_back(QVector<int>(own, -1) + places.mid(first, count));
+    m_plan.tables.push_back(std::move(table));
+}
+
+DatabaseColumn DatabasePlanner::ownColumn(
+    const QString& name, Role role, const QString& label) const
+{
+    DatabaseColumn own;
+    own.name = name;
+    own.label = label;
+    own.role = role;
+    own.sqlType = sqlTypeName(SqlType::Integer, m_options.dialect);
+    return own;
+}
+
+DatabaseColumn DatabasePlanner::column(const DataVariable& variable, int index, const QString& name)
+{
+    DatabaseColumn made;
+    made.name = name;
+    made.label = m_dictionary.labelText(variable.label, m_languages.first());
+    made.type = typeOf(variable);
+    made.decimals = made.type == Type::Decimal ? variable.decimals : 0;
+    made.sqlType = sqlTypeOf(variable, m_options.dialect);
+    made.variable = index;
+    if (variable.codes)
+        made.invalid = invalidCodes(*variable.codes);
+    for (const int set : variable.valueSets) {
+        const int table = valueTableOf(set, variable);
+        if (made.valueTable < 0)
+            made.valueTable = table;
+    }
+    return made;
+}
+
+DatabaseColumn DatabasePlanner::systemColumn(const QString& name, Type type) const
+{
+    DatabaseColumn made;
+    made.name = name;
+    made.type = type;
+    made.sqlType = plainTypeName(type, m_options.dialect);
+    return made;
+}
+
+// Equal sets share a table; -1 for sets without codes.
+int DatabasePlanner::valueTableOf(int set, const DataVariable& variable)
+{
+    const DataValueSet& source = m_dictionary.valueSets[std::size_t(set)];
+    const Type type = typeOf(variable);
+    if (source.codes.isEmpty() || variable.type == DataVariable::Type::Binary)
+        return -1;
+    const QString key = keyOf(source, type, type == Type::Decimal ? variable.decimals : 0);
+    const auto known = m_valueTables.constFind(key);
+    const int index = known != m_valueTables.constEnd() ? *known : addValueTable(set, variable);
+    m_valueTables.insert(key, index);
+    QVector<int>& sets = m_plan.valueTables[std::size_t(index)].sets;
+    if (!sets.contains(set))
+        sets.append(set);
+    return index;
+}
+
+int DatabasePlanner::addValueTable(int set, const DataVariable& variable)
+{
+    const DataValueSet& source = m_dictionary.valueSets[std::size_t(set)];
+    DatabaseValueTable values;
+    values.type = typeOf(variable);
+    values.decimals = values.type == Type::Decimal ? variable.decimals : 0;
+    fillEntries(values, m_dictionary.codesOf(set, variable), set);
+    values.table = int(m_plan.tables.size());
+    DatabaseTable table;
+    const QString wanted =
+        source.name.isEmpty() ? variable.itemName + QLatin1String("_labels") : source.name;
+    table.name = m_names.take(
+        wanted, QStringLiteral("the table of value set %1 of %2").arg(wanted, variable.name));
+    table.label = m_dictionary.labelText(source.label, m_languages.first());
+    table.kind = Kind::Values;
+    const QStringList codeColumns = values.hasRanges
+        ? QStringList { QStringLiteral("code_from"), QStringLiteral("code_to") }
+        : QStringList { QStringLiteral("code") };
+    for (const QString& name : codeColumns) {
+        DatabaseColumn code = systemColumn(name, values.type);
+        code.decimals = values.decimals;
+        table.columns.append(code);
+    }
+    for (const QString& name : qAsConst(m_plan.labelColumns))
+        table.columns.append(systemColumn(name, Type::Text));
+    table.columns.append(systemColumn(QStringLiteral("special"), Type::Text));
+    m_plan.tables.push_back(std::move(table));
+    m_plan.valueTables.push_back(std::move(values));
+    return int(m_plan.valueTables.size()) - 1;
+}
+
+void DatabasePlanner::fillEntries(DatabaseValueTable& table, const CodeTable& codes, int set) const
+{
+    using Entry = DatabaseValueTable::Entry;
+    const auto entryOf = [&](int place, Special special) {
+        Entry entry;
+        entry.special = special;
+        const QString& label = m_dictionary.valueSets[std::size_t(set)].codes.at(place).label;
+        for (const int language : m_languages)
+            entry.labels.append(m_dictionary.labelText(label, language));
+        return entry;
+    };
+    for (const auto& segment : codes.numbers()) {
+        Entry entry = entryOf(segment.entry, segment.special);
+        entry.low = segment.low;
+        entry.high = segment.high;
+        table.hasRanges = table.hasRanges || segment.low != segment.high;
+        table.entries.push_back(entry);
+    }
+    for (const auto& segment : codes.reals()) {
+        Entry entry = entryOf(segment.entry, segment.special);
+        entry.lowReal = segment.low;
+        entry.highReal = segment.high;
+        table.hasRanges = table.hasRanges || segment.low != segment.high;
+        table.entries.push_back(entry);
+    }
+    std::vector<std::pair<int, Entry>> texts; // by their places in the set
+    for (const auto& [text, match] : codes.texts()) {
+        Entry entry = entryOf(match.entry, match.special);
+        entry.text = QString::fromUtf8(text.data(), int(text.size()));
+        texts.emplace_back(match.entry, entry);
+    }
+    std::sort(texts.begin(), texts.end(),
+        [](const auto& first, const auto& second) { return first.first < second.first; });
+    for (const auto& [place, entry] : texts)
+        table.entries.push_back(entry);
+    if (codes.blank().isCode) {
+        table.entries.push_back(entryOf(codes.blank().entry, codes.blank().special));
+        table.entries.back().isBlank = true;
+    }
+}
+
+void DatabasePlanner::addCases()
+{
+    DatabaseTable table;
+    table.name = SystemTable::cases;
+    table.label = QStringLiteral("The cases, in the order of the sources");
+    table.kind = Kind::Cases;
+    table.columns.append(ownColumn(
+        QStringLiteral("case_id"), Role::CaseId, QStringLiteral("Number of the case, from 1")));
+    const SystemColumn own[] = { { "source_id", Type::Integer }, { "line", Type::Integer },
+        { "uuid", Type::Text }, { "records", Type::Integer }, { "partly_saved", Type::Integer },
+        { "duplicate_of", Type::Integer } };
+    for (const SystemColumn& entry : own)
+        table.columns.append(systemColumn(QLatin1String(entry.name), entry.type));
+    SqlNames names(m_plan.notes);
+    for (const DatabaseColumn& taken : qAsConst(table.columns))
+        names.take(taken.name, QString());
+    for (const int id : m_dictionary.ids) {
+        const DataVariable& variable = m_dictionary.variables[std::size_t(id)];
+        if (variable.level != 1)
+            continue;
+        const QString name = names.take(
+            variable.name, QStringLiteral("column %1 of table cases").arg(variable.name));
+        table.columns.append(column(variable, id, name));
+        table.columns.last().isId = true;
+    }
+    QVector<int> cells { -1 };
+    for (int c = 1; c < table.columns.size(); ++c)
+        cells.append(c - 1);
+    table.cells.push_back(cells);
+    m_plan.tables.push_back(std::move(table));
+}
+
+void DatabasePlanner::addSystemTables()
+{
+    for (const SystemDefinition& definition : systemTables()) {
+        DatabaseTable table;
+        table.name = definition.name;
+        for (const SystemColumn& source : definition.columns)
+            table.columns.append(systemColumn(QLatin1String(source.name), source.type));
+        if (definition.name == SystemTable::values) {
+            for (const QString& name : m_plan.labelColumns.mid(1))
+                table.columns.append(systemColumn(name, Type::Text));
+        }
+        m_plan.tables.push_back(std::move(table));
+    }
+    for (DatabaseTable& table : m_plan.tables) {
+        if (!table.cells.empty())
+            continue;
+        QVector<int> cells;
+        for (int c = 0; c < table.columns.size(); ++c)
+            cells.append(c);
+        table.cells.push_back(cells);
+    }
+}
+
+QString DatabasePlanner::nameOfView(const DatabaseTable& table, const char* suffix)
+{
+    const QString wanted = table.name + QLatin1String(suffix);
+    return m_names.take(wanted, QStringLiteral("view %1").arg(wanted));
+}
+
+void DatabasePlanner::addViews()
+{
+    for (DatabaseTable& table : m_plan.tables) {
+        if (table.kind != Kind::Record && table.kind != Kind::Repeat)
+            continue;
+        table.labelView = nameOfView(table, "_labels");
+        table.validView = nameOfView(table, "_valid");
+    }
+}
+
+void DatabasePlanner::addIndexes()
+{
+    const auto add = [this](int table, const char* suffix, const QStringList& columns) {
+        const QString wanted = m_plan.tables[std::size_t(table)].name + QLatin1String(suffix);
+        const QString name = m_names.take(wanted, QStringLiteral("index %1").arg(wanted));
+        m_plan.indexes.push_back({ name, table, columns });
+    };
+    for (int t = 0; m_plan.hasCases && t < int(m_plan.tables.size()); ++t) {
+        const DatabaseTable& table = m_plan.tables[std::size_t(t)];
+        if (table.kind == Kind::Record || table.kind == Kind::Repeat)
+            add(t, "_case", { QStringLiteral("case_id") });
+        if (table.kind != Kind::Cases)
+            continue;
+        QStringList ids;
+        for (const DatabaseColumn& column : table.columns) {
+            if (column.isId)
+                ids.append(column.name);
+        }
+        constexpr int mostKeys = 32; // of PostgreSQL
+        if (!ids.isEmpty())
+            add(t, "_key", ids.mid(0, mostKeys));
+    }
+}
+
+DatabasePlan::DatabasePlan(const DataDictionary& dictionary, const PlanOptions& options)
+{
+    DatabasePlanner(dictionary, options, *this).make();
+}
+
+int DatabasePlan::table(const QString& name) const
+{
+    for (std::size_t t = 0; t < tables.size(); ++t) {
+        if (tables[t].name == name)
+            return int(t);
+    }
+    return -1;
+}
+
+QVector<int> DatabasePlan::tablesOf(int record) const
+{
+    QVector<int> found;
+    for (std::size_t t = 0; t < tables.size(); ++t) {
+        if (tables[t].record == record)
+            found.append(int(t));
+    }
+    return found;
+}
+
+} // namespace tessel

@@ -1,0 +1,129 @@
+#pragma once
+
+#include <tessel_data/DataDictionary.h>
+#include <tessel_data/SqlTypes.h>
+
+#include <QStringList>
+#include <QVector>
+
+#include <vector>
+
+namespace tessel {
+
+/*! A code, or a range of them, as values of a column. */
+struct DatabaseCode {
+    bool isBlank = false; /*!< the code of blanks, which are null */
+    qint64 low = 0; /*!< scaled, where the values are exact numbers */
+    qint64 high = 0;
+    double lowReal = 0;
+    double highReal = 0;
+    QString text;
+};
+
+/*! One column of a table. */
+struct DatabaseColumn {
+    enum class Role { CaseId, Row, Occurrence, Value };
+    enum class Type {
+        Integer, /*!< whole, to 18 digits */
+        Decimal, /*!< exact: the number times 10 to the decimals */
+        Real,
+        Text,
+        Digits, /*!< a whole number of more than 18 digits */
+    };
+
+    QString name;
+    QString label;
+    Role role = Role::Value;
+    Type type = Type::Integer;
+    int decimals = 0;
+    QString sqlType; /*!< in the dialect of the plan */
+    bool isId = false; /*!< an identification item */
+    int variable = -1; /*!< index in the dictionary; -1: none */
+    int valueTable = -1; /*!< index in DatabasePlan::valueTables of its labels; -1: none */
+    std::vector<DatabaseCode> invalid; /*!< codes that mean missing or not applicable */
+};
+
+/*! One table, whose rows come from the cells of a batch. */
+struct DatabaseTable {
+    enum class Kind { Record, Repeat, Cases, Values, System };
+
+    QString name;
+    QString label;
+    Kind kind = Kind::System;
+    int record = -1; /*!< index in the dictionary; -1: none */
+    QVector<DatabaseColumn> columns;
+    /*! By occurrence, one but for Repeat: the cell of each column in its row; -1: none. */
+    std::vector<QVector<int>> cells;
+    QString labelView; /*!< labels in place of codes; empty: none */
+    QString validView; /*!< without missing and not-applicable codes; empty: none */
+
+    /*! Index of the column called \a columnName; -1: none. */
+    int column(const QString& columnName) const;
+};
+
+/*! The codes of one value set, or of several that are equal, as a table. */
+struct DatabaseValueTable {
+    struct Entry : DatabaseCode {
+        QStringList labels; /*!< one for each label column */
+        Special special = Special::None;
+    };
+
+    int table = 0; /*!< index in DatabasePlan::tables */
+    DatabaseColumn::Type type = DatabaseColumn::Type::Integer;
+    int decimals = 0;
+    bool hasRanges = false; /*!< columns code_from and code_to in place of code */
+    QVector<int> sets; /*!< in the dictionary, those that it stands for */
+    std::vector<Entry> entries; /*!< disjoint, in order; blanks last */
+};
+
+struct DatabaseIndex {
+    QString name;
+    int table = 0;
+    QStringList columns;
+};
+
+struct PlanOptions {
+    SqlDialect dialect = SqlDialect::Sqlite;
+    bool hasRepeatTables = false; /*!< repeated items in tables of their own */
+    bool hasCases = true; /*!< false: a table of rows, as from SPSS and Stata */
+    QVector<int> languages; /*!< of the labels, by index; empty: the first. The first one's column
+                                 is "label" */
+};
+
+/*!
+ * What a database will hold: tables, columns, indexes and views, with the names that the database
+ * takes. Made from the dictionary alone, so that it can be shown before anything is done.
+ */
+class TESSEL_DATA_EXPORT DatabasePlan {
+public:
+    explicit DatabasePlan(const DataDictionary& dictionary, const PlanOptions& options = {});
+
+    /*! Index of the table called \a name; -1: none. */
+    int table(const QString& name) const;
+    /*! Indexes of the tables with the values of record \a record, parts and repeats among them. */
+    QVector<int> tablesOf(int record) const;
+
+    SqlDialect dialect = SqlDialect::Sqlite;
+    bool hasCases = true;
+    QStringList labelColumns; /*!< "label", then one for each further language */
+    std::vector<DatabaseTable> tables; /*!< in the order in which they are made */
+    std::vector<DatabaseValueTable> valueTables;
+    std::vector<DatabaseIndex> indexes; /*!< made when all rows are there */
+    QStringList notes; /*!< a sentence for each name that is not the dictionary's, and why */
+};
+
+/*! \name Names of the tables that every database has. */
+/*! @{ */
+namespace SystemTable {
+TESSEL_DATA_EXPORT extern const QString cases;
+TESSEL_DATA_EXPORT extern const QString records;
+TESSEL_DATA_EXPORT extern const QString variables;
+TESSEL_DATA_EXPORT extern const QString values;
+TESSEL_DATA_EXPORT extern const QString sources;
+TESSEL_DATA_EXPORT extern const QString builds;
+TESSEL_DATA_EXPORT extern const QString problems;
+TESSEL_DATA_EXPORT extern const QString rejects;
+} // namespace SystemTable
+/*! @} */
+
+} // namespace tessel

@@ -1,0 +1,109 @@
+#include <tessel_data/DatabaseViews_p.h>
+
+#include <tessel_data/SqlNames.h>
+
+#include <QLocale>
+
+#include <limits>
+
+namespace tessel {
+
+namespace {
+
+using Type = DatabaseColumn::Type;
+
+QString realText(double number)
+{
+    return QString::number(number, 'g', std::numeric_limits<double>::max_digits10);
+}
+
+// The test that a column has the code, or one of the range.
+QString testOf(const QString& name, const DatabaseColumn& column, const DatabaseCode& code)
+{
+    if (column.type == Type::Text)
+        return name + QLatin1String(" = ") + sqlText(code.text);
+    QString low;
+    QString high;
+    if (column.type == Type::Real) {
+        constexpr double most = std::numeric_limits<double>::max();
+        low = code.lowReal <= -most ? QString() : realText(code.lowReal);
+        high = code.highReal >= most ? QString() : realText(code.highReal);
+    } else {
+        low = numberText(code.low, column.decimals);
+        high = numberText(code.high, column.decimals);
+    }
+    if (column.type == Type::Digits) // a text in SQLite
+        return name + QLatin1String(" = ") + sqlText(low);
+    if (low == high)
+        return name + QLatin1String(" = ") + low;
+    if (low.isEmpty())
+        return name + QLatin1String(" <= ") + high;
+    if (high.isEmpty())
+        return name + QLatin1String(" >= ") + low;
+    return QStringLiteral("%1 BETWEEN %2 AND %3").arg(name, low, high);
+}
+
+QString valid(const DatabaseColumn& column)
+{
+    const QString name = QLatin1String("t.") + sqlIdentifier(column.name);
+    QStringList tests;
+    for (const DatabaseCode& code : column.invalid)
+        tests.append(testOf(name, column, code));
+    if (tests.isEmpty())
+        return name;
+    return QStringLiteral("CASE WHEN %1 THEN NULL ELSE %2 END")
+        .arg(tests.join(QLatin1String(" OR ")), name);
+}
+
+// A look-up for each row that asks for it: joins are limited in number, and columns that a query
+// does not name cost nothing. What is in no set stays as it is.
+QString labelled(const DatabasePlan& plan, const DatabaseColumn& column)
+{
+    const QString value = QLatin1String("t.") + sqlIdentifier(column.name);
+    if (column.valueTable < 0)
+        return value;
+    const DatabaseValueTable& values = plan.valueTables[std::size_t(column.valueTable)];
+    const QString table = sqlIdentifier(plan.tables[std::size_t(values.table)].name);
+    const QString look = values.hasRanges
+        ? QStringLiteral("(SELECT CASE WHEN v.code_to >= %1 THEN nullif(v.label, '') END FROM %2 v "
+                         "WHERE v.code_from <= %1 ORDER BY v.code_from DESC LIMIT 1)")
+        : QStringLiteral("(SELECT nullif(v.label, '') FROM %2 v WHERE v.code = %1)");
+    const bool hasBlank = !values.entries.empty() && values.entries.back().isBlank;
+    const QString blank =
+        hasBlank ? sqlText(values.entries.back().labels.first()) : QStringLiteral("NULL");
+    return QLatin1String("CASE WHEN ") + value + QLatin1String(" IS NULL THEN ") + blank
+        + QLatin1String(" ELSE coalesce(") + look.arg(value, table) + QLatin1String(", CAST(")
+        + value + QLatin1String(" AS TEXT)) END");
+}
+
+QString viewSql(const QString& view, const DatabaseTable& table, const QStringList& expressions)
+{
+    QStringList columns;
+    for (int c = 0; c < table.columns.size(); ++c) {
+        columns.append(
+            expressions.at(c) + QLatin1String(" AS ") + sqlIdentifier(table.columns.at(c).name));
+    }
+    return QLatin1String("CREATE VIEW ") + sqlIdentifier(view) + QLatin1String(" AS SELECT\n  ")
+        + columns.join(QLatin1String(",\n  ")) + QLatin1String("\nFROM ")
+        + sqlIdentifier(table.name) + QLatin1String(" t");
+}
+
+} // namespace
+
+QString labelViewSql(const DatabasePlan& plan, const DatabaseTable& table)
+{
+    QStringList expressions;
+    for (const DatabaseColumn& column : table.columns)
+        expressions.append(labelled(plan, column));
+    return viewSql(table.labelView, table, expressions);
+}
+
+QString validViewSql(const DatabaseTable& table)
+{
+    QStringList expressions;
+    for (const DatabaseColumn& column : table.columns)
+        expressions.append(valid(column));
+    return viewSql(table.validView, table, expressions);
+}
+
+} // namespace tessel
