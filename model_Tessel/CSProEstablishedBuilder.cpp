@@ -65,7 +65,7 @@ void CSProEstablishedBuilder::addValueSet(ValueSetPointer valueSet)
         return;
     }
     if (attach(valueSet.get()))
-        valueSet.release();
+        (void)valueSet.release(); // the model owns it now
 }
 
 // False when the value set is to be dropped.

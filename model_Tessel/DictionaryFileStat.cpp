@@ -30,7 +30,7 @@ QString describe(const TStatOutcome& outcome)
 // there is no room for a few of those. Direct calls, as the compiler may leave out expressions.
 void checkMemory(const TStatOutcome& outcome)
 {
-    constexpr std::size_t SomePieces = 4 * 16 * 1024 * 1024;
+    constexpr std::size_t SomePieces = std::size_t(64) * 1024 * 1024;
     if (outcome.error == READSTAT_ERROR_MALLOC)
         ::operator delete(::operator new(SomePieces));
 }

@@ -19,7 +19,7 @@ inline int truncatedToInt(double value)
 // numbers of up to six digits, nearly all codes, are written without its cost.
 inline QString shortNumberText(double value)
 {
-    if (std::abs(value) < 1e6 && value == std::trunc(value) && !(value == 0 && std::signbit(value)))
+    if (std::abs(value) < 1e6 && value == std::trunc(value) && (value != 0 || !std::signbit(value)))
         return QString::number(static_cast<int>(value));
     return QString::number(value, 'g', 6);
 }

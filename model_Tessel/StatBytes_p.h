@@ -57,7 +57,7 @@ public:
     // No more than a few megabytes: names and notes.
     QByteArray read(quint64 count)
     {
-        constexpr quint64 Most = 16 * 1024 * 1024;
+        constexpr quint64 Most = quint64(16) * 1024 * 1024;
         if (!require(count <= Most && count <= quint64(m_input.size() - m_position)))
             return {};
         const QByteArray bytes = m_input.bytes(m_position, int(count));

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr readstat_off_t WindowSize = 64 * 1024;
+constexpr readstat_off_t WindowSize = readstat_off_t(64) * 1024;
 
 int originOf(readstat_io_flags_t whence)
 {

@@ -228,8 +228,8 @@ int check(const LookupOptions& options, Supervisor& supervisor)
         return InputFailed;
     task.countsValues = options.withFrequencies || !options.report.isEmpty();
     // They end with the process: to delete millions of records would take a third of its time.
-    static TOxLookup* const lookup = new TOxLookup;
-    static LookupOutcome* const kept = new LookupOutcome;
+    static auto* const lookup = new TOxLookup;
+    static auto* const kept = new LookupOutcome;
     LookupOutcome& outcome = *kept;
     if (!checkLookup(task, *lookup, outcome))
         return InputFailed;

@@ -22,7 +22,7 @@ bool isBefore(const DataBatch::Told& told, const DataBatch::Record& record)
 
 QString shown(std::string_view text)
 {
-    const auto size = int(std::min<std::size_t>(text.size(), LongestShown * 4));
+    const auto size = int(std::min<std::size_t>(text.size(), std::size_t(LongestShown) * 4));
     return QString::fromUtf8(text.data(), size).left(LongestShown);
 }
 

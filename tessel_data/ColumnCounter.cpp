@@ -43,7 +43,7 @@ void countCode(Map& codes, typename Map::key_type code, std::size_t limit, bool&
 
 qint64 DistinctCounter::count() const
 {
-    qint64 count = qint64(m_count);
+    auto count = qint64(m_count);
     for (const quint64 bits : m_small)
         count += __builtin_popcountll(bits);
     return count;

@@ -71,8 +71,9 @@ bool rescale(Digits& digits, int decimals)
 
 NumberStatus read(std::string_view text, int decimals, bool isImplied, qint64& number)
 {
-    const char* const end = text.data() + text.size();
-    const char* at = skipBlanks(text.data(), end);
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const char* at = skipBlanks(begin, end);
     if (at == end)
         return NumberStatus::Blank;
     const bool isNegative = *at == '-';

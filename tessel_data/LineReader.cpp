@@ -50,9 +50,9 @@ void LineReader::begin()
     m_begin = m_hasMark ? 3 : 0;
     const bool hasLf = m_end > 0 && std::memchr(m_buffer.data(), '\n', std::size_t(m_end));
     const bool hasCr = m_end > 0 && std::memchr(m_buffer.data(), '\r', std::size_t(m_end));
-    if (hasCr && !hasLf && m_buffer[std::size_t(m_end) - 1] != '\r')
-        m_lineEnd = '\r';
-    else if (hasCr && !hasLf && std::memchr(m_buffer.data(), '\r', std::size_t(m_end) - 1))
+    if (hasCr && !hasLf
+        && (m_buffer[std::size_t(m_end) - 1] != '\r'
+            || std::memchr(m_buffer.data(), '\r', std::size_t(m_end) - 1)))
         m_lineEnd = '\r';
 }
 

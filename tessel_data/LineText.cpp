@@ -56,7 +56,7 @@ void LineText::set(std::string_view text)
     uchar high = 0;
     uchar controls = 0;
     for (const char character : text) { // without a branch, so that it runs many bytes at a time
-        const uchar byte = uchar(character);
+        const auto byte = uchar(character);
         high = uchar(high | byte);
         controls = uchar(controls | (byte < 0x20 ? 1 : 0));
     }
@@ -92,7 +92,7 @@ void LineText::decodeWindows1252()
     m_decoded.clear();
     m_places.clear();
     for (const char character : m_text) {
-        const uchar byte = uchar(character);
+        const auto byte = uchar(character);
         m_places.push_back(quint32(m_decoded.size()));
         appendUtf8(m_decoded, byte >= 0x80 && byte < 0xA0 ? windows1252[byte - 0x80] : byte);
     }

@@ -46,7 +46,7 @@ public:
     // No batch comes any more.
     void end(std::exception_ptr failure)
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::scoped_lock lock(m_mutex);
         m_failure = std::move(failure);
         m_hasEnded = true;
         m_changed.notify_all();
@@ -70,14 +70,14 @@ public:
     void giveBack(DataBatch* batch)
     {
         batch->clear();
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::scoped_lock lock(m_mutex);
         m_free.push_back(batch);
         m_changed.notify_all();
     }
 
     void stop()
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::scoped_lock lock(m_mutex);
         m_isStopped = true;
         m_changed.notify_all();
     }

@@ -42,7 +42,7 @@ ssize_t allowed(int file, off_t offset, std::size_t size)
     if (!isFailing(file))
         return static_cast<ssize_t>(size);
     const char* const after = std::getenv("FAILING_READ_BYTES");
-    const off_t left = (after ? std::atoll(after) : 0) - offset;
+    const off_t left = (after ? std::strtoll(after, nullptr, 10) : 0) - offset;
     if (left > 0)
         return left < static_cast<off_t>(size) ? left : static_cast<ssize_t>(size);
     if (std::getenv("FAILING_READ_ENDS"))

@@ -678,7 +678,7 @@ public:
 
     int below(int limit)
     {
-        return static_cast<int>(m_random.bounded(limit));
+        return m_random.bounded(limit);
     }
 
     QString oneOf(const QStringList& list)

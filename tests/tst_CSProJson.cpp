@@ -248,7 +248,7 @@ private:
             valueSet.linkedSet() ? valueSet.linkedSet()->name : QString(),
             valueSet.isNumeric ? "numeric" : "text" });
         for (const TValueSetItem* entry : qAsConst(*valueSet.items)) {
-            const CSProValueDetail detail = valueSet.detail(entry);
+            const CSProValueDetail& detail = valueSet.detail(entry);
             add({ "value", detail.isFurtherCode ? "further" : "first",
                 valueSet.isNumeric ? entry->code : withoutTrailingBlanks(entry->code),
                 detail.highCode, entry->label, QString::number(entry->type),

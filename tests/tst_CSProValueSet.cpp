@@ -160,8 +160,8 @@ bool sortedInside(List& list, const typename List::value_type& guard, Compare be
 
 bool isPermutation(QList<TValueSetItem*> first, QList<TValueSetItem*> second)
 {
-    std::sort(first.begin(), first.end(), std::less<TValueSetItem*>());
-    std::sort(second.begin(), second.end(), std::less<TValueSetItem*>());
+    std::sort(first.begin(), first.end(), std::less<>());
+    std::sort(second.begin(), second.end(), std::less<>());
     return first == second;
 }
 
@@ -746,7 +746,7 @@ void tst_CSProValueSet::sortsNumbersAsStdSort()
                 set.add(forms.at(random.bounded(forms.size())).arg(number));
                 continue;
             }
-            const QString code = oddCodes.at(random.bounded(oddCodes.size()));
+            const QString& code = oddCodes.at(random.bounded(oddCodes.size()));
             if (code == QLatin1String("null"))
                 set.addItem(nullptr);
             else

@@ -225,7 +225,7 @@ void tst_DataImport::fieldsStandInDeclarationOrder()
     const std::vector<const void*> addresses = { &i.auxName, &i.sourceName, &i.importSlotA,
         &i.importRatio, &i.importSlotB, &i.fields, &i.dataSourceName, &i.importSlotC,
         &i.importSlotE, &i.importSlotF, &i.fieldsByName, &i.importSlotD, &i.extraList };
-    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<const void*>()));
+    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<>()));
 }
 
 void tst_DataImport::virtualDefaults()

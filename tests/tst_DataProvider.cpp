@@ -229,7 +229,7 @@ void tst_DataProvider::fieldsStandInDeclarationOrder()
         &p.dataProviderLabel, &p.dataProviderTypeIndex, &p.dataProviderTypeName, &p.recordTypeStart,
         &p.recordTypeSize, &p.layoutFileName, &p.dataFileName, &p.recordTypes, &p.references,
         &p.recordTypeList, &p.layoutSources, &p.providerTypeNames };
-    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<const void*>()));
+    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<>()));
 }
 
 void tst_DataProvider::destructorLeavesTheFields()

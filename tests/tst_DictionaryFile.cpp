@@ -261,7 +261,7 @@ void tst_DictionaryFile::unreadable()
     QFile large(m_folder->filePath("large.dcf"));
     QVERIFY(large.open(QIODevice::WriteOnly));
     QVERIFY(large.write("[Dictionary]\n") > 0);
-    QVERIFY(large.resize(257 * 1'048'576)); // takes no room
+    QVERIFY(large.resize(qint64(257) * 1'048'576)); // takes no room
     QCOMPARE(texts(read(large.fileName())),
         QStringList("is larger than 256 MiB, which no dictionary is"));
     const QString path = write(bytesOf(fixture("basic.dcf")));
@@ -451,7 +451,7 @@ void tst_DictionaryFile::db()
     QCOMPARE(file.path, path);
     const DictionaryFile plain = read(fixture("basic.dcf"));
     QCOMPARE(file.csproImporter()->fields->size(), plain.csproImporter()->fields->size());
-    QVERIFY(file.csproImporter()->fields->size() > 0);
+    QVERIFY(!file.csproImporter()->fields->empty());
     QVERIFY(!readDictionaryFile(path, QByteArray("no dictionary")).hasDictionary());
     QVERIFY(!readDictionaryFile(path, QByteArray()).hasDictionary());
 }

@@ -247,7 +247,7 @@ void tst_ErrorManager::fieldsStandInDeclarationOrder()
     const OxErrorManager error(QStringLiteral("CSPro"), 1);
     const std::vector<const void*> addresses = { &error.code, &error.line, &error.className,
         &error.text };
-    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<const void*>()));
+    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<>()));
 }
 
 void tst_ErrorManager::initReplacesAllFields()

@@ -262,7 +262,7 @@ void tst_GenericField::fieldsStandInDeclarationOrder()
         &f.length, &f.start, &f.valueLabels, &f.missingValue, &f.notApplicableValue, &f.minValue,
         &f.maxValue, &f.decimals, &f.hasDecimalChar, &f.conversionFailed, &f.text, &f.realValue,
         &f.integerValue, &f.owner };
-    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<const void*>()));
+    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<>()));
 }
 
 void tst_GenericField::baseOperations()
@@ -1301,8 +1301,8 @@ void tst_GenericField::valueLabelChangesTabsForGood()
 int main(int argc, char** argv)
 {
     if (argc == 4 && std::strcmp(argv[1], childArgument) == 0) {
-        return assignWithLength(
-            std::atoi(argv[2]), std::strcmp(argv[3], "wide") == 0 ? Way::WideText : Way::Text);
+        return assignWithLength(QByteArray(argv[2]).toInt(),
+            std::strcmp(argv[3], "wide") == 0 ? Way::WideText : Way::Text);
     }
     QCoreApplication application(argc, argv);
     tst_GenericField test;

@@ -317,7 +317,7 @@ QStringList variableNotesOf(const QByteArray& bytes)
         const char* const start = bytes.constData() + at + 8;
         const QByteArray variable(start);
         const QByteArray name(start + width);
-        const QByteArray text(start + 2 * width);
+        const QByteArray text(start + width + width);
         if (variable != "_dta" && name.startsWith("note") && name != "note0")
             notes.append(QString::fromUtf8(variable + ": " + text));
     }

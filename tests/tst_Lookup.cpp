@@ -256,7 +256,7 @@ void tst_Lookup::fieldsStandInDeclarationOrder()
         &l.separator, &l.maxMessages, &l.values, &l.cancelled, &l.fileNameSet, &l.key, &l.value,
         &l.consistency, &l.fileName, &l.lineNumber, &l.errorCount, &l.limitNoticeIssued, &l.line,
         &l.fileSize, &l.position };
-    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<const void*>()));
+    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<>()));
 }
 
 void tst_Lookup::accessors()

@@ -468,7 +468,7 @@ void tst_LookupCommand::longKeys()
     const QJsonArray messages = jsonOf({ file }).value("messages").toArray();
     for (const QJsonValue& message : messages)
         texts.append(message.toObject().value("text").toString());
-    std::sort(texts.begin(), texts.end(), std::greater<QString>());
+    std::sort(texts.begin(), texts.end(), std::greater<>());
     QCOMPARE(texts, expected);
     QVERIFY(runLookup({ file }).output.size() < 2000);
 }

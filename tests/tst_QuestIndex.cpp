@@ -45,7 +45,7 @@ void tst_QuestIndex::fieldsStandInDeclarationOrder()
     const TQuestIndex i;
     const std::vector<const void*> addresses = { &i.recordTypeStart, &i.recordTypeLength, &i.status,
         &i.recordText, &i.lines };
-    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<const void*>()));
+    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<>()));
 }
 
 void tst_QuestIndex::countLines()

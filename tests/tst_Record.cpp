@@ -414,7 +414,7 @@ void tst_Record::fieldsStandInDeclarationOrder()
     const TOxRecord r;
     const std::vector<const void*> addresses = { &r.name, &r.label, &r.recordType, &r.recordChar,
         &r.firstChild, &r.parent, &r.nextBrother, &r.references, &r.keyRecord };
-    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<const void*>()));
+    QVERIFY(std::is_sorted(addresses.begin(), addresses.end(), std::less<>()));
 }
 
 void tst_Record::destructorLeavesTheTree()

@@ -144,7 +144,8 @@ void tst_VirtualTables::everyTableHasItsSize()
     };
     QMap<QByteArray, qulonglong> expected;
     for (auto it = slotsOfClass.begin(); it != slotsOfClass.end(); ++it)
-        expected.insert("_ZTV" + mangled(it.key()), (WordsBeforeSlots + it.value()) * WordSize);
+        expected.insert(
+            "_ZTV" + mangled(it.key()), qulonglong(WordsBeforeSlots + it.value()) * WordSize);
     const auto found = tablesIn(libraryPath());
     QCOMPARE(found.keys(), expected.keys());
     for (const QByteArray& name : found.keys())

@@ -5,6 +5,7 @@
 #include <QLoggingCategory>
 #include <QTimer>
 
+// A test calls it by another name. NOLINTNEXTLINE(misc-use-internal-linkage)
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);

@@ -26,7 +26,7 @@ QString withoutLeadingZeros(const QString& digits)
 // A number as the columns of a field hold it: at their right end, behind zeros or blanks.
 QString inColumns(const QString& number, const ListedField& field)
 {
-    const QString text = number.trimmed();
+    QString text = number.trimmed();
     if (!field.hasColumns())
         return text;
     const QString sign = text.startsWith(QLatin1Char('-')) ? QStringLiteral("-") : QString();

@@ -5,6 +5,7 @@
 #include "text/TextTable.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unistd.h>
 
 namespace {
@@ -37,7 +38,7 @@ QString nameOf(WorkUnit unit)
 QString timeText(qint64 seconds)
 {
     constexpr int Sixty = 60;
-    const qint64 hours = seconds / (Sixty * Sixty);
+    const qint64 hours = seconds / Sixty / Sixty;
     const int minutes = int(seconds / Sixty % Sixty);
     const QString rest = QStringLiteral("%1").arg(seconds % Sixty, 2, 10, QLatin1Char('0'));
     if (hours == 0)
@@ -66,7 +67,7 @@ QString progressText(qint64 done, qint64 total, qint64 milliseconds, WorkUnit un
         QLatin1String("  ") + amount(rate * double(Thousand), nameOf(unit)) + QLatin1String("/s");
     if (total > 0) {
         const double left = double(std::max<qint64>(total - done, 0)) / rate / double(Thousand);
-        text += QStringLiteral("  %1 left").arg(timeText(qint64(left + 0.5)));
+        text += QStringLiteral("  %1 left").arg(timeText(std::llround(left)));
     }
     return text;
 }

@@ -254,7 +254,7 @@ void HtmlWriter::writeGroup(int index)
 
 QString decimalsText(const ListedField& field)
 {
-    const QString decimals = QStringLiteral("decimals %1").arg(field.decimals);
+    QString decimals = QStringLiteral("decimals %1").arg(field.decimals);
     if (field.decimalPoint() == DecimalPoint::Untold)
         return decimals;
     return decimals
