@@ -133,7 +133,8 @@ void TCSPro::setReading(CSProReading reading)
         useReading(reading);
 }
 
-// The one place that chooses between the readings of text and of what it builds.
+// Chooses who reads lines and who builds of them. Bytes are decoded, and sections of other kinds
+// passed over, by the reading as well.
 void TCSPro::useReading(CSProReading reading)
 {
     m_reading = reading;

@@ -68,6 +68,7 @@ public:
     void setDecimalQuestion(CSProDecimalQuestion question);
     /*! How the loads after it read; the established reading without it. */
     void setReading(CSProReading reading);
+    /*! How the loads read. */
     CSProReading reading() const;
     /*! Name of the codec that the last file was decoded with; empty before. */
     QByteArray textEncoding() const;
@@ -85,6 +86,7 @@ public:
     QString labelText(const QString& label) const;
     /*! The levels of the questionnaire, in order. */
     const QVector<CSProLevel>& levels() const;
+    /*! The relations between records and items, in order. */
     const QVector<CSProRelation>& relations() const;
     /*! Note of the dictionary itself. */
     QString note() const;
@@ -111,9 +113,13 @@ public:
 
     /*! \name One section each; \a index is its header and becomes its last line. */
     /*! @{ */
+    /*! Reads "[Dictionary]". */
     void processDictionary(QStringList* lines, int& index);
+    /*! Reads "[Record]", to which the next items belong. */
     void processRecord(QStringList* lines, int& index);
+    /*! Reads "[Item]", which the next value sets describe. */
     void processItem(QStringList* lines, int& index);
+    /*! Reads "[ValueSet]" for the item added last. */
     void processValueSet(QStringList* lines, int& index);
     /*! @} */
 
@@ -128,6 +134,7 @@ public:
     int getItemsCount() const;
     /*! Item \a index, from 0; the index is not checked. */
     TCSProItem* getItem(int index) const;
+    /*! The list \c items itself. */
     QList<TCSProItem*>* getItemsList() const;
     /*! The latest record with exactly that record-type value; null when there is none. */
     TCSProRecord* findRecordByValue(const QString& value) const;

@@ -92,6 +92,7 @@ private:
 /*! One item of a CSPro dictionary, or one of its occurrences, as a field. */
 class MODEL_TESSEL_EXPORT TCSProVariable : public TGenericField {
 public:
+    /*! A field without an item yet. */
     explicit TCSProVariable(TDataImport* owner);
     ~TCSProVariable() override;
 

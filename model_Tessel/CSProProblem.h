@@ -9,6 +9,7 @@
  * Format: CSPro data dictionary (.dcf), text form and JSON.
  */
 struct CSProProblem {
+    /*! What happened. */
     enum class Kind {
         ItemWithoutLength, /*!< the item has no "Len", or none above 0; \c text: its length */
         ItemWithoutStart, /*!< the item is taken to start at column 1 */

@@ -35,10 +35,12 @@ struct CSProValueDetail {
     QString image; /*!< path as written, relative to the dictionary */
     QString textColor; /*!< as written */
 
+    /*! True with a note, an image or a colour. */
     bool hasRemarks() const
     {
         return !note.isEmpty() || !image.isEmpty() || !textColor.isEmpty();
     }
+    /*! True when nothing is said. */
     bool isEmpty() const
     {
         return highCode.isNull() && !isFurtherCode && !hasRemarks();
@@ -58,7 +60,9 @@ public:
     TCSProValueSet();
     ~TCSProValueSet() override;
 
+    /*! Appends \a item. */
     void addItem(TValueSetItem* item);
+    /*! Number of entries. */
     int getCount() const;
     /*! Entry \a index, from 0; the index is not checked. */
     TValueSetItem* getValueSetItem(int index) const;
@@ -88,6 +92,7 @@ public:
     const CSProValueDetail& detail(const TValueSetItem* entry) const;
     /*! True when something is said of some entry. */
     bool hasDetails() const;
+    /*! Sets what detail() tells of \a entry; an empty one changes nothing. */
     void setDetail(const TValueSetItem* entry, const CSProValueDetail& detail);
     /*! Takes over the entries of \a valueSet, which stays their owner. */
     void shareEntries(TCSProValueSet* valueSet);
@@ -95,8 +100,11 @@ public:
     TCSProValueSet* linkedSet() const;
     /*! Sets with the same link have the same values; empty: none. */
     QString link() const;
+    /*! Sets what link() tells. */
     void setLink(const QString& link);
+    /*! Note of the set; empty: none. */
     QString note() const;
+    /*! Sets what note() tells. */
     void setNote(const QString& note);
 
     QString label;

@@ -7,7 +7,8 @@
 
 /*!
  * \file Constants.h
- * The string constants that all class families share, defined once.
+ * String constants for hosts and for the class families that share them, one object each in the
+ * library. Some are for hosts alone; a family may have a name of its own for the same text.
  */
 
 /*! \name Field type names */

@@ -80,10 +80,12 @@ public:
     /*! Field \a index of \c fields, from 0; null outside the list. */
     TGenericField* getField(int index) const;
 
+    /*! The name of the source. */
     QString getSourceName() const;
     /*! Stores the absolute path of \a path, or an empty text when there is no such file. */
     void setSourceName(const QString& path);
 
+    /*! The name of the data source. */
     QString getDataSourceName() const;
     /*!
      * Stores the absolute path of \a path. When there is no such file, a file whose name is the

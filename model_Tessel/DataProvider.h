@@ -23,9 +23,13 @@ public:
     TOxDataProvider();
     virtual ~TOxDataProvider();
 
+    /*! Identification of the importer. */
     QString getDataProviderId() const;
+    /*! Sets the identification. */
     void setDataProviderId(const QString& id);
+    /*! Label of the source. */
     QString getDataProviderLabel() const;
+    /*! Sets the label. */
     void setDataProviderLabel(const QString& label);
 
     /*! Name of the source's type; empty while it is none of the known ones. */
@@ -35,24 +39,36 @@ public:
     /*! Stores \a name and its number; does nothing when it is "NONE" or not in the list. */
     void setDataProviderType(const QString& name);
 
+    /*! Column of the record type, from 1. */
     int getRecordTypeStart() const;
+    /*! Sets that column. */
     void setRecordTypeStart(int start);
+    /*! Width of the record type. */
     int getRecordTypeSize() const;
+    /*! Sets that width. */
     void setRecordTypeSize(int size);
+    /*! Number of record types; 0, as the library never sets it. */
     int getRecordTypes() const;
     /*! Does nothing. */
     void setRecordTypes(int count);
+    /*! The record types. */
     QStringList getRecordTypeList() const;
+    /*! Number of references, as the host set it. */
     int getReferences() const;
+    /*! Sets that number. */
     void setReferences(int count);
+    /*! The importer; null: none. */
     TDataImport* getImportData() const;
+    /*! Sets the importer, which stays the caller's. */
     void setImportData(TDataImport* importer);
 
     /*! Name of the dictionary file, with native separators. */
     QString getLayoutFileName() const;
+    /*! Sets it as it is given. */
     void setLayoutFileName(const QString& name);
     /*! Name of the data file, with native separators. */
     QString getDataFileName() const;
+    /*! Sets it as it is given. */
     void setDataFileName(const QString& name);
 
     /*! The first field of exactly that name; null when there is none. */

@@ -65,12 +65,14 @@ struct DictionaryFileOptions {
 
 /*! One thing to know of how a file was read. */
 struct DictionaryFileProblem {
+    /*! How much it matters. */
     enum class Severity {
         Note, /*!< nothing is lost */
         Warning, /*!< something may be other than it seems */
         Error /*!< something could not be read, or nothing */
     };
 
+    /*! What it is. */
     enum class Kind {
         UnreadableFile, /*!< missing, no file, empty, too large, or its reading failed */
         Encrypted,
@@ -112,6 +114,7 @@ struct DictionaryFileProblem {
 
 /*! Deletes an importer and the reader of its dictionary; records, items and fields stay. */
 struct MODEL_TESSEL_EXPORT DictionaryImporterDeleter {
+    /*! Deletes \a importer, which may be null. */
     void operator()(TDataImport* importer) const;
 };
 
@@ -119,7 +122,9 @@ struct MODEL_TESSEL_EXPORT DictionaryImporterDeleter {
 struct MODEL_TESSEL_EXPORT DictionaryFile {
     DictionaryFile();
     ~DictionaryFile();
+    /*! Takes over what \a other has. */
     DictionaryFile(DictionaryFile&& other) noexcept;
+    /*! Takes over what \a other has. */
     DictionaryFile& operator=(DictionaryFile&& other) noexcept;
 
     /*! False when nothing of the file could be read. */

@@ -35,6 +35,7 @@ MODEL_TESSEL_EXPORT void releaseModel(CSProModel& model);
 
 /*! Deletes as releaseDictionary() does. */
 struct DictionaryDeleter {
+    /*! Deletes \a dictionary, which may be null. */
     void operator()(Dictionary* dictionary) const
     {
         releaseDictionary(dictionary);

@@ -56,10 +56,13 @@ enum OxErrorCode : int {
  */
 class MODEL_TESSEL_EXPORT OxErrorManager : public QException {
 public:
+    /*! An error without text and line. */
     OxErrorManager(const QString& className, int code);
+    /*! An error at \a line. */
     OxErrorManager(const QString& className, int code, int line);
     /*! Also writes the message to the debug log, as the only constructor that does. */
     OxErrorManager(const QString& className, int code, const QString& text);
+    /*! An error with \a text, at \a line. */
     OxErrorManager(const QString& className, int code, const QString& text, int line);
     ~OxErrorManager() override;
 

@@ -25,6 +25,7 @@ public:
     /*! Marks a real value that was never set: the smallest normal double. */
     static constexpr double NoRealValue = 2.2250738585072014e-308;
 
+    /*! A field of \a owner, which it does not own. */
     explicit TGenericField(TDataImport* owner);
     virtual ~TGenericField();
 

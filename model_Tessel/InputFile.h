@@ -12,6 +12,7 @@
  */
 class MODEL_TESSEL_EXPORT TInputFile {
 public:
+    /*! The file \a path, not yet opened. */
     explicit TInputFile(const QString& path);
 
     /*! False, see errorText(), when it is no file that can be read, or empty. */

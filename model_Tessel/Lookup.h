@@ -36,6 +36,7 @@ using LookupProgress = std::function<bool(qint64 bytesRead, qint64 size)>;
 
 /*! One problem that a check of a lookup found. */
 struct TOxLookupProblem {
+    /*! What is wrong. */
     enum class Kind { NoSeparator, WrongKeySize, DuplicateKey };
     int line; /*!< from 1 */
     Kind kind;
@@ -64,17 +65,27 @@ using LookupProblemSink = std::function<void(const TOxLookupProblem& problem)>;
 class MODEL_TESSEL_EXPORT TOxLookup {
 public:
     TOxLookup();
+    /*! Shares the records of the other. */
     TOxLookup(const TOxLookup&) = default;
+    /*! Shares the records of the other. */
     TOxLookup& operator=(const TOxLookup&) = default;
     virtual ~TOxLookup();
 
+    /*! Identification of the lookup. */
     QString getId() const;
+    /*! Sets the identification. */
     void setId(const QString& id);
+    /*! Label of the lookup. */
     QString getLabel() const;
+    /*! Sets the label. */
     void setLabel(const QString& label);
+    /*! Path of the file. */
     QString getFfileName() const;
+    /*! Sets the path of the file. */
     void setFfileName(const QString& fileName);
+    /*! Number of the separator; see separatorCharacter(). */
     int getSeparator() const;
+    /*! Sets the number of the separator. */
     void setSeparator(const int& separator);
 
     /*!
@@ -113,6 +124,7 @@ public:
      * Kept: a line without separator stands for the pair split last, even by an import before. The
      * counts of messages go on over all imports of the object.
      *
+     * \param frequencies gets the values with their counters, when the check counts
      * \param messages gets the message lines; may be null
      * \return false when there is no such file, \c status is 1 and \c errorText says so then; also
      *     when the progress function cancelled the import, and when reading failed on the way, of

@@ -16,6 +16,7 @@ public:
     TQuestIndex();
     virtual ~TQuestIndex();
 
+    /*! Number of lines. */
     int countLines() const;
     /*! Record-type code of \a line, from 0, as far as it reaches; empty outside the lines. */
     QString getRecordValue(int line) const;

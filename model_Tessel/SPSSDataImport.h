@@ -38,7 +38,7 @@ MODEL_TESSEL_EXPORT int handle_metadata_spss(readstat_metadata_t* metadata, void
 /*! @} */
 
 /*!
- * Importer of the dictionary of an SPSS file; no data rows are read.
+ * Importer of the dictionary of an SPSS file; its rows are passed over.
  *
  * A file that cannot be read gives no fields, or those before the damage, and no error;
  * readStatDescription() tells whether and why.
@@ -86,6 +86,7 @@ private:
 /*! One variable of an SPSS file as a field. */
 class MODEL_TESSEL_EXPORT TSPSSVariable : public TGenericField {
 public:
+    /*! A field without a variable yet. */
     explicit TSPSSVariable(TDataImport* owner);
     ~TSPSSVariable() override;
 

@@ -49,7 +49,7 @@ MODEL_TESSEL_EXPORT int handle_variablexx(
 /*! @} */
 
 /*!
- * Importer of the dictionary of a Stata file; no data rows are read.
+ * Importer of the dictionary of a Stata file; its rows are passed over.
  *
  * A file that cannot be read gives no fields, or those before the damage, and a line with
  * libreadstat's error code on standard output; readStatDescription() tells more.
@@ -103,6 +103,7 @@ private:
 /*! One variable of a Stata file as a field. */
 class MODEL_TESSEL_EXPORT TSTATAVariable : public TGenericField {
 public:
+    /*! A field without a variable yet. */
     explicit TSTATAVariable(TDataImport* owner);
     ~TSTATAVariable() override;
 

@@ -19,6 +19,7 @@ public:
     QString getFieldType() const;
     /*! Stores \a name unchanged; \c fieldTypeIndex stays as it is. */
     void setFieldType(const QString& name);
+    /*! Number of the field type: the index of its name. */
     int getFieldTypeIndex() const;
     /*! True when \c fieldTypeIndex is 3. */
     bool isString() const;

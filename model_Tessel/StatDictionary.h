@@ -84,6 +84,7 @@ struct MODEL_TESSEL_EXPORT TStatVariableDescription {
     QStringList notes; /*!< of Stata, by their numbers */
     QVector<TStatCharacteristic> characteristics; /*!< of Stata, in the order of the file */
 
+    /*! True for texts of any length. */
     bool isString() const;
     /*!
      * "STRING", "REAL" or "INTEGER". SPSS has no whole numbers of its own; those shown without

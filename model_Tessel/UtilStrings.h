@@ -17,8 +17,8 @@ public:
     /*!
      * The word of \a text from \a position, counted from 0, up to the next \a separator, which is
      * one character. A word whose second character is \a marker comes without its first two;
-     * an empty marker leaves every word whole.
-     * \param position moves behind the separator, or to -1 when none follows
+     * an empty marker leaves every word whole. \a position moves behind the separator, or to -1
+     * when none follows.
      */
     static QString GetWordSeparator(
         const QString& text, int& position, const QString& separator, const QString& marker);
@@ -38,6 +38,7 @@ QT_WARNING_DISABLE_GCC("-Wnon-virtual-dtor")
 QT_WARNING_DISABLE_CLANG("-Wnon-virtual-dtor")
 class MODEL_TESSEL_EXPORT TOxList : public QList<QString> {
 public:
+    /*! An empty list; \a changed is stored. */
     explicit TOxList(bool changed);
     ~TOxList();
 

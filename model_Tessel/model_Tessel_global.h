@@ -8,7 +8,7 @@
  * and what a program imports when it uses it.
  */
 #if defined(MODEL_TESSEL_LIBRARY)
-#define MODEL_TESSEL_EXPORT Q_DECL_EXPORT
+#define MODEL_TESSEL_EXPORT Q_DECL_EXPORT /*!< marks what the library exports */
 #else
-#define MODEL_TESSEL_EXPORT Q_DECL_IMPORT
+#define MODEL_TESSEL_EXPORT Q_DECL_IMPORT /*!< marks what the library exports */
 #endif

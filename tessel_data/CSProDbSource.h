@@ -19,6 +19,7 @@ public:
     CSProDbSource(const QString& path, const DataDictionary& dictionary);
     ~CSProDbSource() override;
 
+    /*! The dictionary of the data. */
     const DataDictionary& dictionary() const override;
     void read(BatchSink& sink) override;
     qint64 size() const override;

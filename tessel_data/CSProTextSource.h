@@ -18,6 +18,7 @@ public:
     CSProTextSource(const DataDictionary& dictionary, const QStringList& paths);
     ~CSProTextSource() override;
 
+    /*! The dictionary of the data. */
     const DataDictionary& dictionary() const override;
     void read(BatchSink& sink) override;
     qint64 size() const override;

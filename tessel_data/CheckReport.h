@@ -99,6 +99,7 @@ struct TESSEL_DATA_EXPORT CheckReport {
     bool hasCases = true;
     bool addsUp = false; /*!< what was checked is what was read, and that equals its parts */
 
+    /*! How often \a kind was met. */
     qint64 problemCount(ProblemKind kind) const
     {
         return problemCounts.at(int(kind));

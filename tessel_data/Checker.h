@@ -8,6 +8,7 @@
 
 namespace tessel {
 
+/*! How data are checked. */
 struct CheckOptions {
     int samplesPerKind = 5; /*!< problems of one kind that the report shows */
     int distinctLimit = 1000; /*!< different values that are counted; fewer with many variables */

@@ -35,17 +35,27 @@ public:
 
     /*! \name Codes in the order of the dictionary; finish() after the last. */
     /*! @{ */
+    /*! Adds the numbers from \a low to \a high. */
     void addNumbers(qint64 low, qint64 high, Special special, int entry);
+    /*! Adds the real numbers from \a low to \a high. */
     void addReals(double low, double high, Special special, int entry);
+    /*! Adds the text \a code. */
     void addText(std::string_view code, Special special, int entry);
+    /*! Adds the code of blanks. */
     void addBlank(Special special, int entry);
+    /*! Makes the table ready for looking up. */
     void finish();
     /*! @} */
 
+    /*! True when no code was added. */
     bool isEmpty() const;
+    /*! What the table says of a blank. */
     const Match& blank() const;
+    /*! What the table says of a number. */
     Match find(qint64 number) const;
+    /*! What the table says of a real number. */
     Match find(double number) const;
+    /*! What the table says of a text. */
     Match find(std::string_view text) const;
 
     /*! State of a number. */
@@ -54,20 +64,26 @@ public:
         const quint64 place = quint64(number) - quint64(m_denseLow);
         return place < m_dense.size() ? m_dense[place] : stateOfRare(number);
     }
+    /*! State of a real number. */
     ValueState stateOf(double number) const;
+    /*! State of a text. */
     ValueState stateOf(std::string_view text) const;
+    /*! State of a blank. */
     ValueState stateOfBlank() const;
 
     /*! \name What was added, after finish(): disjoint and in order; of texts the first of each. */
     /*! @{ */
+    /*! Numbers. */
     const std::vector<Segment<qint64>>& numbers() const
     {
         return m_numbers;
     }
+    /*! Real numbers. */
     const std::vector<Segment<double>>& reals() const
     {
         return m_reals;
     }
+    /*! Texts. */
     const std::unordered_map<std::string_view, Match>& texts() const
     {
         return m_texts;

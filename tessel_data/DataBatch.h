@@ -39,6 +39,7 @@ struct TextRef {
  */
 class TESSEL_DATA_EXPORT DataBatch {
 public:
+    /*! One record; its cells are those of its columns. */
     struct Record {
         qint64 line = 0; /*!< line in its file, or row, from 1; of the case in a .csdb */
         qint64 caseNumber = 0; /*!< number of its case in the source, from 0 */
@@ -47,6 +48,7 @@ public:
         quint32 firstCell = 0; /*!< of its columns */
         TextRef text; /*!< the line as UTF-8; empty where there is none */
     };
+    /*! One case, whose records follow each other. */
     struct Case {
         qint64 number = 0; /*!< from 0 */
         quint32 firstRecord = 0; /*!< in this batch; later ones may stand in the next */
@@ -56,6 +58,7 @@ public:
         TextRef uuid; /*!< of a .csdb; else empty */
         bool isPartlySaved = false;
     };
+    /*! What is to be told of a line. */
     struct Told {
         LineProblem problem = LineProblem::UnknownRecordType;
         int file = 0;
@@ -65,11 +68,14 @@ public:
         TextRef text; /*!< the line; the first part of an endless one; names and values of a row */
     };
 
+    /*! Empties the batch, and keeps its memory. */
     void clear();
+    /*! True without records and without anything to tell. */
     bool isEmpty() const;
     /*! True when the batch should be handed on before another record. */
     bool isFull() const;
 
+    /*! The text that \a ref stands for. */
     std::string_view text(TextRef ref) const
     {
         return std::string_view(bytes).substr(ref.start, ref.size);
@@ -91,15 +97,18 @@ public:
         numbers.resize(numbers.size() + count);
         return first;
     }
+    /*! Fills a cell with a number or with nothing. */
     void set(quint32 cell, ValueState state, qint64 number = 0)
     {
         states[cell] = state;
         numbers[cell] = number;
     }
+    /*! Fills a cell with a text that keep() made. */
     void setText(quint32 cell, ValueState state, TextRef ref)
     {
         set(cell, state, qint64((quint64(ref.start) << 32) | ref.size));
     }
+    /*! Fills a cell with a real number. */
     void setReal(quint32 cell, ValueState state, double number);
     /*! Keeps a copy of \a text. */
     TextRef keep(std::string_view text);
@@ -125,11 +134,13 @@ struct TESSEL_DATA_EXPORT SourceCounts {
     qint64 deletedCases = 0;
     qint64 partlySavedCases = 0;
 
+    /*! True when the sums are right. */
     bool addUp() const
     {
         return lines == records + deletedLines + blankLines + rejectedLines
             && casesRead == cases + deletedCases;
     }
+    /*! Adds the counts of \a other. */
     SourceCounts& operator+=(const SourceCounts& other);
 };
 

@@ -28,6 +28,7 @@ struct DataCode {
     Special special = Special::None;
 };
 
+/*! Codes with their labels. */
 struct DataValueSet {
     QString name;
     QString label;
@@ -36,6 +37,7 @@ struct DataValueSet {
 
 /*! A field of a record, one for each occurrence, or an identification item. */
 struct DataVariable {
+    /*! What its values are. */
     enum class Type { Number, Text, Real, Binary };
 
     QString name; /*!< unique in its record; occurrences end in "_" and their number */
@@ -56,6 +58,7 @@ struct DataVariable {
     std::shared_ptr<const CodeTable> codes; /*!< as chosen; null: any value is allowed */
 };
 
+/*! A record type. */
 struct DataRecord {
     QString name;
     QString label;

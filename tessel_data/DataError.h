@@ -12,6 +12,7 @@ namespace tessel {
 /*! Why a source cannot be opened or read on; thrown by value. */
 class TESSEL_DATA_EXPORT DataError : public std::exception {
 public:
+    /*! What kind of failure it is. */
     enum class Code {
         CannotOpen, /*!< missing, no file, or not allowed */
         CannotRead, /*!< reading failed in the middle */
@@ -26,8 +27,10 @@ public:
         DoesNotAddUp, /*!< what arrived is not what was read */
     };
 
+    /*! An error on \a file, whose \a text follows its name. */
     DataError(Code code, const QString& file, const QString& text);
 
+    /*! File and text, in UTF-8. */
     const char* what() const noexcept override;
 
     Code code; /*!< kind of the failure */

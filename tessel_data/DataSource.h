@@ -27,6 +27,7 @@ class TESSEL_DATA_EXPORT DataSource {
 public:
     virtual ~DataSource();
 
+    /*! The dictionary of the data. */
     virtual const DataDictionary& dictionary() const = 0;
     /*!
      * Reads all there is and hands it to \a sink, batch by batch; throws DataError. Once for each

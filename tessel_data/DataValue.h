@@ -25,6 +25,7 @@ enum class Special : quint8 { None = 0, Missing = 1, NotApplicable = 2, Refused 
 class ValueState {
 public:
     constexpr ValueState() = default;
+    /*! A state of these parts. */
     constexpr explicit ValueState(ValueKind kind, Special special = Special::None,
         bool isOutside = false, bool isOutOfRange = false)
         : m_bits(quint8(quint8(kind) | (quint8(special) << 3) | (isOutside ? OutsideBit : 0)
@@ -32,6 +33,7 @@ public:
     {
     }
 
+    /*! What was read. */
     constexpr ValueKind kind() const
     {
         return ValueKind(m_bits & 7);
@@ -51,10 +53,12 @@ public:
     {
         return (m_bits & RangeBit) != 0;
     }
+    /*! True for the same state. */
     friend constexpr bool operator==(ValueState first, ValueState second)
     {
         return first.m_bits == second.m_bits;
     }
+    /*! False for the same state. */
     friend constexpr bool operator!=(ValueState first, ValueState second)
     {
         return first.m_bits != second.m_bits;

@@ -7,6 +7,7 @@
 
 namespace tessel {
 
+/*! How a database is built. */
 struct BuildOptions {
     PlanOptions plan; /*!< its dialect and hasCases are those of the target and the source */
     QByteArray dictionaryText; /*!< kept in the database; empty: there is none */
@@ -37,7 +38,9 @@ public:
     /*! Writes what is known at the end; the target is not yet finished. */
     void finish(const DataSource& source) override;
 
+    /*! What is built. */
     const DatabasePlan& plan() const;
+    /*! What was built so far. */
     const BuildReport& report() const;
 
 private:

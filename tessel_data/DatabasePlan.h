@@ -22,7 +22,9 @@ struct DatabaseCode {
 
 /*! One column of a table. */
 struct DatabaseColumn {
+    /*! What a column is for. */
     enum class Role { CaseId, Row, Occurrence, Value };
+    /*! What a column holds. */
     enum class Type {
         Integer, /*!< whole, to 18 digits */
         Decimal, /*!< exact: the number times 10 to the decimals */
@@ -45,6 +47,7 @@ struct DatabaseColumn {
 
 /*! One table, whose rows come from the cells of a batch. */
 struct DatabaseTable {
+    /*! What a table is for. */
     enum class Kind { Record, Repeat, Cases, Values, System };
 
     QString name;
@@ -63,6 +66,7 @@ struct DatabaseTable {
 
 /*! The codes of one value set, or of several that are equal, as a table. */
 struct DatabaseValueTable {
+    /*! A code with its labels. */
     struct Entry : DatabaseCode {
         QStringList labels; /*!< one for each label column */
         Special special = Special::None;
@@ -76,12 +80,14 @@ struct DatabaseValueTable {
     std::vector<Entry> entries; /*!< disjoint, in order; blanks last */
 };
 
+/*! An index of a table. */
 struct DatabaseIndex {
     QString name;
     int table = 0;
     QStringList columns;
 };
 
+/*! What a plan is to be like. */
 struct PlanOptions {
     SqlDialect dialect = SqlDialect::Sqlite;
     bool hasRepeatTables = false; /*!< repeated items in tables of their own */
@@ -96,6 +102,7 @@ struct PlanOptions {
  */
 class TESSEL_DATA_EXPORT DatabasePlan {
 public:
+    /*! The plan for data of \a dictionary. */
     explicit DatabasePlan(const DataDictionary& dictionary, const PlanOptions& options = {});
 
     /*! Index of the table called \a name; -1: none. */

@@ -11,6 +11,7 @@ namespace tessel {
 
 /*! One value on its way into a database. */
 struct DatabaseValue {
+    /*! What it is. */
     enum class Kind { Null, Integer, Decimal, Real, Text };
 
     Kind kind = Kind::Null;
@@ -23,6 +24,7 @@ struct DatabaseValue {
 /*! Rows of one table, whose values stand in a batch. */
 class TESSEL_DATA_EXPORT DatabaseRows {
 public:
+    /*! One row. */
     struct Row {
         quint32 firstCell = 0;
         int occurrence = 0; /*!< from 0 */
@@ -30,6 +32,7 @@ public:
         qint64 number = 0;
     };
 
+    /*! Rows of \a table, which refer to all three. */
     DatabaseRows(const DatabaseTable& table, const DataBatch& batch, const std::vector<Row>& rows)
         : m_table(table)
         , m_batch(batch)
@@ -37,6 +40,7 @@ public:
     {
     }
 
+    /*! Number of rows. */
     std::size_t count() const
     {
         return m_rows.size();
@@ -70,6 +74,7 @@ public:
     /*! Abandons what is not finished. */
     virtual ~DatabaseTarget();
 
+    /*! The dialect of the database. */
     virtual SqlDialect dialect() const = 0;
     /*! What it is called in messages; never with a password. */
     virtual QString name() const = 0;

@@ -13,12 +13,14 @@ namespace tessel {
  */
 class TESSEL_DATA_EXPORT SqliteTarget : public DatabaseTarget {
 public:
+    /*! What becomes of a file that is there. */
     enum class Existing { Refuse, Replace };
 
     /*! A database in the file \a path; nothing is done before begin(). */
     explicit SqliteTarget(const QString& path, Existing existing = Existing::Refuse);
     ~SqliteTarget() override;
 
+    /*! SQLite. */
     SqlDialect dialect() const override;
     QString name() const override;
     void begin(const DatabasePlan& plan) override;

@@ -19,6 +19,7 @@ public:
     StatSource(const QString& path, TStatFileKind kind);
     ~StatSource() override;
 
+    /*! The dictionary of the data. */
     const DataDictionary& dictionary() const override;
     void read(BatchSink& sink) override;
     qint64 size() const override;

@@ -8,7 +8,7 @@
  * imports when it uses it.
  */
 #if defined(TESSEL_DATA_LIBRARY)
-#define TESSEL_DATA_EXPORT Q_DECL_EXPORT
+#define TESSEL_DATA_EXPORT Q_DECL_EXPORT /*!< marks what the library exports */
 #else
-#define TESSEL_DATA_EXPORT Q_DECL_IMPORT
+#define TESSEL_DATA_EXPORT Q_DECL_IMPORT /*!< marks what the library exports */
 #endif

@@ -34,7 +34,7 @@ private slots:
     void likeProblemsAreCounted();
     void quotesAreCut();
     void readmeShowsRealOutput();
-    void readmeShowsTheExampleProgram();
+    void readmeShowsTheExamplePrograms();
 };
 
 void tst_Commands::initTestCase()
@@ -318,12 +318,16 @@ void tst_Commands::readmeShowsRealOutput()
     QCOMPARE(output.left(end - start), readme.mid(start, end - start));
 }
 
-void tst_Commands::readmeShowsTheExampleProgram()
+// The test of the package builds and runs them.
+void tst_Commands::readmeShowsTheExamplePrograms()
 {
-    const QByteArray program =
-        readFile(QStringLiteral(TESSEL_SOURCE "/examples/list_fields/main.cpp"));
-    QVERIFY(!program.isEmpty());
-    QVERIFY(readFile(QStringLiteral(TESSEL_SOURCE "/README.md")).contains("```cpp\n" + program));
+    const QByteArray readme = readFile(QStringLiteral(TESSEL_SOURCE "/README.md"));
+    for (const char* name : { "list_fields", "open_file" }) {
+        const QByteArray program = readFile(
+            QStringLiteral(TESSEL_SOURCE "/examples/%1/main.cpp").arg(QLatin1String(name)));
+        QVERIFY(!program.isEmpty());
+        QVERIFY2(readme.contains("```cpp\n" + program + "```"), name);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Commands)

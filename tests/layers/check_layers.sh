@@ -30,4 +30,10 @@ for folder in */; do
     *) echo "$folder is not in the table of layers"; failed=1 ;;
     esac
 done
+
+# The page on the architecture names every folder, and of the project's own ones each that holds something.
+page=../docs/architecture.md
+for folder in */ $(git -C .. ls-files 2>/dev/null | sed -n 's|^\([^./][^/]*/\).*|\1|p' | sort -u); do
+    grep -qF "$folder" $page || { echo "$folder is not in docs/architecture.md"; failed=1; }
+done
 exit $failed

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the library into a folder of its own and builds examples/list_fields against it twice, through
-# find_package and through pkg-config; both programs must list the census.
+# find_package and through pkg-config; both programs must list the census, and examples/open_file must tell of a
+# missing file.
 # usage: check_package.sh BUILD_DIRECTORY SOURCE_DIRECTORY WORK_DIRECTORY
 set -euo pipefail
 build=$1 source=$2 work=$3
@@ -35,6 +36,17 @@ END
 c++ -std=c++17 -fPIC "$work/records.cpp" -o "$work/records" $(pkg-config --cflags --libs tessel_data)
 records=$(LD_LIBRARY_PATH=$libraries "$work/records" "$source/examples/census.dcf")
 [ "$records" = 3 ] || { echo "the data library counts '$records' records, not 3" >&2; exit 1; }
+
+# shellcheck disable=SC2046
+c++ -std=c++17 -fPIC "$source/examples/open_file/main.cpp" -o "$work/open_file" \
+    $(pkg-config --cflags --libs model_Tessel)
+opened=$(LD_LIBRARY_PATH=$libraries "$work/open_file" "$source/examples/census.dcf" | sed -n 1p)
+[ "$opened" = "$(printf 'HOUSEHOLD\t15 variables')" ] || { echo "open_file printed '$opened'" >&2; exit 1; }
+if told=$(LD_LIBRARY_PATH=$libraries "$work/open_file" "$work/missing.dcf"); then
+    echo "open_file takes a missing file for a dictionary" >&2
+    exit 1
+fi
+case $told in "line 0: "?*) ;; *) echo "open_file says nothing of a missing file" >&2; exit 1 ;; esac
 
 expected=$(printf '2\tPROVINCE\tProvince')
 for program in "$work/cmake/list_fields" "$work/pkgconfig_program"; do
