@@ -8,6 +8,7 @@
 #include "process/Output.h"
 #include "process/Supervisor.h"
 #include "FormatOption.h"
+#include "InputOptions.h"
 #include "SpreadsheetOption.h"
 
 #include <QCommandLineParser>
@@ -66,7 +67,9 @@ void describe(QCommandLineParser& parser)
                        "read or written, 2 wrong usage."));
     parser.addOption(Console::helpOption());
     parser.addOptions({ dictionaryOption(), anyValueSetOption(), strictOption(), problemsOption(),
-        listFormatOption(), spreadsheetOption(), Output::option() });
+        listFormatOption(), spreadsheetOption() });
+    parser.addOptions(dictionaryTextOptions());
+    parser.addOption(Output::option());
     parser.addPositionalArgument(QStringLiteral("dictionary"),
         QStringLiteral("CSPro dictionary (.dcf); or one file of .csdb, .sav, .zsav or .dta."),
         QStringLiteral("DICTIONARY"));
@@ -85,7 +88,8 @@ QString readInput(const QCommandLineParser& parser, DataInput& input)
         return QStringLiteral("--dictionary needs the name of a file");
     if (parser.isSet(anyValueSetOption()))
         input.valueSets = tessel::ValueSetChoice::Any;
-    return checkDataInput(input);
+    const QString mistake = readDictionaryTextOptions(parser, input.reading);
+    return mistake.isNull() ? checkDataInput(input) : mistake;
 }
 
 QString readTargets(const QCommandLineParser& parser, CheckOptions& options)

@@ -78,8 +78,7 @@ QString readDictionaryOptions(const QCommandLineParser& parser, DictionaryOption
         parser.isSet(decimalsOption()) ? parser.value(decimalsOption()) : QString();
     if (!readDecimals(decimals, options.decimals))
         return QStringLiteral("--decimals takes yes, no or ask, not '%1'").arg(decimals);
-    options.language = parser.value(languageOption());
-    return readEncoding(parser, encodingOption(), options.encoding);
+    return readDictionaryTextOptions(parser, options);
 }
 
 } // namespace
@@ -87,6 +86,11 @@ QString readDictionaryOptions(const QCommandLineParser& parser, DictionaryOption
 QList<QCommandLineOption> inputOptions()
 {
     return { typeOption(), rulesOption(), languageOption(), decimalsOption(), encodingOption() };
+}
+
+QList<QCommandLineOption> dictionaryTextOptions()
+{
+    return { languageOption(), encodingOption() };
 }
 
 QString readInputOptions(const QCommandLineParser& parser, InputOptions& options)
@@ -97,6 +101,12 @@ QString readInputOptions(const QCommandLineParser& parser, InputOptions& options
             .arg(parser.value(typeOption()));
     }
     return readDictionaryOptions(parser, options.dictionary);
+}
+
+QString readDictionaryTextOptions(const QCommandLineParser& parser, DictionaryOptions& options)
+{
+    options.language = parser.value(languageOption());
+    return readEncoding(parser, encodingOption(), options.encoding);
 }
 
 QString readEncoding(

@@ -10,8 +10,14 @@ class QCommandLineParser;
 /*! The command-line options for reading: --type, --rules, --language, --decimals and --encoding. */
 QList<QCommandLineOption> inputOptions();
 
+/*! Two of them, --language and --encoding, for commands that always read as written. */
+QList<QCommandLineOption> dictionaryTextOptions();
+
 /*! Null when the options make sense, else what is wrong with them. */
 QString readInputOptions(const QCommandLineParser& parser, InputOptions& options);
+
+/*! Reads what dictionaryTextOptions() give, likewise. */
+QString readDictionaryTextOptions(const QCommandLineParser& parser, DictionaryOptions& options);
 
 /*! Reads the name of an encoding that \a option gives. Null when it makes sense, else what is
  * wrong. */

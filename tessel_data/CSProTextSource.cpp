@@ -47,6 +47,9 @@ public:
         m_isRegular = S_ISREG(status.st_mode);
         m_first = status;
         m_ownsFile = !isStandardInput;
+        // Some files of the system have contents, but no size.
+        if (m_isRegular && status.st_size > 0)
+            m_left = std::max<qint64>(0, status.st_size - ::lseek(m_file, 0, SEEK_CUR));
     }
     ~InputFile()
     {
@@ -54,29 +57,29 @@ public:
             ::close(m_file);
     }
 
-    qint64 read(char* buffer, qint64 size) const
+    // No more than there was when it was opened, as a file that is being written may never end.
+    qint64 read(char* buffer, qint64 size)
     {
+        const qint64 wanted = m_left < 0 ? size : std::min(size, m_left);
         for (;;) {
-            const ssize_t count = ::read(m_file, buffer, std::size_t(size));
-            if (count >= 0)
+            const ssize_t count = ::read(m_file, buffer, std::size_t(wanted));
+            if (count >= 0) {
+                m_left -= m_left < 0 ? 0 : count;
                 return count;
+            }
             if (errno != EINTR)
                 throw DataError(DataError::Code::CannotRead, m_path,
                     QStringLiteral("cannot be read on: ") + systemError(errno));
         }
     }
 
-    // -1 for what has no size.
-    qint64 size() const
-    {
-        return m_isRegular ? qint64(m_first.st_size) : -1;
-    }
-
+    // By another program, once it was read to its end.
     bool hasChanged() const
     {
         struct stat now { };
         return m_isRegular && ::fstat(m_file, &now) == 0
-            && (now.st_size != m_first.st_size || now.st_mtim.tv_sec != m_first.st_mtim.tv_sec
+            && (m_left > 0 || now.st_size != m_first.st_size
+                || now.st_mtim.tv_sec != m_first.st_mtim.tv_sec
                 || now.st_mtim.tv_nsec != m_first.st_mtim.tv_nsec);
     }
 
@@ -87,6 +90,7 @@ private:
     int m_file = -1;
     bool m_ownsFile = false;
     bool m_isRegular = false;
+    qint64 m_left = -1; // bytes to read; -1: until the end
     struct stat m_first { };
 };
 
@@ -151,7 +155,7 @@ public:
 bool CSProTextSource::Job::readFile(int index, BatchSink& sink)
 {
     SourceFile& file = files[std::size_t(index)];
-    const InputFile input(file.path);
+    InputFile input(file.path);
     LineReader reader(
         [&input](char* buffer, qint64 bytes) { return input.read(buffer, bytes); }, longestLine);
     parser.beginFile();
@@ -173,8 +177,7 @@ bool CSProTextSource::Job::readFile(int index, BatchSink& sink)
     file.lfLines = reader.lfLines();
     file.crlfLines = reader.crlfLines();
     file.crLines = reader.crLines();
-    file.changedWhileRead =
-        isWanted && (input.hasChanged() || (input.size() >= 0 && file.bytes != input.size()));
+    file.changedWhileRead = isWanted && input.hasChanged();
     file.counts.cases = file.counts.casesRead = parser.caseCount() - casesBefore;
     return isWanted;
 }

@@ -390,6 +390,11 @@ void DataDictionary::placeColumns()
     }
 }
 
+QString DataDictionary::labelText(const QString& text) const
+{
+    return labelText(text, language);
+}
+
 QString DataDictionary::labelText(const QString& text, int language) const
 {
     if (languages.isEmpty())

@@ -96,8 +96,10 @@ public:
     /*! The dictionary of an SPSS or Stata file: one record, no identification items. */
     static DataDictionary fromDescription(const TStatFileDescription& description);
 
-    /*! The text of \a label in language \a language; where that has none, the first. */
-    QString labelText(const QString& label, int language = 0) const;
+    /*! The text of \a label in the chosen language; where that has none, the first. */
+    QString labelText(const QString& label) const;
+    /*! The same in language \a language, its index. */
+    QString labelText(const QString& label, int language) const;
     /*! Variable behind column \a column of record \a record. */
     const DataVariable& variable(int record, int column) const;
     /*! The codes of value set \a set as values of \a variable, by their places in the set. */
@@ -110,6 +112,7 @@ public:
     int recordTypeStart = 0; /*!< column of the record type, from 0 */
     int recordTypeWidth = 0; /*!< 0: one record, which every line is */
     QVector<CSProLanguage> languages;
+    int language = 0; /*!< the chosen one, its index */
     QVector<CSProLevel> levels;
     std::vector<DataVariable> variables; /*!< in the order of the dictionary */
     QVector<int> ids; /*!< identification items of all levels, by level */

@@ -127,7 +127,8 @@ bool SqliteFile::hasTable(const QString& name) const
 {
     SqliteQuery query(*this,
         QStringLiteral("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?1 COLLATE "
-                       "NOCASE AND sql LIKE 'CREATE TABLE%'"));
+                       "NOCASE AND sql LIKE 'CREATE TABLE%' AND NOT EXISTS (SELECT 1 FROM "
+                       "pragma_table_xinfo(?1) WHERE hidden <> 0)"));
     const QByteArray bytes = name.toUtf8();
     query.bind(1, std::string_view(bytes.constData(), std::size_t(bytes.size())));
     return query.step();

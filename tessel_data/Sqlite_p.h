@@ -26,7 +26,7 @@ public:
     {
         return m_database;
     }
-    // True for a table that is neither a view nor virtual.
+    // True for a table that is neither a view nor virtual, and computes none of its columns.
     bool hasTable(const QString& name) const;
     bool hasColumns(const QString& table, const QStringList& names) const;
     [[noreturn]] void fail(int result) const;

@@ -75,12 +75,17 @@ private slots:
     void failingDisk_data();
     void failingDisk();
     void shrinkingFile();
+    void growingFile();
     void assumedEncodingIsTold();
     void dictionaryProblemsAreTold();
+    void dictionaryOptions_data();
+    void dictionaryOptions();
+    void uselessOptionsAreTold();
     void progressOnATerminal();
 
 private:
     QString fileOf(const QString& name, const QByteArray& bytes) const;
+    QString databaseOf(QByteArray dictionaryText) const;
     QString path(const QString& name) const
     {
         return m_folder->filePath(name);
@@ -284,24 +289,29 @@ void tst_CheckCommand::problemFileIsWholeOrAbsent()
     QCOMPARE(readFile(problems), QByteArray("as before\n"));
 }
 
-// Two cases as text, the second deleted, the third saved before it was complete.
-void tst_CheckCommand::databases()
+// Three cases as text, the second deleted, the third saved before it was complete.
+QString tst_CheckCommand::databaseOf(QByteArray dictionaryText) const
 {
     const QString file = path("cases.csdb");
-    QByteArray text = smallDictionary();
     sqlite3* database = nullptr;
-    QCOMPARE(sqlite3_open(qUtf8Printable(file), &database), SQLITE_OK);
+    sqlite3_open(qUtf8Printable(file), &database);
     const QByteArray statements =
         "CREATE TABLE meta (schema_version INTEGER, cspro_version TEXT, dictionary TEXT);"
         "INSERT INTO meta VALUES (2, '7.2.0', '"
-        + text.replace("'", "''")
+        + dictionaryText.replace("'", "''")
         + "');CREATE TABLE cases (id TEXT, key TEXT, label TEXT, questionnaire TEXT,"
           " deleted INTEGER, file_order REAL, partial_save_mode TEXT);"
           "INSERT INTO cases VALUES ('a', '01', '', '01 7', 0, 1.0, NULL),"
           " ('b', '02', '', '02 x', 1, 2.0, NULL), ('c', '03', '', '03 1', 0, 3.0, 'add');";
-    const int result = sqlite3_exec(database, statements.constData(), nullptr, nullptr, nullptr);
+    if (sqlite3_exec(database, statements.constData(), nullptr, nullptr, nullptr) != SQLITE_OK)
+        qFatal("%s", sqlite3_errmsg(database));
     sqlite3_close(database);
-    QCOMPARE(result, SQLITE_OK);
+    return file;
+}
+
+void tst_CheckCommand::databases()
+{
+    const QString file = databaseOf(smallDictionary());
     const Outcome outcome = runTessel({ "check", file });
     QCOMPARE(outcome.status, 1);
     QVERIFY2(outcome.output.contains(
@@ -408,6 +418,22 @@ void tst_CheckCommand::shrinkingFile()
         outcome.output.constData());
 }
 
+// A file that grows with every read ends where it ended when it was opened.
+void tst_CheckCommand::growingFile()
+{
+    const QString file =
+        fileOf("grows.dat", readFile(QStringLiteral(TESSEL_EXAMPLES "/census.dat")));
+    const Outcome outcome = runTessel({ "check", dictionary, file }, QByteArray(), [&] {
+        QProcessEnvironment environment = failingBehind(file);
+        environment.insert("FAILING_READ_GROWS", "1");
+        return environment;
+    }());
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.output.contains("Files that changed while they were read: 1"),
+        outcome.output.constData());
+    QVERIFY(outcome.output.contains("5871 records"));
+}
+
 void tst_CheckCommand::assumedEncodingIsTold()
 {
     const QString small = fileOf("small.dcf", smallDictionary());
@@ -422,6 +448,56 @@ void tst_CheckCommand::dictionaryProblemsAreTold()
     const Outcome outcome = runTessel({ "check", odd, fileOf("d.dat", "01 1\n") });
     QVERIFY2(outcome.errors.contains("odd.dcf:"), outcome.errors.constData());
     QVERIFY2(outcome.errors.contains(": warning: "), outcome.errors.constData());
+    // The same of the dictionary that a CSPro DB holds, by its own lines.
+    const QByteArray told = outcome.errors.mid(outcome.errors.indexOf("odd.dcf:") + 8);
+    const Outcome ofDb = runTessel({ "check", databaseOf(readFile(odd)) });
+    QVERIFY2(ofDb.errors.contains("cases.csdb:" + told), ofDb.errors.constData());
+}
+
+void tst_CheckCommand::dictionaryOptions_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("label"); // of CODE
+    QTest::addColumn<QByteArray>("errors");
+    QTest::newRow("none") << QStringList() << 0 << QStringLiteral("Åge") << QByteArray("warning: ");
+    QTest::newRow("language") << QStringList { "--language", "fr" } << 0 << QStringLiteral("Être")
+                              << QByteArray("warning: ");
+    QTest::newRow("no such language")
+        << QStringList { "--language", "DE" } << 1 << QString() << QByteArray("small.dcf: error: ");
+    QTest::newRow("encoding") << QStringList { "--encoding", "ISO-8859-7" } << 0
+                              << QStringLiteral("\u0395ge") << QByteArray();
+    QTest::newRow("no such encoding") << QStringList { "--encoding", "none" } << 2 << QString()
+                                      << QByteArray("unknown encoding 'none'");
+}
+
+void tst_CheckCommand::dictionaryOptions()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QByteArray, errors);
+    QByteArray text = smallDictionary();
+    text.replace("\n[Level]", "\n[Languages]\nEN=English\nFR=French\n\n[Level]");
+    text.replace("[Item]\nName=CODE", "[Item]\nLabel=\xC5ge|\xCAtre\nName=CODE");
+    const Outcome outcome = runTessel(
+        QStringList { "check", "-f", "json", fileOf("small.dcf", text), fileOf("d.dat", "01 1\n") }
+        + options);
+    QTEST(outcome.status, "status");
+    const QJsonArray variables = objectOf(outcome.output).value("variables").toArray();
+    QTEST(variables.last().toObject().value("label").toString(), "label");
+    QVERIFY2(errors.isEmpty() ? outcome.errors.isEmpty() : outcome.errors.contains(errors),
+        outcome.errors.constData());
+}
+
+// They are told where they do nothing.
+void tst_CheckCommand::uselessOptionsAreTold()
+{
+    for (const QString& file :
+        { QStringLiteral("../../examples/person.sav"), databaseOf(smallDictionary()) }) {
+        const Outcome outcome = runTessel({ "check", "--encoding", "windows-1252", file });
+        QVERIFY2(outcome.errors.contains("note: --encoding "), outcome.errors.constData());
+    }
+    const Outcome outcome = runTessel({ "check", "--language", "FR", "../../examples/person.dta" });
+    QVERIFY2(outcome.errors.contains("note: --language "), outcome.errors.constData());
 }
 
 void tst_CheckCommand::progressOnATerminal()

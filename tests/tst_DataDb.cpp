@@ -388,12 +388,22 @@ void TestDataDb::errors_data()
     QTest::newRow("empty dictionary") << good + "UPDATE meta SET dictionary = '';" << damaged;
     QTest::newRow("no text of a dictionary")
         << good + "UPDATE meta SET dictionary = 'cases';" << int(DataError::Code::NoDictionary);
+    QTest::newRow("dictionary is no text")
+        << good + "UPDATE meta SET dictionary = zeroblob(7000);" << damaged;
     QTest::newRow("huge dictionary")
-        << good + "UPDATE meta SET dictionary = zeroblob(70000000);" << damaged;
+        << good + "UPDATE meta SET dictionary = CAST(zeroblob(300000000) AS TEXT);" << damaged;
     QTest::newRow("no table of a record") << good + "DROP TABLE person;" << damaged;
     QTest::newRow("view for a table")
         << good + "ALTER TABLE person RENAME TO p; CREATE VIEW person AS SELECT * FROM p;"
         << damaged;
+    QTest::newRow("virtual table for a table")
+        << good + "DROP TABLE person; CREATE VIRTUAL TABLE person USING fts3(age, name, first);"
+        << damaged;
+    QByteArray computed = tables;
+    QTest::newRow("computed column") << meta + casesSql
+            + computed.replace(
+                "rooms INTEGER", "rooms INTEGER AS (length(hex(zeroblob(99999999))))")
+                                     << damaged;
     QTest::newRow("view for meta")
         << good + "ALTER TABLE meta RENAME TO m; CREATE VIEW meta AS SELECT * FROM m;" << notThis;
     QByteArray narrower = tables;

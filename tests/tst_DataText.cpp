@@ -2,6 +2,7 @@
 
 #include <tessel_data/DataError.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -33,6 +34,8 @@ private slots:
     void encodings();
     void severalFiles();
     void pipe();
+    void hugeLine_data();
+    void hugeLine();
     void levels();
     void repeats();
     void errors();
@@ -303,6 +306,57 @@ void TestDataText::pipe()
     QVERIFY(isRead);
     QCOMPARE(rows.rows.size(), 2);
     QVERIFY(!source.files().front().changedWhileRead);
+}
+
+void TestDataText::hugeLine_data()
+{
+    QTest::addColumn<bool>("isPipe");
+    QTest::newRow("file with a hole") << false;
+    QTest::newRow("pipe whose writer ends in it") << true;
+}
+
+// A line of 1 GiB takes no memory of that size.
+void TestDataText::hugeLine()
+{
+    QFETCH(bool, isPipe);
+    constexpr qint64 huge = 1'073'741'824;
+    const QString path = m_folder.filePath(isPipe ? "huge.fifo" : "huge.dat");
+    std::thread writer;
+    if (isPipe) {
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        writer = std::thread([&path] {
+            QFile file(path);
+            const QByteArray block(1'048'576, '1');
+            if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
+                || file.write("10101 3\n") != 8)
+                return;
+            for (qint64 done = 0; done < huge; done += block.size())
+                file.write(block);
+        });
+    } else {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(
+            file.write("10101 3\n") == 8 && file.seek(huge + 8) && file.write("\n10102 3\n") == 9);
+    }
+    const auto peak = [] { // KiB
+        struct rusage usage { };
+        ::getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_maxrss;
+    };
+    const auto before = peak();
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)), { path });
+    RowCollector rows(source.dictionary());
+    const bool isRead = runPipeline(source, rows);
+    if (isPipe)
+        writer.join();
+    QVERIFY(isRead);
+    QVERIFY2(peak() - before < 100'000, qPrintable(QString::number(peak() - before)));
+    QCOMPARE(rows.told, QStringList { QStringLiteral("2:%1").arg(int(LineProblem::EndlessLine)) });
+    QCOMPARE(source.counts().records, isPipe ? 1LL : 2LL);
+    QCOMPARE(source.files().front().bytes, huge + (isPipe ? 8 : 17));
+    QVERIFY(source.counts().addUp());
+    QFile::remove(path);
 }
 
 void TestDataText::levels()

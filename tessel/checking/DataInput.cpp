@@ -1,7 +1,6 @@
 #include "checking/DataInput.h"
 
 #include "process/Console.h"
-#include "reading/InputDictionary.h"
 #include "reading/InputFile.h"
 
 #include <model_Tessel/CSProDataImport.h>
@@ -32,31 +31,61 @@ bool isEncryptedDb(const QString& path)
     return path.endsWith(QLatin1String(".csdbe"), Qt::CaseInsensitive);
 }
 
-// Null, and told, when it cannot be read.
-std::optional<DataDictionary> readDictionary(const QString& path, tessel::ValueSetChoice choice)
+// The reader has told of a name that the dictionary does not have.
+int languageOf(const DataDictionary& dictionary, const QString& name)
 {
-    const InputDictionary input = readInputDictionary(path, {});
-    if (!input.file.hasDictionary())
+    for (int i = 0; i < dictionary.languages.size(); ++i) {
+        if (dictionary.languages.at(i).name.compare(name, Qt::CaseInsensitive) == 0)
+            return i;
+    }
+    return 0;
+}
+
+// Null, and told, when it cannot be read.
+std::optional<DataDictionary> readDictionary(const QString& path, const DataInput& input)
+{
+    InputOptions options;
+    options.dictionary = input.reading;
+    const InputDictionary read = readInputDictionary(path, options);
+    if (!read.file.hasDictionary())
         return std::nullopt;
-    if (const TCSProDataImport* importer = input.file.csproImporter())
-        return DataDictionary::fromReader(*importer->dictionary, path, choice);
-    failInput(path, 0, QStringLiteral("is no CSPro dictionary"));
-    return std::nullopt;
+    const TCSProDataImport* importer = read.file.csproImporter();
+    if (!importer) {
+        failInput(path, 0, QStringLiteral("is no CSPro dictionary"));
+        return std::nullopt;
+    }
+    DataDictionary dictionary =
+        DataDictionary::fromReader(*importer->dictionary, path, input.valueSets);
+    dictionary.language = languageOf(dictionary, input.reading.language);
+    return dictionary;
 }
 
 std::unique_ptr<DataSource> openCSProDb(const DataInput& input)
 {
-    if (input.dictionary.isEmpty())
-        return std::make_unique<tessel::CSProDbSource>(input.first, input.valueSets);
-    const auto dictionary = readDictionary(input.dictionary, input.valueSets);
+    const auto dictionary =
+        readDictionary(input.dictionary.isEmpty() ? input.first : input.dictionary, input);
     return dictionary ? std::make_unique<tessel::CSProDbSource>(input.first, *dictionary) : nullptr;
 }
 
 std::unique_ptr<DataSource> openText(const DataInput& input)
 {
-    const auto dictionary = readDictionary(input.first, input.valueSets);
+    const auto dictionary = readDictionary(input.first, input);
     return dictionary ? std::make_unique<tessel::CSProTextSource>(*dictionary, input.data)
                       : nullptr;
+}
+
+std::unique_ptr<DataSource> openStatFile(const DataInput& input, TStatFileKind kind)
+{
+    const auto tell = [&](const QString& value, const char* option) {
+        if (!value.isEmpty()) {
+            Console::tell(input.first, 0, Console::Severity::Note,
+                QLatin1String(option)
+                    + QLatin1String(" is for CSPro dictionaries and does nothing here"));
+        }
+    };
+    tell(QString::fromLatin1(input.reading.encoding), "--encoding");
+    tell(input.reading.language, "--language");
+    return std::make_unique<tessel::StatSource>(input.first, kind);
 }
 
 std::unique_ptr<DataSource> open(const DataInput& input)
@@ -65,9 +94,9 @@ std::unique_ptr<DataSource> open(const DataInput& input)
     case DataKind::CSProDb:
         return openCSProDb(input);
     case DataKind::Spss:
-        return std::make_unique<tessel::StatSource>(input.first, TStatFileKind::Spss);
+        return openStatFile(input, TStatFileKind::Spss);
     case DataKind::Stata:
-        return std::make_unique<tessel::StatSource>(input.first, TStatFileKind::Stata);
+        return openStatFile(input, TStatFileKind::Stata);
     case DataKind::Text:
         break;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "reading/InputDictionary.h"
+
 #include <tessel_data/DataSource.h>
 
 #include <QString>
@@ -12,6 +14,7 @@ struct DataInput {
     QString first; /*!< a CSPro dictionary, or data that hold their own */
     QStringList data; /*!< text files that the dictionary describes; "-": standard input */
     QString dictionary; /*!< for a CSPro DB, in place of its own; empty: its own */
+    DictionaryOptions reading; /*!< encoding and language of the dictionary */
     tessel::ValueSetChoice valueSets = tessel::ValueSetChoice::First;
 };
 
