@@ -6,8 +6,11 @@
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 
 namespace tessel {
 
@@ -54,16 +57,67 @@ QString nameOf(DataVariable::Type type)
     return QStringLiteral("binary");
 }
 
-// Null for what cannot be read again, as standard input.
-QString digestOf(const QString& path)
-{
-    QFile file(path);
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    if (path == QLatin1String("-") || !file.open(QIODevice::ReadOnly) || file.isSequential()
-        || !hash.addData(&file))
-        return QString();
-    return QString::fromLatin1(hash.result().toHex());
-}
+// Reads files once more beside their reader, for their digests.
+class Digests {
+public:
+    explicit Digests(const std::vector<SourceFile>& files)
+        : m_thread([this, paths = pathsOf(files)] { run(paths); })
+    {
+    }
+    ~Digests()
+    {
+        m_isStopped = true;
+        if (m_thread.joinable())
+            m_thread.join();
+    }
+
+    // In the order of the files; empty for what cannot be read again, as standard input.
+    const QStringList& wait()
+    {
+        if (m_thread.joinable())
+            m_thread.join();
+        return m_digests;
+    }
+
+private:
+    Q_DISABLE_COPY(Digests)
+
+    static QStringList pathsOf(const std::vector<SourceFile>& files)
+    {
+        QStringList paths;
+        for (const SourceFile& file : files)
+            paths.append(file.path);
+        return paths;
+    }
+
+    void run(const QStringList& paths)
+    {
+        for (const QString& path : paths)
+            m_digests.append(digestOf(path));
+    }
+
+    QString digestOf(const QString& path) const
+    {
+        constexpr qint64 blockSize = 1'048'576;
+        if (!QFileInfo(path).isFile()) // a pipe gives its bytes only once
+            return QString();
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            return QString();
+        QCryptographicHash hash(QCryptographicHash::Sha256);
+        while (!m_isStopped && !file.atEnd()) {
+            const QByteArray block = file.read(blockSize);
+            if (block.isEmpty())
+                return QString();
+            hash.addData(block);
+        }
+        return QString::fromLatin1(hash.result().toHex());
+    }
+
+    QStringList m_digests;
+    std::atomic<bool> m_isStopped { false };
+    std::thread m_thread; // last: it uses the others
+};
 
 QString now()
 {
@@ -91,6 +145,7 @@ public:
         , rows(plan.tables.size())
         , counts(dictionary.records.size())
         , started(now())
+        , digests(source.files())
     {
         report.rows.resize(plan.tables.size());
         for (int record = 0; record < int(dictionary.records.size()); ++record)
@@ -158,6 +213,7 @@ private:
     int caseIds = 0;
     std::vector<qint64> recordRows = std::vector<qint64>(dictionary.records.size());
     QString started;
+    Digests digests;
 };
 
 PlanOptions DatabaseBuilder::Job::planOptions(
@@ -507,7 +563,7 @@ void DatabaseBuilder::Job::addSources(const DataSource& source)
         writer.number(++number);
         writer.text(file.path);
         writer.number(file.bytes);
-        writer.textOrNull(digestOf(file.path));
+        writer.textOrNull(digests.wait().at(number - 1));
         writer.textOrNull(file.encoding);
         const SourceCounts& read = file.counts;
         for (const qint64 count :

@@ -11,10 +11,24 @@
 #include <tessel_data/SqliteTarget.h>
 
 #include <QFile>
+#include <QTextCodec>
 
 using namespace tessel;
 
 namespace {
+
+// As UTF-8, whatever it was.
+QByteArray asUtf8(const QByteArray& bytes)
+{
+    if (QTextCodec* codec = QTextCodec::codecForUtfText(bytes, nullptr))
+        return codec->toUnicode(bytes).toUtf8();
+    QTextCodec::ConverterState state;
+    const QString text =
+        QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0
+        ? text.toUtf8()
+        : QTextCodec::codecForName("windows-1252")->toUnicode(bytes).toUtf8();
+}
 
 QByteArray dictionaryText(const DataInput& input)
 {
@@ -24,7 +38,7 @@ QByteArray dictionaryText(const DataInput& input)
         return CSProDb(path).dictionary();
     QFile file(path);
     const bool isText = kind == DataKind::Text || kind == DataKind::CSProDb;
-    return isText && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return isText && file.open(QIODevice::ReadOnly) ? asUtf8(file.readAll()) : QByteArray();
 }
 
 bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report)
