@@ -533,6 +533,7 @@ void DatabaseBuilder::Job::addValues()
     RowWriter writer(target, plan, SystemTable::values, report.rows);
     const QVector<int> languages =
         options.plan.languages.isEmpty() ? QVector<int> { 0 } : options.plan.languages;
+    const QVector<int> further = languages.mid(1);
     for (const DatabaseValueTable& table : plan.valueTables) {
         for (const int set : table.sets) {
             const DataValueSet& source = dictionary.valueSets[std::size_t(set)];
@@ -546,8 +547,8 @@ void DatabaseBuilder::Job::addValues()
                 writer.textOrNull(code.highCode);
                 writer.text(dictionary.labelText(code.label, languages.first()));
                 writer.textOrNull(nameOf(code.special));
-                for (int l = 1; l < languages.size(); ++l)
-                    writer.text(dictionary.labelText(code.label, languages.at(l)));
+                for (const int language : further)
+                    writer.text(dictionary.labelText(code.label, language));
                 writer.endRow();
             }
         }
