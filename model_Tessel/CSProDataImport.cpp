@@ -27,14 +27,6 @@ double scaledNumber(const QString& text, int decimals, bool* isNumber)
     return number.contains(QLatin1Char('.')) ? value : value / std::pow(10.0, decimals);
 }
 
-QString withoutTrailingBlanks(const QString& text)
-{
-    int size = text.size();
-    while (size > 0 && text.at(size - 1) == QLatin1Char(' '))
-        --size;
-    return text.left(size);
-}
-
 } // namespace
 
 TCSProDataImport::TCSProDataImport()

@@ -69,3 +69,11 @@ bool TOxList::Remove1(void* item)
     changed = true;
     return true;
 }
+
+QString withoutTrailingBlanks(const QString& text)
+{
+    int length = text.size();
+    while (length > 0 && text.at(length - 1) == QLatin1Char(' '))
+        --length;
+    return text.left(length);
+}

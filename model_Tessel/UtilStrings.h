@@ -27,6 +27,9 @@ public:
 /*! \a count copies of \a character, read as Latin-1; none for a count below 1. */
 MODEL_TESSEL_EXPORT QString StringOfChar(char character, int count);
 
+/*! \a text without the blanks at its end, which are padding. */
+MODEL_TESSEL_EXPORT QString withoutTrailingBlanks(const QString& text);
+
 /*!
  * A list of texts with a hook for those who watch it.
  *

@@ -50,12 +50,7 @@ QString readOptions(const QCommandLineParser& parser, FieldsOptions& options)
     if (options.files.isEmpty())
         return QStringLiteral("no dictionary given");
     options.format.withValues = parser.isSet(valuesOption());
-    options.format.width = Console::tableWidth();
-    QString mistake = readListFormat(parser, options.format.kind);
-    if (!mistake.isNull())
-        return mistake;
-    mistake = readSpreadsheetOption(parser, "--format csv",
-        options.format.kind == ListingFormat::Kind::Csv, options.format.forSpreadsheet);
+    QString mistake = readListOptions(parser, options.format);
     if (mistake.isNull())
         mistake = readInputOptions(parser, options.input);
     return mistake.isNull() ? Output::readOption(parser, options.files, options.output) : mistake;

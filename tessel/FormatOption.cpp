@@ -1,5 +1,8 @@
 #include "FormatOption.h"
 
+#include "process/Console.h"
+#include "SpreadsheetOption.h"
+
 #include <QCommandLineParser>
 
 namespace {
@@ -31,6 +34,16 @@ QString readListFormat(const QCommandLineParser& parser, ListingFormat::Kind& ki
     else
         return QStringLiteral("unknown format '%1'; give table, csv or json").arg(format);
     return QString();
+}
+
+QString readListOptions(const QCommandLineParser& parser, ListingFormat& format)
+{
+    format.width = Console::tableWidth();
+    const QString mistake = readListFormat(parser, format.kind);
+    if (!mistake.isNull())
+        return mistake;
+    const bool writesCsv = format.kind == ListingFormat::Kind::Csv;
+    return readSpreadsheetOption(parser, "--format csv", writesCsv, format.forSpreadsheet);
 }
 
 QCommandLineOption textFormatOption(const QString& verb)

@@ -154,13 +154,8 @@ QString readOptions(const QCommandLineParser& parser, LookupOptions& options)
         return files.isEmpty() ? QStringLiteral("no lookup file given")
                                : QStringLiteral("more than one lookup file given");
     options.file = files.constFirst();
-    options.format.width = Console::tableWidth();
     options.withFrequencies = parser.isSet(frequenciesOption());
-    QString mistake = readListFormat(parser, options.format.kind);
-    if (!mistake.isNull())
-        return mistake;
-    mistake = readSpreadsheetOption(parser, "--format csv",
-        options.format.kind == ListingFormat::Kind::Csv, options.format.forSpreadsheet);
+    QString mistake = readListOptions(parser, options.format);
     if (mistake.isNull())
         mistake = readAgainst(parser, options);
     if (mistake.isNull())

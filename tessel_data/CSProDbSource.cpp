@@ -1,5 +1,6 @@
 #include <tessel_data/CSProDbSource.h>
 
+#include <tessel_data/Blanks_p.h>
 #include <tessel_data/CSProDb.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/LineText_p.h>
@@ -49,14 +50,6 @@ QString levelTable(int level)
 QString idOf(const QString& table)
 {
     return table + QLatin1String("-id");
-}
-
-std::string_view withoutTrailingBlanks(std::string_view text)
-{
-    std::size_t size = text.size();
-    while (size > 0 && text[size - 1] == ' ')
-        --size;
-    return text.substr(0, size);
 }
 
 QString schemaProblem(int version)

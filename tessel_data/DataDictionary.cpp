@@ -7,6 +7,7 @@
 #include <model_Tessel/DictionaryRelease.h>
 #include <model_Tessel/ErrorManager.h>
 #include <model_Tessel/StatDictionary.h>
+#include <model_Tessel/UtilStrings.h>
 
 #include <QFileInfo>
 #include <QHash>
@@ -39,12 +40,10 @@ private:
     Q_DISABLE_COPY(CSProDictionary)
 };
 
-QByteArray withoutTrailingBlanks(const QString& text)
+// In UTF-8, without the blanks at its end.
+QByteArray bytesOf(const QString& text)
 {
-    QByteArray bytes = text.toUtf8();
-    while (bytes.endsWith(' '))
-        bytes.chop(1);
-    return bytes;
+    return withoutTrailingBlanks(text).toUtf8();
 }
 
 std::string_view view(const QByteArray& bytes)
@@ -68,7 +67,7 @@ bool boundOf(const QString& code, int decimals, bool isLow, qint64& bound)
 
 void addCode(CodeTable& table, const DataCode& code, const DataVariable& variable, int entry)
 {
-    const QByteArray text = withoutTrailingBlanks(code.code);
+    const QByteArray text = bytesOf(code.code);
     if (text.isEmpty()) {
         table.addBlank(code.special, entry);
         return;
@@ -146,7 +145,7 @@ void DictionaryResolver::addRecords()
         DataRecord record;
         record.name = source->name;
         record.label = source->label;
-        record.typeCode = QString::fromUtf8(withoutTrailingBlanks(source->recordTypeValue));
+        record.typeCode = withoutTrailingBlanks(source->recordTypeValue);
         record.level = std::max(1, source->level);
         record.isRequired = source->required.compare(QLatin1String("No"), Qt::CaseInsensitive) != 0;
         record.maximum = source->maxRecords;
@@ -162,8 +161,8 @@ void DictionaryResolver::addItem(const TCSProItem& item)
     variable.itemName = item.dictionaryName;
     variable.label = item.label;
     variable.type = !item.detail().contentType.isEmpty() ? DataVariable::Type::Binary
-        : item.isAlpha != 0                     ? DataVariable::Type::Text
-                                                : DataVariable::Type::Number;
+        : item.isAlpha != 0                              ? DataVariable::Type::Text
+                                                         : DataVariable::Type::Number;
     variable.level = std::max(1, item.detail().level);
     variable.record = m_records.value(item.record, -1);
     variable.start = std::clamp(item.start - 1, 0, LastColumn);
@@ -300,7 +299,7 @@ void addLabelled(CodeTable& table, const QVector<TStatLabelledValue>& labels, in
     for (const TStatLabelledValue& labelled : labels) {
         const TStatValue& value = labelled.value;
         if (value.type == READSTAT_TYPE_STRING || value.type == READSTAT_TYPE_STRING_REF)
-            table.addText(view(withoutTrailingBlanks(value.text)), Special::None, entry++);
+            table.addText(view(bytesOf(value.text)), Special::None, entry++);
         else if (value.tag == '\0' && !value.isSystemMissing)
             table.addReals(value.number, value.number, Special::None, entry++);
     }
@@ -336,8 +335,7 @@ DataDictionary DataDictionary::fromDescription(const TStatFileDescription& descr
         int entry = 0;
         for (const TStatMissingRange& range : source.missingRanges) {
             if (source.isString())
-                table->addText(
-                    view(withoutTrailingBlanks(range.low.text)), Special::Missing, entry++);
+                table->addText(view(bytesOf(range.low.text)), Special::Missing, entry++);
             else
                 table->addReals(range.low.number, range.high.number, Special::Missing, entry++);
         }

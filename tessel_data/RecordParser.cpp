@@ -1,5 +1,7 @@
 #include <tessel_data/RecordParser_p.h>
 
+#include <tessel_data/Blanks_p.h>
+
 #include <algorithm>
 
 namespace tessel {
@@ -8,14 +10,6 @@ namespace {
 
 // CSPro writes a line break inside a text as this character, U+2424.
 constexpr std::string_view lineBreak = "\xE2\x90\xA4";
-
-std::string_view withoutTrailingBlanks(std::string_view text)
-{
-    std::size_t size = text.size();
-    while (size > 0 && text[size - 1] == ' ')
-        --size;
-    return text.substr(0, size);
-}
 
 bool isBlank(std::string_view text)
 {

@@ -1,5 +1,6 @@
 #include <tessel_data/StatSource.h>
 
+#include <tessel_data/Blanks_p.h>
 #include <tessel_data/DataError.h>
 
 #include <model_Tessel/StatInput.h>
@@ -21,14 +22,6 @@ struct FreeParser {
         readstat_parser_free(parser);
     }
 };
-
-std::string_view withoutTrailingBlanks(std::string_view text)
-{
-    std::size_t size = text.size();
-    while (size > 0 && text[size - 1] == ' ')
-        --size;
-    return text.substr(0, size);
-}
 
 } // namespace
 

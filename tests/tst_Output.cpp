@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -25,6 +27,42 @@ Outcome runShell(const QString& script, const QString& folder, const QString& lo
     if (!locale.isEmpty())
         environment.insert("LC_ALL", locale);
     return runProgram("sh", { "-c", script, TESSEL_PROGRAM, folder }, {}, environment);
+}
+
+// A program whose standard output is a descriptor of the test.
+class ProgramInto : public QProcess {
+public:
+    explicit ProgramInto(int descriptor)
+        : m_descriptor(descriptor)
+    {
+    }
+
+protected:
+    void setupChildProcess() override
+    {
+        dup2(m_descriptor, STDOUT_FILENO);
+    }
+
+private:
+    int m_descriptor;
+};
+
+// What the system tells of a process: the one that does the work of another, if it has one.
+QByteArray stateOf(qint64 process)
+{
+    const QString folder = QStringLiteral("/proc/%1/").arg(process);
+    const QByteArray children =
+        readFile(folder + QStringLiteral("task/%1/children").arg(process)).trimmed();
+    if (!children.isEmpty())
+        return stateOf(children.split(' ').constLast().toLongLong());
+    const QByteArray status = readFile(folder + QStringLiteral("stat"));
+    return status.mid(status.lastIndexOf(')') + 2, 1);
+}
+
+int bytesIn(int descriptor)
+{
+    int count = -1;
+    return ioctl(descriptor, FIONREAD, &count) == 0 ? count : -1;
 }
 
 bool isKind(const QString& path, mode_t kind)
@@ -63,6 +101,7 @@ private slots:
     void deviceIsWrittenInto();
     void fullDeviceFails();
     void fifoIsWrittenInto();
+    void pipeThatDoesNotBlock();
     void openDescriptorIsWrittenInto();
     void standardOutputByName();
     void linkStays();
@@ -148,6 +187,31 @@ void tst_Output::fifoIsWrittenInto()
     QCOMPARE(outcome.status, 0);
     QCOMPARE(outcome.output, m_expected);
     QVERIFY(isKind(fifo, S_IFIFO));
+}
+
+// Full, such a pipe is an error to whoever does not wait; who asks again and again never sleeps.
+void tst_Output::pipeThatDoesNotBlock()
+{
+    const QStringList arguments { "fields", "-f", "json", "--values", "../../examples/census.dcf" };
+    const QByteArray expected = runTessel(arguments).output;
+    int ends[2] = {};
+    QCOMPARE(pipe2(ends, O_CLOEXEC), 0);
+    const int capacity = fcntl(ends[1], F_SETPIPE_SZ, 4096);
+    QVERIFY(capacity > 0 && expected.size() > 2 * capacity);
+    QCOMPARE(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+    ProgramInto process(ends[1]);
+    process.setWorkingDirectory(dataFolder());
+    process.start(TESSEL_PROGRAM, arguments);
+    QVERIFY(process.waitForStarted());
+    close(ends[1]);
+    QTRY_VERIFY_WITH_TIMEOUT(bytesIn(ends[0]) > 0, 60'000);
+    QTRY_COMPARE_WITH_TIMEOUT(stateOf(process.processId()), QByteArray("S"), 10'000);
+    QFile pipe;
+    QVERIFY(pipe.open(ends[0], QIODevice::ReadOnly, QFileDevice::AutoCloseHandle));
+    QCOMPARE(pipe.readAll(), expected);
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.readAllStandardError(), QByteArray());
+    QCOMPARE(process.exitCode(), 0);
 }
 
 void tst_Output::openDescriptorIsWrittenInto()

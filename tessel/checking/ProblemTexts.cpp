@@ -66,7 +66,7 @@ QJsonValue numberOrNull(qint64 number)
 
 } // namespace
 
-QString kindName(ProblemKind kind)
+QString problemName(ProblemKind kind)
 {
     return QLatin1String(textsOf(kind).name);
 }
@@ -78,7 +78,7 @@ QString describeKind(ProblemKind kind)
 
 ShownProblem::ShownProblem(const tessel::DataProblem& problem,
     const tessel::DataDictionary& dictionary, const std::vector<tessel::SourceFile>& files)
-    : kind(kindName(problem.kind))
+    : kind(problemName(problem.kind))
     , file(pathOf(files, problem.file))
     , line(problem.line)
     , caseKey(problem.caseKey)

@@ -7,7 +7,7 @@
 #include <QString>
 
 /*! Name of a kind of problem in CSV and JSON, for example "not-a-number". */
-QString kindName(tessel::ProblemKind kind);
+QString problemName(tessel::ProblemKind kind);
 
 /*! What is wrong, for people, to stand before a number of problems. */
 QString describeKind(tessel::ProblemKind kind);
@@ -19,7 +19,7 @@ struct ShownProblem {
 
     QJsonObject toJson() const;
 
-    QString kind; /*!< see kindName() */
+    QString kind; /*!< see problemName() */
     QString file;
     qint64 line; /*!< 0: none */
     QString caseKey;

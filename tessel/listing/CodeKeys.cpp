@@ -3,6 +3,8 @@
 #include "text/PlainNumber.h"
 #include "text/ShownText.h"
 
+#include <model_Tessel/UtilStrings.h>
+
 #include <algorithm>
 
 namespace {

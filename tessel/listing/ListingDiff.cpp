@@ -4,6 +4,8 @@
 #include "listing/VariableDiff.h"
 #include "text/ShownText.h"
 
+#include <model_Tessel/UtilStrings.h>
+
 #include <QHash>
 #include <QStringList>
 

@@ -5,6 +5,8 @@
 #include "text/PlainNumber.h"
 #include "text/ShownText.h"
 
+#include <model_Tessel/UtilStrings.h>
+
 #include <algorithm>
 
 namespace {

@@ -82,7 +82,7 @@ private:
 
 } // namespace
 
-QString kindName(TOxLookupProblem::Kind kind)
+QString lookupProblemName(TOxLookupProblem::Kind kind)
 {
     switch (kind) {
     case TOxLookupProblem::Kind::NoSeparator:

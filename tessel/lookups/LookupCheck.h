@@ -12,7 +12,7 @@
 #include <optional>
 
 /*! "no-separator", "wrong-key-length" or "duplicate-key". */
-QString kindName(TOxLookupProblem::Kind kind);
+QString lookupProblemName(TOxLookupProblem::Kind kind);
 
 /*! What is wanted of a check. */
 struct LookupTask {

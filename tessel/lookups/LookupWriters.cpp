@@ -195,7 +195,7 @@ void writeCsv(const LookupOutcome& outcome, bool forSpreadsheet, const ByteSink&
     addCount(csv, "wrong-key-length", outcome.wrongKeyLengths);
     addCount(csv, "no-separator", outcome.withoutSeparator);
     for (const TOxLookupProblem& problem : outcome.problems) {
-        csv.addLine({ QStringLiteral("message"), kindName(problem.kind),
+        csv.addLine({ QStringLiteral("message"), lookupProblemName(problem.kind),
             QString::number(problem.line), QString(), problem.text, QString(), QString() });
     }
     if (outcome.comparison) {
@@ -236,7 +236,7 @@ void addMessages(JsonWriter& json, const QVector<TOxLookupProblem>& problems)
     json.beginList("messages");
     for (const TOxLookupProblem& problem : problems) {
         json.add({ { QStringLiteral("line"), problem.line },
-            { QStringLiteral("kind"), kindName(problem.kind) },
+            { QStringLiteral("kind"), lookupProblemName(problem.kind) },
             { QStringLiteral("text"), problem.text } });
     }
     json.endList();

@@ -40,12 +40,10 @@ TreeFacts factsOfItems(const TCSPro& dictionary, const TOxEntity& root)
         entities.insert(dictionary.records->at(i), root.getChildren()->at(i));
     TreeFacts facts;
     QHash<const TOxEntity*, int> counts;
-    QList<TCSProValueSet*> lastSets; // which occurrences share
-    VariableFacts lastFacts;
+    VariableFacts lastFacts; // those of all occurrences, which share their value sets
     for (const TCSProItem* item : qAsConst(*dictionary.items)) {
-        if (item->occurrence <= 1 || *item->valueSets != lastSets)
+        if (item->occurrence <= 1)
             lastFacts = factsOf(*item);
-        lastSets = *item->valueSets;
         const TOxEntity* entity = entities.value(item->record, &root);
         facts.insert(entity->getVariables()->value(counts[entity]++), lastFacts);
     }

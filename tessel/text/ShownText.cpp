@@ -78,14 +78,6 @@ QString printable(const QString& text)
     return result;
 }
 
-QString withoutTrailingBlanks(const QString& text)
-{
-    int length = text.size();
-    while (length > 0 && text.at(length - 1) == QLatin1Char(' '))
-        --length;
-    return text.left(length);
-}
-
 QString shortened(const QString& text)
 {
     return quotedText(text);

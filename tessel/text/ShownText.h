@@ -26,9 +26,6 @@ QString shownNumber(int number);
  */
 QString printable(const QString& text);
 
-/*! \a text without the blanks at its end, which are padding. */
-QString withoutTrailingBlanks(const QString& text);
-
 /*! \a text, which a message quotes from a file, cut to a line's length. */
 QString shortened(const QString& text);
 

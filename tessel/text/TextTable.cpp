@@ -2,6 +2,8 @@
 
 #include "text/ShownText.h"
 
+#include <model_Tessel/UtilStrings.h>
+
 #include <algorithm>
 #include <iterator>
 #include <numeric>

@@ -4,6 +4,8 @@
 #include "text/ShownText.h"
 #include "writers/ListingNames.h"
 
+#include <model_Tessel/UtilStrings.h>
+
 #include <QLocale>
 
 #include <algorithm>
