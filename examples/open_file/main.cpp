@@ -2,11 +2,13 @@
 #include <model_Tessel/Entity.h>
 
 #include <QCoreApplication>
+#include <QLoggingCategory>
 #include <QTextStream>
 
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
+    QLoggingCategory::setFilterRules("default.debug=false");
     QTextStream out(stdout);
     const DictionaryFile file = readDictionaryFile(application.arguments().value(1));
     for (const DictionaryFileProblem& problem : file.problems)
