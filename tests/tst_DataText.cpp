@@ -137,6 +137,9 @@ void TestDataText::told_data()
     QTest::newRow("ends too early")
         << QByteArray("101\n") << QStringList { told(1, LineProblem::EndsInIdentification) }
         << Counts { 1, 0, 0, 0, 1 };
+    QTest::newRow("ends within an identification item")
+        << QByteArray("1010\n") << QStringList { told(1, LineProblem::EndsInIdentification) }
+        << Counts { 1, 0, 0, 0, 1 };
     QTest::newRow("identification is no number")
         << QByteArray("10x01 3\n") << QStringList { told(1, LineProblem::IdNotANumber) }
         << Counts { 1, 0, 0, 0, 1 };
