@@ -41,6 +41,8 @@ private slots:
     void columns();
     void samplesAndStrictness();
     void distinct();
+    void largeSums();
+    void bothZeros();
     void levels();
     void generated();
     void manyVariables();
@@ -199,6 +201,49 @@ void TestDataChecker::distinct()
     report = check(text, options);
     QVERIFY(!report.columns.at(3).hasAllDistinct);
     QCOMPARE(report.columns.at(3).distinct, 699LL);
+}
+
+// The sum is more than 64 bits hold, and the last numbers count as well.
+void TestDataChecker::largeSums()
+{
+    const QByteArray dictionary =
+        "[Dictionary]\nVersion=CSPro 7.7\nName=D\nRecordTypeStart=0\nRecordTypeLen=0\n\n"
+        "[Level]\nName=L\n\n[IdItems]\n\n[Item]\nName=ID\nStart=1\nLen=1\n\n"
+        "[Record]\nName=R\nRecordTypeValue=''\nMaxRecords=99\n\n"
+        "[Item]\nName=V\nStart=2\nLen=18\n\n";
+    const QByteArray text =
+        QByteArray("1999999999999999999\n").repeated(30) + "1               -31\n";
+    CSProTextSource source(DataDictionary::fromBytes(dictionary, QStringLiteral("large")),
+        { writeFile(m_folder, QStringLiteral("large.dat"), text) });
+    Checker checker(source.dictionary());
+    QVERIFY(runPipeline(source, checker));
+    const ColumnReport& column = checker.report().columns.at(1);
+    QCOMPARE(column.highest, QStringLiteral("999999999999999999"));
+    QCOMPARE(column.lowest, QStringLiteral("-31"));
+    QCOMPARE(column.mean, 30e18 / 31);
+}
+
+// 0 and -0 are one value.
+void TestDataChecker::bothZeros()
+{
+    DataDictionary dictionary;
+    DataVariable variable;
+    variable.type = DataVariable::Type::Real;
+    variable.record = 0;
+    dictionary.variables.push_back(variable);
+    DataRecord record;
+    record.columns.append(0);
+    dictionary.records.push_back(record);
+    DataBatch batch;
+    for (const double number : { 0.0, -0.0, 1.0 }) {
+        const quint32 cell = batch.addCells(1);
+        batch.setReal(cell, ValueState(ValueKind::Real), number);
+        batch.records.push_back({ 1, 0, 0, 0, cell, {} });
+    }
+    Checker checker(dictionary);
+    checker.take(batch);
+    checker.finish(CSProTextSource(m_dictionary, {}));
+    QCOMPARE(checker.report().columns.front().distinct, 2LL);
 }
 
 void TestDataChecker::levels()

@@ -100,6 +100,10 @@ void TestDataLines::endless()
         QCOMPARE(lines.contains("b"), bytes.contains('b'));
         QCOMPARE(reader.bytesRead(), qint64(bytes.size()));
     }
+    LineReader reader(readerOf("a\r" + endless + "\rb", LineReader::BlockSize), 10);
+    QCOMPARE(linesOf(reader), (QByteArrayList { "a", "xxxxxxxxxx...", "b" }));
+    QCOMPARE(reader.crLines(), 2LL);
+    QCOMPARE(reader.lfLines(), 0LL);
 }
 
 // Blocks end anywhere in lines of many lengths.
