@@ -162,10 +162,16 @@ void TestDataValue::onlySpecials()
     CodeTable table;
     table.addNumbers(99, 99, Special::Missing, 0);
     table.addBlank(Special::NotApplicable, 1);
+    table.addBlank(Special::Missing, 2); // the first counts
     table.finish();
     QCOMPARE(table.stateOf(qint64(99)), ValueState(ValueKind::Number, Special::Missing));
     QCOMPARE(table.stateOf(qint64(98)), ValueState(ValueKind::Number)); // nothing says it is wrong
     QCOMPARE(table.stateOfBlank(), ValueState(ValueKind::Blank, Special::NotApplicable));
+    CodeTable texts;
+    texts.addText("99", Special::Missing, 0);
+    texts.finish();
+    QVERIFY(texts.stateOf("99").special() == Special::Missing);
+    QVERIFY(!texts.stateOf("a").isOutside());
 }
 
 void TestDataValue::texts()
