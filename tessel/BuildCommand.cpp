@@ -5,14 +5,28 @@
 #include "process/FileNames.h"
 #include "process/Output.h"
 
+#include <tessel_data/PostgresTarget.h>
+
 #include <QCommandLineParser>
+
+using tessel::PostgresTarget;
 
 namespace {
 
 const QCommandLineOption& toOption()
 {
     static const QCommandLineOption option(QStringLiteral("to"),
-        QStringLiteral("The database that is made: an SQLite file."), QStringLiteral("file"));
+        QStringLiteral("The database that is made: an SQLite file, or postgresql://... for a "
+                       "PostgreSQL server."),
+        QStringLiteral("target"));
+    return option;
+}
+
+const QCommandLineOption& schemaOption()
+{
+    static const QCommandLineOption option(QStringLiteral("schema"),
+        QStringLiteral("Make the tables in this schema of a PostgreSQL database."),
+        QStringLiteral("name"));
     return option;
 }
 
@@ -72,8 +86,8 @@ void describe(QCommandLineParser& parser)
                        "tessel_rejects.\n"
                        "Exit status: 0 the database is made, 1 it is not, 2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ toOption(), overwriteOption(), planOption(), repeatsOption(),
-        dictionaryOption(), languageOption(), languagesOption() });
+    parser.addOptions({ toOption(), schemaOption(), overwriteOption(), planOption(),
+        repeatsOption(), dictionaryOption(), languageOption(), languagesOption() });
     parser.addPositionalArgument(QStringLiteral("source"),
         QStringLiteral("CSPro dictionary (.dcf) and text files that it describes; or one file of "
                        ".csdb, .sav, .zsav or .dta."),
@@ -92,14 +106,30 @@ QString readInput(const QCommandLineParser& parser, DataInput& input)
     return checkDataInput(input);
 }
 
+// What is kept of the command line has no password.
+QString readServer(const QString& connection, BuildSettings& settings)
+{
+    settings.target = connection;
+    settings.commandLine.replace(connection, PostgresTarget::nameOf(connection));
+    const QString mistake = PostgresTarget::mistakeIn(connection);
+    return mistake.isNull() ? QString() : QLatin1String("the target of --to ") + mistake;
+}
+
 QString readTarget(const QCommandLineParser& parser, BuildSettings& settings)
 {
     const QString target = parser.value(toOption());
     if (target.isEmpty())
         return parser.isSet(planOption()) ? QString()
                                           : QStringLiteral("--to needs the name of a database");
-    if (target.contains(QLatin1String("://")))
-        return QStringLiteral("--to takes the name of an SQLite file, not '%1'").arg(target);
+    settings.schema = parser.value(schemaOption());
+    if (PostgresTarget::isConnection(target))
+        return readServer(target, settings);
+    if (parser.isSet(schemaOption()))
+        return QStringLiteral("--schema goes with --to postgresql://...");
+    if (target.contains(QLatin1String("://"))) {
+        return QStringLiteral("--to takes an SQLite file or postgresql://..., not '%1...'")
+            .arg(target.left(target.indexOf(QLatin1String("://")) + 3));
+    }
     settings.target = FileNames::path(target);
     const DataInput& input = settings.input;
     return Output::checkPath(QStringLiteral("--to"), settings.target,

@@ -193,6 +193,8 @@ private:
     void addIdsOfKey();
     void addProblem(const DataProblem& problem);
     void addRejects(const DataBatch& batch);
+    void addNullCharacters(const DataBatch& batch);
+    void addNullCharacters(const DataBatch& batch, const DataBatch::Record& record);
     void addRecords();
     void addVariables();
     void addValues();
@@ -281,6 +283,8 @@ void DatabaseBuilder::Job::take(const DataBatch& batch)
         rows[t].clear();
     }
     addRejects(batch);
+    if (!target.holdsNullCharacters() && batch.bytes.find('\0') != std::string::npos)
+        addNullCharacters(batch);
 }
 
 void DatabaseBuilder::Job::takeRecord(const DataBatch& batch, const DataBatch::Record& record)
@@ -418,6 +422,47 @@ void DatabaseBuilder::Job::addRejects(const DataBatch& batch)
     }
 }
 
+// The target replaces them by their picture; what is changed so is told.
+void DatabaseBuilder::Job::addNullCharacters(const DataBatch& batch)
+{
+    for (const DataBatch::Record& record : batch.records)
+        addNullCharacters(batch, record);
+    for (const DataBatch::Told& told : batch.told) {
+        if (!isRejected(told.problem) || batch.text(told.text).find('\0') == std::string_view::npos)
+            continue;
+        DataProblem problem;
+        problem.kind = ProblemKind::ControlCharacters;
+        problem.file = told.file;
+        problem.line = told.line;
+        addProblem(problem);
+        ++report.nullCharacters;
+    }
+}
+
+void DatabaseBuilder::Job::addNullCharacters(
+    const DataBatch& batch, const DataBatch::Record& record)
+{
+    const QVector<int>& columns = dictionary.records[std::size_t(record.record)].columns;
+    for (int c = 0; c < columns.size(); ++c) {
+        const quint32 cell = record.firstCell + quint32(c);
+        if (batch.states[cell].kind() != ValueKind::Text)
+            continue;
+        const std::string_view text = batch.textOf(cell);
+        if (text.find('\0') == std::string_view::npos)
+            continue;
+        DataProblem problem;
+        problem.kind = ProblemKind::ControlCharacters;
+        problem.file = record.file;
+        problem.line = record.line;
+        problem.caseNumber = record.caseNumber + 1;
+        problem.record = record.record;
+        problem.variable = columns.at(c);
+        problem.value = QString::fromUtf8(text.data(), int(text.size()));
+        addProblem(problem);
+        ++report.nullCharacters;
+    }
+}
+
 void DatabaseBuilder::Job::finish(const DataSource& source)
 {
     endCase();
@@ -486,6 +531,8 @@ void DatabaseBuilder::Job::addRecords()
         writer.number(record.isRequired ? 1 : 0);
         writer.number(record.maximum);
         writer.number(report.rows[t]);
+        writer.textOrNull(table.labelView);
+        writer.textOrNull(table.validView);
         writer.endRow();
     }
     writer.flush();

@@ -22,6 +22,7 @@ struct BuildReport {
     qint64 rejects = 0;
     qint64 cases = 0;
     qint64 problems = 0;
+    qint64 nullCharacters = 0; /*!< values with some, written as U+2400; among the problems */
 };
 
 /*!

@@ -46,6 +46,11 @@ double nearestDouble(qint64 number, int decimals)
 
 DatabaseTarget::~DatabaseTarget() = default;
 
+bool DatabaseTarget::holdsNullCharacters() const
+{
+    return true;
+}
+
 DatabaseValue DatabaseRows::value(std::size_t row, int column) const
 {
     const Row& place = m_rows[row];

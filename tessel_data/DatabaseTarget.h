@@ -78,6 +78,8 @@ public:
     virtual SqlDialect dialect() const = 0;
     /*! What it is called in messages; never with a password. */
     virtual QString name() const = 0;
+    /*! False: null characters in texts are replaced by their picture, U+2400. */
+    virtual bool holdsNullCharacters() const;
     /*! Makes the tables of \a plan, which stays as long as the target. */
     virtual void begin(const DatabasePlan& plan) = 0;
     /*! Adds rows to table \a table of the plan; the number that the database took. */

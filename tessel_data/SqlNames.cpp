@@ -115,6 +115,11 @@ QString sqlComment(const QString& text)
     return QLatin1String("-- ") + visibleText(text).simplified();
 }
 
+QString shortSqlName(const QString& name)
+{
+    return shortened(name, LongestName - RoomForNumber);
+}
+
 QString SqlNames::take(const QString& wanted, const QString& what)
 {
     const QString clean = cleaned(wanted);

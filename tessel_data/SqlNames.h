@@ -16,6 +16,9 @@ TESSEL_DATA_EXPORT QString sqlText(const QString& text);
 /*! \a text after "--", on one line. */
 TESSEL_DATA_EXPORT QString sqlComment(const QString& text);
 
+/*! \a name, cut where an ending of a few characters would make it too long. */
+TESSEL_DATA_EXPORT QString shortSqlName(const QString& name);
+
 /*! The names of one name space: the tables, or the columns of a table. */
 class TESSEL_DATA_EXPORT SqlNames {
 public:

@@ -15,8 +15,7 @@ class PostgreSqlServer {
 public:
     ~PostgreSqlServer()
     {
-        if (m_isRunning)
-            run("pg_ctl", { "stop", "-D", data(), "-m", "immediate" });
+        stop();
     }
 
     // Why there is none; empty when it runs.
@@ -34,22 +33,58 @@ public:
                 "--no-sync" });
         if (made.status != 0)
             return "initdb fails: " + QString::fromUtf8(made.errors);
+        return resume() ? QString() : QStringLiteral("pg_ctl cannot start the server");
+    }
+
+    bool resume()
+    {
         const QString options = "-c listen_addresses= -c fsync=off -k " + m_folder.path();
         m_isRunning =
             run("pg_ctl", { "start", "-w", "-D", data(), "-l", data() + "/log", "-o", options })
                 .status
             == 0;
-        return m_isRunning ? QString() : QStringLiteral("pg_ctl cannot start the server");
+        return m_isRunning;
+    }
+
+    // As when its machine loses power.
+    void stop()
+    {
+        if (m_isRunning)
+            run("pg_ctl", { "stop", "-D", data(), "-m", "immediate" });
+        m_isRunning = false;
+    }
+
+    // Asks the users of a role for their passwords, all others for none.
+    bool askForPassword(const QString& role) const
+    {
+        QFile rules(data() + "/pg_hba.conf");
+        return rules.open(QIODevice::WriteOnly)
+            && rules.write("local all " + role.toUtf8() + " scram-sha-256\nlocal all all trust\n")
+            > 0
+            && rules.flush() && run("pg_ctl", { "reload", "-D", data() }).status == 0;
+    }
+
+    // user: with a password behind a colon, as in a URL
+    QString connection(const QString& database = QStringLiteral("postgres"),
+        const QString& user = QStringLiteral("tessel")) const
+    {
+        return QStringLiteral("postgresql://%1@/%2?host=%3").arg(user, database, m_folder.path());
+    }
+
+    // Tuples without padding, "|" between values.
+    Outcome ask(const QByteArray& statements) const
+    {
+        return runProgram(m_psql,
+            { "-qAtX", "-v", "ON_ERROR_STOP=1", "-h", m_folder.path(), "-U", "tessel", "postgres" },
+            statements);
     }
 
     // In an empty schema; tuples without padding.
     Outcome carryOut(const QByteArray& statements) const
     {
-        return runProgram(m_psql,
-            { "-qAtX", "-v", "ON_ERROR_STOP=1", "-h", m_folder.path(), "-U", "tessel", "postgres" },
-            "SET client_min_messages = warning;\nDROP SCHEMA public CASCADE;\n"
-            "CREATE SCHEMA public;\n"
-                + statements);
+        return ask("SET client_min_messages = warning;\nDROP SCHEMA public CASCADE;\n"
+                   "CREATE SCHEMA public;\n"
+            + statements);
     }
 
 private:

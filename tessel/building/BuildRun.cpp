@@ -8,6 +8,7 @@
 
 #include <tessel_data/CSProDb.h>
 #include <tessel_data/DataError.h>
+#include <tessel_data/PostgresTarget.h>
 #include <tessel_data/SqliteTarget.h>
 
 #include <QFile>
@@ -41,6 +42,16 @@ QByteArray dictionaryText(const DataInput& input)
     return isText && file.open(QIODevice::ReadOnly) ? asUtf8(file.readAll()) : QByteArray();
 }
 
+std::unique_ptr<DatabaseTarget> targetOf(const BuildSettings& settings)
+{
+    if (PostgresTarget::isConnection(settings.target)) {
+        return std::make_unique<PostgresTarget>(
+            PostgresOptions { settings.target, settings.schema, settings.replacesTarget });
+    }
+    return std::make_unique<SqliteTarget>(settings.target,
+        settings.replacesTarget ? SqliteTarget::Existing::Replace : SqliteTarget::Existing::Refuse);
+}
+
 bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report)
 {
     BuildOptions options;
@@ -50,17 +61,16 @@ bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report
     options.dictionaryText = dictionaryText(settings.input);
     options.options = settings.commandLine;
     options.version = QStringLiteral(TESSEL_VERSION);
-    SqliteTarget target(settings.target,
-        settings.replacesTarget ? SqliteTarget::Existing::Replace : SqliteTarget::Existing::Refuse);
+    const std::unique_ptr<DatabaseTarget> target = targetOf(settings);
     const Interruption interruption;
-    Progress progress(settings.target, source.countsRows() ? WorkUnit::Rows : WorkUnit::Bytes);
+    Progress progress(targetName(settings), source.countsRows() ? WorkUnit::Rows : WorkUnit::Bytes);
     const bool isDone =
-        buildDatabase(source, target, options, report, [&](qint64 done, qint64 size) {
+        buildDatabase(source, *target, options, report, [&](qint64 done, qint64 size) {
             progress.show(done, size);
             return !Interruption::isWanted();
         });
     if (!isDone)
-        failInput(settings.target, 0, QStringLiteral("is not made: the build was stopped"));
+        failInput(targetName(settings), 0, QStringLiteral("is not made: the build was stopped"));
     return isDone;
 }
 
@@ -90,6 +100,12 @@ bool chooseLanguages(
     return isKnown;
 }
 
+QString targetName(const BuildSettings& settings)
+{
+    return PostgresTarget::isConnection(settings.target) ? PostgresTarget::nameOf(settings.target)
+                                                         : settings.target;
+}
+
 int build(const BuildSettings& settings)
 {
     const std::unique_ptr<DataSource> source = openDataSource(settings.input);
@@ -104,7 +120,7 @@ int build(const BuildSettings& settings)
         return InputFailed;
     }
     tellAssumptions(report.check.files);
-    return Console::show(buildSummary(*source, settings.target, report));
+    return Console::show(buildSummary(*source, targetName(settings), report));
 }
 
 int printPlan(const BuildSettings& settings)
@@ -115,6 +131,8 @@ int printPlan(const BuildSettings& settings)
     PlanOptions options;
     options.hasRepeatTables = settings.hasRepeatTables;
     options.hasCases = source->hasCases();
+    if (PostgresTarget::isConnection(settings.target))
+        options.dialect = SqlDialect::PostgreSql;
     if (!chooseLanguages(settings, source->dictionary(), options))
         return InputFailed;
     return Console::show(planText(DatabasePlan(source->dictionary(), options)));

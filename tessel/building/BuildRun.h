@@ -9,7 +9,8 @@
 /*! What a build is to do. */
 struct BuildSettings {
     DataInput input;
-    QString target; /*!< file of the database */
+    QString target; /*!< file of the database, or connection to a server */
+    QString schema; /*!< on a server; empty: the first of the search path */
     bool replacesTarget = false;
     bool hasRepeatTables = false;
     QString language; /*!< of the labels, by name; empty: the first */
@@ -23,6 +24,9 @@ struct BuildSettings {
  */
 bool chooseLanguages(const BuildSettings& settings, const tessel::DataDictionary& dictionary,
     tessel::PlanOptions& options);
+
+/*! What the target is called in messages and in the database; never with a password. */
+QString targetName(const BuildSettings& settings);
 
 /*! Builds and prints the summary; an ExitStatus. */
 int build(const BuildSettings& settings);

@@ -87,5 +87,10 @@ QString buildSummary(const DataSource& source, const QString& target, const Buil
     }
     if (report.problems > 0)
         text += QStringLiteral("%1 problems, in tessel_problems\n").arg(report.problems);
+    if (report.nullCharacters > 0) {
+        text += QStringLiteral("%1 texts hold a null character, which PostgreSQL does not; it is "
+                               "written as U+2400, see tessel_problems\n")
+                    .arg(report.nullCharacters);
+    }
     return text;
 }

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <tessel_data/DatabaseTarget.h>
+
+#include <memory>
+
+namespace tessel {
+
+struct PostgresOptions {
+    QString connection; /*!< "postgresql://user@host/database", as libpq takes it */
+    QString schema; /*!< made when it is not there; empty: the first of the search path */
+    bool replaces = false; /*!< the tables of a former build in the schema */
+};
+
+/*!
+ * Tables in a schema of a PostgreSQL database, version 12 or later. All of it is one transaction:
+ * until it is committed nobody else sees anything, and what was there before stays in use.
+ */
+class TESSEL_DATA_EXPORT PostgresTarget : public DatabaseTarget {
+public:
+    /*! Nothing is done before begin(). */
+    explicit PostgresTarget(const PostgresOptions& options);
+    ~PostgresTarget() override;
+
+    /*! True for "postgresql://" and "postgres://", by which a connection is told from a file. */
+    static bool isConnection(const QString& text);
+    /*! What is wrong with a connection, to stand behind its name; null when nothing is. */
+    static QString mistakeIn(const QString& connection);
+    /*! \a connection without its password. */
+    static QString nameOf(const QString& connection);
+
+    SqlDialect dialect() const override;
+    QString name() const override;
+    bool holdsNullCharacters() const override;
+    void begin(const DatabasePlan& plan) override;
+    qint64 append(int table, const DatabaseRows& rows) override;
+    void markDuplicate(qint64 caseId, qint64 firstCaseId) override;
+    bool finish(const GoesOn& goesOn) override;
+    void abandon() noexcept override;
+
+private:
+    Q_DISABLE_COPY(PostgresTarget)
+
+    class Job;
+    std::unique_ptr<Job> m_job;
+};
+
+} // namespace tessel

@@ -1,0 +1,708 @@
+// Builds databases on a server of the test's own and compares them with those that SQLite gets from
+// the same data, cell by cell.
+#include "DataRows.h"
+#include "PostgreSqlServer.h"
+
+#include <tessel_data/CSProTextSource.h>
+#include <tessel_data/DataError.h>
+#include <tessel_data/DatabaseBuilder.h>
+#include <tessel_data/PostgresTarget.h>
+
+#include <QDirIterator>
+#include <QtTest>
+
+#include <sqlite3.h>
+
+using namespace tessel;
+
+namespace {
+
+struct Cell {
+    QByteArray text;
+    bool isNull = false;
+    bool isText = false;
+};
+
+using Rows = QVector<QVector<Cell>>;
+
+// An SQLite file, read without the program.
+class SqliteFile {
+public:
+    explicit SqliteFile(const QString& path)
+    {
+        sqlite3_open_v2(
+            QFile::encodeName(path).constData(), &m_database, SQLITE_OPEN_READONLY, nullptr);
+    }
+    ~SqliteFile()
+    {
+        sqlite3_close(m_database);
+    }
+    SqliteFile(const SqliteFile&) = delete;
+    SqliteFile& operator=(const SqliteFile&) = delete;
+
+    Rows rows(const QByteArray& query) const
+    {
+        Rows found;
+        sqlite3_stmt* statement = nullptr;
+        sqlite3_prepare_v2(m_database, query.constData(), -1, &statement, nullptr);
+        while (statement && sqlite3_step(statement) == SQLITE_ROW) {
+            QVector<Cell> row;
+            for (int c = 0; c < sqlite3_column_count(statement); ++c)
+                row.append(cell(statement, c));
+            found.append(row);
+        }
+        sqlite3_finalize(statement);
+        return found;
+    }
+
+private:
+    static Cell cell(sqlite3_stmt* statement, int column)
+    {
+        const int type = sqlite3_column_type(statement, column);
+        if (type == SQLITE_NULL)
+            return { {}, true, false };
+        if (type == SQLITE_FLOAT)
+            return { QByteArray::number(sqlite3_column_double(statement, column), 'g', 17) };
+        const char* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+        return { QByteArray(text, sqlite3_column_bytes(statement, column)), false,
+            type == SQLITE_TEXT };
+    }
+
+    sqlite3* m_database = nullptr;
+};
+
+QByteArray unescaped(const QByteArray& text)
+{
+    QByteArray result;
+    for (int i = 0; i < text.size(); ++i) {
+        if (text.at(i) != '\\') {
+            result += text.at(i);
+            continue;
+        }
+        const char letter = text.at(++i);
+        const int place = QByteArray("bfnrtv").indexOf(letter);
+        result += place < 0 ? letter : "\b\f\n\r\t\v"[place];
+    }
+    return result;
+}
+
+// The text that COPY writes, cut into its values.
+Rows rowsOf(const QByteArray& copied)
+{
+    Rows rows;
+    for (const QByteArray& line : copied.split('\n')) {
+        QVector<Cell> row;
+        for (const QByteArray& value : line.split('\t'))
+            row.append({ unescaped(value), value == "\\N", false });
+        rows.append(row);
+    }
+    rows.removeLast();
+    return rows;
+}
+
+// Without the zeros that change nothing.
+QByteArray shortest(QByteArray number)
+{
+    const bool isNegative = number.startsWith('-');
+    number = number.mid(isNegative ? 1 : 0);
+    while (number.size() > 1 && number.startsWith('0'))
+        number = number.mid(1);
+    return isNegative ? '-' + number : number;
+}
+
+bool areEqual(const Cell& lite, const Cell& server)
+{
+    if (lite.isNull || server.isNull)
+        return lite.isNull && server.isNull;
+    if (lite.text == server.text || shortest(lite.text) == server.text)
+        return true;
+    bool isLiteNumber = false;
+    bool isServerNumber = false;
+    const double first = lite.text.toDouble(&isLiteNumber);
+    const double second = server.text.toDouble(&isServerNumber);
+    return !lite.isText && isLiteNumber && isServerNumber && !(first < second) && !(first > second);
+}
+
+// As PostgreSQL has a name of the plan.
+QByteArray quoted(const QByteArray& name)
+{
+    bool isPlain = true;
+    for (const char c : name)
+        isPlain = isPlain && (QByteArray("_").contains(c) || (isalnum(uchar(c)) != 0 && c > 0));
+    return '"' + (isPlain ? name.toLower() : QByteArray(name).replace('"', "\"\"")) + '"';
+}
+
+// What differs between two builds of the same data.
+QByteArray columnsOf(const QByteArray& table)
+{
+    return table == "tessel_builds" ? "build_id, version, lines, row_count, rejected_lines, "
+                                      "deleted_lines, blank_lines, cases, deleted_cases, problems"
+                                    : "*";
+}
+
+// A build that a test carries out step by step.
+class Steps {
+public:
+    Steps(const QString& dictionary, const QStringList& data, const PostgresOptions& options)
+        : source(DataDictionary::fromFile(dictionary), data)
+        , target(options)
+    {
+    }
+
+    bool build(const DataProgress& progress = {})
+    {
+        return buildDatabase(source, target, BuildOptions(), report, progress);
+    }
+
+    CSProTextSource source;
+    PostgresTarget target;
+    BuildReport report;
+};
+
+QString errorOf(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const DataError& error) {
+        return error.file + ": " + error.text;
+    }
+    return QString();
+}
+
+} // namespace
+
+class tst_PostgresTarget : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void sameAsSqlite_data();
+    void sameAsSqlite();
+    void popstan();
+    void comments();
+    void views();
+    void exact();
+    void hostile();
+    void nullCharacters();
+    void duplicates();
+    void replaces();
+    void formerStaysInUse();
+    void stopped_data();
+    void stopped();
+    void twoBuilds();
+    void lostConnection();
+    void lostServer();
+    void noServer();
+    void noRights();
+    void ownTables();
+    void otherEncoding();
+    void passwords();
+    void wrongUsage();
+    void plan();
+
+private:
+    Outcome build(const QStringList& source, const QStringList& options = {}) const
+    {
+        return runTessel(QStringList { "build" } + source
+            + QStringList { "--to", m_server.connection(), "--schema", "b" } + options);
+    }
+    QByteArray ask(const QByteArray& statement) const
+    {
+        const Outcome outcome = m_server.ask(statement);
+        return outcome.status == 0 ? outcome.output.trimmed() : outcome.errors;
+    }
+    // Every table, view and index, and the rows of table person.
+    QByteArray state() const
+    {
+        return ask("SELECT string_agg(relname || relkind::text, ' ' ORDER BY relname) FROM "
+                   "pg_class "
+                   "WHERE relnamespace::regnamespace::text NOT LIKE 'pg_%' AND "
+                   "relnamespace::regnamespace::text <> 'information_schema';")
+            + ask("SELECT count(*) FROM b.person;");
+    }
+    PostgresOptions options(bool replaces = false) const
+    {
+        return { m_server.connection(), QStringLiteral("b"), replaces };
+    }
+
+    PostgreSqlServer m_server;
+    QTemporaryDir m_folder;
+    QString m_corpus = qEnvironmentVariable("TESSEL_CORPUS");
+    QString m_dictionary = QStringLiteral(TESSEL_EXAMPLES "/census.dcf");
+    QString m_data = QStringLiteral(TESSEL_EXAMPLES "/census.dat");
+};
+
+void tst_PostgresTarget::initTestCase()
+{
+    const QString missing = m_server.start();
+    if (!missing.isEmpty())
+        QSKIP(qPrintable(missing));
+}
+
+void tst_PostgresTarget::init()
+{
+    QCOMPARE(
+        ask("SET client_min_messages = error; DROP SCHEMA IF EXISTS b CASCADE;"), QByteArray());
+}
+
+void tst_PostgresTarget::sameAsSqlite_data()
+{
+    QTest::addColumn<QStringList>("source");
+    QTest::addColumn<QStringList>("options");
+    const QString examples = QStringLiteral(TESSEL_EXAMPLES "/");
+    const QStringList census { m_dictionary, m_data };
+    QTest::newRow("census") << census << QStringList();
+    QTest::newRow("tables of repeats") << census << QStringList { "--repeats", "tables" };
+    QTest::newRow("problems") << QStringList { m_dictionary, examples + "census_problems.dat" }
+                              << QStringList();
+    for (const char* name : { "person.sav", "household.sav", "person.dta", "household.dta" })
+        QTest::newRow(name) << QStringList { examples + name } << QStringList();
+    if (m_corpus.isEmpty())
+        return;
+    for (const char* folder : { "cspro", "cspro-json" }) {
+        const QDir files(QDir(m_corpus).filePath(folder));
+        for (const QString& name : files.entryList({ "*.dat" }, QDir::Files)) {
+            const QString dictionary = QFileInfo(name).completeBaseName() + ".dcf";
+            QTest::newRow(qPrintable(name)) << QStringList { files.filePath(dictionary),
+                files.filePath(name) } << QStringList();
+        }
+    }
+    QDirIterator stored(m_corpus, { "*.csdb" }, QDir::Files, QDirIterator::Subdirectories);
+    while (stored.hasNext()) {
+        const QString path = stored.next();
+        QTest::newRow(qPrintable(QFileInfo(path).fileName()))
+            << QStringList { path } << QStringList();
+    }
+}
+
+void tst_PostgresTarget::sameAsSqlite()
+{
+    QFETCH(QStringList, source);
+    QFETCH(QStringList, options);
+    const QString path = m_folder.filePath("same.sqlite");
+    const Outcome lite = runTessel(
+        QStringList { "build" } + source + options + QStringList { "--overwrite", "--to", path });
+    const Outcome server = build(source, options);
+    QCOMPARE(server.status, lite.status);
+    QVERIFY2(server.status == 0, (server.errors + lite.errors).constData());
+    QCOMPARE(
+        server.output.mid(server.output.indexOf('\n')), lite.output.mid(lite.output.indexOf('\n')));
+    const SqliteFile file(path);
+    const Rows names =
+        file.rows("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY rowid");
+    QVERIFY(names.size() > 7);
+    for (const QVector<Cell>& row : names) {
+        const QByteArray name = row.at(0).text;
+        const QByteArray columns = columnsOf(name);
+        const Rows expected = file.rows("SELECT " + columns + " FROM \""
+            + QByteArray(name).replace('"', "\"\"") + "\" ORDER BY rowid");
+        const QByteArray order = name == "cases" ? "case_id" : "ctid";
+        const Outcome copied = m_server.ask("COPY (SELECT " + columns + " FROM b." + quoted(name)
+            + " ORDER BY " + order + ") TO STDOUT;");
+        QVERIFY2(copied.status == 0, copied.errors.constData());
+        const Rows rows = rowsOf(copied.output);
+        QCOMPARE(rows.size(), expected.size());
+        for (int r = 0; r < rows.size(); ++r) {
+            QCOMPARE(rows.at(r).size(), expected.at(r).size());
+            for (int c = 0; c < rows.at(r).size(); ++c) {
+                const Cell& here = rows.at(r).at(c);
+                QVERIFY2(areEqual(expected.at(r).at(c), here),
+                    (name + ' ' + QByteArray::number(r) + ' ' + QByteArray::number(c) + ": "
+                        + here.text + ", not " + expected.at(r).at(c).text)
+                        .constData());
+            }
+        }
+    }
+}
+
+void tst_PostgresTarget::popstan()
+{
+    if (m_corpus.isEmpty())
+        QSKIP("TESSEL_CORPUS names no folder with real dictionaries and data");
+    const QString base = QDir(m_corpus).filePath("cspro-json/popstan-census-full");
+    const Outcome built = build({ base + ".dcf", base + ".dat" });
+    QVERIFY2(built.status == 0, built.errors.constData());
+    QCOMPARE(ask("SELECT count(*) FROM b.person;"), QByteArray("24271"));
+    QCOMPARE(ask("SELECT count(*) FROM b.housing;"), QByteArray("4872"));
+    QCOMPARE(ask("SELECT count(*) FROM b.tessel_rejects;"), QByteArray("0"));
+}
+
+void tst_PostgresTarget::comments()
+{
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+    QCOMPARE(ask("SELECT obj_description('b.person'::regclass);"), QByteArray("Person"));
+    QCOMPARE(ask("SELECT col_description(attrelid, attnum) FROM pg_attribute WHERE attrelid = "
+                 "'b.person'::regclass AND attname = 'sex';"),
+        QByteArray("Sex"));
+    QCOMPARE(ask("SELECT obj_description('b.person_labels'::regclass);"),
+        QByteArray("PERSON with labels in place of codes"));
+    // ANALYZE has run, the key and the indexes are there.
+    QCOMPARE(ask("SELECT reltuples FROM pg_class WHERE oid = 'b.person'::regclass;"),
+        QByteArray("4299"));
+    QCOMPARE(ask("SELECT indexrelid::regclass FROM pg_index WHERE indrelid IN "
+                 "('b.cases'::regclass, 'b.person'::regclass) ORDER BY 1::text;"),
+        QByteArray("b.cases_key\nb.cases_pkey\nb.person_case"));
+    QCOMPARE(ask("SELECT count(*) FROM pg_class WHERE relname LIKE 'tessel\\_build\\_%';"),
+        QByteArray("0"));
+}
+
+void tst_PostgresTarget::views()
+{
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+    const QByteArray labels =
+        ask("SELECT sex, count(*) FROM b.person_labels GROUP BY 1 ORDER BY 1;");
+    const QByteArray joined = ask("SELECT v.label, count(*) FROM b.person p JOIN b.sex_vs1 v ON "
+                                  "v.code = p.sex GROUP BY 1 ORDER BY 1;");
+    const bool hasTable = !joined.contains("ERROR");
+    QVERIFY2(labels.contains("Female|"), labels.constData());
+    if (hasTable)
+        QCOMPARE(labels, joined);
+    // Without their codes for missing and not applicable, values are fewer, and never others.
+    QCOMPARE(ask("SELECT count(*) FROM b.person_valid v JOIN b.person p USING (case_id, row) WHERE "
+                 "v.birth_month <> p.birth_month;"),
+        QByteArray("0"));
+    QVERIFY(ask("SELECT count(birth_month) FROM b.person_valid;").toInt()
+        < ask("SELECT count(birth_month) FROM b.person;").toInt());
+}
+
+QByteArray exactDictionary()
+{
+    return "[Dictionary]\nVersion=CSPro 7.7\nName=EXACT\nRecordTypeStart=0\nRecordTypeLen=0\n"
+           "[Level]\nName=L\n[IdItems]\n[Item]\nName=ID\nStart=1\nLen=2\nDataType=Numeric\n"
+           "[Record]\nName=R\nRecordLen=76\n"
+           "[Item]\nName=WHOLE\nStart=3\nLen=18\nDataType=Numeric\n"
+           "[Item]\nName=SHARE\nStart=21\nLen=18\nDataType=Numeric\nDecimal=4\n"
+           "[Item]\nName=SMALL\nStart=39\nLen=6\nDataType=Numeric\nDecimal=5\n"
+           "[Item]\nName=ZEROS\nStart=45\nLen=4\nDataType=Alpha\n";
+}
+
+void tst_PostgresTarget::exact()
+{
+    const QString dictionary = writeFile(m_folder, "exact.dcf", exactDictionary());
+    const QString data = writeFile(m_folder, "exact.dat",
+        "01999999999999999999123456789012345678012345 007\n"
+        "02-9999999999999999900000000000000012300000100 0\n"
+        "03000000000000000001-0000000000000000100000 0000\n"
+        "04                  000010000000000000100000\n"
+        "05     -123456789012 99999999999999999-1234500a0\n");
+    const Outcome built = build({ dictionary, data });
+    QVERIFY2(built.status == 0, built.errors.constData());
+    QCOMPARE(ask("SELECT id, whole, share, small, zeros FROM b.r ORDER BY id;"),
+        QByteArray("1|999999999999999999|12345678901234.5678|0.12345| 007\n"
+                   "2|-99999999999999999|0.0123|0.00001|00 0\n"
+                   "3|1|-0.0001|0.00000| 000\n"
+                   "4||1000000000.0001|0.00000|\n"
+                   "5|-123456789012|9999999999999.9999|-0.12345|00a0"));
+    QCOMPARE(ask("SELECT sum(share) FROM b.r WHERE id < 3;"), QByteArray("12345678901234.5801"));
+}
+
+QByteArray hostileDictionary()
+{
+    const QByteArray longName(70, 'L');
+    return "\xEF\xBB\xBF[Dictionary]\nVersion=CSPro 7.7\nName=HOSTILE\nLabel=x\nRecordTypeStart=1\n"
+           "RecordTypeLen=1\n[Level]\nName=L\n[IdItems]\n"
+           "[Item]\nLabel=It's \"the\" id'); DROP TABLE cases;--\nName=SELECT\nStart=2\nLen=1\n"
+           "DataType=Numeric\n"
+           "[Record]\nLabel=O'Brien\\\nName=TABLE\nRecordTypeValue='1'\nRecordLen=90\n"
+           "[Item]\nLabel=\xD8\xA7\xD9\x84\xD8\xA7\xD8\xB3\xD9\x85 \xF0\x9F\x98\x80\nName="
+        + longName
+        + "_1\nStart=3\nLen=20\nDataType=Alpha\n"
+          "[ValueSet]\nName=USER\nValue='a''b                ';it's\n"
+          "Value='\xF0\x9F\x98\x80                   ';\xD8\xA7'); DROP TABLE cases;--\n"
+          "[Item]\nLabel=b\nName="
+        + longName
+        + "_2\nStart=23\nLen=20\nDataType=Alpha\n"
+          "[Item]\nLabel=c\nName=CTID\nStart=43\nLen=1\nDataType=Numeric\n"
+          "[ValueSet]\nName=ORDER\nValue=1:3;\\N\nValue=4;\\.\n";
+}
+
+void tst_PostgresTarget::hostile()
+{
+    const QString dictionary = writeFile(m_folder, "hostile.dcf", hostileDictionary());
+    const QString emoji = QString::fromUtf8("\xF0\x9F\x98\x80");
+    const auto line = [](const QString& id, const QString& first, const QString& second,
+                          const QString& third) {
+        return ('1' + id + first.leftJustified(20) + second.leftJustified(20) + third + '\n');
+    };
+    const QString data = writeFile(m_folder, "hostile.dat",
+        (line("1", "'); DROP TABLE cases", "\\N", "1") + line("2", "\\.", "tab\there", "4")
+            + line("3", emoji.leftJustified(21), QString::fromUtf8("\xD8\xA7\xD9\x84"), "9")
+            + line("4", "a\"b''c", "\\\\", " "))
+            .toUtf8());
+    const Outcome built = build({ dictionary, data });
+    QVERIFY2(built.status == 0, built.errors.constData());
+    const QByteArray columns = ask("SELECT string_agg(quote_ident(attname), ',' ORDER BY attnum) "
+                                   "FROM pg_attribute WHERE attrelid = 'b.\"TABLE\"'::regclass AND "
+                                   "attnum > 3;");
+    QCOMPARE(columns.split(',').size(), 3);
+    for (const QByteArray& column : columns.split(','))
+        QVERIFY2(column.size() <= 65, column.constData());
+    const QByteArray first = columns.split(',').at(0);
+    const QByteArray second = columns.split(',').at(1);
+    const QByteArray third = columns.split(',').at(2);
+    QCOMPARE(ask("SELECT \"SELECT\", " + first + ", " + second + ", " + third
+                 + " FROM b.\"TABLE\" ORDER BY 1;"),
+        QByteArray("1|'); DROP TABLE cases|\\N|1\n2|\\.|tab\there|4\n3|" + emoji.toUtf8()
+            + "|\xD8\xA7\xD9\x84|9\n4|a\"b''c|\\\\|"));
+    QCOMPARE(ask("SELECT " + third + " FROM b.\"TABLE_labels\" ORDER BY \"SELECT\";"),
+        QByteArray("\\N\n\\.\n9\n").trimmed());
+    QCOMPARE(ask("SELECT col_description('b.\"TABLE\"'::regclass, 3), "
+                 "obj_description('b.\"TABLE\"'::regclass);"),
+        QByteArray("It's \"the\" id'); DROP TABLE cases;--|O'Brien\\"));
+    QVERIFY(build({ dictionary, data }, { "--overwrite" }).status == 0);
+}
+
+void tst_PostgresTarget::nullCharacters()
+{
+    const QString dictionary = writeFile(m_folder, "survey.dcf", surveyDictionary());
+    const QByteArray line("20101 30ab\0cd\n", 14);
+    const QByteArray rejected("X0101 \0\n", 8);
+    const QString data = writeFile(m_folder, "null.dat", line + rejected + "20102 31plain\n");
+    const Outcome built = build({ dictionary, data });
+    QVERIFY2(built.status == 0, built.errors.constData());
+    QVERIFY2(built.output.contains("2 texts hold a null character"), built.output.constData());
+    QCOMPARE(ask("SELECT name FROM b.person ORDER BY case_id;"),
+        QByteArray("ab\xE2\x90\x80"
+                   "cd\nplain"));
+    QCOMPARE(ask("SELECT text FROM b.tessel_rejects;"), QByteArray("X0101 \xE2\x90\x80"));
+    QCOMPARE(ask("SELECT line, case_id, record, variable, value FROM b.tessel_problems WHERE "
+                 "variable = 'NAME';"),
+        QByteArray("1|1|PERSON|NAME|ab\xE2\x90\x80"
+                   "cd"));
+    QCOMPARE(
+        ask("SELECT problems = (SELECT count(*) FROM b.tessel_problems) FROM b.tessel_builds;"),
+        QByteArray("t"));
+}
+
+void tst_PostgresTarget::duplicates()
+{
+    const QString dictionary = writeFile(m_folder, "survey.dcf", surveyDictionary());
+    const QString data =
+        writeFile(m_folder, "twice.dat", "10101 3\n10102 3\n10101 4\n10102 3\n10101 5\n10103 1\n");
+    QCOMPARE(build({ dictionary, data }).status, 0);
+    QCOMPARE(ask("SELECT case_id, duplicate_of FROM b.cases ORDER BY 1;"),
+        QByteArray("1|\n2|\n3|1\n4|2\n5|1\n6|"));
+}
+
+void tst_PostgresTarget::replaces()
+{
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+    const QByteArray before = state();
+    const Outcome refused = build({ m_dictionary, m_data });
+    QCOMPARE(refused.status, 1);
+    QVERIFY2(
+        refused.errors.contains("give --overwrite to replace them"), refused.errors.constData());
+    QCOMPARE(state(), before);
+    // A smaller build leaves nothing of the larger one.
+    const QString dictionary = writeFile(m_folder, "survey.dcf", surveyDictionary());
+    const QString data = writeFile(m_folder, "small.dat", "20101 30ab\n");
+    QCOMPARE(build({ dictionary, data }, { "--overwrite" }).status, 0);
+    QCOMPARE(ask("SELECT count(*) FROM b.person;"), QByteArray("1"));
+    QVERIFY(!state().contains("livestock"));
+    QCOMPARE(build({ m_dictionary, m_data }, { "--overwrite" }).status, 0);
+    QCOMPARE(state(), before);
+}
+
+void tst_PostgresTarget::formerStaysInUse()
+{
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+    const QString data = writeFile(m_folder, "half.dat", readFile(m_data).left(200'000));
+    Steps steps(m_dictionary, { data }, options(true));
+    QByteArray seen;
+    QVERIFY(steps.build([&](qint64, qint64) {
+        seen =
+            m_server.ask("SET lock_timeout = 1; SELECT count(*) FROM b.person;").output.trimmed();
+        return true;
+    }));
+    QCOMPARE(seen, QByteArray("4299"));
+    QVERIFY(ask("SELECT count(*) FROM b.person;").toInt() < 4299);
+}
+
+void tst_PostgresTarget::stopped_data()
+{
+    QTest::addColumn<int>("calls");
+    QTest::newRow("at once") << 1;
+    QTest::newRow("at the end") << 5;
+    QTest::newRow("while indexes are made") << 30;
+}
+
+void tst_PostgresTarget::stopped()
+{
+    QFETCH(int, calls);
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+    const QByteArray before = state();
+    Steps steps(m_dictionary, { m_data }, options(true));
+    int called = 0;
+    QVERIFY(!steps.build([&](qint64, qint64) { return ++called < calls; }));
+    QCOMPARE(called, calls);
+    QCOMPARE(state(), before);
+    // The lock is free again.
+    QCOMPARE(build({ m_dictionary, m_data }, { "--overwrite" }).status, 0);
+}
+
+void tst_PostgresTarget::twoBuilds()
+{
+    PostgresTarget first(options());
+    PlanOptions planOptions;
+    planOptions.dialect = SqlDialect::PostgreSql;
+    const DatabasePlan plan(DataDictionary::fromFile(m_dictionary), planOptions);
+    first.begin(plan);
+    const Outcome second = build({ m_dictionary, m_data });
+    QCOMPARE(second.status, 1);
+    QVERIFY2(second.errors.contains("another build into schema \"b\" is at work"),
+        second.errors.constData());
+    first.abandon();
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+}
+
+void tst_PostgresTarget::lostConnection()
+{
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+    const QByteArray before = state();
+    Steps steps(m_dictionary, { m_data }, options(true));
+    const QString error = errorOf([&] {
+        steps.build([&](qint64, qint64) {
+            ask("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE application_name = "
+                "'tessel';");
+            return true;
+        });
+    });
+    QVERIFY2(error.contains("the connection to the server was lost"), qPrintable(error));
+    QVERIFY2(error.contains("administrator command"), qPrintable(error));
+    QCOMPARE(state(), before);
+}
+
+void tst_PostgresTarget::lostServer()
+{
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+    const QByteArray before = state();
+    Steps steps(m_dictionary, { m_data }, options(true));
+    const QString error = errorOf([&] {
+        steps.build([&](qint64, qint64) {
+            m_server.stop();
+            return true;
+        });
+    });
+    QVERIFY2(error.contains("the connection to the server was lost"), qPrintable(error));
+    QVERIFY(m_server.resume());
+    QCOMPARE(state(), before);
+}
+
+void tst_PostgresTarget::noServer()
+{
+    const Outcome outcome = runTessel({ "build", m_dictionary, m_data, "--to",
+        "postgresql://me:secret@/x?host=" + m_folder.path() });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("cannot be reached: "), outcome.errors.constData());
+    QVERIFY(!outcome.errors.contains("secret"));
+}
+
+void tst_PostgresTarget::noRights()
+{
+    QCOMPARE(ask("SET client_min_messages = error; DROP ROLE IF EXISTS guest; CREATE ROLE guest "
+                 "LOGIN; CREATE SCHEMA b;"),
+        QByteArray());
+    for (const char* schema : { "b", "fresh" }) {
+        const Outcome outcome = runTessel({ "build", m_dictionary, m_data, "--to",
+            m_server.connection("postgres", "guest"), "--schema", schema });
+        QCOMPARE(outcome.status, 1);
+        QVERIFY2(outcome.errors.contains("permission denied"), outcome.errors.constData());
+        QVERIFY2(outcome.errors.contains("granted by the owner"), outcome.errors.constData());
+    }
+    // Rights on the schema do not make the tables of another one's build replaceable.
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+    QCOMPARE(
+        ask("GRANT ALL ON SCHEMA b TO guest; GRANT SELECT ON ALL TABLES IN SCHEMA b TO guest;"),
+        QByteArray());
+    const Outcome outcome = runTessel({ "build", m_dictionary, m_data, "--overwrite", "--to",
+        m_server.connection("postgres", "guest"), "--schema", "b" });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("belongs to another user"), outcome.errors.constData());
+}
+
+void tst_PostgresTarget::ownTables()
+{
+    QCOMPARE(ask("CREATE SCHEMA b; CREATE TABLE b.person (mine TEXT);"), QByteArray());
+    const Outcome taken = build({ m_dictionary, m_data }, { "--overwrite" });
+    QCOMPARE(taken.status, 1);
+    QVERIFY2(taken.errors.contains("table or view \"person\" that is of no build"),
+        taken.errors.constData());
+    QCOMPARE(ask("SELECT count(mine) FROM b.person; DROP TABLE b.person; CREATE TABLE b.mine (x "
+                 "TEXT);"),
+        QByteArray("0"));
+    QCOMPARE(build({ m_dictionary, m_data }).status, 0);
+    QCOMPARE(ask("CREATE VIEW b.ages AS SELECT age FROM b.person;"), QByteArray());
+    const Outcome used = build({ m_dictionary, m_data }, { "--overwrite" });
+    QCOMPARE(used.status, 1);
+    QVERIFY2(used.errors.contains("view b.ages depends on"), used.errors.constData());
+    QCOMPARE(ask("DROP VIEW b.ages;"), QByteArray());
+    QCOMPARE(build({ m_dictionary, m_data }, { "--overwrite" }).status, 0);
+    QCOMPARE(ask("SELECT count(*) FROM b.mine;"), QByteArray("0"));
+}
+
+void tst_PostgresTarget::otherEncoding()
+{
+    QCOMPARE(ask("CREATE DATABASE latin ENCODING 'LATIN1' TEMPLATE template0 LOCALE 'C';"),
+        QByteArray());
+    const Outcome outcome =
+        runTessel({ "build", m_dictionary, m_data, "--to", m_server.connection("latin") });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("LATIN1"), outcome.errors.constData());
+}
+
+void tst_PostgresTarget::passwords()
+{
+    QCOMPARE(ask("SET client_min_messages = error; DROP ROLE IF EXISTS keeper; CREATE ROLE keeper "
+                 "SUPERUSER LOGIN PASSWORD 'se cret';"),
+        QByteArray());
+    QVERIFY(m_server.askForPassword("keeper"));
+    const QString right = m_server.connection("postgres", "keeper:se%20cret");
+    const QString inQuery = m_server.connection("postgres", "keeper") + "&password=se%20cret";
+    for (const QStringList& to :
+        { QStringList { "--to", right }, QStringList { "--to=" + inQuery, "--overwrite" } }) {
+        const Outcome outcome =
+            runTessel(QStringList { "build", m_dictionary, m_data, "--schema", "b" } + to);
+        QVERIFY2(outcome.status == 0, outcome.errors.constData());
+        QVERIFY(outcome.output.contains("postgresql://keeper@/postgres?host="));
+        QVERIFY(!(outcome.output + outcome.errors).contains("cret"));
+        const QByteArray kept = ask("SELECT * FROM b.tessel_builds;");
+        QVERIFY2(kept.contains("postgresql://keeper@/postgres"), kept.constData());
+        QVERIFY2(!kept.contains("cret"), kept.constData());
+    }
+    const QString wrong = m_server.connection("postgres", "keeper:wrongpass");
+    const Outcome outcome = runTessel({ "build", m_dictionary, m_data, "--to", wrong });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("password authentication failed"), outcome.errors.constData());
+    QVERIFY(!outcome.errors.contains("wrongpass"));
+}
+
+void tst_PostgresTarget::wrongUsage()
+{
+    for (const char* target :
+        { "postgresql://me:hidden@[host/x", "postgresql://me:hidden@h/x?y=hidden",
+            "postgresql://me:%zzhidden@h/x", "mysql://me:hidden@h/x" }) {
+        const Outcome outcome = runTessel({ "build", m_dictionary, m_data, "--to", target });
+        QCOMPARE(outcome.status, 2);
+        QVERIFY2(!outcome.errors.contains("hidden"), outcome.errors.constData());
+    }
+    const Outcome unknown =
+        runTessel({ "build", m_dictionary, m_data, "--to", "postgresql://h/x?y=1" });
+    QVERIFY2(unknown.errors.contains("\"y\""), unknown.errors.constData());
+    const Outcome file =
+        runTessel({ "build", m_dictionary, m_data, "--to", "x.sqlite", "--schema", "b" });
+    QCOMPARE(file.status, 2);
+    QVERIFY2(file.errors.contains("--schema goes with"), file.errors.constData());
+}
+
+// Without a server.
+void tst_PostgresTarget::plan()
+{
+    const Outcome outcome =
+        runTessel({ "build", m_dictionary, m_data, "--plan", "--to", "postgresql://nowhere/x" });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    QVERIFY(outcome.output.contains("  PERSON_WEIGHT NUMERIC(5, 2)"));
+}
+
+QTEST_GUILESS_MAIN(tst_PostgresTarget)
+#include "tst_PostgresTarget.moc"
