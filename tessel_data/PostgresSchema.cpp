@@ -83,6 +83,15 @@ void PostgresSchema::make()
         QStringLiteral("SELECT 1 FROM pg_namespace WHERE nspname = %1").arg(sqlText(m_name)));
     if (found.empty())
         m_server.run(QLatin1String("CREATE SCHEMA ") + quoted(m_name));
+    const auto rights =
+        m_server.query(QStringLiteral("SELECT has_schema_privilege(%1, 'USAGE') AND "
+                                      "has_schema_privilege(%1, 'CREATE')")
+                           .arg(sqlText(m_name)));
+    if (rights.front().front() != QLatin1String("t")) {
+        m_server.fail(QStringLiteral("permission denied for schema %1; the rights to use it and to "
+                                     "create tables there have to be granted by the owner")
+                          .arg(quoted(m_name)));
+    }
     m_server.run(QLatin1String("SET LOCAL search_path = ") + quoted(m_name));
 }
 
