@@ -260,20 +260,13 @@ void tst_PostgresTarget::sameAsSqlite_data()
         QTest::newRow(name) << QStringList { examples + name } << QStringList();
     if (m_corpus.isEmpty())
         return;
-    for (const char* folder : { "cspro", "cspro-json" }) {
-        const QDir files(QDir(m_corpus).filePath(folder));
-        for (const QString& name : files.entryList({ "*.dat" }, QDir::Files)) {
-            const QString dictionary = QFileInfo(name).completeBaseName() + ".dcf";
-            QTest::newRow(qPrintable(name)) << QStringList { files.filePath(dictionary),
-                files.filePath(name) } << QStringList();
-        }
-    }
-    QDirIterator stored(m_corpus, { "*.csdb" }, QDir::Files, QDirIterator::Subdirectories);
-    while (stored.hasNext()) {
-        const QString path = stored.next();
-        QTest::newRow(qPrintable(QFileInfo(path).fileName()))
-            << QStringList { path } << QStringList();
-    }
+    // Two of many: the real files are all read back from SQLite.
+    const QString pair = QDir(m_corpus).filePath("cspro-json/popstan-census-full");
+    QTest::newRow("pair") << QStringList { pair + ".dcf", pair + ".dat" } << QStringList();
+    QDirIterator stored(
+        m_corpus, { "popstan-household-8.0.csdb" }, QDir::Files, QDirIterator::Subdirectories);
+    if (stored.hasNext())
+        QTest::newRow("csdb") << QStringList { stored.next() } << QStringList();
 }
 
 void tst_PostgresTarget::sameAsSqlite()
@@ -510,13 +503,16 @@ void tst_PostgresTarget::formerStaysInUse()
     QCOMPARE(build({ m_dictionary, m_data }).status, 0);
     const QString data = writeFile(m_folder, "half.dat", readFile(m_data).left(200'000));
     Steps steps(m_dictionary, { data }, options(true));
-    QByteArray seen;
+    QByteArrayList seen;
     QVERIFY(steps.build([&](qint64, qint64) {
-        seen =
-            m_server.ask("SET lock_timeout = 1; SELECT count(*) FROM b.person;").output.trimmed();
+        seen.append(
+            m_server.ask("SET lock_timeout = 1; SELECT count(*) FROM b.person;").output.trimmed());
         return true;
     }));
-    QCOMPARE(seen, QByteArray("4299"));
+    QCOMPARE(seen.first(), QByteArray("4299"));
+    // In the last moment, when the tables change places, others wait.
+    for (const QByteArray& count : qAsConst(seen))
+        QVERIFY2(count == "4299" || count.isEmpty(), count.constData());
     QVERIFY(ask("SELECT count(*) FROM b.person;").toInt() < 4299);
 }
 
