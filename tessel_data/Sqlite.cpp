@@ -154,6 +154,13 @@ void SqliteFile::fail(int result) const
 {
     constexpr int primaryCode = 0xFF;
     const QString message = QString::fromUtf8(sqlite3_errmsg(m_database));
+    // SQLite takes a disk that fails for a damaged file, too.
+    int diskError = 0;
+    sqlite3_file_control(m_database, "main", SQLITE_FCNTL_LAST_ERRNO, &diskError);
+    if (diskError == EIO) {
+        throw DataError(DataError::Code::CannotRead, m_path,
+            QStringLiteral("cannot be read: ") + QString::fromLocal8Bit(std::strerror(diskError)));
+    }
     switch (result & primaryCode) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:

@@ -11,7 +11,6 @@ private slots:
     void printableKeepsPairs();
     void shortenedCutsToALine();
     void groupedByThousands();
-    void trailingBlanksAreBlanksOnly();
 };
 
 void tst_ShownText::printableShowsControls()
@@ -59,14 +58,6 @@ void tst_ShownText::groupedByThousands()
     QCOMPARE(grouped(7), QString("7"));
     QCOMPARE(grouped(2997), QString("2,997"));
     QCOMPARE(grouped(Q_INT64_C(12345678901)), QString("12,345,678,901"));
-}
-
-void tst_ShownText::trailingBlanksAreBlanksOnly()
-{
-    QCOMPARE(withoutTrailingBlanks(" a b  "), QString(" a b"));
-    QCOMPARE(withoutTrailingBlanks("   "), QString(""));
-    QCOMPARE(withoutTrailingBlanks("a\t"), QString("a\t"));
-    QCOMPARE(withoutTrailingBlanks(QString("a") + QChar(0xA0)), QString("a") + QChar(0xA0));
 }
 
 QTEST_APPLESS_MAIN(tst_ShownText)

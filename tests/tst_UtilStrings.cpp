@@ -51,6 +51,8 @@ private slots:
     void stringOfChar_data();
     void stringOfChar();
 
+    void trailingBlanksAreBlanksOnly();
+
     void listIsAListOfTexts();
     void listKeepsTheFlag();
     void removeRemovesNothing();
@@ -301,6 +303,14 @@ void tst_UtilStrings::notifyIsAHook()
     QCOMPARE(watched.told.size(), 0);
     list.Notify(&list);
     QCOMPARE(watched.told, QList<void*>({ &list }));
+}
+
+void tst_UtilStrings::trailingBlanksAreBlanksOnly()
+{
+    QCOMPARE(withoutTrailingBlanks(" a b  "), QString(" a b"));
+    QCOMPARE(withoutTrailingBlanks("   "), QString(""));
+    QCOMPARE(withoutTrailingBlanks("a\t"), QString("a\t"));
+    QCOMPARE(withoutTrailingBlanks(QString("a") + QChar(0xA0)), QString("a") + QChar(0xA0));
 }
 
 QTEST_MAIN(tst_UtilStrings)

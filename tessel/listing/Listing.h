@@ -69,7 +69,7 @@ struct ListedValueSet {
     QString label;
     QVector<ListedCode> codes;
     QString note {}; /*!< null: none */
-    QHash<int, ListedDetail> details; /*!< of some codes, by their index */
+    QHash<int, ListedDetail> details {}; /*!< of some codes, by their index */
 };
 
 /*! What bounds the numbers of a field. */
