@@ -1,5 +1,8 @@
 #pragma once
 
+#include "AddRow.h"
+#include "CSProProblemTexts.h"
+
 #include <model_Tessel/CSPro.h>
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/CSProValueSet.h>
@@ -15,12 +18,6 @@
 using Kind = CSProProblem::Kind;
 using Reading = CSProReading;
 
-// Adds a row to a table of test data.
-template <typename... Values> void row(const char* name, const Values&... values)
-{
-    (QTest::newRow(name) << ... << values);
-}
-
 // Control characters as their number in braces.
 inline QString printable(const QString& text)
 {
@@ -32,65 +29,6 @@ inline QString printable(const QString& text)
             result += character;
     }
     return result;
-}
-
-inline QString kindName(Kind kind)
-{
-    switch (kind) {
-    case Kind::ItemWithoutLength:
-        return QStringLiteral("ItemWithoutLength");
-    case Kind::ItemWithoutStart:
-        return QStringLiteral("ItemWithoutStart");
-    case Kind::ItemDropped:
-        return QStringLiteral("ItemDropped");
-    case Kind::RecordTypeRepeated:
-        return QStringLiteral("RecordTypeRepeated");
-    case Kind::ValueSetIgnored:
-        return QStringLiteral("ValueSetIgnored");
-    case Kind::ValueSetWithoutItem:
-        return QStringLiteral("ValueSetWithoutItem");
-    case Kind::ValueSetOnLastOccurrence:
-        return QStringLiteral("ValueSetOnLastOccurrence");
-    case Kind::DecimalCodesDropped:
-        return QStringLiteral("DecimalCodesDropped");
-    case Kind::DecimalCodesConverted:
-        return QStringLiteral("DecimalCodesConverted");
-    case Kind::CodesNotInteger:
-        return QStringLiteral("CodesNotInteger");
-    case Kind::TooManyItems:
-        return QStringLiteral("TooManyItems");
-    case Kind::UnknownSection:
-        return QStringLiteral("UnknownSection");
-    case Kind::UnknownKey:
-        return QStringLiteral("UnknownKey");
-    case Kind::LineWithoutKey:
-        return QStringLiteral("LineWithoutKey");
-    case Kind::LineOutsideSection:
-        return QStringLiteral("LineOutsideSection");
-    case Kind::RepeatedKey:
-        return QStringLiteral("RepeatedKey");
-    case Kind::NotANumber:
-        return QStringLiteral("NotANumber");
-    case Kind::UnknownWord:
-        return QStringLiteral("UnknownWord");
-    case Kind::UnknownSpecial:
-        return QStringLiteral("UnknownSpecial");
-    case Kind::UnclosedQuote:
-        return QStringLiteral("UnclosedQuote");
-    case Kind::RangeReversed:
-        return QStringLiteral("RangeReversed");
-    case Kind::CodeNotANumber:
-        return QStringLiteral("CodeNotANumber");
-    case Kind::SubItemWithoutParent:
-        return QStringLiteral("SubItemWithoutParent");
-    case Kind::LinkWithoutValues:
-        return QStringLiteral("LinkWithoutValues");
-    case Kind::InvalidJson:
-        return QStringLiteral("InvalidJson");
-    case Kind::WrongJsonType:
-        return QStringLiteral("WrongJsonType");
-    }
-    return QStringLiteral("another kind");
 }
 
 // Line and kind of every problem.
