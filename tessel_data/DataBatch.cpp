@@ -71,9 +71,11 @@ SourceCounts& SourceCounts::operator+=(const SourceCounts& other)
     deletedLines += other.deletedLines;
     blankLines += other.blankLines;
     rejectedLines += other.rejectedLines;
+    leftOutLines += other.leftOutLines;
     casesRead += other.casesRead;
     cases += other.cases;
     deletedCases += other.deletedCases;
+    leftOutCases += other.leftOutCases;
     partlySavedCases += other.partlySavedCases;
     return *this;
 }

@@ -124,21 +124,23 @@ public:
 
 /*! What a source read; for each file, and in all. */
 struct TESSEL_DATA_EXPORT SourceCounts {
-    qint64 lines = 0; /*!< or rows; equals records + deleted + blank + rejected */
+    qint64 lines = 0; /*!< or rows; the sum of the next ones down to leftOutLines */
     qint64 records = 0;
     qint64 deletedLines = 0;
     qint64 blankLines = 0;
     qint64 rejectedLines = 0;
-    qint64 casesRead = 0; /*!< equals cases + deletedCases */
+    qint64 leftOutLines = 0; /*!< by a selection */
+    qint64 casesRead = 0; /*!< equals cases + deletedCases + leftOutCases */
     qint64 cases = 0;
     qint64 deletedCases = 0;
+    qint64 leftOutCases = 0; /*!< by a selection */
     qint64 partlySavedCases = 0;
 
     /*! True when the sums are right. */
     bool addUp() const
     {
-        return lines == records + deletedLines + blankLines + rejectedLines
-            && casesRead == cases + deletedCases;
+        return lines == records + deletedLines + blankLines + rejectedLines + leftOutLines
+            && casesRead == cases + deletedCases + leftOutCases;
     }
     /*! Adds the counts of \a other. */
     SourceCounts& operator+=(const SourceCounts& other);

@@ -24,6 +24,7 @@ public:
         Encrypted,
         CannotWrite, /*!< a database that is made */
         TargetExists, /*!< and is not to be replaced */
+        UnfitSelection, /*!< it names what the data do not have; told without a file */
         DoesNotAddUp, /*!< what arrived is not what was read */
     };
 

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <tessel_data/DataSelection.h>
+
+#include <model_Tessel/Config.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+namespace tessel {
+
+/*!
+ * The settings of one build, in the library's records and, where these have no place, beside them.
+ * Owns the records and what they point to.
+ */
+class TESSEL_DATA_EXPORT BuildConfig {
+public:
+    BuildConfig() = default;
+    ~BuildConfig();
+
+    /*! Database, source, conditions and entities. */
+    Config& config()
+    {
+        return m_config;
+    }
+    /*! As above. */
+    const Config& config() const
+    {
+        return m_config;
+    }
+    /*! The sample: \c factor is its share, or, with \c radioOutEveryX, each so many-th case. */
+    ConfigToolsSplit& split()
+    {
+        return m_split;
+    }
+    /*! As above. */
+    const ConfigToolsSplit& split() const
+    {
+        return m_split;
+    }
+
+    /*! \name The database: a file, or the address of one on a server, without its password. */
+    /*! @{ */
+    QString target() const;
+    void setTarget(const QString& target);
+    /*! @} */
+
+    /*! \name What is taken of the data. */
+    /*! @{ */
+    DataSelection selection() const;
+    /*! The record types of the entities are those of \a dictionary. */
+    void setSelection(const DataSelection& selection, const DataDictionary& dictionary);
+    /*! @} */
+
+    /*! As a text that readJson() reads. */
+    QByteArray json(bool isIndented) const;
+    /*!
+     * Takes the settings of \a json, into an object that has none yet; what is wrong with them, or
+     * null.
+     */
+    QString readJson(const QByteArray& json);
+
+    /*! \name What the records have no place for. */
+    /*! @{ */
+    QStringList data; /*!< files that the source, a dictionary, describes */
+    QString dictionary; /*!< of a CSPro DB, in place of its own; empty: its own */
+    QString repeats; /*!< "columns" or "tables"; empty: not said */
+    QString language; /*!< of the labels; empty: the first */
+    bool hasAllLanguages = false;
+    quint32 seed = 1; /*!< of the sample */
+    /*! @} */
+
+private:
+    Q_DISABLE_COPY(BuildConfig)
+
+    void clearEntities();
+
+    Config m_config;
+    ConfigToolsSplit m_split;
+};
+
+} // namespace tessel
