@@ -1,5 +1,8 @@
 #include "BuildCommand.h"
 
+#include "SelectionOptions.h"
+
+#include "building/BuildConfigFile.h"
 #include "building/BuildRun.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
@@ -48,7 +51,7 @@ const QCommandLineOption& repeatsOption()
 {
     static const QCommandLineOption option(QStringLiteral("repeats"),
         QStringLiteral("Repeated items as columns, or in tables of their own."),
-        QStringLiteral("columns|tables"), QStringLiteral("columns"));
+        QStringLiteral("columns|tables"));
     return option;
 }
 
@@ -76,6 +79,22 @@ const QCommandLineOption& languagesOption()
     return option;
 }
 
+const QCommandLineOption& configOption()
+{
+    static const QCommandLineOption option(QStringLiteral("config"),
+        QStringLiteral("Take the settings of a file; options of the command line go before it."),
+        QStringLiteral("file"));
+    return option;
+}
+
+const QCommandLineOption& saveConfigOption()
+{
+    static const QCommandLineOption option(QStringLiteral("save-config"),
+        QStringLiteral("Write the settings to a file that --config takes."),
+        QStringLiteral("file"));
+    return option;
+}
+
 void describe(QCommandLineParser& parser)
 {
     parser.setApplicationDescription(
@@ -88,6 +107,8 @@ void describe(QCommandLineParser& parser)
     parser.addOption(Console::helpOption());
     parser.addOptions({ toOption(), schemaOption(), overwriteOption(), planOption(),
         repeatsOption(), dictionaryOption(), languageOption(), languagesOption() });
+    parser.addOptions(selectionOptions());
+    parser.addOptions({ configOption(), saveConfigOption() });
     parser.addPositionalArgument(QStringLiteral("source"),
         QStringLiteral("CSPro dictionary (.dcf) and text files that it describes; or one file of "
                        ".csdb, .sav, .zsav or .dta."),
@@ -96,32 +117,35 @@ void describe(QCommandLineParser& parser)
 
 QString readInput(const QCommandLineParser& parser, DataInput& input)
 {
-    input.data = FileNames::paths(parser.positionalArguments());
-    if (input.data.isEmpty())
+    const QStringList files = FileNames::paths(parser.positionalArguments());
+    if (!files.isEmpty()) {
+        input.first = files.first();
+        input.data = files.mid(1);
+    }
+    if (input.first.isEmpty())
         return QStringLiteral("no file given");
-    input.first = input.data.takeFirst();
-    input.dictionary = FileNames::path(parser.value(dictionaryOption()));
+    if (parser.isSet(dictionaryOption()))
+        input.dictionary = FileNames::path(parser.value(dictionaryOption()));
     if (parser.isSet(dictionaryOption()) && input.dictionary.isEmpty())
         return QStringLiteral("--dictionary needs the name of a file");
     return checkDataInput(input);
 }
 
-// What is kept of the command line has no password.
 QString readServer(const QString& connection, BuildSettings& settings)
 {
     settings.target = connection;
-    settings.commandLine.replace(connection, PostgresTarget::nameOf(connection));
     const QString mistake = PostgresTarget::mistakeIn(connection);
     return mistake.isNull() ? QString() : QLatin1String("the target of --to ") + mistake;
 }
 
 QString readTarget(const QCommandLineParser& parser, BuildSettings& settings)
 {
-    const QString target = parser.value(toOption());
+    const QString target = parser.isSet(toOption()) ? parser.value(toOption()) : settings.target;
     if (target.isEmpty())
         return parser.isSet(planOption()) ? QString()
                                           : QStringLiteral("--to needs the name of a database");
-    settings.schema = parser.value(schemaOption());
+    if (parser.isSet(schemaOption()))
+        settings.schema = parser.value(schemaOption());
     if (PostgresTarget::isConnection(target))
         return readServer(target, settings);
     if (parser.isSet(schemaOption()))
@@ -130,6 +154,7 @@ QString readTarget(const QCommandLineParser& parser, BuildSettings& settings)
         return QStringLiteral("--to takes an SQLite file or postgresql://..., not '%1...'")
             .arg(target.left(target.indexOf(QLatin1String("://")) + 3));
     }
+    settings.schema.clear();
     settings.target = FileNames::path(target);
     const DataInput& input = settings.input;
     return Output::checkPath(QStringLiteral("--to"), settings.target,
@@ -138,17 +163,31 @@ QString readTarget(const QCommandLineParser& parser, BuildSettings& settings)
 
 QString readShape(const QCommandLineParser& parser, BuildSettings& settings)
 {
-    const QString repeats = parser.value(repeatsOption());
-    settings.hasRepeatTables = repeats == QLatin1String("tables");
-    if (!settings.hasRepeatTables && repeats != QLatin1String("columns"))
-        return QStringLiteral("--repeats takes columns or tables, not '%1'").arg(repeats);
-    settings.language = parser.value(languageOption());
-    settings.hasAllLanguages = parser.isSet(languagesOption());
-    if (settings.hasAllLanguages && parser.value(languagesOption()) != QLatin1String("all")) {
+    if (parser.isSet(repeatsOption()))
+        settings.repeats = parser.value(repeatsOption());
+    else if (settings.repeats.isEmpty())
+        settings.repeats = QStringLiteral("columns");
+    if (!settings.hasRepeatTables() && settings.repeats != QLatin1String("columns"))
+        return QStringLiteral("--repeats takes columns or tables, not '%1'").arg(settings.repeats);
+    if (parser.isSet(languageOption()))
+        settings.language = parser.value(languageOption());
+    settings.hasAllLanguages = settings.hasAllLanguages || parser.isSet(languagesOption());
+    if (parser.isSet(languagesOption())
+        && parser.value(languagesOption()) != QLatin1String("all")) {
         return QStringLiteral("--languages takes all, not '%1'")
             .arg(parser.value(languagesOption()));
     }
     return QString();
+}
+
+QString readConfigFile(const QCommandLineParser& parser, BuildSettings& settings)
+{
+    settings.configFile = FileNames::path(parser.value(saveConfigOption()));
+    if (parser.isSet(saveConfigOption()) && settings.configFile.isEmpty())
+        return QStringLiteral("--save-config needs the name of a file");
+    const DataInput& input = settings.input;
+    return Output::checkPath(QStringLiteral("--save-config"), settings.configFile,
+        input.data + QStringList { input.first, input.dictionary, settings.target });
 }
 
 QString readSettings(const QCommandLineParser& parser, BuildSettings& settings)
@@ -157,7 +196,11 @@ QString readSettings(const QCommandLineParser& parser, BuildSettings& settings)
     QString mistake = readInput(parser, settings.input);
     if (mistake.isNull())
         mistake = readTarget(parser, settings);
-    return mistake.isNull() ? readShape(parser, settings) : mistake;
+    if (mistake.isNull())
+        mistake = readShape(parser, settings);
+    if (mistake.isNull())
+        mistake = readSelectionOptions(parser, settings.selected);
+    return mistake.isNull() ? readConfigFile(parser, settings) : mistake;
 }
 
 } // namespace
@@ -169,7 +212,9 @@ int runBuild(const QStringList& arguments)
     if (const auto status = Console::parseArguments(parser, arguments))
         return *status;
     BuildSettings settings;
-    settings.commandLine = arguments.mid(1).join(QLatin1Char(' '));
+    if (parser.isSet(configOption())
+        && !readConfig(FileNames::path(parser.value(configOption())), settings))
+        return InputFailed;
     const QString mistake = readSettings(parser, settings);
     if (!mistake.isNull())
         return Console::wrongUsage(mistake);

@@ -2,13 +2,15 @@
 
 #include <tessel_data/NearestNames_p.h>
 
-#include <QFileInfo>
+#include <model_Tessel/DictionaryRelease.h>
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QUrl>
 #include <QUrlQuery>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -43,13 +45,6 @@ QString withoutPassword(const QString& address)
     if (url.hasQuery())
         url.setQuery(query.isEmpty() ? QString() : query.query());
     return url.toString();
-}
-
-void deleteEntity(TOxEntity* entity)
-{
-    delete entity->getChildren();
-    delete entity->getVariables();
-    delete entity;
 }
 
 // Takes the keys of one JSON object; the first thing that is wrong is kept.
@@ -250,7 +245,7 @@ BuildConfig::~BuildConfig()
     delete m_config.getEntities();
     for (TOxEntity* entity : { m_split.getEntitySelect(), m_split.getEntitySampling(),
              m_split.getEntityRestartSampling() })
-        deleteEntity(entity);
+        releaseEntity(entity);
 }
 
 void BuildConfig::clearEntities()
@@ -329,11 +324,10 @@ QByteArray BuildConfig::json(bool isIndented) const
         entities.append(objectOf(*entity));
     const QJsonObject object { { versionKey(), Version },
         { QStringLiteral("dataBase"), objectOf(*m_config.getDataBase()) },
-        { QStringLiteral("entities"), entities },
-        { QStringLiteral("split"), objectOf(m_split) },
+        { QStringLiteral("entities"), entities }, { QStringLiteral("split"), objectOf(m_split) },
         { QStringLiteral("data"), QJsonArray::fromStringList(data) },
-        { QStringLiteral("dictionary"), dictionary }, { QStringLiteral("repeats"), repeats },
-        { QStringLiteral("language"), language },
+        { QStringLiteral("dictionary"), dictionary }, { QStringLiteral("schema"), schema },
+        { QStringLiteral("repeats"), repeats }, { QStringLiteral("language"), language },
         { QStringLiteral("allLanguages"), hasAllLanguages },
         { QStringLiteral("seed"), double(seed) } };
     return QJsonDocument(object).toJson(
@@ -357,7 +351,7 @@ QString BuildConfig::readJson(const QByteArray& json)
             .arg(Version);
     QString mistake;
     ObjectReader reader(object, QString(), mistake);
-    reader.number(versionKey(), [](double) { });
+    reader.number(versionKey(), [](double) {});
     reader.object(QStringLiteral("dataBase"),
         [this](ObjectReader& inner) { readDatabase(inner, *m_config.getDataBase()); });
     reader.objects(QStringLiteral("entities"), [this](ObjectReader& inner) {
@@ -369,10 +363,10 @@ QString BuildConfig::readJson(const QByteArray& json)
         QStringLiteral("split"), [this](ObjectReader& inner) { readSplit(inner, m_split); });
     reader.texts(QStringLiteral("data"), [this](const QString& text) { data.append(text); });
     reader.text(QStringLiteral("dictionary"), [this](const QString& text) { dictionary = text; });
+    reader.text(QStringLiteral("schema"), [this](const QString& text) { schema = text; });
     reader.text(QStringLiteral("repeats"), [this](const QString& text) { repeats = text; });
     reader.text(QStringLiteral("language"), [this](const QString& text) { language = text; });
-    reader.flag(
-        QStringLiteral("allLanguages"), [this](bool flag) { hasAllLanguages = flag; });
+    reader.flag(QStringLiteral("allLanguages"), [this](bool flag) { hasAllLanguages = flag; });
     reader.number(QStringLiteral("seed"), [&](double number) {
         if (number < 0 || number > std::numeric_limits<quint32>::max()
             || number != std::floor(number))

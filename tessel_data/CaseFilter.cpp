@@ -1,5 +1,6 @@
 #include <tessel_data/CaseFilter.h>
 
+#include <tessel_data/Blanks_p.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/NearestNames_p.h>
 #include <tessel_data/RowWriter_p.h>
@@ -49,15 +50,7 @@ QString withoutQuotes(const QString& value)
 {
     if (!isQuoted(value))
         return value;
-    return value.mid(1, value.size() - 2)
-        .replace(QLatin1String("\"\""), QLatin1String("\""));
-}
-
-std::string withoutTrailingBlanks(const QString& value)
-{
-    std::string text = value.toStdString();
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
+    return value.mid(1, value.size() - 2).replace(QLatin1String("\"\""), QLatin1String("\""));
 }
 
 quint64 mixed(quint64 hash)
@@ -77,8 +70,8 @@ double drawOf(std::string_view key, quint32 seed)
     return double(mixed(hash) >> (64 - numberBits)) / double(1ULL << numberBits);
 }
 
-bool holds(const CodeTable& values, ValueKind kind, qint64 number, double real,
-    std::string_view text)
+bool holds(
+    const CodeTable& values, ValueKind kind, qint64 number, double real, std::string_view text)
 {
     switch (kind) {
     case ValueKind::Blank:
@@ -116,8 +109,8 @@ public:
     [[noreturn]] void failName(const QString& condition, const QString& name) const;
     const DataVariable& variable(int column) const;
     QStringList names() const;
-    static void addValue(
-        const QString& condition, const QString& value, const DataVariable& variable, CodeTable& table);
+    static void addValue(const QString& condition, const QString& value,
+        const DataVariable& variable, CodeTable& table);
     static qint64 numberOf(
         const QString& condition, const QString& value, const DataVariable& variable);
     static double realOf(
@@ -202,7 +195,8 @@ void CaseFilter::Job::addValue(
     if (isQuoted(value) && withoutQuotes(value).trimmed().isEmpty())
         return table.addBlank(Special::None, 0);
     if (variable.type == DataVariable::Type::Text)
-        return table.addText(withoutTrailingBlanks(withoutQuotes(value)), Special::None, 0);
+        return table.addText(
+            withoutTrailingBlanks(withoutQuotes(value).toStdString()), Special::None, 0);
     const int dots = value.indexOf(QLatin1String(".."));
     const QString low = dots < 0 ? value : value.left(dots).trimmed();
     const QString high = dots < 0 ? value : value.mid(dots + 2).trimmed();

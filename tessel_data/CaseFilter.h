@@ -9,11 +9,12 @@ namespace tessel {
 
 /*!
  * Says of each case, in the order of the source, whether a selection takes it: conditions first,
- * then the sample or each so many-th of those that fulfil them. Where a source has no cases, each row
- * is one.
+ * then the sample or each so many-th of those that fulfil them. Where a source has no cases, each
+ * row is one.
  *
  * Conditions are NAME=VALUE,LOW..HIGH and so on, joined by " and ". Values in quotes are texts as
- * they stand, "" is a blank. NAME is an identification item of the case, without cases any variable.
+ * they stand, "" is a blank. NAME is an identification item of the case, without cases any
+ * variable.
  *
  * A sample depends on the identification and the seed alone, so that the same seed takes the same
  * cases in whatever order they come; rows without cases go by their numbers.

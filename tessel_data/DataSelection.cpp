@@ -27,8 +27,7 @@ int recordOf(const DataDictionary& dictionary, const QString& name)
     const QStringList names = recordNames(dictionary);
     const int record = names.indexOf(name);
     if (record < 0) {
-        fail(
-            QStringLiteral("there is no record '%1'%2").arg(name, nearestNamesText(name, names)));
+        fail(QStringLiteral("there is no record '%1'%2").arg(name, nearestNamesText(name, names)));
     }
     return record;
 }
@@ -67,16 +66,16 @@ QStringList variableNames(const DataDictionary& dictionary, const QVector<int>& 
     QStringList places;
     for (const int record : records)
         places.append(dictionary.records[std::size_t(record)].name);
-    fail(
-        QStringLiteral("there is no variable '%1' in %2%3")
-            .arg(name, places.join(QLatin1String(", ")),
-                nearestNamesText(name, variableNames(dictionary, records))));
+    fail(QStringLiteral("there is no variable '%1' in %2%3")
+             .arg(name, places.join(QLatin1String(", ")),
+                 nearestNamesText(name, variableNames(dictionary, records))));
 }
 
 void needWholeItem(const DataVariable& variable, const QString& name)
 {
     if (variable.occurrence > 0 && variable.itemName != name) {
-        fail(QStringLiteral("'%1' is one occurrence; where repeated items have tables of their own, "
+        fail(
+            QStringLiteral("'%1' is one occurrence; where repeated items have tables of their own, "
                            "take the item, %2")
                 .arg(name, variable.itemName));
     }

@@ -295,7 +295,8 @@ void DatabaseBuilder::Job::takeRecord(const DataBatch& batch, const DataBatch::R
         std::fill(counts.begin(), counts.end(), 0);
         countedCase = record.caseNumber;
     }
-    const DatabaseRows::Row row { record.firstCell, 0, record.caseNumber + 1, ++counts[type] };
+    const DatabaseRows::Row row { record.firstCell, 0, record.caseNumber + 1,
+        plan.hasCases ? ++counts[type] : record.line };
     for (const int table : qAsConst(tablesOf[type])) {
         if (plan.tables[std::size_t(table)].kind == DatabaseTable::Kind::Repeat)
             addOccurrences(table, batch, row);
@@ -506,12 +507,14 @@ void DatabaseBuilder::Job::checkCounts(const SourceCounts& read) const
     if (!addsUp) {
         throw DataError(DataError::Code::DoesNotAddUp, target.name(),
             QStringLiteral("is not made: %1 lines were read, but %2 rows, %3 rejected, %4 deleted "
-                           "and %5 blank lines arrived; this is an error of the program")
+                           "and %5 blank lines arrived and %6 were left out; this is an error of "
+                           "the program")
                 .arg(read.lines)
                 .arg(rowsOfRecords())
                 .arg(report.rejects)
                 .arg(read.deletedLines)
-                .arg(read.blankLines));
+                .arg(read.blankLines)
+                .arg(read.leftOutLines));
     }
 }
 
@@ -614,9 +617,9 @@ void DatabaseBuilder::Job::addSources(const DataSource& source)
         writer.textOrNull(digests.wait().at(number - 1));
         writer.textOrNull(file.encoding);
         const SourceCounts& read = file.counts;
-        for (const qint64 count :
-            { read.lines, read.records, read.deletedLines, read.blankLines, read.rejectedLines,
-                read.casesRead, read.cases, read.deletedCases, read.partlySavedCases })
+        for (const qint64 count : { read.lines, read.records, read.deletedLines, read.blankLines,
+                 read.rejectedLines, read.leftOutLines, read.casesRead, read.cases,
+                 read.deletedCases, read.partlySavedCases, read.leftOutCases })
             writer.number(count);
         writer.textOrNull(options.dictionaryText);
         writer.endRow();
@@ -632,8 +635,9 @@ void DatabaseBuilder::Job::addBuild(const SourceCounts& read)
     writer.text(now());
     writer.textOrNull(options.version);
     writer.textOrNull(options.options);
-    for (const qint64 count : { read.lines, read.records, read.rejectedLines, read.deletedLines,
-             read.blankLines, read.cases, read.deletedCases, report.problems })
+    for (const qint64 count :
+        { read.lines, read.records, read.rejectedLines, read.deletedLines, read.blankLines,
+            read.leftOutLines, read.cases, read.deletedCases, read.leftOutCases, report.problems })
         writer.number(count);
     writer.endRow();
     writer.flush();

@@ -108,8 +108,8 @@ bool SelectedSource::Job::takesRecord(const DataBatch& batch, const DataBatch::R
 bool SelectedSource::Job::beginCase(
     const DataBatch& batch, const DataBatch::Case& begun, std::size_t record)
 {
-    const bool hasRecord = record < batch.records.size()
-        && batch.records[record].caseNumber == begun.number;
+    const bool hasRecord =
+        record < batch.records.size() && batch.records[record].caseNumber == begun.number;
     cases.push_back({ begun.number, -1 });
     if (filter.takesCase(batch, begun, hasRecord ? &batch.records[record] : nullptr)) {
         cases.back().now = caseCount++;

@@ -1,8 +1,10 @@
 #include "building/BuildRun.h"
 
+#include "building/BuildConfigFile.h"
 #include "building/BuildTexts.h"
 #include "building/Interruption.h"
 #include "process/Console.h"
+#include "process/Output.h"
 #include "process/Progress.h"
 #include "reading/InputFile.h"
 
@@ -55,11 +57,11 @@ std::unique_ptr<DatabaseTarget> targetOf(const BuildSettings& settings)
 bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report)
 {
     BuildOptions options;
-    options.plan.hasRepeatTables = settings.hasRepeatTables;
+    options.plan.hasRepeatTables = settings.hasRepeatTables();
     if (!chooseLanguages(settings, source.dictionary(), options.plan))
         return false;
     options.dictionaryText = dictionaryText(settings.input);
-    options.options = settings.commandLine;
+    options.options = QString::fromUtf8(configText(settings, source.dictionary(), false));
     options.version = QStringLiteral(TESSEL_VERSION);
     const std::unique_ptr<DatabaseTarget> target = targetOf(settings);
     const Interruption interruption;
@@ -72,6 +74,29 @@ bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report
     if (!isDone)
         failInput(targetName(settings), 0, QStringLiteral("is not made: the build was stopped"));
     return isDone;
+}
+
+// The part of the data that the settings want, which are then written down. Null, with the status
+// that the command ends with, when that fails.
+std::unique_ptr<DataSource> openSource(BuildSettings& settings, int& status)
+{
+    status = InputFailed;
+    std::unique_ptr<DataSource> source = openDataSource(settings.input);
+    if (!source)
+        return nullptr;
+    QString mistake;
+    settings.selected.selection.needsWholeItems = settings.hasRepeatTables();
+    source = selectedData(std::move(source), settings.selected, mistake);
+    if (!source) {
+        status = Console::wrongUsage(mistake);
+        return nullptr;
+    }
+    if (!settings.configFile.isEmpty()) {
+        Output output(settings.configFile);
+        if (!output.write(configText(settings, source->dictionary(), true)))
+            return nullptr;
+    }
+    return source;
 }
 
 } // namespace
@@ -106,11 +131,12 @@ QString targetName(const BuildSettings& settings)
                                                          : settings.target;
 }
 
-int build(const BuildSettings& settings)
+int build(BuildSettings settings)
 {
-    const std::unique_ptr<DataSource> source = openDataSource(settings.input);
+    int status = AllRead;
+    const std::unique_ptr<DataSource> source = openSource(settings, status);
     if (!source)
-        return InputFailed;
+        return status;
     BuildReport report;
     try {
         if (!fill(*source, settings, report))
@@ -123,13 +149,14 @@ int build(const BuildSettings& settings)
     return Console::show(buildSummary(*source, targetName(settings), report));
 }
 
-int printPlan(const BuildSettings& settings)
+int printPlan(BuildSettings settings)
 {
-    const std::unique_ptr<DataSource> source = openDataSource(settings.input);
+    int status = AllRead;
+    const std::unique_ptr<DataSource> source = openSource(settings, status);
     if (!source)
-        return InputFailed;
+        return status;
     PlanOptions options;
-    options.hasRepeatTables = settings.hasRepeatTables;
+    options.hasRepeatTables = settings.hasRepeatTables();
     options.hasCases = source->hasCases();
     if (PostgresTarget::isConnection(settings.target))
         options.dialect = SqlDialect::PostgreSql;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "checking/DataInput.h"
+#include "checking/SelectedInput.h"
 
 #include <tessel_data/DatabaseBuilder.h>
 
@@ -12,10 +13,16 @@ struct BuildSettings {
     QString target; /*!< file of the database, or connection to a server */
     QString schema; /*!< on a server; empty: the first of the search path */
     bool replacesTarget = false;
-    bool hasRepeatTables = false;
+    QString repeats; /*!< "columns" or "tables", of repeated items; empty: columns */
     QString language; /*!< of the labels, by name; empty: the first */
     bool hasAllLanguages = false;
-    QString commandLine; /*!< kept in the database */
+    SelectionRequest selected;
+    QString configFile; /*!< that these settings are written to; empty: none */
+
+    bool hasRepeatTables() const
+    {
+        return repeats == QLatin1String("tables");
+    }
 };
 
 /*!
@@ -29,7 +36,7 @@ bool chooseLanguages(const BuildSettings& settings, const tessel::DataDictionary
 QString targetName(const BuildSettings& settings);
 
 /*! Builds and prints the summary; an ExitStatus. */
-int build(const BuildSettings& settings);
+int build(BuildSettings settings);
 
 /*! Prints what build() would make; an ExitStatus. */
-int printPlan(const BuildSettings& settings);
+int printPlan(BuildSettings settings);

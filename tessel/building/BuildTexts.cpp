@@ -39,6 +39,12 @@ QString tableText(const DatabasePlan& plan, const DatabaseTable& table)
     return text;
 }
 
+// Ends a line of counts.
+QString leftOut(qint64 count)
+{
+    return count > 0 ? QStringLiteral(" + %1 left out\n").arg(count) : QStringLiteral("\n");
+}
+
 } // namespace
 
 QString planText(const DatabasePlan& plan)
@@ -72,18 +78,20 @@ QString buildSummary(const DataSource& source, const QString& target, const Buil
                     .arg(printable(source.dictionary().records[r].name))
                     .arg(report.check.recordCounts[r]);
     }
-    text += QStringLiteral("%1 %2 read = %3 rows + %4 rejects + %5 deleted + %6 blank\n")
+    text += QStringLiteral("%1 %2 read = %3 rows + %4 rejects + %5 deleted + %6 blank")
                 .arg(read.lines)
                 .arg(unit)
                 .arg(read.records)
                 .arg(report.rejects)
                 .arg(read.deletedLines)
-                .arg(read.blankLines);
+                .arg(read.blankLines)
+        + leftOut(read.leftOutLines);
     if (source.hasCases()) {
-        text += QStringLiteral("%1 cases read = %2 cases + %3 deleted\n")
+        text += QStringLiteral("%1 cases read = %2 cases + %3 deleted")
                     .arg(read.casesRead)
                     .arg(read.cases)
-                    .arg(read.deletedCases);
+                    .arg(read.deletedCases)
+            + leftOut(read.leftOutCases);
     }
     if (report.problems > 0)
         text += QStringLiteral("%1 problems, in tessel_problems\n").arg(report.problems);

@@ -1,0 +1,45 @@
+#include "building/BuildConfigFile.h"
+
+#include "process/FileNames.h"
+#include "reading/InputFile.h"
+
+#include <tessel_data/BuildConfig.h>
+
+using tessel::BuildConfig;
+
+bool readConfig(const QString& path, BuildSettings& settings)
+{
+    QByteArray json;
+    if (!readInput(path, json))
+        return false;
+    BuildConfig config;
+    const QString mistake = config.readJson(json);
+    if (!mistake.isNull())
+        return failInput(path, 0, mistake);
+    settings.input.first = FileNames::path(config.config().getDataBase()->getSourceFile());
+    settings.input.data = FileNames::paths(config.data);
+    settings.input.dictionary = FileNames::path(config.dictionary);
+    settings.target = config.target();
+    settings.schema = config.schema;
+    settings.repeats = config.repeats;
+    settings.language = config.language;
+    settings.hasAllLanguages = config.hasAllLanguages;
+    settings.selected.selection = config.selection();
+    return true;
+}
+
+QByteArray configText(
+    const BuildSettings& settings, const tessel::DataDictionary& dictionary, bool isIndented)
+{
+    BuildConfig config;
+    config.config().getDataBase()->setSourceFile(settings.input.first);
+    config.data = settings.input.data;
+    config.dictionary = settings.input.dictionary;
+    config.setTarget(settings.target);
+    config.schema = settings.schema;
+    config.repeats = settings.repeats;
+    config.language = settings.language;
+    config.hasAllLanguages = settings.hasAllLanguages;
+    config.setSelection(settings.selected.selection, dictionary);
+    return config.json(isIndented);
+}
