@@ -9,17 +9,25 @@ namespace tessel {
 
 namespace {
 
-// Characters that are added, left out or changed to make one of the other.
+// Characters that are added, left out, changed or swapped to make one of the other.
 int distance(const QString& first, const QString& second)
 {
-    std::vector<int> row(std::size_t(second.size()) + 1);
+    const auto width = std::size_t(second.size()) + 1;
+    std::vector<int> before(width);
+    std::vector<int> last(width);
+    std::vector<int> row(width);
     std::iota(row.begin(), row.end(), 0);
-    for (int i = 0; i < first.size(); ++i) {
-        int diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 1; j < row.size(); ++j) {
-            const int changed = diagonal + (first.at(i) == second.at(int(j) - 1) ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({ changed, row[j] + 1, row[j - 1] + 1 });
+    for (int i = 1; i <= first.size(); ++i) {
+        before.swap(last);
+        last.swap(row);
+        row[0] = i;
+        for (int j = 1; j <= second.size(); ++j) {
+            const auto at = std::size_t(j);
+            const bool isSame = first.at(i - 1) == second.at(j - 1);
+            row[at] = std::min({ last[at - 1] + (isSame ? 0 : 1), last[at] + 1, row[at - 1] + 1 });
+            if (i > 1 && j > 1 && first.at(i - 1) == second.at(j - 2)
+                && first.at(i - 2) == second.at(j - 1))
+                row[at] = std::min(row[at], before[at - 2] + 1);
         }
     }
     return row.back();

@@ -1,6 +1,7 @@
 // Reads databases that "tessel build" made back cell by cell and compares them with a slice of
 // their own: the layout from the dictionary's reader, columns cut out of decoded lines.
 #include "RunTessel.h"
+#include "SqliteRows.h"
 
 #include <model_Tessel/CSPro.h>
 
@@ -8,7 +9,6 @@
 #include <QtTest>
 
 #include <csignal>
-#include <sqlite3.h>
 
 namespace {
 
@@ -20,57 +20,6 @@ QString decoded(const QByteArray& bytes)
     return state.invalidChars == 0 ? text
                                    : QTextCodec::codecForName("windows-1252")->toUnicode(bytes);
 }
-
-// A database that is read as it stands.
-class Database {
-public:
-    explicit Database(const QString& path)
-    {
-        sqlite3_open_v2(path.toUtf8().constData(), &m_database, SQLITE_OPEN_READONLY, nullptr);
-    }
-    ~Database()
-    {
-        sqlite3_close(m_database);
-    }
-
-    // All rows; null for null. Doubles as they are read again.
-    QVector<QStringList> rows(const QString& sql) const
-    {
-        QVector<QStringList> result;
-        sqlite3_stmt* statement = nullptr;
-        if (sqlite3_prepare_v2(m_database, sql.toUtf8().constData(), -1, &statement, nullptr)
-            != SQLITE_OK)
-            return { { QString::fromUtf8(sqlite3_errmsg(m_database)) } };
-        while (sqlite3_step(statement) == SQLITE_ROW) {
-            QStringList row;
-            for (int c = 0; c < sqlite3_column_count(statement); ++c)
-                row.append(cell(statement, c));
-            result.append(row);
-        }
-        sqlite3_finalize(statement);
-        return result;
-    }
-    QString value(const QString& sql) const
-    {
-        return rows(sql).value(0).value(0);
-    }
-
-private:
-    Q_DISABLE_COPY(Database)
-
-    static QString cell(sqlite3_stmt* statement, int column)
-    {
-        if (sqlite3_column_type(statement, column) == SQLITE_NULL)
-            return QString();
-        if (sqlite3_column_type(statement, column) == SQLITE_FLOAT)
-            return QString::number(sqlite3_column_double(statement, column), 'g', 17);
-        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-        const QString value = QString::fromUtf8(text, sqlite3_column_bytes(statement, column));
-        return value.isNull() ? QStringLiteral("") : value;
-    }
-
-    sqlite3* m_database = nullptr;
-};
 
 // What the tables of the records are to hold.
 class Slice {
@@ -268,7 +217,7 @@ void tst_BuildCommand::everyCell()
     QVERIFY2(outcome.status == 0, outcome.errors.constData());
     QCOMPARE(leftBehind(), QStringList { "t.sqlite" });
     const Slice slice(dictionary, data);
-    const Database database(target());
+    const SqliteRows database(target());
     QCOMPARE(database.value("PRAGMA integrity_check"), QStringLiteral("ok"));
     for (const QString& record : slice.recordNames()) {
         const auto rows = database.rows("SELECT * FROM \"" + record + "\" ORDER BY rowid");
@@ -293,7 +242,7 @@ void tst_BuildCommand::popstan()
     const Outcome outcome = runTessel({ "build", path + ".dcf", path + ".dat", "--to", target() });
     QVERIFY2(outcome.output.contains("29143 lines read = 29143 rows + 0 rejects"),
         outcome.output.constData());
-    const Database database(target());
+    const SqliteRows database(target());
     QCOMPARE(database.value("SELECT group_concat(row_count) FROM tessel_records"),
         QStringLiteral("24271,4872"));
     QCOMPARE(database.value("SELECT count(*) FROM cases"), QStringLiteral("4872"));
@@ -303,7 +252,7 @@ void tst_BuildCommand::views()
 {
     const QByteArray lines = "101 1a\n10299\n103  c\n104 7\n";
     QCOMPARE(build(surveyOf("SEX", "One's"), lines).status, 0);
-    const Database database(target());
+    const SqliteRows database(target());
     QCOMPARE(database.rows("SELECT SEX FROM SEX_labels"),
         (QVector<QStringList> { { "One's" }, { "Gone" }, { QString() }, { "7" } }));
     QCOMPARE(database.rows("SELECT SEX FROM SEX_valid"),
@@ -325,8 +274,8 @@ void tst_BuildCommand::repeatTables()
                  + QStringList { "--to", second, "--repeats", "tables" })
                  .status,
         0);
-    const Database wide(target());
-    const Database deep(second);
+    const SqliteRows wide(target());
+    const SqliteRows deep(second);
     for (int occurrence = 1; occurrence <= 3; ++occurrence) {
         QCOMPARE(deep.rows(QStringLiteral("SELECT case_id, row, DEATH, DEATH_SEX, DEATH_AGE FROM "
                                           "DEATH WHERE occurrence = %1")
@@ -345,7 +294,7 @@ void tst_BuildCommand::problemsAndRejects()
     QCOMPARE(outcome.status, 0);
     QVERIFY2(outcome.output.contains("6 lines read = 3 rows + 1 rejects + 1 deleted + 1 blank"),
         outcome.output.constData());
-    const Database database(target());
+    const SqliteRows database(target());
     QCOMPARE(database.rows("SELECT line, reason, text FROM tessel_rejects"),
         (QVector<QStringList> { { "2", "unknown-record-type", "9xx" } }));
     QCOMPARE(database.rows("SELECT line, case_id, variable, value FROM tessel_problems WHERE kind "
@@ -378,7 +327,7 @@ void tst_BuildCommand::hostile()
     QFETCH(QByteArray, text);
     const Outcome outcome = build(surveyOf(name, "L'); \"x"), "101 1" + text + "\n");
     QVERIFY2(outcome.status == 0, outcome.errors.constData());
-    const Database database(target());
+    const SqliteRows database(target());
     const QString table = database.value("SELECT table_name FROM tessel_records");
     const QString column =
         database.value("SELECT column_name FROM tessel_variables WHERE table_name <> 'cases' AND "
@@ -406,7 +355,7 @@ void tst_BuildCommand::existingTarget()
     QVERIFY(refused.errors.contains("is there already"));
     QCOMPARE(readFile(target()), before);
     QCOMPARE(build(surveyOf("A", "A"), "102 1\n", { "--overwrite" }).status, 0);
-    QCOMPARE(Database(target()).value("SELECT PLACE FROM A"), QStringLiteral("2"));
+    QCOMPARE(SqliteRows(target()).value("SELECT PLACE FROM A"), QStringLiteral("2"));
     QVERIFY(writeFile(target(), "no database"));
     QCOMPARE(build(surveyOf("A", "A"), "102 1\n", { "--overwrite" }).status, 1);
     QCOMPARE(readFile(target()), QByteArray("no database"));

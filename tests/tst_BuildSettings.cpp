@@ -1,0 +1,337 @@
+// Builds parts of the example census and builds again from the settings that were kept.
+#include "RunTessel.h"
+#include "SqliteRows.h"
+
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QtTest>
+
+namespace {
+
+const QStringList census { "../../examples/census.dcf", "../../examples/census.dat" };
+
+} // namespace
+
+class tst_BuildSettings : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void conditions();
+    void columns();
+    void repeats();
+    void sample();
+    void row();
+    void counts();
+    void keptInDatabase();
+    void again_data();
+    void again();
+    void commandLineWins();
+    void plan();
+    void notSaved();
+    void mistakes_data();
+    void mistakes();
+    void files_data();
+    void files();
+
+private:
+    QString pathOf(const QString& name) const
+    {
+        return m_folder->filePath(name);
+    }
+    // Builds name.sqlite of the census.
+    Outcome build(const QString& name, const QStringList& options) const
+    {
+        return runTessel(QStringList { "build" } + census + options
+            + QStringList { "--to", pathOf(name + QStringLiteral(".sqlite")) });
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void tst_BuildSettings::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+}
+
+void tst_BuildSettings::conditions()
+{
+    QCOMPARE(build("all", {}).status, 0);
+    QCOMPARE(build("part", { "--where", "PROVINCE=11..13,40", "--where", "DISTRICT=1" }).status, 0);
+    const SqliteRows all(pathOf("all.sqlite"));
+    const SqliteRows part(pathOf("part.sqlite"));
+    for (const QString table : { "HOUSEHOLD", "PERSON", "LIVESTOCK" }) {
+        const QString columns = QStringLiteral("SELECT PROVINCE, DISTRICT, EA, HOUSEHOLD_NUMBER, "
+                                               "row FROM %1%2 ORDER BY rowid");
+        const auto wanted = all.rows(columns.arg(table,
+            QStringLiteral(" WHERE (PROVINCE BETWEEN 11 AND 13 OR PROVINCE = 40) AND DISTRICT = "
+                           "1")));
+        QVERIFY(!wanted.isEmpty());
+        QCOMPARE(part.rows(columns.arg(table, QString())), wanted);
+    }
+    QCOMPARE(
+        part.value("SELECT count(*) FROM cases"), part.value("SELECT max(case_id) FROM cases"));
+}
+
+void tst_BuildSettings::columns()
+{
+    QCOMPARE(build("part", { "--records", "PERSON", "--variables", "AGE,PERSON.SEX" }).status, 0);
+    const SqliteRows part(pathOf("part.sqlite"));
+    QCOMPARE(part.value("SELECT group_concat(name) FROM pragma_table_info('PERSON')"),
+        QStringLiteral("case_id,row,PROVINCE,DISTRICT,EA,HOUSEHOLD_NUMBER,SEX,AGE"));
+    QCOMPARE(part.value("SELECT count(*) FROM PERSON"), QStringLiteral("4299"));
+    QCOMPARE(part.value("SELECT count(*) FROM cases"), QStringLiteral("1000"));
+    QCOMPARE(part.value("SELECT count(*) FROM sqlite_master WHERE name = 'HOUSEHOLD'"),
+        QStringLiteral("0"));
+    QCOMPARE(part.value("SELECT count(*) FROM tessel_records WHERE name = 'HOUSEHOLD'"),
+        QStringLiteral("0"));
+}
+
+void tst_BuildSettings::repeats()
+{
+    const QStringList tables { "--repeats", "tables", "--plan" };
+    const auto planOf = [&](const QString& variable) {
+        return runTessel(
+            QStringList { "build" } + census + tables + QStringList { "--variables", variable });
+    };
+    const Outcome outcome = planOf(QStringLiteral("LANGUAGE_2"));
+    QCOMPARE(outcome.status, 2);
+    QVERIFY(outcome.errors.contains("'LANGUAGE_2' is one occurrence"));
+    const Outcome item = planOf(QStringLiteral("LANGUAGE"));
+    QCOMPARE(item.status, 0);
+    QVERIFY(item.output.contains("table LANGUAGE"));
+    QCOMPARE(build("part", { "--variables", "LANGUAGE_2", "--records", "PERSON" }).status, 0);
+    QCOMPARE(SqliteRows(pathOf("part.sqlite"))
+                 .value("SELECT group_concat(name) FROM pragma_table_info('PERSON')"),
+        QStringLiteral("case_id,row,PROVINCE,DISTRICT,EA,HOUSEHOLD_NUMBER,LANGUAGE_2"));
+}
+
+void tst_BuildSettings::sample()
+{
+    const auto casesOf = [&](const QString& name) {
+        return SqliteRows(pathOf(name + ".sqlite"))
+            .rows("SELECT PROVINCE, DISTRICT, EA, HOUSEHOLD_NUMBER FROM cases");
+    };
+    QCOMPARE(build("one", { "--sample", "0.2" }).status, 0);
+    QCOMPARE(build("same", { "--sample", "0.2", "--seed", "1" }).status, 0);
+    QCOMPARE(build("two", { "--sample", "0.2", "--seed", "2" }).status, 0);
+    QVERIFY(casesOf("one").size() > 150 && casesOf("one").size() < 250);
+    QCOMPARE(casesOf("same"), casesOf("one"));
+    QVERIFY(casesOf("two") != casesOf("one"));
+    QCOMPARE(build("tenth", { "--every", "10" }).status, 0);
+    QCOMPARE(casesOf("tenth").size(), 100);
+}
+
+// Rows without cases keep their numbers in the file.
+void tst_BuildSettings::row()
+{
+    const Outcome outcome = runTessel(
+        { "build", "../../examples/person.sav", "--every", "100", "--to", pathOf("rows.sqlite") });
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.output.contains(
+        "4299 rows read = 42 rows + 0 rejects + 0 deleted + 0 blank + 4257 left out\n"));
+    QCOMPARE(
+        SqliteRows(pathOf("rows.sqlite")).value("SELECT min(row) || ' ' || max(row) FROM person"),
+        QStringLiteral("100 4200"));
+}
+
+void tst_BuildSettings::counts()
+{
+    const Outcome outcome = build("part", { "--where", "PROVINCE=11" });
+    QVERIFY(outcome.output.contains("1000 cases read = 161 cases + 0 deleted + 839 left out\n"));
+    const SqliteRows part(pathOf("part.sqlite"));
+    for (const QString table : { "tessel_builds", "tessel_sources" }) {
+        QCOMPARE(part.value(QStringLiteral("SELECT left_out_cases FROM ") + table),
+            QStringLiteral("839"));
+        QVERIFY(part.value(QStringLiteral("SELECT left_out_lines FROM ") + table).toInt() > 839);
+    }
+    QCOMPARE(part.value("SELECT lines - row_count - rejected_lines - deleted_lines - blank_lines - "
+                        "left_out_lines FROM tessel_builds"),
+        QStringLiteral("0"));
+}
+
+void tst_BuildSettings::keptInDatabase()
+{
+    QCOMPARE(
+        build("part", { "--where", "PROVINCE=11", "--seed", "5", "--sample", "0.5" }).status, 0);
+    const QString json =
+        SqliteRows(pathOf("part.sqlite")).value("SELECT options FROM tessel_builds");
+    const QJsonObject settings = QJsonDocument::fromJson(json.toUtf8()).object();
+    QCOMPARE(settings.value("tessel_build").toInt(), 1);
+    QCOMPARE(settings.value("seed").toInt(), 5);
+    QCOMPARE(settings.value("dataBase").toObject().value("filter").toString(),
+        QStringLiteral("PROVINCE=11"));
+    QCOMPARE(settings.value("dataBase").toObject().value("sourceFile").toString(), census.first());
+}
+
+void tst_BuildSettings::again_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::newRow("all") << QStringList {};
+    QTest::newRow("records") << QStringList { "--records", "PERSON,HOUSEHOLD" };
+    QTest::newRow("variables") << QStringList { "--variables", "SEX,AGE" };
+    QTest::newRow("where") << QStringList { "--where", "PROVINCE=11 and EA=1..20" };
+    QTest::newRow("sample") << QStringList { "--sample", "0.3", "--seed", "8" };
+    QTest::newRow("every") << QStringList { "--every", "7" };
+    QTest::newRow("repeats") << QStringList { "--repeats", "tables" };
+    QTest::newRow("together") << QStringList { "--records", "PERSON", "--variables", "AGE",
+        "--where", "PROVINCE=11..22", "--sample", "0.5", "--repeats", "tables" };
+}
+
+void tst_BuildSettings::again()
+{
+    QFETCH(QStringList, options);
+    const QString file = pathOf("settings.json");
+    const Outcome first = build("first", options + QStringList { "--save-config", file });
+    QCOMPARE(first.status, 0);
+    const Outcome second =
+        runTessel({ "build", "--config", file, "--to", pathOf("second.sqlite") });
+    QCOMPARE(second.status, 0);
+    QCOMPARE(second.output.mid(second.output.indexOf('\n')),
+        first.output.mid(first.output.indexOf('\n')));
+    const SqliteRows one(pathOf("first.sqlite"));
+    const SqliteRows other(pathOf("second.sqlite"));
+    const auto schema = one.rows("SELECT type, name, sql FROM sqlite_master ORDER BY name");
+    QCOMPARE(other.rows("SELECT type, name, sql FROM sqlite_master ORDER BY name"), schema);
+    for (const QStringList& object : schema) {
+        const QString& name = object.at(1);
+        if (object.at(0) != "table" || name == "tessel_builds")
+            continue;
+        const QString all = QStringLiteral("SELECT * FROM \"%1\"").arg(name);
+        QCOMPARE(other.rows(all), one.rows(all));
+    }
+    // And over the first one, with nothing on the command line but leave to do so.
+    QCOMPARE(runTessel({ "build", "--config", file, "--overwrite" }).output, first.output);
+    const QString kept = QStringLiteral("SELECT options FROM tessel_builds");
+    QCOMPARE(SqliteRows(pathOf("first.sqlite")).value(kept), one.value(kept));
+}
+
+void tst_BuildSettings::commandLineWins()
+{
+    const QString file = pathOf("settings.json");
+    QCOMPARE(build("first",
+                 { "--where", "PROVINCE=11", "--every", "2", "--records", "PERSON", "--variables",
+                     "AGE", "--save-config", file })
+                 .status,
+        0);
+    const QString saved = pathOf("other.json");
+    QCOMPARE(runTessel({ "build", "--config", file, "--to", pathOf("second.sqlite"), "--where",
+                           "PROVINCE=12", "--sample", "0.5", "--records", "HOUSEHOLD,PERSON",
+                           "--repeats", "tables", "--save-config", saved })
+                 .status,
+        0);
+    const QJsonObject settings = QJsonDocument::fromJson(readFile(saved)).object();
+    QCOMPARE(settings.value("dataBase").toObject().value("filter").toString(),
+        QStringLiteral("PROVINCE=12"));
+    QCOMPARE(settings.value("split").toObject().value("factor").toDouble(), 0.5);
+    QVERIFY(!settings.value("split").toObject().value("radioOutEveryX").toBool());
+    QCOMPARE(settings.value("repeats").toString(), QStringLiteral("tables"));
+    const SqliteRows second(pathOf("second.sqlite"));
+    QCOMPARE(
+        second.value("SELECT group_concat(DISTINCT PROVINCE) FROM cases"), QStringLiteral("12"));
+    QCOMPARE(second.value("SELECT group_concat(name) FROM pragma_table_info('PERSON')"),
+        QStringLiteral("case_id,row,PROVINCE,DISTRICT,EA,HOUSEHOLD_NUMBER,AGE"));
+}
+
+void tst_BuildSettings::plan()
+{
+    const QString file = pathOf("settings.json");
+    const Outcome outcome = runTessel(QStringList { "build" } + census
+        + QStringList { "--plan", "--records", "LIVESTOCK", "--save-config", file });
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.output.contains("table LIVESTOCK"));
+    QVERIFY(!outcome.output.contains("PERSON"));
+    QCOMPARE(runTessel({ "build", "--config", file, "--plan" }).output, outcome.output);
+    QCOMPARE(runTessel({ "build", "--config", file }).status, 2); // no database is named
+}
+
+void tst_BuildSettings::notSaved()
+{
+    const QString file = pathOf("missing/settings.json");
+    const Outcome outcome = build("first", { "--save-config", file });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY(outcome.errors.contains("settings.json"));
+    QVERIFY(!QFileInfo::exists(pathOf("first.sqlite")));
+    const QString input = dataFolder() + QStringLiteral("/") + census.first();
+    const QByteArray before = readFile(input);
+    QCOMPARE(build("first", { "--save-config", census.first() }).status, 2);
+    QCOMPARE(readFile(input), before);
+}
+
+void tst_BuildSettings::mistakes_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QByteArray>("mistake");
+    QTest::newRow("record") << QStringList { "--records", "PERSONS" }
+                            << QByteArray("there is no record 'PERSONS'; did you mean PERSON?");
+    QTest::newRow("variable") << QStringList { "--variables", "SXE" }
+                              << QByteArray("there is no variable 'SXE' in HOUSEHOLD, PERSON, "
+                                            "LIVESTOCK; did you mean SEX?");
+    QTest::newRow("no names") << QStringList { "--records", "PERSON," }
+                              << QByteArray("--records needs names with commas between them");
+    QTest::newRow("no variables") << QStringList { "--variables", "" }
+                                  << QByteArray("--variables needs names with commas between them");
+    QTest::newRow("where") << QStringList { "--where", "PROVINC=11" }
+                           << QByteArray("condition 'PROVINC=11': there is no identification item "
+                                         "'PROVINC'; did you mean PROVINCE?");
+    QTest::newRow("value") << QStringList { "--where", "PROVINCE=north" }
+                           << QByteArray("condition 'PROVINCE=north': 'north' is no value of "
+                                         "PROVINCE, a number of 2 columns");
+    QTest::newRow("no condition") << QStringList { "--where",
+        " " } << QByteArray("--where needs a condition, for example PROVINCE=11..13");
+    QTest::newRow("share") << QStringList { "--sample", "1.5" }
+                           << QByteArray("--sample takes a share above 0 and up to 1, not '1.5'");
+    QTest::newRow("no share") << QStringList { "--sample", "0" }
+                              << QByteArray("--sample takes a share above 0 and up to 1, not '0'");
+    QTest::newRow("every") << QStringList { "--every",
+        "0" } << QByteArray("--every takes a whole number from 1 to 2147483647, not '0'");
+    QTest::newRow("both") << QStringList { "--every", "2", "--sample", "0.1" }
+                          << QByteArray("--sample and --every exclude each other");
+    QTest::newRow("seed alone") << QStringList { "--seed", "2" }
+                                << QByteArray("--seed is for --sample");
+    QTest::newRow("seed") << QStringList { "--sample", "0.1", "--seed",
+        "-1" } << QByteArray("--seed takes a whole number from 0 to 4294967295, not '-1'");
+    QTest::newRow("no file") << QStringList { "--save-config", "" }
+                             << QByteArray("--save-config needs the name of a file");
+}
+
+void tst_BuildSettings::mistakes()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QByteArray, mistake);
+    const Outcome outcome = build("first", options);
+    QCOMPARE(outcome.status, 2);
+    QCOMPARE(
+        outcome.errors, QByteArray("tessel build: " + mistake + "\nSee 'tessel build --help'.\n"));
+    QVERIFY(!QFileInfo::exists(pathOf("first.sqlite")));
+}
+
+void tst_BuildSettings::files_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("mistake");
+    QTest::newRow("no JSON") << QByteArray("x") << 1 << QByteArray("is no JSON");
+    QTest::newRow("unknown") << QByteArray("{\"tessel_build\": 1, \"wher\": \"\"}") << 1
+                             << QByteArray("there is no setting 'wher'");
+    QTest::newRow("record") << QByteArray(
+        "{\"tessel_build\": 1, \"entities\": [{\"name\": \"PERSN\"}]}")
+                            << 2 << QByteArray("there is no record 'PERSN'; did you mean PERSON?");
+    QTest::newRow("repeats") << QByteArray("{\"tessel_build\": 1, \"repeats\": \"rows\"}") << 2
+                             << QByteArray("--repeats takes columns or tables, not 'rows'");
+}
+
+void tst_BuildSettings::files()
+{
+    QFETCH(QByteArray, json);
+    QFETCH(QByteArray, mistake);
+    QVERIFY(writeFile(pathOf("settings.json"), json));
+    const Outcome outcome = build("first", { "--config", pathOf("settings.json") });
+    QTEST(outcome.status, "status");
+    QVERIFY2(outcome.errors.contains(mistake), outcome.errors.constData());
+    QVERIFY(!QFileInfo::exists(pathOf("first.sqlite")));
+}
+
+QTEST_GUILESS_MAIN(tst_BuildSettings)
+#include "tst_BuildSettings.moc"
