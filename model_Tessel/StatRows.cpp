@@ -1,6 +1,7 @@
 #include <model_Tessel/StatRows.h>
 
 #include <model_Tessel/StatParser_p.h>
+#include <model_Tessel/TrailingBlanks_p.h>
 
 #include <QFile>
 
@@ -12,15 +13,6 @@ namespace {
 // Read in seconds; a larger file would take too long for what is learnt of it.
 constexpr qint64 MostCells = 50'000'000;
 
-QByteArray withoutBlanks(QByteArray text)
-{
-    int length = text.size();
-    while (length > 0 && text.at(length - 1) == ' ')
-        --length;
-    text.truncate(length);
-    return text;
-}
-
 bool isString(readstat_value_t value)
 {
     return readstat_value_type_class(value) == READSTAT_TYPE_CLASS_STRING;
@@ -31,7 +23,7 @@ bool isMissing(readstat_value_t value)
 {
     if (readstat_value_is_system_missing(value) || readstat_value_is_tagged_missing(value))
         return true;
-    return isString(value) && withoutBlanks(readstat_string_value(value)).isEmpty();
+    return isString(value) && trailingBlanksCut(QByteArray(readstat_string_value(value))).isEmpty();
 }
 
 class RowReader {
@@ -116,7 +108,7 @@ TStatCodes::TStatCodes(const QStringList& codes)
         const double number = code.toDouble(&isNumber);
         if (isNumber)
             m_numbers.insert(number);
-        m_texts.insert(withoutBlanks(code.toUtf8()));
+        m_texts.insert(trailingBlanksCut(code.toUtf8()));
     }
 }
 
@@ -124,7 +116,7 @@ bool TStatCodes::contains(readstat_value_t value) const
 {
     if (readstat_value_type_class(value) == READSTAT_TYPE_CLASS_NUMERIC)
         return m_numbers.contains(readstat_double_value(value));
-    return m_texts.contains(withoutBlanks(readstat_string_value(value)));
+    return m_texts.contains(trailingBlanksCut(QByteArray(readstat_string_value(value))));
 }
 
 bool compareRows(TStatInput& input, TStatFileKind kind, QVector<TStatCodedVariable>& variables)

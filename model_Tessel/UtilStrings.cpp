@@ -1,5 +1,7 @@
 #include <model_Tessel/UtilStrings.h>
 
+#include <model_Tessel/TrailingBlanks_p.h>
+
 #include <QDir>
 #include <QFont>
 #include <QFontMetrics>
@@ -72,8 +74,5 @@ bool TOxList::Remove1(void* item)
 
 QString withoutTrailingBlanks(const QString& text)
 {
-    int length = text.size();
-    while (length > 0 && text.at(length - 1) == QLatin1Char(' '))
-        --length;
-    return text.left(length);
+    return trailingBlanksCut(text);
 }

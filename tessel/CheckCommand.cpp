@@ -1,5 +1,6 @@
 #include "CheckCommand.h"
 
+#include "CommandLine.h"
 #include "checking/CheckRun.h"
 #include "checking/CheckWriters.h"
 #include "checking/ProblemFile.h"
@@ -65,7 +66,6 @@ void describe(QCommandLineParser& parser)
                        "What is found goes to standard output.\n"
                        "Exit status: 0 nothing is wrong, 1 something is, or a file cannot be\n"
                        "read or written, 2 wrong usage."));
-    parser.addOption(Console::helpOption());
     parser.addOptions({ dictionaryOption(), anyValueSetOption(), strictOption(), problemsOption(),
         listFormatOption(), spreadsheetOption() });
     parser.addOptions(dictionaryTextOptions());
@@ -149,13 +149,9 @@ int check(const CheckOptions& options)
 int runCheck(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    describe(parser);
-    if (const auto status = Console::parseArguments(parser, arguments))
-        return *status;
     CheckOptions options;
-    const QString mistake = readOptions(parser, options);
-    if (!mistake.isNull())
-        return Console::wrongUsage(mistake);
+    if (const auto status = readCommandLine(arguments, parser, describe, readOptions, options))
+        return *status;
     return Supervisor({ options.input.first }).run([&](Supervisor& supervisor) {
         if (!supervisor.beginFile(0, Supervisor::Time::Unlimited))
             return int(InputFailed);

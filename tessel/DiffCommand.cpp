@@ -1,5 +1,6 @@
 #include "DiffCommand.h"
 
+#include "CommandLine.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "FormatOption.h"
@@ -36,7 +37,6 @@ void describe(QCommandLineParser& parser)
         "The differences go to standard output. What was not read as written is\n"
         "told on standard error, by file and line.\n"
         "Exit status: 0 they are equal, 1 they differ, 2 wrong usage or a failure."));
-    parser.addOption(Console::helpOption());
     parser.addOptions({ textFormatOption(QStringLiteral("tell")), Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("before"),
@@ -109,10 +109,8 @@ int compareSupervised(const DiffOptions& options)
 int runDiff(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    describe(parser);
-    if (const auto status = Console::parseArguments(parser, arguments))
-        return *status;
     DiffOptions options;
-    const QString mistake = readOptions(parser, options);
-    return mistake.isNull() ? compareSupervised(options) : Console::wrongUsage(mistake);
+    if (const auto status = readCommandLine(arguments, parser, describe, readOptions, options))
+        return *status;
+    return compareSupervised(options);
 }

@@ -1,5 +1,6 @@
 #include "ExportCommand.h"
 
+#include "CommandLine.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "writers/ExportWriters.h"
@@ -58,7 +59,6 @@ void describe(QCommandLineParser& parser)
         "The result goes to standard output. What was not read as written, and names\n"
         "that had to change, are told on standard error.\n"
         "Exit status: 0 all was read, 1 the input failed, 2 wrong usage."));
-    parser.addOption(Console::helpOption());
     parser.addOptions({ targetOption(), dialectOption(), uniqueKeysOption(), spreadsheetOption(),
         Output::option() });
     parser.addOptions(inputOptions());
@@ -137,11 +137,11 @@ void writeCodebook(
 // The notes are told before the result is written, whose reader may end early.
 QByteArray makeSql(const Listing& listing, const ExportOptions& options)
 {
-    QStringList notes;
+    tessel::SqlNotes notes;
     const QByteArray bytes = writeSql(listing, options.sql, notes);
-    for (const QString& note : qAsConst(notes)) {
-        const QString reason = note.mid(note.lastIndexOf(QLatin1String(": ")));
-        Console::tell(options.file, 0, Console::Severity::Note, note, reason);
+    for (const tessel::SqlNote& note : qAsConst(notes)) {
+        Console::tell(
+            options.file, 0, Console::Severity::Note, noteText(note), reasonText(note.reason));
     }
     return bytes;
 }
@@ -194,13 +194,9 @@ int exportFile(const ExportOptions& options, Supervisor& supervisor)
 int runExport(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    describe(parser);
-    if (const auto status = Console::parseArguments(parser, arguments))
-        return *status;
     ExportOptions options;
-    const QString mistake = readOptions(parser, options);
-    if (!mistake.isNull())
-        return Console::wrongUsage(mistake);
+    if (const auto status = readCommandLine(arguments, parser, describe, readOptions, options))
+        return *status;
     return Supervisor({ options.file }).run([&](Supervisor& supervisor) {
         return exportFile(options, supervisor);
     });

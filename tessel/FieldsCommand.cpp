@@ -1,6 +1,6 @@
 #include "FieldsCommand.h"
 
-#include "process/Console.h"
+#include "CommandLine.h"
 #include "process/FileNames.h"
 #include "writers/FieldWriters.h"
 #include "FormatOption.h"
@@ -34,7 +34,6 @@ void describe(QCommandLineParser& parser)
         "The listing goes to standard output. What was not read as written is\n"
         "told on standard error, by file and line.\n"
         "Exit status: 0 all was read, 1 an input failed, 2 wrong usage."));
-    parser.addOption(Console::helpOption());
     parser.addOptions(
         { listFormatOption(), valuesOption(), spreadsheetOption(), Output::option() });
     parser.addOptions(inputOptions());
@@ -83,13 +82,9 @@ int listFiles(const FieldsOptions& options, Supervisor& supervisor)
 int runFields(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    describe(parser);
-    if (const auto status = Console::parseArguments(parser, arguments))
-        return *status;
     FieldsOptions options;
-    const QString mistake = readOptions(parser, options);
-    if (!mistake.isNull())
-        return Console::wrongUsage(mistake);
+    if (const auto status = readCommandLine(arguments, parser, describe, readOptions, options))
+        return *status;
     return Supervisor(options.files).run([&](Supervisor& supervisor) {
         return listFiles(options, supervisor);
     });

@@ -1,5 +1,6 @@
 #include "LookupCommand.h"
 
+#include "CommandLine.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "reading/InputFile.h"
@@ -98,7 +99,6 @@ void describe(QCommandLineParser& parser)
                        "What is found goes to standard output.\n"
                        "Exit status: 0 the lookup is consistent, 1 it is not or cannot be read,\n"
                        "2 wrong usage."));
-    parser.addOption(Console::helpOption());
     parser.addOptions({ separatorOption(), listFormatOption(), spreadsheetOption(),
         frequenciesOption(), againstOption(), reportOption(), idOption(), labelOption(),
         encodingOption(), Output::option() });
@@ -240,13 +240,9 @@ int check(const LookupOptions& options, Supervisor& supervisor)
 int runLookup(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    describe(parser);
-    if (const auto status = Console::parseArguments(parser, arguments))
-        return *status;
     LookupOptions options;
-    const QString mistake = readOptions(parser, options);
-    if (!mistake.isNull())
-        return Console::wrongUsage(mistake);
+    if (const auto status = readCommandLine(arguments, parser, describe, readOptions, options))
+        return *status;
     return Supervisor({ options.againstFile, options.file }).run([&](Supervisor& supervisor) {
         return check(options, supervisor);
     });

@@ -1,5 +1,6 @@
 #include "TreeCommand.h"
 
+#include "CommandLine.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "reading/DictionaryTree.h"
@@ -69,7 +70,6 @@ void describe(QCommandLineParser& parser)
         "The tree goes to standard output. What was not read as written is told on\n"
         "standard error, by file and line.\n"
         "Exit status: 0 all was read, 1 an input failed, 2 wrong usage."));
-    parser.addOption(Console::helpOption());
     parser.addOptions({ textFormatOption(QStringLiteral("print")), valuesOption(), entityOption(),
         lookupOption(), Output::option() });
     parser.addOptions(inputOptions());
@@ -233,13 +233,9 @@ int printTree(const TreeOptions& options, Supervisor& supervisor)
 int runTree(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    describe(parser);
-    if (const auto status = Console::parseArguments(parser, arguments))
-        return *status;
     TreeOptions options;
-    const QString mistake = readOptions(parser, options);
-    if (!mistake.isNull())
-        return Console::wrongUsage(mistake);
+    if (const auto status = readCommandLine(arguments, parser, describe, readOptions, options))
+        return *status;
     return Supervisor({ options.file }).run([&](Supervisor& supervisor) {
         return printTree(options, supervisor);
     });

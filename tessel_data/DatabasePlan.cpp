@@ -266,12 +266,12 @@ void DatabasePlanner::make()
 void DatabasePlanner::reserveNames()
 {
     if (m_plan.hasCases)
-        m_names.take(SystemTable::cases, QString());
+        m_names.take(SystemTable::cases);
     for (const SystemDefinition& table : systemTables())
-        m_names.take(table.name, QString());
+        m_names.take(table.name);
     for (const DataRecord& record : m_dictionary.records)
         m_recordNames.append(
-            m_names.take(record.name, QStringLiteral("table %1").arg(record.name)));
+            m_names.take(record.name, { SqlThing::Kind::Table, record.name, QString() }));
 }
 
 void DatabasePlanner::nameLabels()
@@ -359,11 +359,9 @@ void DatabasePlanner::addGroup(int record, const Group& group, bool isRepeat)
     for (int first = 0, part = 1; part == 1 || first < count; first += most, ++part)
         addPart(record, group, first, std::min(most, count - first), part);
     if (count > most) {
-        m_plan.notes.append(
-            QStringLiteral("table %1 has %2 columns, more than the database takes, and is in "
-                           "parts; case_id and row tell which rows belong together")
-                .arg(group.name)
-                .arg(count));
+        m_plan.notes.append({ SqlNote::Kind::InParts,
+            { SqlThing::Kind::Table, group.name, QString() }, QString(), SqlNote::Reason::None,
+            count, 0, { QStringLiteral("case_id"), QStringLiteral("row") } });
     }
 }
 
@@ -377,7 +375,7 @@ void DatabasePlanner::addPart(int record, const Group& group, int first, int cou
     DatabaseTable table;
     table.name = part == 1 && !isRepeat
         ? m_recordNames.at(record)
-        : m_names.take(wanted, QStringLiteral("table %1").arg(wanted));
+        : m_names.take(wanted, { SqlThing::Kind::Table, wanted, QString() });
     table.label = group.label;
     table.kind = isRepeat ? Kind::Repeat : Kind::Record;
     table.record = record;
@@ -394,13 +392,13 @@ void DatabasePlanner::addPart(int record, const Group& group, int first, int cou
     const int own = columns.size();
     SqlNames names(m_plan.notes);
     for (const DatabaseColumn& taken : qAsConst(columns))
-        names.take(taken.name, QString());
+        names.take(taken.name);
     for (int i = first; i < first + count; ++i) {
         const int place = group.places.first().at(i);
         const int index = m_dictionary.records[std::size_t(record)].columns.at(place);
         const QString& name = group.columnNames.at(i);
         DatabaseColumn made = column(m_dictionary.variables[std::size_t(index)], index,
-            names.take(name, QStringLiteral("column %1 of table %2").arg(name, table.name)));
+            names.take(name, { SqlThing::Kind::Column, name, table.name }));
         made.isId = place < m_dictionary.records[std::size_t(record)].idCount;
         columns.append(made);
     }
@@ -476,8 +474,7 @@ int DatabasePlanner::addValueTable(int set, const DataVariable& variable)
     DatabaseTable table;
     const QString wanted =
         source.name.isEmpty() ? variable.itemName + QLatin1String("_labels") : source.name;
-    table.name = m_names.take(
-        wanted, QStringLiteral("the table of value set %1 of %2").arg(wanted, variable.name));
+    table.name = m_names.take(wanted, { SqlThing::Kind::ValueTable, wanted, variable.name });
     table.label = m_dictionary.labelText(source.label, m_languages.first());
     table.kind = Kind::Values;
     const QStringList codeColumns = values.hasRanges
@@ -552,13 +549,13 @@ void DatabasePlanner::addCases()
         table.columns.append(systemColumn(QLatin1String(entry.name), entry.type));
     SqlNames names(m_plan.notes);
     for (const DatabaseColumn& taken : qAsConst(table.columns))
-        names.take(taken.name, QString());
+        names.take(taken.name);
     for (const int id : m_dictionary.ids) {
         const DataVariable& variable = m_dictionary.variables[std::size_t(id)];
         if (variable.level != 1)
             continue;
         const QString name = names.take(
-            variable.name, QStringLiteral("column %1 of table cases").arg(variable.name));
+            variable.name, { SqlThing::Kind::Column, variable.name, SystemTable::cases });
         table.columns.append(column(variable, id, name));
         table.columns.last().isId = true;
     }
@@ -595,7 +592,7 @@ void DatabasePlanner::addSystemTables()
 QString DatabasePlanner::nameOfView(const DatabaseTable& table, const char* suffix)
 {
     const QString wanted = table.name + QLatin1String(suffix);
-    return m_names.take(wanted, QStringLiteral("view %1").arg(wanted));
+    return m_names.take(wanted, { SqlThing::Kind::View, wanted, QString() });
 }
 
 void DatabasePlanner::addViews()
@@ -612,7 +609,7 @@ void DatabasePlanner::addIndexes()
 {
     const auto add = [this](int table, const char* suffix, const QStringList& columns) {
         const QString wanted = m_plan.tables[std::size_t(table)].name + QLatin1String(suffix);
-        const QString name = m_names.take(wanted, QStringLiteral("index %1").arg(wanted));
+        const QString name = m_names.take(wanted, { SqlThing::Kind::Index, wanted, QString() });
         m_plan.indexes.push_back({ name, table, columns });
     };
     for (int t = 0; m_plan.hasCases && t < int(m_plan.tables.size()); ++t) {

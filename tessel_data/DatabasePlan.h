@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tessel_data/DataDictionary.h>
+#include <tessel_data/SqlNotes.h>
 #include <tessel_data/SqlTypes.h>
 
 #include <QStringList>
@@ -116,7 +117,7 @@ public:
     std::vector<DatabaseTable> tables; /*!< in the order in which they are made */
     std::vector<DatabaseValueTable> valueTables;
     std::vector<DatabaseIndex> indexes; /*!< made when all rows are there */
-    QStringList notes; /*!< a sentence for each name that is not the dictionary's, and why */
+    SqlNotes notes; /*!< one for each name that is not the dictionary's, and why */
 };
 
 /*! \name Names of the tables that every database has. */

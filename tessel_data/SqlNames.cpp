@@ -120,26 +120,27 @@ QString shortSqlName(const QString& name)
     return shortened(name, LongestName - RoomForNumber);
 }
 
-QString SqlNames::take(const QString& wanted, const QString& what)
+QString SqlNames::take(const QString& wanted, const SqlThing& thing)
 {
     const QString clean = cleaned(wanted);
     QString name = m_taken.take(clean);
     if (name.toUtf8().size() > LongestName)
         name = m_taken.take(shortened(clean, LongestName - RoomForNumber));
     if (name != wanted) {
-        const QString reason = clean != wanted
-            ? QStringLiteral("the databases do not take its name")
-            : QStringLiteral("its name is taken");
-        m_notes.append(
-            QStringLiteral("%1 is called %2: %3").arg(what, sqlIdentifier(name), reason));
+        tell(SqlNote::Kind::Renamed, thing, name,
+            clean != wanted ? SqlNote::Reason::NotAllowed : SqlNote::Reason::Taken);
     } else if (sqlIdentifier(name) != name) {
-        const QString reason = isReserved(name)
-            ? QStringLiteral("its name is a reserved word")
-            : QStringLiteral("its name has other characters than letters, digits and _");
-        m_notes.append(
-            QStringLiteral("%1 is quoted, %2: %3").arg(what, sqlIdentifier(name), reason));
+        tell(SqlNote::Kind::Quoted, thing, name,
+            isReserved(name) ? SqlNote::Reason::ReservedWord : SqlNote::Reason::OtherCharacters);
     }
     return name;
+}
+
+void SqlNames::tell(
+    SqlNote::Kind kind, const SqlThing& thing, const QString& name, SqlNote::Reason reason)
+{
+    if (thing.kind != SqlThing::Kind::Own)
+        m_notes.append({ kind, thing, name, reason, 0, 0, QStringList() });
 }
 
 } // namespace tessel

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <tessel_data/SqlNotes.h>
 #include <tessel_data/UniqueNames.h>
 
 #include <QString>
-#include <QStringList>
 
 namespace tessel {
 
@@ -22,20 +22,23 @@ TESSEL_DATA_EXPORT QString shortSqlName(const QString& name);
 /*! The names of one name space: the tables, or the columns of a table. */
 class TESSEL_DATA_EXPORT SqlNames {
 public:
-    /*! \param notes takes a sentence for each name that is quoted or is not the one wanted */
-    explicit SqlNames(QStringList& notes)
+    /*! \param notes takes one for each name that is quoted or is not the one wanted */
+    explicit SqlNames(SqlNotes& notes)
         : m_notes(notes)
     {
     }
 
     /*!
      * A name of its own for what the dictionary calls \a wanted, which a sqlIdentifier() can be
-     * made of. \a what names the thing in a note, for example "column SEX of table PERSON".
+     * made of. \a thing is what a note tells of.
      */
-    QString take(const QString& wanted, const QString& what);
+    QString take(const QString& wanted, const SqlThing& thing = {});
 
 private:
-    QStringList& m_notes;
+    void tell(
+        SqlNote::Kind kind, const SqlThing& thing, const QString& name, SqlNote::Reason reason);
+
+    SqlNotes& m_notes;
     UniqueNames m_taken;
 };
 

@@ -11,16 +11,18 @@ const QString grin = QString::fromUtf8("\xF0\x9F\x98\x80"); // four bytes, two c
 // The name for wanted after others were taken, and the last note.
 QStringList taken(const QString& wanted, const QStringList& before = {})
 {
-    QStringList notes;
+    SqlNotes notes;
     SqlNames names(notes);
     for (const QString& name : before)
-        names.take(name, "x");
+        names.take(name, { SqlThing::Kind::Table, "x", {} });
     const int count = notes.size();
-    const QString name = names.take(wanted, "column C");
-    return { name, notes.size() > count ? notes.constLast() : QString() };
+    const QString name = names.take(wanted, { SqlThing::Kind::Column, "C", "T" });
+    return { name, notes.size() > count ? noteText(notes.constLast()) : QString() };
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(SqlNote)
 
 class tst_SqlNames : public QObject {
     Q_OBJECT
@@ -35,6 +37,9 @@ private slots:
     void cutNames_data();
     void cutNames();
     void equalNames();
+    void ownNamesAreNotTold();
+    void notes_data();
+    void notes();
 };
 
 void tst_SqlNames::identifiers_data()
@@ -93,23 +98,28 @@ void tst_SqlNames::names_data()
     QTest::addColumn<QStringList>("result");
     const QString notTaken = ": the databases do not take its name";
     QTest::newRow("plain") << "AGE" << QStringList { "AGE", "" };
-    QTest::newRow("reserved") << "ORDER"
-                              << QStringList { "ORDER",
-                                     "column C is quoted, \"ORDER\": its name is a reserved word" };
-    QTest::newRow("other characters")
-        << "A-B"
-        << QStringList { "A-B",
-               "column C is quoted, \"A-B\": its name has other characters than letters, digits "
-               "and _" };
+    QTest::newRow("reserved")
+        << "ORDER"
+        << QStringList { "ORDER",
+               "column C of table T is quoted, \"ORDER\": its name is a reserved word" };
+    QTest::newRow("other characters") << "A-B"
+                                      << QStringList { "A-B",
+                                             "column C of table T is quoted, \"A-B\": its name has "
+                                             "other characters than letters, digits "
+                                             "and _" };
     QTest::newRow("empty") << ""
-                           << QStringList { "unnamed", "column C is called unnamed" + notTaken };
-    QTest::newRow("blanks") << " A " << QStringList { "A", "column C is called A" + notTaken };
+                           << QStringList { "unnamed",
+                                  "column C of table T is called unnamed" + notTaken };
+    QTest::newRow("blanks") << " A "
+                            << QStringList { "A", "column C of table T is called A" + notTaken };
     QTest::newRow("line break") << "A\nB\tC"
-                                << QStringList { "A_B_C", "column C is called A_B_C" + notTaken };
+                                << QStringList { "A_B_C",
+                                       "column C of table T is called A_B_C" + notTaken };
     for (const QString name :
         { "tableoid", "XMIN", "cmin", "xmax", "cmax", "ctid", "sqlite_a", "PG_a" })
         QTest::newRow(qPrintable(name))
-            << name << QStringList { '_' + name, "column C is called _" + name + notTaken };
+            << name
+            << QStringList { '_' + name, "column C of table T is called _" + name + notTaken };
 }
 
 void tst_SqlNames::names()
@@ -146,13 +156,70 @@ void tst_SqlNames::cutNames()
 void tst_SqlNames::equalNames()
 {
     QCOMPARE(taken("age", { "AGE" }),
-        QStringList({ "age_2", "column C is called age_2: its name is taken" }));
+        QStringList({ "age_2", "column C of table T is called age_2: its name is taken" }));
     const QString longest(63, 'N');
     QCOMPARE(taken(longest, { longest }).constFirst(), QString(55, 'N'));
     QCOMPARE(taken(longest, { longest, longest }).constFirst(), QString(55, 'N') + "_2");
     const QString pairs = grin.repeated(15);
     QCOMPARE(taken(pairs, { pairs }).constFirst(), pairs + "_2");
     QCOMPARE(taken("ab" + pairs, { "ab" + pairs }).constFirst(), "ab" + grin.repeated(13));
+}
+
+void tst_SqlNames::ownNamesAreNotTold()
+{
+    SqlNotes notes;
+    SqlNames names(notes);
+    QCOMPARE(names.take("row"), QString("row"));
+    QCOMPARE(names.take("ROW"), QString("ROW_2"));
+    QCOMPARE(names.take("order"), QString("order"));
+    QVERIFY(notes.isEmpty());
+    names.take("Row", { SqlThing::Kind::Column, "Row", "T" });
+    QCOMPARE(notes.size(), 1);
+    const SqlNote& note = notes.constFirst();
+    QCOMPARE(note.kind, SqlNote::Kind::Renamed);
+    QCOMPARE(note.reason, SqlNote::Reason::Taken);
+    QCOMPARE(note.thing.kind, SqlThing::Kind::Column);
+    QCOMPARE(note.thing.name, QString("Row"));
+    QCOMPARE(note.thing.owner, QString("T"));
+    QCOMPARE(note.newName, QString("Row_3"));
+}
+
+void tst_SqlNames::notes_data()
+{
+    QTest::addColumn<SqlNote>("note");
+    QTest::addColumn<QString>("text");
+    using Kind = SqlThing::Kind;
+    const auto renamed = [](const SqlThing& thing) {
+        return SqlNote { SqlNote::Kind::Renamed, thing, "N", SqlNote::Reason::Taken, 0, 0, {} };
+    };
+    const QString end = " is called N: its name is taken";
+    QTest::newRow("table") << renamed({ Kind::Table, "A", {} }) << "table A" + end;
+    QTest::newRow("part") << renamed({ Kind::Part, "2", "A" }) << "part 2 of table A" + end;
+    QTest::newRow("value table") << renamed({ Kind::ValueTable, "V", "SEX" })
+                                 << "the table of value set V of SEX" + end;
+    QTest::newRow("column") << renamed({ Kind::Column, "C", "A" }) << "column C of table A" + end;
+    QTest::newRow("index") << renamed({ Kind::Index, "I", {} }) << "index I" + end;
+    QTest::newRow("index of the keys")
+        << renamed({ Kind::KeyIndex, {}, "A" }) << "the index of table A" + end;
+    QTest::newRow("view") << renamed({ Kind::View, "W", {} }) << "view W" + end;
+    QTest::newRow("no columns") << SqlNote { SqlNote::Kind::NoColumns, { Kind::Table, "A", {} }, {},
+        SqlNote::Reason::None, 0, 0, {} }
+                                << "table A has no columns and is left out";
+    const SqlNote counted { SqlNote::Kind::InParts, { Kind::Table, "A", {} }, "A_3",
+        SqlNote::Reason::None, 4000, 3, { "row_number" } };
+    const QString parts = "table A has 4000 columns, more than the database takes, and is in ";
+    QTest::newRow("parts that are counted")
+        << counted << parts + "3 parts, to A_3; column row_number tells which rows belong together";
+    const SqlNote uncounted { SqlNote::Kind::InParts, { Kind::Table, "A", {} }, {},
+        SqlNote::Reason::None, 4000, 0, { "case_id", "row" } };
+    QTest::newRow("parts") << uncounted
+                           << parts + "parts; case_id and row tell which rows belong together";
+}
+
+void tst_SqlNames::notes()
+{
+    QFETCH(SqlNote, note);
+    QTEST(noteText(note), "text");
 }
 
 QTEST_GUILESS_MAIN(tst_SqlNames)

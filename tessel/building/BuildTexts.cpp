@@ -62,8 +62,8 @@ QString planText(const DatabasePlan& plan)
                                   columns.join(QLatin1String(", "))))
             + QLatin1Char('\n');
     }
-    for (const QString& note : plan.notes)
-        text += printable(QLatin1String("note: ") + note) + QLatin1Char('\n');
+    for (const SqlNote& note : plan.notes)
+        text += printable(QLatin1String("note: ") + noteText(note)) + QLatin1Char('\n');
     return text;
 }
 

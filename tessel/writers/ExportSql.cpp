@@ -10,7 +10,10 @@
 
 using tessel::sqlComment;
 using tessel::sqlIdentifier;
+using tessel::SqlNote;
+using tessel::SqlNotes;
 using tessel::sqlText;
+using tessel::SqlThing;
 using tessel::sqlTypeName;
 
 namespace {
@@ -41,7 +44,7 @@ struct Table {
 
 class SqlWriter {
 public:
-    SqlWriter(const Listing& listing, const SqlOptions& options, QStringList& notes)
+    SqlWriter(const Listing& listing, const SqlOptions& options, SqlNotes& notes)
         : m_listing(listing)
         , m_dialect(options.dialect)
         , m_hasUniqueKeys(options.hasUniqueKeys)
@@ -75,7 +78,7 @@ private:
     const Listing& m_listing;
     SqlDialect m_dialect;
     bool m_hasUniqueKeys;
-    QStringList& m_notes;
+    SqlNotes& m_notes;
     KeyFields m_keys;
     SqlNames m_tableNames;
     SqlValueTables m_values;
@@ -129,7 +132,7 @@ Table SqlWriter::tableOf(const FieldGroup& group)
     Table table;
     const ListedRecord* record = group.record;
     const QString wanted = record ? record->name : QFileInfo(m_listing.file).completeBaseName();
-    table.name = m_tableNames.take(wanted, QStringLiteral("table %1").arg(shortened(wanted)));
+    table.name = m_tableNames.take(wanted, { SqlThing::Kind::Table, shortened(wanted), QString() });
     table.about = record ? record->label : titleOf(m_listing);
     SqlNames names(m_notes);
     if (record) {
@@ -138,7 +141,8 @@ Table SqlWriter::tableOf(const FieldGroup& group)
     }
     addColumns(table, names, group.fields, false);
     if (table.columns.isEmpty())
-        m_notes.append(QStringLiteral("table %1 has no columns and is left out").arg(table.name));
+        m_notes.append({ SqlNote::Kind::NoColumns, { SqlThing::Kind::Table, table.name, QString() },
+            QString(), SqlNote::Reason::None, 0, 0, QStringList() });
     return table;
 }
 
@@ -195,26 +199,25 @@ QVector<Table> SqlWriter::partsOf(Table table)
         }
         parts.last().columns.append(column);
     }
-    QStringList ignored; // the names of the columns were told of
+    SqlNotes ignored; // the names of the columns were told of
     SqlNames names(ignored);
     for (const Column& column : qAsConst(columns))
-        names.take(column.name, QString());
-    const Column number { names.take(QStringLiteral("row_number"), QString()), -1, false };
+        names.take(column.name);
+    const Column number { names.take(QStringLiteral("row_number")), -1, false };
     for (int i = 0; i < parts.size(); ++i) {
         Table& part = parts[i];
         part.columns.prepend(number);
         if (i == 0)
             continue;
         const QString wanted = QStringLiteral("%1_%2").arg(table.name, QString::number(i + 1));
-        part.name = m_tableNames.take(
-            wanted, QStringLiteral("part %1 of table %2").arg(QString::number(i + 1), table.name));
+        part.name =
+            m_tableNames.take(wanted, { SqlThing::Kind::Part, QString::number(i + 1), table.name });
         part.about = table.about;
         part.firstPart = table.name;
     }
-    m_notes.append(QStringLiteral("table %1 has %2 columns, more than the database takes, and is "
-                                  "in %3 parts, to %4; column %5 tells which rows belong together")
-                       .arg(table.name, QString::number(columns.size()),
-                           QString::number(parts.size()), parts.constLast().name, number.name));
+    m_notes.append({ SqlNote::Kind::InParts, { SqlThing::Kind::Table, table.name, QString() },
+        parts.constLast().name, SqlNote::Reason::None, columns.size(), parts.size(),
+        { number.name } });
     return parts;
 }
 
@@ -223,8 +226,8 @@ void SqlWriter::addColumns(
 {
     for (const int field : fields) {
         const QString wanted = m_listing.fields.at(field).name;
-        const QString name = names.take(
-            wanted, QStringLiteral("column %1 of table %2").arg(shortened(wanted), table.name));
+        const QString name =
+            names.take(wanted, { SqlThing::Kind::Column, shortened(wanted), table.name });
         table.columns.append({ name, field, areKeys });
     }
 }
@@ -310,7 +313,7 @@ QString SqlWriter::index(const Table& table)
         return QString();
     const QString wanted = table.name + QLatin1String("_key");
     const QString name =
-        m_tableNames.take(wanted, QStringLiteral("the index of table %1").arg(table.name));
+        m_tableNames.take(wanted, { SqlThing::Kind::KeyIndex, QString(), table.name });
     return QStringLiteral("CREATE INDEX %1 ON %2 (%3);\n")
         .arg(sqlIdentifier(name), sqlIdentifier(table.name), keys);
 }
@@ -330,7 +333,7 @@ QString SqlWriter::comments(const Table& table) const
 
 } // namespace
 
-QByteArray writeSql(const Listing& listing, const SqlOptions& options, QStringList& notes)
+QByteArray writeSql(const Listing& listing, const SqlOptions& options, SqlNotes& notes)
 {
     return SqlWriter(listing, options, notes).write();
 }

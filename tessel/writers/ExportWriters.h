@@ -2,10 +2,10 @@
 
 #include "listing/Listing.h"
 
+#include <tessel_data/SqlNotes.h>
 #include <tessel_data/SqlTypes.h>
 
 #include <QByteArray>
-#include <QStringList>
 
 using tessel::SqlDialect;
 
@@ -19,9 +19,9 @@ QByteArray writeDdi(const Listing& listing);
 
 /*!
  * The listing as SQL statements that make its tables.
- * \param notes takes a sentence for each name that is not written as it is in the dictionary
+ * \param notes takes one for each name that is not written as it is in the dictionary
  */
-QByteArray writeSql(const Listing& listing, const SqlOptions& options, QStringList& notes);
+QByteArray writeSql(const Listing& listing, const SqlOptions& options, tessel::SqlNotes& notes);
 
 /*! The listing as one web page that needs no other file. */
 QByteArray writeHtml(const Listing& listing);

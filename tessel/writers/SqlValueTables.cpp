@@ -125,8 +125,8 @@ int SqlValueTables::addTable(const ListedField& field, const ListedValueSet& val
     const QString wanted =
         valueSet.name.isEmpty() ? field.item + QLatin1String("_labels") : valueSet.name;
     Table table;
-    table.name = m_tableNames.take(
-        wanted, QStringLiteral("the table of value set %1 of %2").arg(wanted, field.name));
+    table.name =
+        m_tableNames.take(wanted, { tessel::SqlThing::Kind::ValueTable, wanted, field.name });
     table.label = valueSet.label;
     table.type = sqlTypeOf(field, m_dialect);
     table.hasRanges = hasRanges(valueSet.codes);
