@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -55,6 +56,18 @@ public:
     {
         if (m_ownsFile)
             ::close(m_file);
+    }
+
+    // Waits for a pipe or a terminal to have something; false when that is wanted no more.
+    bool wait(BatchSink& sink) const
+    {
+        constexpr int milliseconds = 100;
+        pollfd file { m_file, POLLIN, 0 };
+        while (!m_isRegular && sink.goesOn()) {
+            if (::poll(&file, 1, milliseconds) > 0)
+                return true;
+        }
+        return m_isRegular;
     }
 
     // No more than there was when it was opened, as a file that is being written may never end.
@@ -157,7 +170,10 @@ bool CSProTextSource::Job::readFile(int index, BatchSink& sink)
     SourceFile& file = files[std::size_t(index)];
     InputFile input(file.path);
     LineReader reader(
-        [&input](char* buffer, qint64 bytes) { return input.read(buffer, bytes); }, longestLine);
+        [&](char* buffer, qint64 bytes) {
+            return input.wait(sink) ? input.read(buffer, bytes) : 0;
+        },
+        longestLine);
     parser.beginFile();
     const qint64 casesBefore = parser.caseCount();
     LineReader::Line line;
@@ -177,6 +193,7 @@ bool CSProTextSource::Job::readFile(int index, BatchSink& sink)
     file.lfLines = reader.lfLines();
     file.crlfLines = reader.crlfLines();
     file.crLines = reader.crLines();
+    isWanted = isWanted && sink.goesOn();
     file.changedWhileRead = isWanted && input.hasChanged();
     file.counts.cases = file.counts.casesRead = parser.caseCount() - casesBefore;
     return isWanted;

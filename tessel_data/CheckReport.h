@@ -42,6 +42,9 @@ constexpr int ProblemKindCount = int(ProblemKind::PartlySavedCase) + 1;
  */
 TESSEL_DATA_EXPORT bool isTolerated(ProblemKind kind);
 
+/*! Name of a kind of problem in files and tables, for example "not-a-number". */
+TESSEL_DATA_EXPORT QString problemKindName(ProblemKind kind);
+
 /*! One thing that is wrong, with its place. */
 struct DataProblem {
     ProblemKind kind = ProblemKind::UnknownRecordType;

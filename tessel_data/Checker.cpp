@@ -13,20 +13,25 @@ namespace {
 // Different values that are kept of all columns together; bounds the memory.
 constexpr std::size_t MostDistinct = 1'000'000;
 
-constexpr int LongestShown = 200;
+constexpr const char* kindNames[] = { "unknown-record-type", "ends-in-identification",
+    "id-not-a-number", "too-long-line", "damaged-record", "text-beyond-record",
+    "control-characters", "other-encoding", "file-changed", "blank-id-item", "blank-identification",
+    "not-a-number", "unfit-number", "out-of-range", "outside-value-set", "missing-record",
+    "too-many-records", "level-without-parent", "duplicate-case", "scattered-case",
+    "partly-saved-case" };
+static_assert(sizeof(kindNames) / sizeof(kindNames[0]) == ProblemKindCount);
 
 bool isBefore(const DataBatch::Told& told, const DataBatch::Record& record)
 {
     return told.file != record.file ? told.file < record.file : told.line < record.line;
 }
 
-QString shown(std::string_view text)
-{
-    const auto size = int(std::min<std::size_t>(text.size(), std::size_t(LongestShown) * 4));
-    return QString::fromUtf8(text.data(), size).left(LongestShown);
-}
-
 } // namespace
+
+QString problemKindName(ProblemKind kind)
+{
+    return QLatin1String(kindNames[int(kind)]);
+}
 
 bool isTolerated(ProblemKind kind)
 {
@@ -71,6 +76,7 @@ public:
     // True when a problem of this kind is shown or handed out; others are only counted.
     bool isWanted(ProblemKind kind) const;
     void tell(const DataProblem& problem);
+    QString shown(std::string_view text) const;
     QString valueText(const DataBatch& batch, quint32 cell, const DataVariable& variable) const;
 
     const DataDictionary& dictionary;
@@ -180,6 +186,14 @@ void Checker::Job::takeOdd(
     problem.variable = type.columns.at(column);
     problem.value = valueText(batch, cell, dictionary.variables[std::size_t(problem.variable)]);
     tell(problem);
+}
+
+QString Checker::Job::shown(std::string_view text) const
+{
+    constexpr std::size_t mostBytes = 4; // of a character
+    const auto most = std::size_t(std::max(0, options.longestText));
+    const auto size = int(std::min(text.size(), most * mostBytes));
+    return QString::fromUtf8(text.data(), size).left(options.longestText);
 }
 
 QString Checker::Job::valueText(

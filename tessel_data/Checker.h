@@ -13,6 +13,7 @@ struct CheckOptions {
     int samplesPerKind = 5; /*!< problems of one kind that the report shows */
     int distinctLimit = 1000; /*!< different values that are counted; fewer with many variables */
     int shownOutsideCodes = 5;
+    int longestText = 200; /*!< characters of a value, line or key that a problem tells */
     /*! Gets every problem, not only the first few; may be empty. */
     std::function<void(const DataProblem&)> onProblem;
 };

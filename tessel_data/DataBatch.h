@@ -89,6 +89,13 @@ public:
     /*! Number of the value in cell \a cell, which is Real. */
     double realOf(quint32 cell) const;
 
+    /*! Letter of the kind of a missing value, 'a' to 'z', in cell \a cell; null for any other. */
+    char missingKind(quint32 cell) const
+    {
+        constexpr ValueState missing(ValueKind::Blank, Special::Missing);
+        return states[cell] == missing ? char(numbers[cell]) : '\0';
+    }
+
     /*! Adds \a count cells, which are blank; the first one's index. */
     quint32 addCells(std::size_t count)
     {

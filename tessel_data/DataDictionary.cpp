@@ -311,6 +311,7 @@ DataDictionary DataDictionary::fromDescription(const TStatFileDescription& descr
 {
     using Type = DataVariable::Type;
     DataDictionary result;
+    result.hasMissingKinds = description.kind == TStatFileKind::Stata;
     result.label = description.fileLabel;
     result.name = QFileInfo(description.path).completeBaseName();
     for (const TStatLabelSet& source : description.labelSets) {

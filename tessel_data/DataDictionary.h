@@ -107,6 +107,7 @@ public:
     /*! Columns of all records. */
     int columnCount() const;
 
+    bool hasMissingKinds = false; /*!< blanks may be of the kinds ".a" to ".z" of Stata */
     QString name;
     QString label;
     int recordTypeStart = 0; /*!< column of the record type, from 0 */

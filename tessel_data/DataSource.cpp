@@ -4,6 +4,11 @@ namespace tessel {
 
 BatchSink::~BatchSink() = default;
 
+bool BatchSink::goesOn()
+{
+    return true;
+}
+
 DataSource::~DataSource() = default;
 
 SourceCounts DataSource::counts() const

@@ -16,6 +16,8 @@ public:
     virtual DataBatch& batch() = 0;
     /*! Hands the batch on, so that batch() is an empty one; false: the source is to stop. */
     virtual bool deliver() = 0;
+    /*! False: nothing more is wanted. For a source that waits for its input. */
+    virtual bool goesOn();
 };
 
 /*!

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <limits>
 #include <thread>
 
 namespace tessel {
@@ -17,14 +18,6 @@ namespace tessel {
 namespace {
 
 using Role = DatabaseColumn::Role;
-
-constexpr const char* kindNames[] = { "unknown-record-type", "ends-in-identification",
-    "id-not-a-number", "too-long-line", "damaged-record", "text-beyond-record",
-    "control-characters", "other-encoding", "file-changed", "blank-id-item", "blank-identification",
-    "not-a-number", "unfit-number", "out-of-range", "outside-value-set", "missing-record",
-    "too-many-records", "level-without-parent", "duplicate-case", "scattered-case",
-    "partly-saved-case" };
-static_assert(sizeof(kindNames) / sizeof(kindNames[0]) == ProblemKindCount);
 
 QString nameOf(Special special)
 {
@@ -126,11 +119,6 @@ QString now()
 
 } // namespace
 
-QString problemKindName(ProblemKind kind)
-{
-    return QLatin1String(kindNames[int(kind)]);
-}
-
 class DatabaseBuilder::Job {
 public:
     Job(const DataSource& source, DatabaseTarget& databaseTarget, const BuildOptions& buildOptions)
@@ -142,6 +130,7 @@ public:
         , cases(target, plan, SystemTable::cases, report.rows)
         , problems(target, plan, SystemTable::problems, report.rows)
         , rejects(target, plan, SystemTable::rejects, report.rows)
+        , missing(target, plan, SystemTable::missing, report.rows)
         , rows(plan.tables.size())
         , counts(dictionary.records.size())
         , started(now())
@@ -161,7 +150,7 @@ public:
 
     const DataDictionary& dictionary;
     DatabaseTarget& target;
-    const BuildOptions& options;
+    const BuildOptions options;
     DatabasePlan plan;
     BuildReport report;
 
@@ -187,6 +176,7 @@ private:
         RowWriter& writer, const DatabaseValueTable& table, const DatabaseValueTable::Entry& entry);
     void takeRecord(const DataBatch& batch, const DataBatch::Record& record);
     void addOccurrences(int table, const DataBatch& batch, const DatabaseRows::Row& row);
+    void addMissing(int table, const DataBatch& batch, const DatabaseRows::Row& row);
     void keepIds(const DataBatch& batch, const DataBatch::Record& record);
     void beginCase(const DataBatch& batch, const DataBatch::Case& begun);
     void endCase();
@@ -198,8 +188,10 @@ private:
     void addRecords();
     void addVariables();
     void addValues();
+    void addCodes(RowWriter& writer, const DataValueSet& set, int table);
     void addSources(const DataSource& source);
     void addBuild(const SourceCounts& read);
+    static void checkUnchanged(const DataSource& source);
     void checkCounts(const SourceCounts& read) const;
     qint64 rowsOfRecords() const;
 
@@ -207,6 +199,7 @@ private:
     RowWriter cases;
     RowWriter problems;
     RowWriter rejects;
+    RowWriter missing;
     std::vector<std::vector<DatabaseRows::Row>> rows; // of the batch, by table
     std::vector<QVector<int>> tablesOf; // by record
     std::vector<qint64> counts; // of the current case, by record
@@ -230,6 +223,7 @@ PlanOptions DatabaseBuilder::Job::planOptions(
 CheckOptions DatabaseBuilder::Job::checkOptions()
 {
     CheckOptions chosen;
+    chosen.longestText = std::numeric_limits<int>::max();
     chosen.onProblem = [this](const DataProblem& problem) { addProblem(problem); };
     return chosen;
 }
@@ -302,6 +296,8 @@ void DatabaseBuilder::Job::takeRecord(const DataBatch& batch, const DataBatch::R
             addOccurrences(table, batch, row);
         else
             rows[std::size_t(table)].push_back(row);
+        if (plan.hasMissingKinds)
+            addMissing(table, batch, row);
     }
     ++openCase.records;
     if (openCase.isOpen && !openCase.hasIds)
@@ -324,6 +320,25 @@ void DatabaseBuilder::Job::addOccurrences(
         DatabaseRows::Row repeated = row;
         repeated.occurrence = int(occurrence);
         rows[std::size_t(table)].push_back(repeated);
+    }
+}
+
+void DatabaseBuilder::Job::addMissing(
+    int table, const DataBatch& batch, const DatabaseRows::Row& row)
+{
+    const DatabaseTable& definition = plan.tables[std::size_t(table)];
+    const QVector<int>& cells = definition.cells.front();
+    for (int c = 0; c < cells.size(); ++c) {
+        const char kind =
+            cells.at(c) < 0 ? '\0' : batch.missingKind(row.firstCell + quint32(cells.at(c)));
+        if (kind == '\0')
+            continue;
+        const char text[] { '.', kind };
+        missing.text(definition.name);
+        missing.text(definition.columns.at(c).name);
+        missing.number(row.number);
+        missing.text(std::string_view(text, sizeof text));
+        missing.endRow();
     }
 }
 
@@ -418,6 +433,7 @@ void DatabaseBuilder::Job::addRejects(const DataBatch& batch)
         rejects.number(told.line);
         rejects.text(problemKindName(ProblemKind(told.problem)));
         rejects.text(batch.text(told.text));
+        rejects.number(told.problem == LineProblem::EndlessLine ? 0 : 1);
         rejects.endRow();
         ++report.rejects;
     }
@@ -470,8 +486,10 @@ void DatabaseBuilder::Job::finish(const DataSource& source)
     cases.flush();
     checker.finish(source);
     report.check = checker.report();
+    checkUnchanged(source);
     problems.flush();
     rejects.flush();
+    missing.flush();
     const SourceCounts read = source.counts();
     checkCounts(read);
     addRecords();
@@ -479,6 +497,18 @@ void DatabaseBuilder::Job::finish(const DataSource& source)
     addValues();
     addSources(source);
     addBuild(read);
+}
+
+// A file that another program wrote to may have been read half.
+void DatabaseBuilder::Job::checkUnchanged(const DataSource& source)
+{
+    for (const SourceFile& file : source.files()) {
+        if (file.changedWhileRead) {
+            throw DataError(DataError::Code::Busy, file.path,
+                QStringLiteral("changed while it was read, so no database is made of it; wait "
+                               "until no other program writes to it and build again"));
+        }
+    }
 }
 
 qint64 DatabaseBuilder::Job::rowsOfRecords() const
@@ -578,32 +608,43 @@ void DatabaseBuilder::Job::addVariables()
     writer.flush();
 }
 
+// Every set, also one that no variable with a table of its own has; as often as it has tables.
 void DatabaseBuilder::Job::addValues()
 {
+    std::vector<QVector<int>> tablesOfSet(dictionary.valueSets.size());
+    for (const DatabaseValueTable& table : plan.valueTables) {
+        for (const int set : table.sets)
+            tablesOfSet[std::size_t(set)].append(table.table);
+    }
     RowWriter writer(target, plan, SystemTable::values, report.rows);
+    for (std::size_t set = 0; set < tablesOfSet.size(); ++set) {
+        if (tablesOfSet[set].isEmpty())
+            addCodes(writer, dictionary.valueSets[set], -1);
+        for (const int table : qAsConst(tablesOfSet[set]))
+            addCodes(writer, dictionary.valueSets[set], table);
+    }
+    writer.flush();
+}
+
+void DatabaseBuilder::Job::addCodes(RowWriter& writer, const DataValueSet& set, int table)
+{
     const QVector<int> languages =
         options.plan.languages.isEmpty() ? QVector<int> { 0 } : options.plan.languages;
     const QVector<int> further = languages.mid(1);
-    for (const DatabaseValueTable& table : plan.valueTables) {
-        for (const int set : table.sets) {
-            const DataValueSet& source = dictionary.valueSets[std::size_t(set)];
-            for (int position = 0; position < source.codes.size(); ++position) {
-                const DataCode& code = source.codes.at(position);
-                writer.text(source.name);
-                writer.text(dictionary.labelText(source.label, languages.first()));
-                writer.text(plan.tables[std::size_t(table.table)].name);
-                writer.number(position + 1);
-                writer.text(code.code);
-                writer.textOrNull(code.highCode);
-                writer.text(dictionary.labelText(code.label, languages.first()));
-                writer.textOrNull(nameOf(code.special));
-                for (const int language : further)
-                    writer.text(dictionary.labelText(code.label, language));
-                writer.endRow();
-            }
-        }
+    for (int position = 0; position < set.codes.size(); ++position) {
+        const DataCode& code = set.codes.at(position);
+        writer.text(set.name);
+        writer.text(dictionary.labelText(set.label, languages.first()));
+        writer.textOrNull(table < 0 ? QString() : plan.tables[std::size_t(table)].name);
+        writer.number(position + 1);
+        writer.text(code.code);
+        writer.textOrNull(code.highCode);
+        writer.text(dictionary.labelText(code.label, languages.first()));
+        writer.textOrNull(nameOf(code.special));
+        for (const int language : further)
+            writer.text(dictionary.labelText(code.label, language));
+        writer.endRow();
     }
-    writer.flush();
 }
 
 void DatabaseBuilder::Job::addSources(const DataSource& source)

@@ -31,7 +31,7 @@ struct BuildReport {
  */
 class TESSEL_DATA_EXPORT DatabaseBuilder : public DataConsumer {
 public:
-    /*! All three stay as long as the builder. */
+    /*! Source and target stay as long as the builder. */
     DatabaseBuilder(const DataSource& source, DatabaseTarget& target, const BuildOptions& options);
     ~DatabaseBuilder() override;
 
@@ -57,8 +57,5 @@ private:
  */
 TESSEL_DATA_EXPORT bool buildDatabase(DataSource& source, DatabaseTarget& target,
     const BuildOptions& options, BuildReport& report, const DataProgress& progress = {});
-
-/*! Name of a kind of problem in files and tables, for example "not-a-number". */
-TESSEL_DATA_EXPORT QString problemKindName(ProblemKind kind);
 
 } // namespace tessel

@@ -17,6 +17,7 @@ const QString sources = QStringLiteral("tessel_sources");
 const QString builds = QStringLiteral("tessel_builds");
 const QString problems = QStringLiteral("tessel_problems");
 const QString rejects = QStringLiteral("tessel_rejects");
+const QString missing = QStringLiteral("tessel_missing");
 } // namespace SystemTable
 
 namespace {
@@ -82,7 +83,10 @@ const std::vector<SystemDefinition>& systemTables()
                 { "first_case_id", Type::Integer } } },
         { SystemTable::rejects,
             { { "source_id", Type::Integer }, { "line", Type::Integer }, { "reason", Type::Text },
-                { "text", Type::Text } } },
+                { "text", Type::Text }, { "is_whole", Type::Integer } } },
+        { SystemTable::missing,
+            { { "table_name", Type::Text }, { "column_name", Type::Text }, { "row", Type::Integer },
+                { "kind", Type::Text } } },
     };
     return tables;
 }
@@ -251,6 +255,7 @@ void DatabasePlanner::make()
 {
     m_plan.dialect = m_options.dialect;
     m_plan.hasCases = m_options.hasCases;
+    m_plan.hasMissingKinds = m_dictionary.hasMissingKinds;
     m_languages = m_options.languages.isEmpty() ? QVector<int> { 0 } : m_options.languages;
     nameLabels();
     reserveNames();
@@ -469,6 +474,12 @@ int DatabasePlanner::addValueTable(int set, const DataVariable& variable)
     DatabaseValueTable values;
     values.type = typeOf(variable);
     values.decimals = values.type == Type::Decimal ? variable.decimals : 0;
+    if (m_plan.hasMissingKinds) {
+        for (const DataCode& code : source.codes) {
+            if (code.special == Special::Missing)
+                values.missingLabels.insert(code.code, code.label);
+        }
+    }
     fillEntries(values, m_dictionary.codesOf(set, variable), set);
     values.table = int(m_plan.tables.size());
     DatabaseTable table;
@@ -569,6 +580,8 @@ void DatabasePlanner::addCases()
 void DatabasePlanner::addSystemTables()
 {
     for (const SystemDefinition& definition : systemTables()) {
+        if (definition.name == SystemTable::missing && !m_plan.hasMissingKinds)
+            continue;
         DatabaseTable table;
         table.name = definition.name;
         for (const SystemColumn& source : definition.columns)
@@ -612,6 +625,11 @@ void DatabasePlanner::addIndexes()
         const QString name = m_names.take(wanted, { SqlThing::Kind::Index, wanted, QString() });
         m_plan.indexes.push_back({ name, table, columns });
     };
+    if (m_plan.hasMissingKinds) {
+        add(m_plan.table(SystemTable::missing), "_place",
+            { QStringLiteral("table_name"), QStringLiteral("column_name"), QStringLiteral("row"),
+                QStringLiteral("kind") });
+    }
     for (int t = 0; m_plan.hasCases && t < int(m_plan.tables.size()); ++t) {
         const DatabaseTable& table = m_plan.tables[std::size_t(t)];
         if (table.kind == Kind::Record || table.kind == Kind::Repeat)

@@ -4,6 +4,7 @@
 #include <tessel_data/SqlNotes.h>
 #include <tessel_data/SqlTypes.h>
 
+#include <QMap>
 #include <QStringList>
 #include <QVector>
 
@@ -79,6 +80,8 @@ struct DatabaseValueTable {
     bool hasRanges = false; /*!< columns code_from and code_to in place of code */
     QVector<int> sets; /*!< in the dictionary, those that it stands for */
     std::vector<Entry> entries; /*!< disjoint, in order; blanks last */
+    /*! By kind of missing values, for example ".a", of which no column holds a code. */
+    QMap<QString, QString> missingLabels;
 };
 
 /*! An index of a table. */
@@ -113,6 +116,7 @@ public:
 
     SqlDialect dialect = SqlDialect::Sqlite;
     bool hasCases = true;
+    bool hasMissingKinds = false; /*!< there is a table of the kinds of missing values */
     QStringList labelColumns; /*!< "label", then one for each further language */
     std::vector<DatabaseTable> tables; /*!< in the order in which they are made */
     std::vector<DatabaseValueTable> valueTables;
@@ -120,7 +124,10 @@ public:
     SqlNotes notes; /*!< one for each name that is not the dictionary's, and why */
 };
 
-/*! \name Names of the tables that every database has. */
+/*!
+ * \name Names of the tables that every database has, but for \c cases, which data with cases have,
+ * and \c missing, which Stata's have.
+ */
 /*! @{ */
 namespace SystemTable {
 TESSEL_DATA_EXPORT extern const QString cases;
@@ -131,6 +138,7 @@ TESSEL_DATA_EXPORT extern const QString sources;
 TESSEL_DATA_EXPORT extern const QString builds;
 TESSEL_DATA_EXPORT extern const QString problems;
 TESSEL_DATA_EXPORT extern const QString rejects;
+TESSEL_DATA_EXPORT extern const QString missing;
 } // namespace SystemTable
 /*! @} */
 

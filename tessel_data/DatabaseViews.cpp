@@ -14,7 +14,7 @@ using Type = DatabaseColumn::Type;
 
 QString realText(double number)
 {
-    return QString::number(number, 'g', std::numeric_limits<double>::max_digits10);
+    return QString::number(number, 'g', QLocale::FloatingPointShortest);
 }
 
 // The test that a column has the code, or one of the range.
@@ -55,9 +55,35 @@ QString valid(const DatabaseColumn& column)
         .arg(tests.join(QLatin1String(" OR ")), name);
 }
 
+// What stands for a null: the label of blanks; of a kind of missing values its label, or else its
+// name.
+QString labelOfNull(
+    const DatabasePlan& plan, const DatabaseTable& table, const DatabaseColumn& column)
+{
+    const DatabaseValueTable& values = plan.valueTables[std::size_t(column.valueTable)];
+    if (!plan.hasMissingKinds) {
+        return !values.entries.empty() && values.entries.back().isBlank
+            ? sqlText(values.entries.back().labels.first())
+            : QStringLiteral("NULL");
+    }
+    QString label = QStringLiteral("m.kind");
+    if (!values.missingLabels.isEmpty()) {
+        label = QStringLiteral("CASE m.kind");
+        for (auto kind = values.missingLabels.begin(); kind != values.missingLabels.end(); ++kind)
+            label += QLatin1String(" WHEN ") + sqlText(kind.key()) + QLatin1String(" THEN ")
+                + sqlText(*kind);
+        label += QLatin1String(" ELSE m.kind END");
+    }
+    const QString row = sqlIdentifier(QStringLiteral("row"));
+    return QStringLiteral("(SELECT %1 FROM %2 m WHERE m.table_name = %3 AND m.column_name = %4 AND "
+                          "m.%5 = t.%5)")
+        .arg(label, SystemTable::missing, sqlText(table.name), sqlText(column.name), row);
+}
+
 // A look-up for each row that asks for it: joins are limited in number, and columns that a query
 // does not name cost nothing. What is in no set stays as it is.
-QString labelled(const DatabasePlan& plan, const DatabaseColumn& column)
+QString labelled(
+    const DatabasePlan& plan, const DatabaseTable& definition, const DatabaseColumn& column)
 {
     const QString value = QLatin1String("t.") + sqlIdentifier(column.name);
     if (column.valueTable < 0)
@@ -68,12 +94,10 @@ QString labelled(const DatabasePlan& plan, const DatabaseColumn& column)
         ? QStringLiteral("(SELECT CASE WHEN v.code_to >= %1 THEN nullif(v.label, '') END FROM %2 v "
                          "WHERE v.code_from <= %1 ORDER BY v.code_from DESC LIMIT 1)")
         : QStringLiteral("(SELECT nullif(v.label, '') FROM %2 v WHERE v.code = %1)");
-    const bool hasBlank = !values.entries.empty() && values.entries.back().isBlank;
-    const QString blank =
-        hasBlank ? sqlText(values.entries.back().labels.first()) : QStringLiteral("NULL");
-    return QLatin1String("CASE WHEN ") + value + QLatin1String(" IS NULL THEN ") + blank
-        + QLatin1String(" ELSE coalesce(") + look.arg(value, table) + QLatin1String(", CAST(")
-        + value + QLatin1String(" AS TEXT)) END");
+    return QLatin1String("CASE WHEN ") + value + QLatin1String(" IS NULL THEN ")
+        + labelOfNull(plan, definition, column) + QLatin1String(" ELSE coalesce(")
+        + look.arg(value, table) + QLatin1String(", CAST(") + value
+        + QLatin1String(" AS TEXT)) END");
 }
 
 QString viewSql(const QString& view, const DatabaseTable& table, const QStringList& expressions)
@@ -94,7 +118,7 @@ QString labelViewSql(const DatabasePlan& plan, const DatabaseTable& table)
 {
     QStringList expressions;
     for (const DatabaseColumn& column : table.columns)
-        expressions.append(labelled(plan, column));
+        expressions.append(labelled(plan, table, column));
     return viewSql(table.labelView, table, expressions);
 }
 

@@ -1,6 +1,7 @@
 #include <tessel_data/Pipeline.h>
 
 #include <array>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <exception>
@@ -13,6 +14,8 @@ namespace {
 
 // One that is filled, one that is worked on, and two between them.
 constexpr std::size_t BatchCount = 4;
+
+constexpr std::chrono::milliseconds Patience(100); // with input that does not come
 
 // A few batches that go round between two threads.
 class BatchQueue : public BatchSink {
@@ -43,6 +46,12 @@ public:
         return true;
     }
 
+    bool goesOn() override
+    {
+        const std::scoped_lock lock(m_mutex);
+        return !m_isStopped;
+    }
+
     // No batch comes any more.
     void end(std::exception_ptr failure)
     {
@@ -52,11 +61,24 @@ public:
         m_changed.notify_all();
     }
 
-    // The next batch; null at the end.
-    DataBatch* next()
+    // Waits for the next batch or the end, and asks now and then whether that is still wanted.
+    bool wait(const std::function<bool()>& isWanted)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_hasEnded || !m_full.empty(); });
+        while (
+            !m_changed.wait_for(lock, Patience, [this] { return m_hasEnded || !m_full.empty(); })) {
+            lock.unlock();
+            if (!isWanted())
+                return false;
+            lock.lock();
+        }
+        return true;
+    }
+
+    // The next batch; null at the end. After wait().
+    DataBatch* next()
+    {
+        const std::scoped_lock lock(m_mutex);
         if (m_full.empty()) {
             if (m_failure)
                 std::rethrow_exception(m_failure);
@@ -129,13 +151,19 @@ private:
 // False when progress cancelled.
 bool takeAll(BatchQueue& queue, DataConsumer& consumer, qint64 size, const DataProgress& progress)
 {
-    while (DataBatch* batch = queue.next()) {
-        if (progress && !progress(batch->doneBytes, size))
+    qint64 done = 0;
+    const auto isWanted = [&] { return !progress || progress(done, size); };
+    while (queue.wait(isWanted)) {
+        DataBatch* batch = queue.next();
+        if (!batch)
+            return true;
+        done = batch->doneBytes;
+        if (!isWanted())
             return false;
         consumer.take(*batch);
         queue.giveBack(batch);
     }
-    return true;
+    return false;
 }
 
 } // namespace

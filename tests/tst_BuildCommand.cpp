@@ -1,131 +1,14 @@
 // Reads databases that "tessel build" made back cell by cell and compares them with a slice of
 // their own: the layout from the dictionary's reader, columns cut out of decoded lines.
+#include "BuiltDatabase.h"
 #include "RunTessel.h"
-#include "SqliteRows.h"
+#include "SlicedData.h"
 
-#include <model_Tessel/CSPro.h>
-
-#include <QTextCodec>
 #include <QtTest>
 
 #include <csignal>
 
 namespace {
-
-QString decoded(const QByteArray& bytes)
-{
-    QTextCodec::ConverterState state;
-    const QString text =
-        QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-    return state.invalidChars == 0 ? text
-                                   : QTextCodec::codecForName("windows-1252")->toUnicode(bytes);
-}
-
-// What the tables of the records are to hold.
-class Slice {
-public:
-    Slice(const QString& dictionary, const QString& data)
-    {
-        m_reader.setReading(CSProReading::AsWritten);
-        m_reader.loadFromFile(dictionary);
-        for (QByteArray line : readFile(data).split('\n')) {
-            if (line.endsWith('\r'))
-                line.chop(1);
-            if (isFirst && line.startsWith("\xEF\xBB\xBF"))
-                line.remove(0, 3);
-            isFirst = false;
-            add(decoded(line));
-        }
-    }
-
-    QStringList recordNames() const
-    {
-        QStringList names;
-        for (const TCSProRecord* record : qAsConst(*m_reader.records))
-            names.append(record->name);
-        return names;
-    }
-    QVector<QStringList> rowsOf(const QString& record) const
-    {
-        return m_rows.value(record);
-    }
-    int rejected = 0;
-
-private:
-    void add(const QString& line)
-    {
-        if (line.trimmed().isEmpty() || line.startsWith('~'))
-            return;
-        const TCSProRecord* record = recordOf(line);
-        if (!record) {
-            ++rejected;
-            return;
-        }
-        QStringList ids;
-        QStringList own;
-        QString key;
-        for (const TCSProItem* item : qAsConst(*m_reader.items)) {
-            const int level = item->detail().level;
-            if (item->record == record)
-                own.append(cellOf(line, *item));
-            if (m_reader.records->contains(item->record) || level > std::max(1, record->level))
-                continue;
-            ids.append(cellOf(line, *item));
-            if (level <= 1)
-                key += ids.constLast() + '|';
-        }
-        if (key != m_key || m_case == 0) {
-            ++m_case;
-            m_counts.clear();
-        }
-        m_key = key;
-        const int row = ++m_counts[record->name];
-        m_rows[record->name].append(
-            QStringList { QString::number(m_case), QString::number(row) } + ids + own);
-    }
-    const TCSProRecord* recordOf(const QString& line) const
-    {
-        const QString type =
-            line.mid(m_reader.recordTypeStart - 1, m_reader.recordTypeLen).trimmed();
-        for (const TCSProRecord* record : qAsConst(*m_reader.records)) {
-            if (m_reader.recordTypeLen == 0 || record->recordTypeValue.trimmed() == type)
-                return record;
-        }
-        return nullptr;
-    }
-
-    static QString cellOf(const QString& line, const TCSProItem& item)
-    {
-        QString text = line.mid(item.start - 1, item.len);
-        while (text.endsWith(' '))
-            text.chop(1);
-        if (text.isEmpty())
-            return QString();
-        if (item.isAlpha)
-            return text.replace(QChar(0x2424), QChar('\n'));
-        bool isNumber = false;
-        text = text.trimmed();
-        if (item.decimal == 0) {
-            const qlonglong number = text.toLongLong(&isNumber);
-            return isNumber ? QString::number(number) : QString();
-        }
-        if (!text.contains('.')) {
-            const bool isNegative = text.startsWith('-');
-            text = text.mid(isNegative ? 1 : 0).rightJustified(item.decimal + 1, '0');
-            text.insert(text.size() - item.decimal, '.');
-            text.prepend(isNegative ? "-" : "");
-        }
-        const double number = text.toDouble(&isNumber);
-        return isNumber ? QString::number(number, 'g', 17) : QString();
-    }
-
-    TCSPro m_reader;
-    QHash<QString, QVector<QStringList>> m_rows;
-    QHash<QString, int> m_counts;
-    QString m_key;
-    int m_case = 0;
-    bool isFirst = true;
-};
 
 QByteArray surveyOf(const QByteArray& name, const QByteArray& label)
 {
@@ -225,6 +108,12 @@ void tst_BuildCommand::everyCell()
         QCOMPARE(rows.size(), expected.size());
         for (int r = 0; r < rows.size(); ++r)
             QCOMPARE(rows.at(r), expected.at(r));
+        const auto labels = database.rows("SELECT * FROM \"" + record + "_labels\"");
+        QCOMPARE(labels.size(), rows.size());
+        for (int r = 0; r < rows.size(); ++r)
+            QVERIFY2(areSameLabels(labels.at(r), slice.labelRowsOf(record).at(r)),
+                qPrintable(
+                    labels.at(r).join('|') + '\n' + slice.labelRowsOf(record).at(r).join('|')));
     }
     QCOMPARE(database.value("SELECT count(*) FROM tessel_rejects").toInt(), slice.rejected);
     QCOMPARE(database.value("SELECT sha256 FROM tessel_sources"),
@@ -401,9 +290,7 @@ void tst_BuildCommand::cancelled()
     process.write(lines);
     QTRY_VERIFY(process.bytesToWrite() == 0);
     QTRY_COMPARE(leftBehind(), QStringList { ".t.sqlite.tessel-build" });
-    ::kill(pid_t(process.processId()), SIGINT);
-    process.write(lines);
-    process.closeWriteChannel();
+    ::kill(pid_t(process.processId()), SIGINT); // nothing more comes
     QVERIFY(process.waitForFinished(60'000));
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(process.exitCode(), 1);

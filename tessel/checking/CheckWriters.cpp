@@ -384,7 +384,7 @@ void CheckCsv::write()
         addCounts("file", file.path, file.counts);
     for (int kind = 0; kind < tessel::ProblemKindCount; ++kind) {
         if (m_report.problemCounts.at(kind) > 0)
-            add("problem", problemName(ProblemKind(kind)), {}, {}, {},
+            add("problem", tessel::problemKindName(ProblemKind(kind)), {}, {}, {},
                 m_report.problemCounts.at(kind));
     }
     for (std::size_t r = 0; r < m_dictionary.records.size(); ++r)
@@ -477,7 +477,7 @@ void addProblems(JsonWriter& json, const CheckReport& report)
     for (int kind = 0; kind < tessel::ProblemKindCount; ++kind) {
         if (report.problemCounts.at(kind) == 0)
             continue;
-        json.add({ { QStringLiteral("kind"), problemName(ProblemKind(kind)) },
+        json.add({ { QStringLiteral("kind"), tessel::problemKindName(ProblemKind(kind)) },
             { QStringLiteral("count"), report.problemCounts.at(kind) },
             { QStringLiteral("strictOnly"), tessel::isTolerated(ProblemKind(kind)) } });
     }

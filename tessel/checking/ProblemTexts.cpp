@@ -8,39 +8,31 @@ namespace {
 
 struct KindText {
     ProblemKind kind;
-    const char* name;
     const char* text;
 };
 
 constexpr KindText kindTexts[] = {
-    { ProblemKind::UnknownRecordType, "unknown-record-type",
-        "Lines with an unknown record type (rejected)" },
-    { ProblemKind::EndsInIdentification, "ends-in-identification",
-        "Lines that end within their identification (rejected)" },
-    { ProblemKind::IdNotANumber, "id-not-a-number",
-        "Identification items that are no numbers (line rejected)" },
-    { ProblemKind::EndlessLine, "too-long-line", "Lines that are too long (rejected)" },
-    { ProblemKind::DamagedRecord, "damaged-record", "Rows that belong nowhere (rejected)" },
-    { ProblemKind::TextBeyondRecord, "text-beyond-record",
-        "Lines with text behind the last column of their record" },
-    { ProblemKind::ControlCharacters, "control-characters", "Lines with control characters" },
-    { ProblemKind::OtherEncoding, "other-encoding",
-        "Lines in another encoding than those before them" },
-    { ProblemKind::FileChanged, "file-changed", "Files that changed while they were read" },
-    { ProblemKind::IdBlank, "blank-id-item", "Blank identification items" },
-    { ProblemKind::BlankIdentification, "blank-identification",
-        "Records without any identification" },
-    { ProblemKind::NotANumber, "not-a-number", "Texts where numbers are due" },
-    { ProblemKind::UnfitNumber, "unfit-number", "Numbers with more decimals or digits than fit" },
-    { ProblemKind::OutOfRange, "out-of-range", "Values below or above all codes" },
-    { ProblemKind::OutsideValueSet, "outside-value-set", "Values between the codes" },
-    { ProblemKind::MissingRecord, "missing-record", "Cases without a required record" },
-    { ProblemKind::TooManyRecords, "too-many-records", "More records than a case may have" },
-    { ProblemKind::LevelWithoutParent, "level-without-parent",
-        "Records whose level above has none" },
-    { ProblemKind::DuplicateCase, "duplicate-case", "Cases that come again" },
-    { ProblemKind::ScatteredCase, "scattered-case", "Cases that go on elsewhere" },
-    { ProblemKind::PartlySavedCase, "partly-saved-case", "Cases saved before they were complete" },
+    { ProblemKind::UnknownRecordType, "Lines with an unknown record type (rejected)" },
+    { ProblemKind::EndsInIdentification, "Lines that end within their identification (rejected)" },
+    { ProblemKind::IdNotANumber, "Identification items that are no numbers (line rejected)" },
+    { ProblemKind::EndlessLine, "Lines that are too long (rejected)" },
+    { ProblemKind::DamagedRecord, "Rows that belong nowhere (rejected)" },
+    { ProblemKind::TextBeyondRecord, "Lines with text behind the last column of their record" },
+    { ProblemKind::ControlCharacters, "Lines with control characters" },
+    { ProblemKind::OtherEncoding, "Lines in another encoding than those before them" },
+    { ProblemKind::FileChanged, "Files that changed while they were read" },
+    { ProblemKind::IdBlank, "Blank identification items" },
+    { ProblemKind::BlankIdentification, "Records without any identification" },
+    { ProblemKind::NotANumber, "Texts where numbers are due" },
+    { ProblemKind::UnfitNumber, "Numbers with more decimals or digits than fit" },
+    { ProblemKind::OutOfRange, "Values below or above all codes" },
+    { ProblemKind::OutsideValueSet, "Values between the codes" },
+    { ProblemKind::MissingRecord, "Cases without a required record" },
+    { ProblemKind::TooManyRecords, "More records than a case may have" },
+    { ProblemKind::LevelWithoutParent, "Records whose level above has none" },
+    { ProblemKind::DuplicateCase, "Cases that come again" },
+    { ProblemKind::ScatteredCase, "Cases that go on elsewhere" },
+    { ProblemKind::PartlySavedCase, "Cases saved before they were complete" },
 };
 
 static_assert(sizeof(kindTexts) / sizeof(kindTexts[0]) == tessel::ProblemKindCount);
@@ -66,11 +58,6 @@ QJsonValue numberOrNull(qint64 number)
 
 } // namespace
 
-QString problemName(ProblemKind kind)
-{
-    return QLatin1String(textsOf(kind).name);
-}
-
 QString describeKind(ProblemKind kind)
 {
     return QLatin1String(textsOf(kind).text);
@@ -78,7 +65,7 @@ QString describeKind(ProblemKind kind)
 
 ShownProblem::ShownProblem(const tessel::DataProblem& problem,
     const tessel::DataDictionary& dictionary, const std::vector<tessel::SourceFile>& files)
-    : kind(problemName(problem.kind))
+    : kind(tessel::problemKindName(problem.kind))
     , file(pathOf(files, problem.file))
     , line(problem.line)
     , caseKey(problem.caseKey)

@@ -6,9 +6,6 @@
 #include <QJsonObject>
 #include <QString>
 
-/*! Name of a kind of problem in CSV and JSON, for example "not-a-number". */
-QString problemName(tessel::ProblemKind kind);
-
 /*! What is wrong, for people, to stand before a number of problems. */
 QString describeKind(tessel::ProblemKind kind);
 
@@ -19,7 +16,7 @@ struct ShownProblem {
 
     QJsonObject toJson() const;
 
-    QString kind; /*!< see problemName() */
+    QString kind; /*!< see tessel::problemKindName() */
     QString file;
     qint64 line; /*!< 0: none */
     QString caseKey;
