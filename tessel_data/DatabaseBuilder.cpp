@@ -522,7 +522,8 @@ qint64 DatabaseBuilder::Job::rowsOfRecords() const
 void DatabaseBuilder::Job::checkCounts(const SourceCounts& read) const
 {
     bool addsUp = report.check.addsUp && read.addUp() && rowsOfRecords() == read.records
-        && report.rejects == read.rejectedLines;
+        && report.rejects == read.rejectedLines
+        && report.rows[std::size_t(plan.table(SystemTable::rejects))] == read.rejectedLines;
     if (plan.hasCases) {
         const int table = plan.table(SystemTable::cases);
         addsUp =
@@ -715,8 +716,8 @@ const BuildReport& DatabaseBuilder::report() const
 bool buildDatabase(DataSource& source, DatabaseTarget& target, const BuildOptions& options,
     BuildReport& report, const DataProgress& progress)
 {
-    DatabaseBuilder builder(source, target, options);
     try {
+        DatabaseBuilder builder(source, target, options);
         if (!runPipeline(source, builder, progress)) {
             target.abandon();
             return false;
