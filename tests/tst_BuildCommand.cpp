@@ -1,8 +1,8 @@
 // Reads databases that "tessel build" made back cell by cell and compares them with a slice of
 // their own: the layout from the dictionary's reader, columns cut out of decoded lines.
-#include "BuiltDatabase.h"
 #include "RunTessel.h"
 #include "SlicedData.h"
+#include "SqliteRows.h"
 
 #include <QtTest>
 

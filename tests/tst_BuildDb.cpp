@@ -1,7 +1,7 @@
 // Databases made of CSPro DB files, compared cell by cell with what queries on these files give.
-#include "BuiltDatabase.h"
 #include "RunTessel.h"
 #include "SlicedData.h"
+#include "SqliteRows.h"
 
 #include <QStandardPaths>
 #include <QtTest>
@@ -27,8 +27,9 @@ private slots:
     void python();
 
 private:
-    void compareTables(const Database& source, const Database& built, const QString& dictionary);
-    void compareTexts(const Database& source, const Database& built, const QString& dictionary);
+    void compareTables(
+        const SqliteRows& source, const SqliteRows& built, const QString& dictionary);
+    void compareTexts(const SqliteRows& source, const SqliteRows& built, const QString& dictionary);
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
@@ -57,8 +58,8 @@ void tst_BuildDb::corpus()
     const QString target = m_folder->filePath("t.sqlite");
     const Outcome outcome = runTessel({ "build", file, "--to", target });
     QVERIFY2(outcome.status == 0, outcome.errors.constData());
-    const Database source(file);
-    const Database built(target);
+    const SqliteRows source(file);
+    const SqliteRows built(target);
     QCOMPARE(built.value("PRAGMA integrity_check"), QStringLiteral("ok"));
     const QString dictionary = source.value("SELECT dictionary FROM meta");
     QCOMPARE(built.value("SELECT dictionary FROM tessel_sources"), dictionary);
@@ -75,7 +76,7 @@ void tst_BuildDb::corpus()
 
 // Cases are kept as lines of text.
 void tst_BuildDb::compareTexts(
-    const Database& source, const Database& built, const QString& dictionary)
+    const SqliteRows& source, const SqliteRows& built, const QString& dictionary)
 {
     QByteArray lines;
     for (const QStringList& row :
@@ -99,7 +100,7 @@ void tst_BuildDb::compareTexts(
 
 // A table for each record, a column for each item.
 void tst_BuildDb::compareTables(
-    const Database& source, const Database& built, const QString& dictionary)
+    const SqliteRows& source, const SqliteRows& built, const QString& dictionary)
 {
     TCSPro reader;
     reader.setReading(CSProReading::AsWritten);

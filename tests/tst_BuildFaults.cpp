@@ -1,7 +1,7 @@
 // What goes wrong while a database is made: the error is told, the former database stays, and
 // nothing is left behind.
-#include "BuiltDatabase.h"
 #include "RunTessel.h"
+#include "SqliteRows.h"
 
 #include <QStandardPaths>
 #include <QtTest>
@@ -177,7 +177,7 @@ void tst_BuildFaults::wholeTexts()
     const QByteArray line = "9" + QByteArray("long ").repeated(300) + "end";
     QVERIFY(writeFile(path("d.dat"), "101xx\n" + line + "\n"));
     QCOMPARE(build().status, 0);
-    const Database database(path("t.sqlite"));
+    const SqliteRows database(path("t.sqlite"));
     QCOMPARE(database.value("SELECT value FROM tessel_problems WHERE kind = 'unknown-record-type'"),
         QString::fromLatin1(line));
     QCOMPARE(database.rows("SELECT text, is_whole FROM tessel_rejects"),
@@ -197,7 +197,7 @@ void tst_BuildFaults::endlessLine()
     const Outcome outcome = build();
     QVERIFY2(
         outcome.output.contains("3 lines read = 2 rows + 1 rejects"), outcome.output.constData());
-    const Database database(path("t.sqlite"));
+    const SqliteRows database(path("t.sqlite"));
     QCOMPARE(database.rows("SELECT line, reason, is_whole, length(text) BETWEEN 30000 AND 1048576, "
                            "substr(text, 1, 10) FROM tessel_rejects"),
         (QVector<QStringList> { { "2", "too-long-line", "0", "1", "1 end1 end" } }));

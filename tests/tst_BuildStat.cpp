@@ -1,7 +1,7 @@
 // Databases made of SPSS and Stata files, compared cell by cell with what libreadstat hands over,
 // and with what R's haven reads.
-#include "BuiltDatabase.h"
 #include "RunTessel.h"
+#include "SqliteRows.h"
 #include "StatFiles.h"
 
 #include <QStandardPaths>
@@ -101,7 +101,7 @@ Contents read(const QString& path)
 }
 
 // Columns of the rows' tables but their number, all parts side by side.
-QVector<QStringList> rowsOf(const Database& database, const QString& suffix = QString())
+QVector<QStringList> rowsOf(const SqliteRows& database, const QString& suffix = QString())
 {
     QVector<QStringList> all;
     for (const QStringList& table :
@@ -129,7 +129,7 @@ QString labelOf(const Contents& contents, int column, const Cell& cell)
 }
 
 // Kinds of missing values by table column and row.
-QVector<QStringList> missingOf(const Database& database)
+QVector<QStringList> missingOf(const SqliteRows& database)
 {
     const bool isThere = database.value("SELECT count(*) FROM sqlite_master WHERE name = "
                                         "'tessel_missing'")
@@ -330,7 +330,7 @@ private:
     {
         return runTessel({ "build", file, "--to", path("t.sqlite") });
     }
-    static void compareHaven(const Database& database, const QByteArray& text);
+    static void compareHaven(const SqliteRows& database, const QByteArray& text);
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
@@ -346,7 +346,7 @@ void tst_BuildStat::missingCodes()
     QVERIFY(writeSpss(path("t.sav")));
     const Outcome outcome = build(path("t.sav"));
     QVERIFY2(outcome.status == 0, outcome.errors.constData());
-    const Database database(path("t.sqlite"));
+    const SqliteRows database(path("t.sqlite"));
     const QString none;
     QCOMPARE(rowsOf(database),
         (QVector<QStringList> { { "1", "-2", "89", "5", "x'" }, { "99", "-1", "90", "6.5", "y" },
@@ -366,7 +366,7 @@ void tst_BuildStat::missingKinds()
     QVERIFY(writeStata(path("t.dta")));
     const Outcome outcome = build(path("t.dta"));
     QVERIFY2(outcome.status == 0, outcome.errors.constData());
-    const Database database(path("t.sqlite"));
+    const SqliteRows database(path("t.sqlite"));
     const QString none;
     const QVector<QStringList> values { { none, none }, { none, none }, { none, none },
         { "1", "1.5" }, { "2", "2.5" } };
@@ -405,7 +405,7 @@ void tst_BuildStat::corpus()
     }
     QVERIFY2(outcome.status == 0, outcome.errors.constData());
     const Contents contents = read(file);
-    const Database database(path("t.sqlite"));
+    const SqliteRows database(path("t.sqlite"));
     QCOMPARE(database.value("PRAGMA integrity_check"), QStringLiteral("ok"));
     const auto variables = database.rows(
         "SELECT name, label, coalesce(value_set, '') FROM tessel_variables ORDER BY rowid");
@@ -465,7 +465,7 @@ void tst_BuildStat::haven_data()
     QTest::newRow("own Stata") << QStringLiteral("dta");
 }
 
-void tst_BuildStat::compareHaven(const Database& database, const QByteArray& text)
+void tst_BuildStat::compareHaven(const SqliteRows& database, const QByteArray& text)
 {
     const auto variables =
         database.rows("SELECT name, label, coalesce(value_set, '') FROM tessel_variables ORDER BY "
@@ -540,7 +540,7 @@ void tst_BuildStat::haven()
     if (!QFile::exists(haven.textOf(file)))
         QSKIP("haven does not read this file");
     QCOMPARE(build(file).status, 0);
-    compareHaven(Database(path("t.sqlite")), readFile(haven.textOf(file)));
+    compareHaven(SqliteRows(path("t.sqlite")), readFile(haven.textOf(file)));
 }
 
 QTEST_GUILESS_MAIN(tst_BuildStat)

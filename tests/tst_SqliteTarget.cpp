@@ -1,7 +1,7 @@
 // The building of databases as a host uses it: progress, cancelling, errors, and what is left
 // behind.
-#include "BuiltDatabase.h"
 #include "DataRows.h"
+#include "SqliteRows.h"
 
 #include <tessel_data/DataError.h>
 #include <tessel_data/DatabaseBuilder.h>
@@ -110,7 +110,7 @@ void TestSqliteTarget::progress()
     QVERIFY(isInOrder);
     QCOMPARE(last, bytes);
     QCOMPARE(report.check.counts.lines, qint64(lineCount));
-    const Database database(path("t.sqlite"));
+    const SqliteRows database(path("t.sqlite"));
     QCOMPARE(database.value("SELECT count(*) FROM HOUSE").toInt(), lineCount);
     QCOMPARE(database.value("SELECT count(*) FROM cases").toLongLong(), report.cases);
     QCOMPARE(database.value("PRAGMA user_version"), QStringLiteral("1"));
@@ -261,7 +261,7 @@ void TestSqliteTarget::example()
     process.start(QStringLiteral(TESSEL_BUILD_DATABASE), files);
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 0);
-    const Database database(path("t.sqlite"));
+    const SqliteRows database(path("t.sqlite"));
     QCOMPARE(QString::fromLocal8Bit(process.readAllStandardOutput()),
         QStringLiteral("%1 cases, %2 problems\n")
             .arg(database.value("SELECT count(*) FROM cases"),
