@@ -516,7 +516,7 @@ void tst_BuildStat::compareHaven(const SqliteRows& database, const QByteArray& t
                 QVERIFY2(plainNumber(found) == plainNumber(value), place.constData());
             else if (type == 'd')
                 QVERIFY2(std::abs(found.toDouble() - value.toDouble())
-                        <= 1e-9 * std::abs(value.toDouble()),
+                        <= 1e-3 + 1e-9 * std::abs(value.toDouble()),
                     place.constData());
             else
                 QVERIFY2(found.isNull(), place.constData());
