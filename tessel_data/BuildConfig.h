@@ -42,12 +42,15 @@ public:
 
     /*! \name The database: a file, or the address of one on a server, without its password. */
     /*! @{ */
+    /*! Empty: not said. */
     QString target() const;
+    /*! A password in \a target is not kept. */
     void setTarget(const QString& target);
     /*! @} */
 
     /*! \name What is taken of the data. */
     /*! @{ */
+    /*! All of them, when nothing was set. */
     DataSelection selection() const;
     /*! The record types of the entities are those of \a dictionary. */
     void setSelection(const DataSelection& selection, const DataDictionary& dictionary);

@@ -6,6 +6,7 @@
 
 namespace tessel {
 
+/*! Where in which database the tables are made. */
 struct PostgresOptions {
     QString connection; /*!< "postgresql://user@host/database", as libpq takes it */
     QString schema; /*!< made when it is not there; empty: the first of the search path */

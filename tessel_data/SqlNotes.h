@@ -10,6 +10,7 @@ namespace tessel {
 
 /*! Something in a database that has a name, as the dictionary calls it. */
 struct SqlThing {
+    /*! What it is. */
     enum class Kind {
         Own, /*!< of the database itself; nobody is told of its name */
         Table,
@@ -28,7 +29,9 @@ struct SqlThing {
 
 /*! What a person is told of a table, or of a name that is not written as in the dictionary. */
 struct SqlNote {
+    /*! What is told of it. */
     enum class Kind { Renamed, Quoted, NoColumns, InParts };
+    /*! Why it is not written as in the dictionary. */
     enum class Reason { None, NotAllowed, Taken, ReservedWord, OtherCharacters };
 
     Kind kind = Kind::Renamed;
