@@ -132,6 +132,7 @@ private:
         const SqliteQuery& row, int column);
     void setText(
         DataBatch& batch, quint32 cell, const DataVariable& variable, std::string_view text);
+    void tellEncoding(DataBatch& batch, const DataVariable& variable, TextRef text) const;
     void tellOrphans();
     void tellOrphans(const QString& table, const QString& parent, const QString& parentId);
     DataBatch& batch();
@@ -375,6 +376,11 @@ void CSProDbSource::Job::readIds(std::size_t level, const SqliteQuery& source)
         if (kind != ValueKind::Number && kind != ValueKind::Blank)
             values[i].text = std::string(scratch.textOf(cell));
     }
+    for (DataBatch::Told& told : scratch.told) {
+        DataBatch& current = batch();
+        told.text = current.keep(scratch.text(told.text));
+        current.told.push_back(told);
+    }
 }
 
 void CSProDbSource::Job::addRow(const SqliteQuery& source, int record, qint64 number)
@@ -474,8 +480,19 @@ void CSProDbSource::Job::setText(
     const CodeTable* codes = variable.codes.get();
     if (value.empty())
         return target.set(cell, codes ? codes->stateOfBlank() : ValueState());
-    target.setText(
-        cell, codes ? codes->stateOf(value) : ValueState(ValueKind::Text), target.keep(value));
+    const TextRef kept = target.keep(value);
+    target.setText(cell, codes ? codes->stateOf(value) : ValueState(ValueKind::Text), kept);
+    if (decoded.encoding() == TextEncoding::Windows1252)
+        tellEncoding(target, variable, kept);
+}
+
+// The texts of a database are UTF-8, unless another program wrote one.
+void CSProDbSource::Job::tellEncoding(
+    DataBatch& target, const DataVariable& variable, TextRef text) const
+{
+    const auto index = int(&variable - dictionary.variables.data());
+    target.told.push_back(
+        { LineProblem::OtherEncoding, 0, index, row, files.front().counts.cases - 1, text });
 }
 
 // Numbers stand with their decimals in place, whole ones as integers.

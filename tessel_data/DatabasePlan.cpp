@@ -120,12 +120,16 @@ Type typeOf(const DataVariable& variable)
     return variable.width > LongestSqlInteger ? Type::Digits : Type::Integer;
 }
 
-// A column of whole numbers takes the fractions that SPSS and Stata files may hold all the same in
-// SQLite; in PostgreSQL it does not.
+// Values that are wider than their item, as a CSPro DB may hold them, and the fractions that SPSS
+// and Stata files may hold in a column of whole numbers: SQLite takes them all the same, in
+// PostgreSQL the type has no bounds.
 QString sqlTypeOf(const DataVariable& variable, SqlDialect dialect)
 {
-    if (variable.type == DataVariable::Type::Real && dialect == SqlDialect::PostgreSql)
-        return QStringLiteral("DOUBLE PRECISION");
+    if (dialect == SqlDialect::PostgreSql) {
+        return variable.type == DataVariable::Type::Real
+            ? QStringLiteral("DOUBLE PRECISION")
+            : sqlTypeName(tessel::sqlTypeOf(shapeOf(variable), dialect), dialect);
+    }
     if (variable.type == DataVariable::Type::Real && variable.decimals == 0)
         return sqlTypeName(SqlType::Integer, dialect);
     return sqlTypeName(shapeOf(variable), dialect);
@@ -147,6 +151,18 @@ QString plainTypeName(Type type, SqlDialect dialect)
         break;
     }
     return QStringLiteral("TEXT");
+}
+
+// What a value takes at most in a row of PostgreSQL, with the blank bytes before the next one:
+// longer texts and numbers are kept apart from 25 bytes on.
+int mostRowBytes(Type type)
+{
+    constexpr int number = 8;
+    constexpr int decimal = 16; // of 18 digits
+    constexpr int longest = 24;
+    if (type == Type::Integer || type == Type::Real)
+        return number;
+    return type == Type::Decimal ? decimal : longest;
 }
 
 bool isInvalid(Special special)
@@ -229,6 +245,7 @@ private:
     QVector<Group> repeatGroups(int record) const;
     int rootOf(int variable) const;
     void addGroup(int record, const Group& group, bool isRepeat);
+    int countOfPart(int record, const Group& group, int first, int own) const;
     void addPart(int record, const Group& group, int first, int count, int part);
     DatabaseColumn column(const DataVariable& variable, int index, const QString& name);
     DatabaseColumn ownColumn(const QString& name, Role role, const QString& label) const;
@@ -359,15 +376,34 @@ void DatabasePlanner::addRecord(int record)
 void DatabasePlanner::addGroup(int record, const Group& group, bool isRepeat)
 {
     const int own = (m_plan.hasCases ? 2 : 1) + (isRepeat ? 1 : 0);
-    const int most = mostSqlColumns(m_options.dialect) - own;
     const int count = group.places.first().size();
-    for (int first = 0, part = 1; part == 1 || first < count; first += most, ++part)
-        addPart(record, group, first, std::min(most, count - first), part);
-    if (count > most) {
+    int part = 0;
+    for (int first = 0; part == 0 || first < count;) {
+        const int taken = countOfPart(record, group, first, own);
+        addPart(record, group, first, taken, ++part);
+        first += taken;
+    }
+    if (part > 1) {
         m_plan.notes.append({ SqlNote::Kind::InParts,
             { SqlThing::Kind::Table, group.name, QString() }, QString(), SqlNote::Reason::None,
             count, 0, { QStringLiteral("case_id"), QStringLiteral("row") } });
     }
+}
+
+// The columns from first on that one table takes, also when all of them are filled.
+int DatabasePlanner::countOfPart(int record, const Group& group, int first, int own) const
+{
+    const QVector<int>& places = group.places.first();
+    const int end = std::min(places.size(), first + mostSqlColumns(m_options.dialect) - own);
+    if (m_options.dialect == SqlDialect::Sqlite)
+        return end - first;
+    int bytes = own * mostRowBytes(Type::Integer);
+    for (int i = first; i < end; ++i) {
+        bytes += mostRowBytes(typeOf(m_dictionary.variable(record, places.at(i))));
+        if (bytes > MostSqlRowBytes)
+            return i - first;
+    }
+    return end - first;
 }
 
 void DatabasePlanner::addPart(int record, const Group& group, int first, int count, int part)

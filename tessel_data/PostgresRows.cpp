@@ -1,6 +1,7 @@
 #include <tessel_data/PostgresRows_p.h>
 
 #include <tessel_data/DataError.h>
+#include <tessel_data/LineText_p.h>
 
 #include <QtEndian>
 
@@ -45,10 +46,13 @@ void putNull(std::string& bytes)
     put(bytes, qint32(-1));
 }
 
-void putText(std::string& bytes, std::string_view text)
+// What is no UTF-8 is taken for Windows-1252, as in all that is read.
+void putText(std::string& bytes, LineText& line, std::string_view original)
 {
     static const std::string_view picture = "\xE2\x90\x80";
-    if (text.find('\0') == std::string_view::npos) {
+    line.set(original);
+    const std::string_view text = line.text();
+    if (!line.hasControlCharacters() || text.find('\0') == std::string_view::npos) {
         put(bytes, qint32(text.size()));
         bytes.append(text);
         return;
@@ -130,12 +134,13 @@ bool putNumber(std::string& bytes, Type type, const DatabaseValue& value)
     return true;
 }
 
-void putValue(std::string& bytes, const DatabaseColumn& column, const DatabaseValue& value)
+void putValue(
+    std::string& bytes, LineText& line, const DatabaseColumn& column, const DatabaseValue& value)
 {
     if (value.kind == Kind::Null) {
         putNull(bytes);
     } else if (column.type == Type::Text && value.kind == Kind::Text) {
-        putText(bytes, value.text);
+        putText(bytes, line, value.text);
     } else if (!putNumber(bytes, column.type, value)) {
         throw DataError(DataError::Code::DoesNotAddUp, column.name,
             QStringLiteral("is a column that a value does not fit; this is an error of the "
@@ -157,11 +162,12 @@ std::string_view PostgresRows::trailer()
 
 void PostgresRows::append(std::string& bytes, const DatabaseTable& table, const DatabaseRows& rows)
 {
+    LineText line;
     const int columns = table.columns.size();
     for (std::size_t row = 0; row < rows.count(); ++row) {
         put(bytes, qint16(columns));
         for (int c = 0; c < columns; ++c)
-            putValue(bytes, table.columns.at(c), rows.value(row, c));
+            putValue(bytes, line, table.columns.at(c), rows.value(row, c));
     }
 }
 

@@ -111,7 +111,8 @@ void PostgresTarget::Job::begin(const DatabasePlan& databasePlan)
     server.run(QStringLiteral(
         "SET client_min_messages = error; SET standard_conforming_strings = on; BEGIN; "
         "SET LOCAL statement_timeout = 0; SET LOCAL lock_timeout = 0; "
-        "SET LOCAL idle_in_transaction_session_timeout = 0"));
+        "SET LOCAL idle_in_transaction_session_timeout = 0; "
+        "SET LOCAL default_statistics_target = 30")); // of ANALYZE, the server's own comes later
     m_schema.emplace(server, options.schema);
     m_schema->prepare(*m_plan, options.replaces);
     for (std::size_t t = 0; t < m_plan->tables.size(); ++t) {

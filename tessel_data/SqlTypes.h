@@ -24,6 +24,9 @@ struct SqlShape {
 /*! Digits of a whole number that always fits 64 bits. */
 constexpr int LongestSqlInteger = 18;
 
+/*! Bytes of a row that PostgreSQL surely takes; texts that are long are kept apart. */
+constexpr int MostSqlRowBytes = 7900;
+
 /*! Whole numbers of more than 18 digits do not fit an integer. */
 TESSEL_DATA_EXPORT SqlType sqlTypeOf(const SqlShape& shape, SqlDialect dialect);
 

@@ -2,6 +2,7 @@
 
 #include <tessel_data/Blanks_p.h>
 #include <tessel_data/DataError.h>
+#include <tessel_data/LineText_p.h>
 
 #include <model_Tessel/StatInput.h>
 
@@ -41,6 +42,7 @@ private:
 
     int takeValue(int row, int column, const readstat_value_t& value);
     void set(quint32 cell, int column, const readstat_value_t& value);
+    void setText(quint32 cell, int column, const char* bytes);
 
     [[noreturn]] void fail(DataError::Code code, const QString& text) const;
     void checkInput() const;
@@ -51,6 +53,7 @@ private:
     qint64 m_row = -1;
     quint32 m_firstCell = 0;
     bool m_isStopped = false;
+    LineText m_text;
     std::exception_ptr m_failure; // no exception may cross the frames of libreadstat
 };
 
@@ -162,12 +165,8 @@ void StatSource::Job::set(quint32 cell, int column, const readstat_value_t& valu
     const CodeTable* codes = dictionary.variable(0, column).codes.get();
     const readstat_type_t type = readstat_value_type(value);
     if (type == READSTAT_TYPE_STRING || type == READSTAT_TYPE_STRING_REF) {
-        const char* const bytes = readstat_string_value(value);
-        const std::string_view text =
-            bytes ? withoutTrailingBlanks({ bytes, std::strlen(bytes) }) : std::string_view();
-        if (!text.empty())
-            batch.setText(
-                cell, codes ? codes->stateOf(text) : ValueState(ValueKind::Text), batch.keep(text));
+        if (const char* const bytes = readstat_string_value(value))
+            setText(cell, column, bytes);
         return;
     }
     if (readstat_value_is_tagged_missing(value)) {
@@ -178,6 +177,23 @@ void StatSource::Job::set(quint32 cell, int column, const readstat_value_t& valu
     if (readstat_value_is_system_missing(value) || std::isnan(number))
         return;
     batch.setReal(cell, codes ? codes->stateOf(number) : ValueState(ValueKind::Real), number);
+}
+
+// A file may say that it is UTF-8 and hold a text that is not.
+void StatSource::Job::setText(quint32 cell, int column, const char* bytes)
+{
+    DataBatch& batch = m_sink->batch();
+    m_text.set({ bytes, std::strlen(bytes) });
+    const std::string_view text = withoutTrailingBlanks(m_text.text());
+    if (text.empty())
+        return;
+    const CodeTable* codes = dictionary.variable(0, column).codes.get();
+    const TextRef kept = batch.keep(text);
+    batch.setText(cell, codes ? codes->stateOf(text) : ValueState(ValueKind::Text), kept);
+    if (m_text.encoding() == TextEncoding::Windows1252) {
+        batch.told.push_back({ LineProblem::OtherEncoding, 0,
+            dictionary.records.front().columns.at(column), m_row + 1, -1, kept });
+    }
 }
 
 StatSource::StatSource(const QString& path, TStatFileKind kind)
