@@ -6,12 +6,9 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
-
-namespace {
-
-} // namespace
 
 class tst_Commands : public QObject {
     Q_OBJECT
@@ -34,6 +31,7 @@ private slots:
     void likeProblemsAreCounted();
     void quotesAreCut();
     void readmeShowsRealOutput();
+    void readmeShowsARealDatabase();
     void readmeShowsTheExamplePrograms();
 };
 
@@ -316,6 +314,32 @@ void tst_Commands::readmeShowsRealOutput()
     QVERIFY(process.waitForFinished());
     const QString output = QString::fromUtf8(process.readAllStandardOutput());
     QCOMPARE(output.left(end - start), readme.mid(start, end - start));
+}
+
+void tst_Commands::readmeShowsARealDatabase()
+{
+    if (QStandardPaths::findExecutable("sqlite3").isEmpty())
+        QSKIP("sqlite3 is not installed");
+    const QString readme = QString::fromUtf8(readFile(QStringLiteral(TESSEL_SOURCE "/README.md")));
+    const int start = readme.indexOf("$ ./run build ");
+    const QStringList lines = readme.mid(start, readme.indexOf("\n```", start) - start).split('\n');
+    QTemporaryDir folder;
+    QVERIFY(QFile::link(QStringLiteral(TESSEL_SOURCE "/examples"), folder.filePath("examples")));
+    QStringList shown;
+    for (const QString& line : lines) {
+        if (!line.startsWith("$ "))
+            continue;
+        QString command = line.mid(2);
+        QProcess process;
+        process.setWorkingDirectory(folder.path());
+        process.start(
+            "sh", { "-c", command.replace("./run", QStringLiteral("'" TESSEL_PROGRAM "'")) });
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.readAllStandardError(), QByteArray());
+        shown += line;
+        shown += QString::fromUtf8(process.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+    }
+    QCOMPARE(shown, lines);
 }
 
 // The test of the package builds and runs them.
