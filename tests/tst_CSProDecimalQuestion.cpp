@@ -27,8 +27,6 @@ private slots:
     void theAnswerForAllIsRemembered();
     void noQuestion_data();
     void noQuestion();
-    void showMessageBoxDecimal_data();
-    void showMessageBoxDecimal();
 };
 
 void tst_CSProDecimalQuestion::initTestCase()
@@ -218,40 +216,6 @@ void tst_CSProDecimalQuestion::noQuestion()
     QCOMPARE(user.boxes, 0);
     QCOMPARE(entriesOf(parser), entries);
     QCOMPARE(parser.decimalButton, 0);
-}
-
-void tst_CSProDecimalQuestion::showMessageBoxDecimal_data()
-{
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<int>("boxes");
-    row("not answered yet", 0, 1);
-    row("yes to all", 1, 0);
-    row("no to all", 2, 0);
-    row("asked every time", 3, 1);
-}
-
-// Nothing but the button is stored: who asks stores the answer for all.
-void tst_CSProDecimalQuestion::showMessageBoxDecimal()
-{
-    QFETCH(int, answer);
-    QFETCH(int, boxes);
-    TCSPro parser;
-    parser.decimalAnswer = answer;
-    parser.decimalButton = -1;
-    parser.undefinedButton = -2;
-    parser.undefinedAnswer = 1;
-    BoxUser user({ QMessageBox::NoToAll });
-    parser.showMessageBoxDecimal("text", "more", "title", QMessageBox::Information);
-    QCOMPARE(user.boxes, boxes);
-    QCOMPARE(parser.decimalButton, boxes > 0 ? int(QMessageBox::NoToAll) : -1);
-    QCOMPARE(parser.decimalAnswer, answer);
-    QCOMPARE(parser.undefinedButton, -2);
-    QCOMPARE(parser.undefinedAnswer, 1);
-    if (boxes > 0) {
-        QCOMPARE(user.text, QString("text"));
-        QCOMPARE(user.informativeText, QString("more"));
-        QCOMPARE(user.title, QString("title"));
-    }
 }
 
 QTEST_MAIN(tst_CSProDecimalQuestion)

@@ -25,6 +25,18 @@ public:
     }
 };
 
+// A question that remembers the answer for all, and the button of its last box.
+struct Question {
+    void (TCSPro::*ask)(const QString&, const QString&, const QString&, QMessageBox::Icon);
+    int TCSPro::*answer;
+    int TCSPro::*button;
+};
+
+const Question decimalQuestion { &TCSPro::showMessageBoxDecimal, &TCSPro::decimalAnswer,
+    &TCSPro::decimalButton };
+const Question undefinedQuestion { &TCSPro::showMessageBoxUndefined, &TCSPro::undefinedAnswer,
+    &TCSPro::undefinedButton };
+
 } // namespace
 
 class tst_CSProMessageBox : public QObject {
@@ -36,8 +48,8 @@ private slots:
     void messageBox_data();
     void messageBox();
     void theMessageBoxIsReused();
-    void undefinedQuestion_data();
-    void undefinedQuestion();
+    void questions_data();
+    void questions();
     void theDecimalQuestionIsTranslated();
 };
 
@@ -93,33 +105,41 @@ void tst_CSProMessageBox::theMessageBoxIsReused()
     QCOMPARE(user.icon, QMessageBox::Critical);
 }
 
-void tst_CSProMessageBox::undefinedQuestion_data()
+void tst_CSProMessageBox::questions_data()
 {
+    QTest::addColumn<bool>("isDecimal");
     QTest::addColumn<int>("answer");
     QTest::addColumn<int>("boxes");
-    row("not answered yet", 0, 1);
-    row("yes to all", 1, 0);
-    row("no to all", 2, 0);
-    row("asked every time", 3, 1);
+    for (const bool isDecimal : { true, false }) {
+        const char* const name = isDecimal ? "decimal" : "undefined";
+        QTest::addRow("%s: not answered yet", name) << isDecimal << 0 << 1;
+        QTest::addRow("%s: yes to all", name) << isDecimal << 1 << 0;
+        QTest::addRow("%s: no to all", name) << isDecimal << 2 << 0;
+        QTest::addRow("%s: asked every time", name) << isDecimal << 3 << 1;
+    }
 }
 
-// Nothing but the button is stored: who asks stores the answer for all.
-void tst_CSProMessageBox::undefinedQuestion()
+// Nothing but the button is stored, and nothing of the other question: who asks stores the answer
+// for all.
+void tst_CSProMessageBox::questions()
 {
+    QFETCH(bool, isDecimal);
     QFETCH(int, answer);
     QFETCH(int, boxes);
+    const Question& asked = isDecimal ? decimalQuestion : undefinedQuestion;
+    const Question& other = isDecimal ? undefinedQuestion : decimalQuestion;
     TCSPro parser;
-    parser.undefinedAnswer = answer;
-    parser.undefinedButton = -1;
-    parser.decimalButton = -2;
-    parser.decimalAnswer = 1;
+    parser.*asked.answer = answer;
+    parser.*asked.button = -1;
+    parser.*other.answer = 1;
+    parser.*other.button = -2;
     BoxUser user({ QMessageBox::YesToAll });
-    parser.showMessageBoxUndefined("text", "more", "title", QMessageBox::Information);
+    (parser.*asked.ask)("text", "more", "title", QMessageBox::Information);
     QCOMPARE(user.boxes, boxes);
-    QCOMPARE(parser.undefinedButton, boxes > 0 ? int(QMessageBox::YesToAll) : -1);
-    QCOMPARE(parser.undefinedAnswer, answer);
-    QCOMPARE(parser.decimalButton, -2);
-    QCOMPARE(parser.decimalAnswer, 1);
+    QCOMPARE(parser.*asked.button, boxes > 0 ? int(QMessageBox::YesToAll) : -1);
+    QCOMPARE(parser.*asked.answer, answer);
+    QCOMPARE(parser.*other.button, -2);
+    QCOMPARE(parser.*other.answer, 1);
     if (boxes > 0) {
         QCOMPARE(user.text, QString("text"));
         QCOMPARE(user.informativeText, QString("more"));

@@ -36,6 +36,23 @@ public:
     int failure = 0;
 };
 
+// A field of four characters, and its item with one special code.
+struct CodedField {
+    CodedField(QString TCSProItem::*kind, const QString& code, int type, const QString& value)
+        : field(&importer)
+    {
+        item.*kind = code;
+        field.item = &item;
+        field.fieldType = type;
+        field.length = 4;
+        field.setAsString(value);
+    }
+
+    TCSProDataImport importer;
+    TCSProItem item;
+    TCSProVariable field;
+};
+
 } // namespace
 
 class tst_CSProVariable : public QObject {
@@ -318,7 +335,7 @@ void tst_CSProVariable::missing_data()
 {
     QTest::addColumn<QString>("code");
     QTest::addColumn<QString>("value");
-    QTest::addColumn<bool>("missing");
+    QTest::addColumn<bool>("isSpecial");
 
     row("the code", "9", "9", true);
     row("another value", "9", "8", false);
@@ -340,21 +357,15 @@ void tst_CSProVariable::missing()
 {
     QFETCH(QString, code);
     QFETCH(QString, value);
-    QFETCH(bool, missing);
+    QFETCH(bool, isSpecial);
     for (int type : { 1, 2, 3 }) {
-        TCSProDataImport importer;
-        TCSProItem item;
-        item.missingCode = code;
-        TCSProVariable field(&importer);
-        field.item = &item;
-        field.fieldType = type;
-        field.length = 4;
-        field.setAsString(value);
-        QCOMPARE(field.isMissing(), missing);
+        CodedField coded(&TCSProItem::missingCode, code, type, value);
+        TCSProVariable& field = coded.field;
+        QCOMPARE(field.isMissing(), isSpecial);
         QCOMPARE(field.isNotApplicable(), false);
         // The item's code counts, not the field's copy.
         field.missingValue = QStringLiteral("x");
-        QCOMPARE(field.isMissing(), missing);
+        QCOMPARE(field.isMissing(), isSpecial);
         field.conversionFailed = true;
         QCOMPARE(field.isMissing(), true);
         QCOMPARE(field.isNotApplicable(), false);
@@ -370,20 +381,14 @@ void tst_CSProVariable::notApplicable()
 {
     QFETCH(QString, code);
     QFETCH(QString, value);
-    QFETCH(bool, missing);
+    QFETCH(bool, isSpecial);
     for (int type : { 1, 2, 3 }) {
-        TCSProDataImport importer;
-        TCSProItem item;
-        item.notApplicableCode = code;
-        TCSProVariable field(&importer);
-        field.item = &item;
-        field.fieldType = type;
-        field.length = 4;
-        field.setAsString(value);
-        QCOMPARE(field.isNotApplicable(), missing);
+        CodedField coded(&TCSProItem::notApplicableCode, code, type, value);
+        TCSProVariable& field = coded.field;
+        QCOMPARE(field.isNotApplicable(), isSpecial);
         QCOMPARE(field.isMissing(), false);
         field.notApplicableValue = QStringLiteral("x");
-        QCOMPARE(field.isNotApplicable(), missing);
+        QCOMPARE(field.isNotApplicable(), isSpecial);
     }
 }
 
