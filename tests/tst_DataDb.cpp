@@ -1,10 +1,13 @@
 #include "DataRows.h"
+#include "PeakMemory.h"
+#include "SqliteRows.h"
 
 #include <tessel_data/CSProDb.h>
 #include <tessel_data/CSProDbSource.h>
 #include <tessel_data/DataError.h>
 
 #include <QDir>
+#include <QtEndian>
 
 #include <sqlite3.h>
 
@@ -137,6 +140,61 @@ int codeOf(const QString& path)
     return -1;
 }
 
+QByteArray bigEndian(quint32 number)
+{
+    const quint32 swapped = qToBigEndian(number);
+    return QByteArray(reinterpret_cast<const char*>(&swapped), sizeof swapped);
+}
+
+// A number as SQLite writes it in its records, seven bits in each byte.
+QByteArray packed(quint64 number)
+{
+    constexpr int bits = 7;
+    QByteArray bytes(1, char(number & 0x7F));
+    for (number >>= bits; number > 0; number >>= bits)
+        bytes.prepend(char(0x80 | (number & 0x7F)));
+    return bytes;
+}
+
+constexpr quint32 PageSize = 4096;
+
+// The page of a table with one row of the table meta, whose dictionary has that many bytes. Most
+// of them stand on further pages, from firstPage on.
+QByteArray metaPage(quint32 size, quint32 firstPage)
+{
+    constexpr quint32 least = (PageSize - 12) * 32 / 255 - 23; // bytes that a page keeps of a row
+    constexpr quint32 most = PageSize - 35;
+    const QByteArray types = packed(1) + packed(13 + 2 * 3) + packed(13 + 2 * quint64(size));
+    const QByteArray begin = packed(quint64(types.size()) + 1) + types + "\x03" + "8.0";
+    const quint32 row = quint32(begin.size()) + size;
+    quint32 kept = least + (row - least) % (PageSize - 4);
+    kept = kept > most ? least : kept;
+    const QByteArray cell = packed(row) + packed(1) + begin
+        + QByteArray(int(kept) - begin.size(), 'x') + bigEndian(firstPage);
+    const QByteArray start = bigEndian(PageSize - quint32(cell.size())).right(2);
+    const QByteArray head = QByteArray("\x0D\0\0\0\x01", 5) + start + '\0' + start;
+    return head + QByteArray(int(PageSize) - head.size() - cell.size(), '\0') + cell;
+}
+
+// Makes the dictionary of the file that large, with a hole where most of it would stand.
+bool enlargeDictionary(const QString& path, quint32 size)
+{
+    const int page = SqliteRows(path)
+                         .value(QStringLiteral("SELECT rootpage FROM sqlite_master "
+                                               "WHERE name = 'meta'"))
+                         .toInt();
+    QFile file(path);
+    if (page < 2 || !file.open(QIODevice::ReadWrite))
+        return false;
+    const auto pages = quint32(file.size() / PageSize);
+    const quint32 newPages = pages + size / (PageSize - 4) + 1;
+    constexpr int pagesPlace = 28;
+    return file.seek(pagesPlace) && file.write(bigEndian(newPages)) == 4
+        && file.seek(qint64(page - 1) * PageSize)
+        && file.write(metaPage(size, pages + 1)) == PageSize
+        && file.resize(qint64(newPages) * PageSize);
+}
+
 } // namespace
 
 class TestDataDb : public QObject {
@@ -155,6 +213,7 @@ private slots:
     void leavesNothing();
     void errors_data();
     void errors();
+    void hugeDictionary();
     void busy();
 
 private:
@@ -438,6 +497,29 @@ void TestDataDb::errors()
     QFETCH(QByteArray, sql);
     Database(path("e.csdb")).run(sql);
     QTEST(codeOf(path("e.csdb")), "code");
+}
+
+// The length is asked first: reading on would find no further page, and call the file damaged.
+void TestDataDb::hugeDictionary()
+{
+    constexpr quint32 size = 999'000'000;
+    const QString file = path("h.csdb");
+    Database(file).run("PRAGMA page_size = 4096;" + metaSql("3") + casesSql + tablesSql + rowsSql);
+    QVERIFY(enlargeDictionary(file, size));
+    QVERIFY(QFileInfo(file).size() > size);
+    const SqliteRows plain(file);
+    QCOMPARE(plain.value("SELECT schema_version || cspro_version || typeof(dictionary) FROM meta"),
+        QStringLiteral("38.0text"));
+    const auto before = peakMemory();
+    try {
+        const CSProDbSource source(file);
+        QFAIL("a dictionary of nearly a gigabyte was read");
+    } catch (const DataError& error) {
+        QCOMPARE(error.code, DataError::Code::Damaged);
+        QCOMPARE(error.text,
+            QStringLiteral("holds a text, such as its dictionary, larger than 256 MiB"));
+    }
+    QVERIFY2(peakMemory() - before < 10'000, qPrintable(QString::number(peakMemory() - before)));
 }
 
 void TestDataDb::busy()

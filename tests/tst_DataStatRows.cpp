@@ -5,8 +5,11 @@
 #include <tessel_data/Pipeline.h>
 #include <tessel_data/StatSource.h>
 
+#include <QDateTime>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <functional>
 
 using namespace tessel;
 
@@ -121,7 +124,11 @@ void compare(const QString& path)
 {
     StatSource source(path, kindOf(path));
     TableConsumer found(source.dictionary());
-    QVERIFY(runPipeline(source, found));
+    qint64 done = 0;
+    QVERIFY(runPipeline(source, found, [&done](qint64 rows, qint64) {
+        done = rows;
+        return true;
+    }));
     Table expected;
     QVERIFY(readPlainly(path, expected));
     QVERIFY(found.isInOrder);
@@ -129,6 +136,57 @@ void compare(const QString& path)
     QCOMPARE(found.table.rows.size(), expected.rows.size());
     for (int row = 0; row < expected.rows.size(); ++row)
         QCOMPARE(found.table.rows.at(row), expected.rows.at(row));
+    const SourceCounts counts = source.counts();
+    QVERIFY(counts.addUp());
+    QCOMPARE(counts.records, qint64(expected.rows.size()));
+    QCOMPARE(done, counts.lines);
+}
+
+// A file of 50,000 rows of four numbers, which are more than a batch takes.
+QString writeNumbers(const QTemporaryDir& folder, const QString& name)
+{
+    const QString path = folder.filePath(name);
+    StatFileWriter writer;
+    for (const char* variable : { "a", "b", "c", "d" })
+        writer.add(variable, READSTAT_TYPE_DOUBLE, nullptr);
+    writer.setNumber(0.1);
+    return writer.write(path, kindOf(path), 50'000) ? path : QString();
+}
+
+// Ends after the first batch, and keeps what is told.
+class OneBatch : public BatchSink {
+public:
+    DataBatch& batch() override
+    {
+        return m_batch;
+    }
+    bool deliver() override
+    {
+        ++deliveries;
+        rows += qint64(m_batch.records.size());
+        m_batch.clear();
+        return false;
+    }
+
+    int deliveries = 0;
+    qint64 rows = 0;
+
+private:
+    DataBatch m_batch;
+};
+
+QString errorOfReading(const QString& path, const std::function<void()>& beforeRows = {})
+{
+    try {
+        StatSource source(path, kindOf(path));
+        if (beforeRows)
+            beforeRows();
+        TableConsumer found(source.dictionary());
+        runPipeline(source, found);
+    } catch (const DataError& error) {
+        return error.file == path ? error.text : QString();
+    }
+    return QString();
 }
 
 } // namespace
@@ -144,6 +202,13 @@ private slots:
     void missingKinds();
     void texts_data();
     void texts();
+    void otherEncoding();
+    void stopped_data();
+    void stopped();
+    void changed_data();
+    void changed();
+    void cut_data();
+    void cut();
 };
 
 void TestDataStatRows::examples_data()
@@ -263,6 +328,103 @@ void TestDataStatRows::texts()
     QCOMPARE(found.table.names, (QByteArrayList { "before", "text", "behind" }));
     QCOMPARE(found.table.rows.value(0), (QByteArrayList { number, "'" + text + '\'', number }));
     QCOMPARE(found.table.rows.value(1), (QByteArrayList { number, ".", number }));
+}
+
+// A file that says it is UTF-8 and has another text in its first row only.
+void TestDataStatRows::otherEncoding()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("e.dta"));
+    StatFileWriter writer;
+    writer.add("number", READSTAT_TYPE_DOUBLE, nullptr);
+    writer.add("name", READSTAT_TYPE_STRING, nullptr, nullptr, 9);
+    writer.setFirstText("Zo\xEB");
+    QVERIFY(writer.write(path, TStatFileKind::Stata, 2));
+    struct Told : DataConsumer {
+        void take(const DataBatch& batch) override
+        {
+            for (const DataBatch::Told& one : batch.told) {
+                const std::string_view text = batch.text(one.text);
+                lines.append(QStringLiteral("%1 %2 %3 %4")
+                                 .arg(one.line)
+                                 .arg(int(one.problem))
+                                 .arg(one.variable)
+                                 .arg(QString::fromUtf8(text.data(), int(text.size()))));
+            }
+        }
+        void finish(const DataSource&) override
+        {
+        }
+        QStringList lines;
+    } told;
+    StatSource source(path, TStatFileKind::Stata);
+    QVERIFY(runPipeline(source, told));
+    QCOMPARE(told.lines,
+        QStringList { QStringLiteral("1 %1 1 Zo\u00EB").arg(int(LineProblem::OtherEncoding)) });
+}
+
+void TestDataStatRows::stopped_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char* name : { "n.sav", "n.dta" })
+        QTest::newRow(name) << QString::fromLatin1(name);
+}
+
+// To be stopped is no error, and what was read until then is counted.
+void TestDataStatRows::stopped()
+{
+    QFETCH(QString, name);
+    const QTemporaryDir folder;
+    const QString path = writeNumbers(folder, name);
+    StatSource source(path, kindOf(path));
+    OneBatch sink;
+    source.read(sink);
+    QCOMPARE(sink.deliveries, 1);
+    QVERIFY(sink.rows > 0 && sink.rows < 50'000);
+    QCOMPARE(source.counts().lines, sink.rows);
+    QVERIFY(source.counts().addUp());
+}
+
+void TestDataStatRows::changed_data()
+{
+    stopped_data();
+}
+
+// Another program writes to the file when its dictionary is read and its rows are not.
+void TestDataStatRows::changed()
+{
+    QFETCH(QString, name);
+    const QTemporaryDir folder;
+    const QString path = writeNumbers(folder, name);
+    const QString text = errorOfReading(path, [&path] {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(file.size() - 300'000));
+        QVERIFY(file.setFileTime(
+            QDateTime::currentDateTime().addSecs(5), QFileDevice::FileModificationTime));
+    });
+    QVERIFY2(text.contains(QLatin1String("it was changed while it was read")), qPrintable(text));
+}
+
+void TestDataStatRows::cut_data()
+{
+    QTest::addColumn<int>("bytes");
+    QTest::addColumn<int>("rows");
+    QTest::newRow("between rows") << 64 << 49'998;
+    QTest::newRow("in a row") << 40 << 49'998;
+    QTest::newRow("in the last value") << 1 << 49'999;
+}
+
+void TestDataStatRows::cut()
+{
+    QFETCH(int, bytes);
+    QFETCH(int, rows);
+    const QTemporaryDir folder;
+    const QString path = writeNumbers(folder, QStringLiteral("n.sav"));
+    QFile file(path);
+    QVERIFY(file.resize(file.size() - bytes));
+    const QString text = errorOfReading(path);
+    QVERIFY2(text.startsWith(QStringLiteral("cannot be read on behind row %1: ").arg(rows)),
+        qPrintable(text));
 }
 
 QTEST_GUILESS_MAIN(TestDataStatRows)

@@ -1,8 +1,8 @@
 #include "DataRows.h"
+#include "PeakMemory.h"
 
 #include <tessel_data/DataError.h>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -342,19 +342,14 @@ void TestDataText::hugeLine()
         QVERIFY(
             file.write("10101 3\n") == 8 && file.seek(huge + 8) && file.write("\n10102 3\n") == 9);
     }
-    const auto peak = [] { // KiB
-        struct rusage usage { };
-        ::getrusage(RUSAGE_SELF, &usage);
-        return usage.ru_maxrss;
-    };
-    const auto before = peak();
+    const auto before = peakMemory();
     CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)), { path });
     RowCollector rows(source.dictionary());
     const bool isRead = runPipeline(source, rows);
     if (isPipe)
         writer.join();
     QVERIFY(isRead);
-    QVERIFY2(peak() - before < 100'000, qPrintable(QString::number(peak() - before)));
+    QVERIFY2(peakMemory() - before < 100'000, qPrintable(QString::number(peakMemory() - before)));
     QCOMPARE(rows.told, QStringList { QStringLiteral("2:%1").arg(int(LineProblem::EndlessLine)) });
     QCOMPARE(source.counts().records, isPipe ? 1LL : 2LL);
     QCOMPARE(source.files().front().bytes, huge + (isPipe ? 8 : 17));

@@ -8,6 +8,8 @@
 #include "process/Progress.h"
 #include "reading/InputFile.h"
 
+#include <model_Tessel/TextEncoding.h>
+
 #include <tessel_data/CSProDb.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/PostgresTarget.h>
@@ -23,14 +25,8 @@ namespace {
 // As UTF-8, whatever it was.
 QByteArray asUtf8(const QByteArray& bytes)
 {
-    if (QTextCodec* codec = QTextCodec::codecForUtfText(bytes, nullptr))
-        return codec->toUnicode(bytes).toUtf8();
-    QTextCodec::ConverterState state;
-    const QString text =
-        QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-    return state.invalidChars == 0
-        ? text.toUtf8()
-        : QTextCodec::codecForName("windows-1252")->toUnicode(bytes).toUtf8();
+    const QTextCodec* const marked = QTextCodec::codecForUtfText(bytes, nullptr);
+    return (marked ? marked : likelyCodec(bytes))->toUnicode(bytes).toUtf8();
 }
 
 QByteArray dictionaryText(const DataInput& input)
