@@ -40,6 +40,14 @@ const QCommandLineOption& overwriteOption()
     return option;
 }
 
+const QCommandLineOption& addOption()
+{
+    static const QCommandLineOption option(QStringLiteral("add"),
+        QStringLiteral("Add to the database: new cases are added, changed ones replaced, deleted "
+                       "ones withdrawn."));
+    return option;
+}
+
 const QCommandLineOption& planOption()
 {
     static const QCommandLineOption option(QStringLiteral("plan"),
@@ -105,7 +113,7 @@ void describe(QCommandLineParser& parser)
                        "tessel_rejects.\n"
                        "Exit status: 0 the database is made, 1 it is not, 2 wrong usage."));
     parser.addOption(Console::helpOption());
-    parser.addOptions({ toOption(), schemaOption(), overwriteOption(), planOption(),
+    parser.addOptions({ toOption(), schemaOption(), overwriteOption(), addOption(), planOption(),
         repeatsOption(), dictionaryOption(), languageOption(), languagesOption() });
     parser.addOptions(selectionOptions());
     parser.addOptions({ configOption(), saveConfigOption() });
@@ -193,6 +201,11 @@ QString readConfigFile(const QCommandLineParser& parser, BuildSettings& settings
 QString readSettings(const QCommandLineParser& parser, BuildSettings& settings)
 {
     settings.replacesTarget = parser.isSet(overwriteOption());
+    settings.addsToTarget = parser.isSet(addOption());
+    if (settings.addsToTarget && settings.replacesTarget)
+        return QStringLiteral("--add keeps the database and --overwrite replaces it; give one");
+    if (settings.addsToTarget && parser.isSet(planOption()))
+        return QStringLiteral("--plan tells of a new database; give it without --add");
     QString mistake = readInput(parser, settings.input);
     if (mistake.isNull())
         mistake = readTarget(parser, settings);

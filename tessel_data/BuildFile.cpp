@@ -26,19 +26,32 @@ bool exists(const QByteArray& path)
 
 } // namespace
 
-// A link stays one: what it points to is replaced.
 BuildFile::BuildFile(const QString& path, bool mayReplace)
     : m_path(path)
     , m_mayReplace(mayReplace)
 {
-    const QFileInfo given(path);
+    findPlace();
+    checkPlace();
+    open();
+}
+
+BuildFile::BuildFile(const QString& path)
+    : m_path(path)
+    , m_mayReplace(true)
+{
+    findPlace();
+    open();
+}
+
+// A link stays one: what it points to is replaced.
+void BuildFile::findPlace()
+{
+    const QFileInfo given(m_path);
     const QFileInfo info(given.exists() ? given.canonicalFilePath() : given.absoluteFilePath());
     m_place = QFile::encodeName(info.filePath());
     m_folder = QFile::encodeName(info.path());
     m_temporary =
         m_folder + "/." + QFile::encodeName(info.fileName()) + QByteArray(".tessel-build");
-    checkPlace();
-    open();
 }
 
 BuildFile::~BuildFile()
@@ -63,7 +76,9 @@ void BuildFile::checkPlace() const
     }
     if (!m_mayReplace) {
         throw DataError(DataError::Code::TargetExists, m_path,
-            QStringLiteral("is there already; name another file, or replace it with --overwrite"));
+            QStringLiteral("is there already; name another file, or replace it with --overwrite, "
+                           "or add to it with "
+                           "--add"));
     }
     if (status.st_size > 0)
         checkUnused();

@@ -13,6 +13,8 @@ class BuildFile {
 public:
     // mayReplace: the file at its place may be there.
     BuildFile(const QString& path, bool mayReplace);
+    // Only its lock, so that no other build replaces the file at its place meanwhile.
+    explicit BuildFile(const QString& path);
     // Removes what was not published.
     ~BuildFile();
 
@@ -27,6 +29,7 @@ public:
 private:
     Q_DISABLE_COPY(BuildFile)
 
+    void findPlace();
     void checkPlace() const;
     void checkUnused() const;
     void open();

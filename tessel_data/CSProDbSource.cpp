@@ -258,10 +258,15 @@ void CSProDbSource::Job::readCases(BatchSink& output)
     while (isWanted && cases.step()) {
         ++row;
         ++counts.casesRead;
-        if (cases.integer(2) != 0)
-            ++counts.deletedCases;
-        else
+        if (cases.integer(2) == 0) {
             readCase(cases, counts.cases++);
+            continue;
+        }
+        ++counts.deletedCases;
+        rowBytes = 0;
+        DataBatch& current = batch();
+        const TextRef key = current.keep(textOf(cases, 1));
+        current.deleted.push_back({ key, current.keep(textOf(cases, 0)) });
     }
     if (isWanted && schema == NewestSchema)
         tellOrphans();

@@ -25,6 +25,7 @@ void DataBatch::clear()
         std::string().swap(bytes);
     records.clear();
     cases.clear();
+    deleted.clear();
     told.clear();
     states.clear();
     numbers.clear();
@@ -34,7 +35,7 @@ void DataBatch::clear()
 
 bool DataBatch::isEmpty() const
 {
-    return records.empty() && cases.empty() && told.empty();
+    return records.empty() && cases.empty() && deleted.empty() && told.empty();
 }
 
 bool DataBatch::isFull() const

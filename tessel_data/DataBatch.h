@@ -58,6 +58,11 @@ public:
         TextRef uuid; /*!< of a .csdb; else empty */
         bool isPartlySaved = false;
     };
+    /*! A case that the source holds as deleted. */
+    struct Deleted {
+        TextRef key; /*!< as of a case */
+        TextRef uuid;
+    };
     /*! What is to be told of a line. */
     struct Told {
         LineProblem problem = LineProblem::UnknownRecordType;
@@ -122,6 +127,7 @@ public:
 
     std::vector<Record> records;
     std::vector<Case> cases; /*!< those that begin in this batch */
+    std::vector<Deleted> deleted; /*!< of a .csdb */
     std::vector<Told> told; /*!< in the order of the lines */
     std::vector<ValueState> states; /*!< of all cells */
     std::vector<qint64> numbers; /*!< of all cells: a number, the bits of a double, or a text */

@@ -1,5 +1,6 @@
 #include <tessel_data/DatabaseBuilder.h>
 
+#include <tessel_data/CaseContent_p.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/RowWriter_p.h>
 
@@ -112,6 +113,13 @@ private:
     std::thread m_thread; // last: it uses the others
 };
 
+// Tells whether a file is one that was read before; null for what is read only once, as a pipe.
+QString absolutePath(const QString& path)
+{
+    const QFileInfo file(path);
+    return file.isFile() ? file.canonicalFilePath() : QString();
+}
+
 QString now()
 {
     return QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
@@ -131,6 +139,8 @@ public:
         , problems(target, plan, SystemTable::problems, report.rows)
         , rejects(target, plan, SystemTable::rejects, report.rows)
         , missing(target, plan, SystemTable::missing, report.rows)
+        , deleted(target, plan, SystemTable::deleted, report.rows)
+        , content(dictionary)
         , rows(plan.tables.size())
         , counts(dictionary.records.size())
         , started(now())
@@ -180,7 +190,8 @@ private:
     void keepIds(const DataBatch& batch, const DataBatch::Record& record);
     void beginCase(const DataBatch& batch, const DataBatch::Case& begun);
     void endCase();
-    void addIdsOfKey();
+    std::vector<OwnValue> idsOfKey(const QByteArray& caseKey) const;
+    void addDeleted(const DataBatch& batch);
     void addProblem(const DataProblem& problem);
     void addRejects(const DataBatch& batch);
     void addNullCharacters(const DataBatch& batch);
@@ -200,6 +211,8 @@ private:
     RowWriter problems;
     RowWriter rejects;
     RowWriter missing;
+    RowWriter deleted;
+    CaseContent content;
     std::vector<std::vector<DatabaseRows::Row>> rows; // of the batch, by table
     std::vector<QVector<int>> tablesOf; // by record
     std::vector<qint64> counts; // of the current case, by record
@@ -279,6 +292,7 @@ void DatabaseBuilder::Job::take(const DataBatch& batch)
     addRejects(batch);
     if (!target.holdsNullCharacters() && batch.bytes.find('\0') != std::string::npos)
         addNullCharacters(batch);
+    addDeleted(batch);
 }
 
 void DatabaseBuilder::Job::takeRecord(const DataBatch& batch, const DataBatch::Record& record)
@@ -299,6 +313,8 @@ void DatabaseBuilder::Job::takeRecord(const DataBatch& batch, const DataBatch::R
         if (plan.hasMissingKinds)
             addMissing(table, batch, row);
     }
+    if (plan.hasCases)
+        content.add(batch, record, row.number);
     ++openCase.records;
     if (openCase.isOpen && !openCase.hasIds)
         keepIds(batch, record);
@@ -366,6 +382,7 @@ void DatabaseBuilder::Job::beginCase(const DataBatch& batch, const DataBatch::Ca
     openCase.uuid = bytes(begun.uuid);
     openCase.key = bytes(begun.key);
     openCase.records = 0;
+    content.begin(openCase.isPartlySaved, batch.text(begun.key));
 }
 
 void DatabaseBuilder::Job::endCase()
@@ -379,8 +396,9 @@ void DatabaseBuilder::Job::endCase()
     cases.number(openCase.records);
     cases.number(openCase.isPartlySaved ? 1 : 0);
     cases.null();
+    cases.number(content.value());
     if (!openCase.hasIds)
-        addIdsOfKey();
+        openCase.ids = idsOfKey(openCase.key);
     for (const OwnValue& value : openCase.ids)
         cases.value(value);
     cases.endRow(openCase.number + 1);
@@ -388,15 +406,30 @@ void DatabaseBuilder::Job::endCase()
 }
 
 // A case without records has its identification in its key only.
-void DatabaseBuilder::Job::addIdsOfKey()
+std::vector<OwnValue> DatabaseBuilder::Job::idsOfKey(const QByteArray& caseKey) const
 {
-    const QString key = QString::fromUtf8(openCase.key);
+    std::vector<OwnValue> ids;
+    const QString key = QString::fromUtf8(caseKey);
     int start = 0;
     for (int i = 0; i < caseIds; ++i) {
         const DataVariable& variable = dictionary.variables[std::size_t(dictionary.ids.at(i))];
         const QByteArray text = key.mid(start, variable.width).toUtf8();
-        openCase.ids.push_back(OwnValue::read(text, variable));
+        ids.push_back(OwnValue::read(text, variable));
         start += variable.width;
+    }
+    return ids;
+}
+
+void DatabaseBuilder::Job::addDeleted(const DataBatch& batch)
+{
+    if (plan.addition == Addition::None)
+        return;
+    for (const DataBatch::Deleted& one : batch.deleted) {
+        const std::string_view key = batch.text(one.key);
+        deleted.textOrNull(batch.text(one.uuid));
+        for (const OwnValue& value : idsOfKey(QByteArray(key.data(), int(key.size()))))
+            deleted.value(value);
+        deleted.endRow();
     }
 }
 
@@ -490,6 +523,7 @@ void DatabaseBuilder::Job::finish(const DataSource& source)
     problems.flush();
     rejects.flush();
     missing.flush();
+    deleted.flush();
     const SourceCounts read = source.counts();
     checkCounts(read);
     addRecords();
@@ -578,7 +612,7 @@ void DatabaseBuilder::Job::addVariables()
     for (const DatabaseTable& table : plan.tables) {
         for (int c = 0; c < table.columns.size(); ++c) {
             const DatabaseColumn& column = table.columns.at(c);
-            if (column.variable < 0)
+            if (column.variable < 0 || table.kind == DatabaseTable::Kind::Deleted)
                 continue;
             const DataVariable& variable = dictionary.variables[std::size_t(column.variable)];
             writer.text(table.name);
@@ -654,7 +688,9 @@ void DatabaseBuilder::Job::addSources(const DataSource& source)
     int number = 0;
     for (const SourceFile& file : source.files()) {
         writer.number(++number);
+        writer.number(1);
         writer.text(file.path);
+        writer.textOrNull(absolutePath(file.path));
         writer.number(file.bytes);
         writer.textOrNull(digests.wait().at(number - 1));
         writer.textOrNull(file.encoding);
@@ -673,13 +709,14 @@ void DatabaseBuilder::Job::addBuild(const SourceCounts& read)
 {
     RowWriter writer(target, plan, SystemTable::builds, report.rows);
     writer.number(1);
+    writer.number(DatabaseForm);
     writer.text(started);
     writer.text(now());
     writer.textOrNull(options.version);
     writer.textOrNull(options.options);
-    for (const qint64 count :
-        { read.lines, read.records, read.rejectedLines, read.deletedLines, read.blankLines,
-            read.leftOutLines, read.cases, read.deletedCases, read.leftOutCases, report.problems })
+    for (const qint64 count : { read.lines, read.records, read.rejectedLines, read.deletedLines,
+             read.blankLines, read.leftOutLines, read.cases, read.deletedCases, read.leftOutCases,
+             read.cases, qint64(0), qint64(0), qint64(0), report.problems })
         writer.number(count);
     writer.endRow();
     writer.flush();
@@ -724,7 +761,9 @@ bool buildDatabase(DataSource& source, DatabaseTarget& target, const BuildOption
         }
         report = builder.report();
         const qint64 size = source.size();
-        return target.finish([&] { return !progress || progress(size, size); });
+        const bool isDone = target.finish([&] { return !progress || progress(size, size); });
+        report.changes = target.changes();
+        return isDone;
     } catch (...) {
         target.abandon();
         throw;

@@ -23,6 +23,7 @@ struct BuildReport {
     qint64 cases = 0;
     qint64 problems = 0;
     qint64 nullCharacters = 0; /*!< values with some, written as U+2400; among the problems */
+    DatabaseChanges changes; /*!< of an addition */
 };
 
 /*!

@@ -18,6 +18,7 @@ const QString builds = QStringLiteral("tessel_builds");
 const QString problems = QStringLiteral("tessel_problems");
 const QString rejects = QStringLiteral("tessel_rejects");
 const QString missing = QStringLiteral("tessel_missing");
+const QString deleted = QStringLiteral("tessel_deleted");
 } // namespace SystemTable
 
 namespace {
@@ -59,8 +60,9 @@ const std::vector<SystemDefinition>& systemTables()
                 { "code", Type::Text }, { "code_to", Type::Text }, { "label", Type::Text },
                 { "special", Type::Text } } },
         { SystemTable::sources,
-            { { "source_id", Type::Integer }, { "file", Type::Text }, { "bytes", Type::Integer },
-                { "sha256", Type::Text }, { "encoding", Type::Text }, { "lines", Type::Integer },
+            { { "source_id", Type::Integer }, { "build_id", Type::Integer }, { "file", Type::Text },
+                { "path", Type::Text }, { "bytes", Type::Integer }, { "sha256", Type::Text },
+                { "encoding", Type::Text }, { "lines", Type::Integer },
                 { "records", Type::Integer }, { "deleted_lines", Type::Integer },
                 { "blank_lines", Type::Integer }, { "rejected_lines", Type::Integer },
                 { "left_out_lines", Type::Integer }, { "cases_read", Type::Integer },
@@ -68,13 +70,15 @@ const std::vector<SystemDefinition>& systemTables()
                 { "partly_saved_cases", Type::Integer }, { "left_out_cases", Type::Integer },
                 { "dictionary", Type::Text } } },
         { SystemTable::builds,
-            { { "build_id", Type::Integer }, { "started", Type::Text }, { "finished", Type::Text },
-                { "version", Type::Text }, { "options", Type::Text }, { "lines", Type::Integer },
-                { "row_count", Type::Integer }, { "rejected_lines", Type::Integer },
-                { "deleted_lines", Type::Integer }, { "blank_lines", Type::Integer },
-                { "left_out_lines", Type::Integer }, { "cases", Type::Integer },
-                { "deleted_cases", Type::Integer }, { "left_out_cases", Type::Integer },
-                { "problems", Type::Integer } } },
+            { { "build_id", Type::Integer }, { "form", Type::Integer }, { "started", Type::Text },
+                { "finished", Type::Text }, { "version", Type::Text }, { "options", Type::Text },
+                { "lines", Type::Integer }, { "row_count", Type::Integer },
+                { "rejected_lines", Type::Integer }, { "deleted_lines", Type::Integer },
+                { "blank_lines", Type::Integer }, { "left_out_lines", Type::Integer },
+                { "cases", Type::Integer }, { "deleted_cases", Type::Integer },
+                { "left_out_cases", Type::Integer }, { "new_cases", Type::Integer },
+                { "changed_cases", Type::Integer }, { "unchanged_cases", Type::Integer },
+                { "withdrawn_cases", Type::Integer }, { "problems", Type::Integer } } },
         { SystemTable::problems,
             { { "kind", Type::Text }, { "source_id", Type::Integer }, { "line", Type::Integer },
                 { "case_id", Type::Integer }, { "case_key", Type::Text }, { "record", Type::Text },
@@ -251,6 +255,8 @@ private:
     DatabaseColumn ownColumn(const QString& name, Role role, const QString& label) const;
     DatabaseColumn systemColumn(const QString& name, Type type) const;
     void addCases();
+    void addCaseIds(DatabaseTable& table);
+    void addDeleted();
     void addSystemTables();
     void addViews();
     void addIndexes();
@@ -273,6 +279,7 @@ void DatabasePlanner::make()
     m_plan.dialect = m_options.dialect;
     m_plan.hasCases = m_options.hasCases;
     m_plan.hasMissingKinds = m_dictionary.hasMissingKinds;
+    m_plan.addition = m_options.addition;
     m_languages = m_options.languages.isEmpty() ? QVector<int> { 0 } : m_options.languages;
     nameLabels();
     reserveNames();
@@ -280,6 +287,8 @@ void DatabasePlanner::make()
         addRecord(record);
     if (m_plan.hasCases)
         addCases();
+    if (m_plan.addition != Addition::None)
+        addDeleted();
     addViews();
     addSystemTables();
     addIndexes();
@@ -291,6 +300,7 @@ void DatabasePlanner::reserveNames()
         m_names.take(SystemTable::cases);
     for (const SystemDefinition& table : systemTables())
         m_names.take(table.name);
+    m_names.take(SystemTable::deleted);
     for (const DataRecord& record : m_dictionary.records)
         m_recordNames.append(
             m_names.take(record.name, { SqlThing::Kind::Table, record.name, QString() }));
@@ -591,9 +601,34 @@ void DatabasePlanner::addCases()
         QStringLiteral("case_id"), Role::CaseId, QStringLiteral("Number of the case, from 1")));
     const SystemColumn own[] = { { "source_id", Type::Integer }, { "line", Type::Integer },
         { "uuid", Type::Text }, { "records", Type::Integer }, { "partly_saved", Type::Integer },
-        { "duplicate_of", Type::Integer } };
+        { "duplicate_of", Type::Integer }, { "content", Type::Integer } };
     for (const SystemColumn& entry : own)
         table.columns.append(systemColumn(QLatin1String(entry.name), entry.type));
+    addCaseIds(table);
+    QVector<int> cells { -1 };
+    for (int c = 1; c < table.columns.size(); ++c)
+        cells.append(c - 1);
+    table.cells.push_back(cells);
+    m_plan.tables.push_back(std::move(table));
+}
+
+// Same names as in the table of cases.
+void DatabasePlanner::addDeleted()
+{
+    const DatabaseTable& cases = m_plan.tables[std::size_t(m_plan.table(SystemTable::cases))];
+    DatabaseTable table;
+    table.name = SystemTable::deleted;
+    table.kind = Kind::Deleted;
+    table.columns.append(systemColumn(QStringLiteral("uuid"), Type::Text));
+    for (const DatabaseColumn& column : cases.columns) {
+        if (column.isId)
+            table.columns.append(column);
+    }
+    m_plan.tables.push_back(std::move(table));
+}
+
+void DatabasePlanner::addCaseIds(DatabaseTable& table)
+{
     SqlNames names(m_plan.notes);
     for (const DatabaseColumn& taken : qAsConst(table.columns))
         names.take(taken.name);
@@ -606,11 +641,6 @@ void DatabasePlanner::addCases()
         table.columns.append(column(variable, id, name));
         table.columns.last().isId = true;
     }
-    QVector<int> cells { -1 };
-    for (int c = 1; c < table.columns.size(); ++c)
-        cells.append(c - 1);
-    table.cells.push_back(cells);
-    m_plan.tables.push_back(std::move(table));
 }
 
 void DatabasePlanner::addSystemTables()
@@ -659,7 +689,7 @@ void DatabasePlanner::addIndexes()
     const auto add = [this](int table, const char* suffix, const QStringList& columns) {
         const QString wanted = m_plan.tables[std::size_t(table)].name + QLatin1String(suffix);
         const QString name = m_names.take(wanted, { SqlThing::Kind::Index, wanted, QString() });
-        m_plan.indexes.push_back({ name, table, columns });
+        m_plan.indexes.push_back({ name, table, columns, false });
     };
     if (m_plan.hasMissingKinds) {
         add(m_plan.table(SystemTable::missing), "_place",
@@ -680,6 +710,8 @@ void DatabasePlanner::addIndexes()
         constexpr int mostKeys = 32; // of PostgreSQL
         if (!ids.isEmpty())
             add(t, "_key", ids.mid(0, mostKeys));
+        add(t, "_uuid", { QStringLiteral("uuid") });
+        m_plan.indexes.back().skipsNull = true;
     }
 }
 

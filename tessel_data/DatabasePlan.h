@@ -50,7 +50,14 @@ struct DatabaseColumn {
 /*! One table, whose rows come from the cells of a batch. */
 struct DatabaseTable {
     /*! What a table is for. */
-    enum class Kind { Record, Repeat, Cases, Values, System };
+    enum class Kind {
+        Record,
+        Repeat,
+        Cases,
+        Values,
+        System,
+        Deleted, /*!< of an addition: cases that its sources hold as deleted; not kept */
+    };
 
     QString name;
     QString label;
@@ -89,13 +96,25 @@ struct DatabaseIndex {
     QString name;
     int table = 0;
     QStringList columns;
+    bool skipsNull = false; /*!< rows without a value in the column are not wanted */
 };
+
+/*! What is done to a database that is there. */
+enum class Addition {
+    None, /*!< it is made anew */
+    Cases, /*!< cases are added, replaced, or withdrawn where the sources hold them as deleted */
+    Withdrawing, /*!< and withdrawn where they came from the same file and are gone from it */
+};
+
+/*! Form of the tables; only databases of the same form are added to. */
+constexpr int DatabaseForm = 1;
 
 /*! What a plan is to be like. */
 struct PlanOptions {
     SqlDialect dialect = SqlDialect::Sqlite;
     bool hasRepeatTables = false; /*!< repeated items in tables of their own */
     bool hasCases = true; /*!< false: a table of rows, as from SPSS and Stata */
+    Addition addition = Addition::None;
     QVector<int> languages; /*!< of the labels, by index; empty: the first. The first one's column
                                  is "label" */
 };
@@ -117,6 +136,7 @@ public:
     SqlDialect dialect = SqlDialect::Sqlite;
     bool hasCases = true;
     bool hasMissingKinds = false; /*!< there is a table of the kinds of missing values */
+    Addition addition = Addition::None;
     QStringList labelColumns; /*!< "label", then one for each further language */
     std::vector<DatabaseTable> tables; /*!< in the order in which they are made */
     std::vector<DatabaseValueTable> valueTables;
@@ -139,6 +159,7 @@ TESSEL_DATA_EXPORT extern const QString builds;
 TESSEL_DATA_EXPORT extern const QString problems;
 TESSEL_DATA_EXPORT extern const QString rejects;
 TESSEL_DATA_EXPORT extern const QString missing;
+TESSEL_DATA_EXPORT extern const QString deleted; /*!< of an addition only */
 } // namespace SystemTable
 /*! @} */
 

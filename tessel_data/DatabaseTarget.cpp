@@ -1,5 +1,7 @@
 #include <tessel_data/DatabaseTarget.h>
 
+#include <tessel_data/DataError.h>
+
 #include <cstdlib>
 
 namespace tessel {
@@ -49,6 +51,17 @@ DatabaseTarget::~DatabaseTarget() = default;
 bool DatabaseTarget::holdsNullCharacters() const
 {
     return true;
+}
+
+QByteArray DatabaseTarget::openExisting()
+{
+    throw DataError(DataError::Code::CannotWrite, name(),
+        QStringLiteral("is of a kind that nothing is added to; make it anew"));
+}
+
+DatabaseChanges DatabaseTarget::changes() const
+{
+    return {};
 }
 
 DatabaseValue DatabaseRows::value(std::size_t row, int column) const

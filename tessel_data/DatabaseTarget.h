@@ -59,6 +59,14 @@ private:
 /*! The double that is nearest to \a number divided by 10 to the \a decimals. */
 TESSEL_DATA_EXPORT double nearestDouble(qint64 number, int decimals);
 
+/*! What an addition did to the cases of a database. */
+struct DatabaseChanges {
+    qint64 added = 0;
+    qint64 changed = 0;
+    qint64 unchanged = 0;
+    qint64 withdrawn = 0;
+};
+
 /*!
  * A database that is made whole or not at all: begin(), append() as often as there are rows,
  * finish(). Without finish(), or when that fails, what was there before is untouched and nothing
@@ -80,6 +88,11 @@ public:
     virtual QString name() const = 0;
     /*! False: null characters in texts are replaced by their picture, U+2400. */
     virtual bool holdsNullCharacters() const;
+    /*!
+     * Opens a database that is there, to be added to: before begin(), whose plan then says so.
+     * Until the end nobody else writes to it. Returns the dictionary that it was last filled with.
+     */
+    virtual QByteArray openExisting();
     /*! Makes the tables of \a plan, which stays as long as the target. */
     virtual void begin(const DatabasePlan& plan) = 0;
     /*! Adds rows to table \a table of the plan; the number that the database took. */
@@ -91,6 +104,8 @@ public:
      * when \a goesOn stopped it.
      */
     virtual bool finish(const GoesOn& goesOn) = 0;
+    /*! After finish(): what it did to the cases that were there. */
+    virtual DatabaseChanges changes() const;
     /*! Gives up: nothing is left behind. */
     virtual void abandon() noexcept = 0;
 };

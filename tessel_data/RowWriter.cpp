@@ -94,12 +94,17 @@ void RowWriter::text(const QString& string)
     text(string.toUtf8());
 }
 
-void RowWriter::textOrNull(const QByteArray& bytes)
+void RowWriter::textOrNull(std::string_view bytes)
 {
-    if (bytes.isEmpty())
+    if (bytes.empty())
         null();
     else
         text(bytes);
+}
+
+void RowWriter::textOrNull(const QByteArray& bytes)
+{
+    textOrNull(view(bytes));
 }
 
 void RowWriter::textOrNull(const QString& string)

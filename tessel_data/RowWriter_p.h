@@ -40,7 +40,8 @@ public:
     void text(std::string_view text);
     void text(const QByteArray& text);
     void text(const QString& text);
-    void textOrNull(const QByteArray& text); // null: empty
+    void textOrNull(std::string_view text); // null: empty
+    void textOrNull(const QByteArray& text);
     void textOrNull(const QString& text);
     void value(const OwnValue& value);
     void endRow(qint64 caseId = 0);

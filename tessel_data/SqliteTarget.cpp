@@ -2,11 +2,15 @@
 
 #include <tessel_data/BuildFile_p.h>
 #include <tessel_data/DataError.h>
+#include <tessel_data/DatabaseMerge_p.h>
 #include <tessel_data/DatabaseViews_p.h>
 #include <tessel_data/SqlNames.h>
 
 #include <QByteArray>
+#include <QFile>
+#include <QFileInfo>
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <optional>
@@ -19,8 +23,7 @@ namespace {
 using Column = DatabaseColumn;
 using Kind = DatabaseTable::Kind;
 
-// Version of the tables that a build makes, in the header of the file.
-constexpr int SchemaVersion = 1;
+constexpr int PatienceMs = 5000; // with other programs
 
 // The rows of a batch as a table that SQLite reads: much faster than a statement for each row.
 struct BatchModule {
@@ -166,7 +169,7 @@ using Statement = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
 } // namespace
 
-class SqliteTarget::Job {
+class SqliteTarget::Job : public MergeSession {
 public:
     Job(const QString& target, Existing existing)
         : path(target)
@@ -174,14 +177,34 @@ public:
     {
     }
 
+    QByteArray openExisting();
     void begin(const DatabasePlan& databasePlan);
     qint64 append(int table, const DatabaseRows& rows);
     void markDuplicate(qint64 caseId, qint64 firstCaseId);
     bool finish(const GoesOn& goesOn);
     void close() noexcept;
 
+    QString name() const override
+    {
+        return path;
+    }
+    QString prefix(Place place) const override
+    {
+        return place == Place::Kept ? QStringLiteral("main.") : QStringLiteral("temp.");
+    }
+    qint64 run(const QString& sql) override;
+    std::vector<QStringList> rows(const QString& sql) override;
+    std::vector<TableColumn> columns(Place place, const QString& table) override;
+    void makeTable(const DatabaseTable& table) override
+    {
+        run(definition(table, Place::Kept));
+    }
+    void makeIndex(const DatabaseIndex& index) override;
+    void makeViews(const DatabaseTable& table) override;
+
     QString path;
     bool mayReplace;
+    DatabaseChanges changes;
 
 private:
     struct Insertion {
@@ -191,22 +214,32 @@ private:
 
     [[noreturn]] void fail(int result) const;
     void open();
-    void run(const QString& sql) const;
+    void openFile(const QByteArray& file, int flags);
+    void complete();
     Statement prepare(const QString& sql) const;
-    QString definition(const DatabaseTable& table) const;
+    QString definition(const DatabaseTable& table, Place place) const;
     void prepareInsertion(int table);
-    void makeIndexes() const;
-    void makeViews() const;
 
     const DatabasePlan* m_plan = nullptr;
     std::unique_ptr<BuildFile> m_file;
     std::unique_ptr<sqlite3, CloseDatabase> m_database;
     std::vector<Insertion> m_insertions; // by table
     Statement m_duplicate;
+    Place m_place = Place::Kept; // where the rows go
+    bool m_isAdded = false; // to a database that was there
 };
 
 void SqliteTarget::Job::fail(int result) const
 {
+    if ((result & 0xFF) == SQLITE_BUSY || (result & 0xFF) == SQLITE_LOCKED) {
+        throw DataError(DataError::Code::Busy, path,
+            QStringLiteral("is in use by another program, and as it was; close it there, or wait "
+                           "for its end, and try again"));
+    }
+    if ((result & 0xFF) == SQLITE_NOTADB) {
+        throw DataError(DataError::Code::NotThisFormat, path,
+            QStringLiteral("is no SQLite database and cannot be added to"));
+    }
     const QString reason = result == SQLITE_FULL
         ? QStringLiteral("the disk or the quota is full")
         : QString::fromUtf8(m_database ? sqlite3_errmsg(m_database.get()) : sqlite3_errstr(result));
@@ -214,12 +247,43 @@ void SqliteTarget::Job::fail(int result) const
         DataError::Code::CannotWrite, path, QStringLiteral("cannot be written: ") + reason);
 }
 
-void SqliteTarget::Job::run(const QString& sql) const
+qint64 SqliteTarget::Job::run(const QString& sql)
 {
     const int result =
         sqlite3_exec(m_database.get(), sql.toUtf8().constData(), nullptr, nullptr, nullptr);
     if (result != SQLITE_OK)
         fail(result);
+    return sqlite3_changes64(m_database.get());
+}
+
+std::vector<QStringList> SqliteTarget::Job::rows(const QString& sql)
+{
+    std::vector<QStringList> found;
+    const Statement statement = prepare(sql);
+    int result = sqlite3_step(statement.get());
+    for (; result == SQLITE_ROW; result = sqlite3_step(statement.get())) {
+        QStringList row;
+        for (int c = 0; c < sqlite3_column_count(statement.get()); ++c) {
+            const auto* text =
+                reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), c));
+            row.append(QString::fromUtf8(text, sqlite3_column_bytes(statement.get(), c)));
+        }
+        found.push_back(row);
+    }
+    if (result != SQLITE_DONE)
+        fail(result);
+    return found;
+}
+
+std::vector<MergeSession::TableColumn> SqliteTarget::Job::columns(Place place, const QString& table)
+{
+    std::vector<TableColumn> found;
+    const QString schema = place == Place::Kept ? QStringLiteral("main") : QStringLiteral("temp");
+    for (const QStringList& row :
+        rows(QStringLiteral("SELECT name, type FROM pragma_table_info(%1, %2)")
+                 .arg(sqlText(table), sqlText(schema))))
+        found.push_back({ row.at(0), row.at(1) });
+    return found;
 }
 
 Statement SqliteTarget::Job::prepare(const QString& sql) const
@@ -233,39 +297,75 @@ Statement SqliteTarget::Job::prepare(const QString& sql) const
     return Statement(statement);
 }
 
-// Nobody else sees the file before it is whole, so that it needs no journal.
-void SqliteTarget::Job::open()
+void SqliteTarget::Job::openFile(const QByteArray& file, int flags)
 {
     sqlite3* database = nullptr;
-    const int result = sqlite3_open_v2(m_file->temporaryPath().constData(), &database,
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int result = sqlite3_open_v2(
+        file.constData(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | flags, nullptr);
     m_database.reset(database);
     if (result != SQLITE_OK)
         fail(result);
+}
+
+// Nobody else sees the file before it is whole, so that it needs no journal.
+void SqliteTarget::Job::open()
+{
+    openFile(m_file->temporaryPath(), SQLITE_OPEN_CREATE);
     run(QStringLiteral("PRAGMA page_size = 32768; PRAGMA encoding = 'UTF-8';"
                        "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF;"
                        "PRAGMA locking_mode = EXCLUSIVE; PRAGMA cache_size = -16384;"
                        "PRAGMA user_version = %1; BEGIN")
-            .arg(SchemaVersion));
+            .arg(DatabaseForm));
+}
+
+// The batch goes to temporary tables, which need no journal.
+QByteArray SqliteTarget::Job::openExisting()
+{
+    if (!QFileInfo(path).isFile()) {
+        throw DataError(DataError::Code::CannotWrite, path,
+            QStringLiteral("is not there to be added to; build it without --add first"));
+    }
+    m_isAdded = true;
+    m_place = Place::Staged;
+    m_file = std::make_unique<BuildFile>(path);
+    openFile(QFile::encodeName(path), 0);
+    sqlite3_busy_timeout(m_database.get(), PatienceMs);
+    run(QStringLiteral("PRAGMA temp.journal_mode = OFF; PRAGMA temp.cache_size = -16384;"
+                       "PRAGMA main.cache_size = -16384; BEGIN IMMEDIATE"));
+    const std::vector<TableColumn> found = columns(Place::Kept, SystemTable::sources);
+    const bool isOurs = std::any_of(found.begin(), found.end(),
+        [](const TableColumn& column) { return column.name == QLatin1String("dictionary"); });
+    if (!isOurs) {
+        throw DataError(DataError::Code::NotThisFormat, path,
+            QStringLiteral("was not made by tessel build and cannot be added to"));
+    }
+    const std::vector<QStringList> last = rows(QStringLiteral(
+        "SELECT dictionary FROM main.tessel_sources ORDER BY source_id DESC LIMIT 1"));
+    return last.empty() ? QByteArray() : last.front().first().toUtf8();
 }
 
 void SqliteTarget::Job::begin(const DatabasePlan& databasePlan)
 {
     m_plan = &databasePlan;
-    m_file = std::make_unique<BuildFile>(path, mayReplace);
-    open();
+    if (!m_isAdded) {
+        m_file = std::make_unique<BuildFile>(path, mayReplace);
+        open();
+    }
     m_insertions.resize(m_plan->tables.size());
     for (std::size_t t = 0; t < m_plan->tables.size(); ++t) {
-        run(definition(m_plan->tables[t]));
+        run(definition(m_plan->tables[t], m_place));
         prepareInsertion(int(t));
     }
     if (m_plan->hasCases) {
-        m_duplicate = prepare(QStringLiteral("UPDATE cases SET duplicate_of = ?2 WHERE case_id = "
-                                             "?1 AND duplicate_of IS NULL"));
+        m_duplicate = prepare(QStringLiteral("UPDATE %1cases SET duplicate_of = ?2 WHERE case_id "
+                                             "= ?1 AND duplicate_of IS NULL")
+                                  .arg(prefix(m_place)));
     }
+    if (m_isAdded)
+        DatabaseMerge(*this, *m_plan).check();
 }
 
-QString SqliteTarget::Job::definition(const DatabaseTable& table) const
+QString SqliteTarget::Job::definition(const DatabaseTable& table, Place place) const
 {
     const bool isKeyed = table.kind == Kind::Cases || !m_plan->hasCases;
     QStringList columns;
@@ -281,7 +381,7 @@ QString SqliteTarget::Job::definition(const DatabaseTable& table) const
         columns.append(text);
     }
     return QStringLiteral("CREATE TABLE %1 (\n  %2\n)")
-        .arg(sqlIdentifier(table.name), columns.join(QLatin1String(",\n  ")));
+        .arg(prefix(place) + sqlIdentifier(table.name), columns.join(QLatin1String(",\n  ")));
 }
 
 void SqliteTarget::Job::prepareInsertion(int table)
@@ -294,8 +394,9 @@ void SqliteTarget::Job::prepareInsertion(int table)
         m_database.get(), batch.toUtf8().constData(), &batchModule(), &insertion.module, nullptr);
     if (result != SQLITE_OK)
         fail(result);
-    insertion.statement = prepare(QStringLiteral("INSERT INTO %1 SELECT * FROM %2")
-                                      .arg(sqlIdentifier(definition.name), batch));
+    insertion.statement =
+        prepare(QStringLiteral("INSERT INTO %1 SELECT * FROM %2")
+                    .arg(prefix(m_place) + sqlIdentifier(definition.name), batch));
 }
 
 qint64 SqliteTarget::Job::append(int table, const DatabaseRows& rows)
@@ -323,27 +424,39 @@ void SqliteTarget::Job::markDuplicate(qint64 caseId, qint64 firstCaseId)
         fail(result);
 }
 
-void SqliteTarget::Job::makeIndexes() const
+void SqliteTarget::Job::makeIndex(const DatabaseIndex& index)
 {
-    for (const DatabaseIndex& index : m_plan->indexes) {
-        QStringList columns;
-        for (const QString& column : index.columns)
-            columns.append(sqlIdentifier(column));
-        run(QStringLiteral("CREATE INDEX %1 ON %2 (%3)")
-                .arg(sqlIdentifier(index.name),
-                    sqlIdentifier(m_plan->tables[std::size_t(index.table)].name),
-                    columns.join(QLatin1String(", "))));
-    }
+    QStringList columns;
+    for (const QString& column : index.columns)
+        columns.append(sqlIdentifier(column));
+    const QString condition =
+        index.skipsNull ? QStringLiteral(" WHERE %1 IS NOT NULL").arg(columns.first()) : QString();
+    run(QStringLiteral("CREATE INDEX main.%1 ON %2 (%3)%4")
+            .arg(sqlIdentifier(index.name),
+                sqlIdentifier(m_plan->tables[std::size_t(index.table)].name),
+                columns.join(QLatin1String(", ")), condition));
 }
 
-void SqliteTarget::Job::makeViews() const
+void SqliteTarget::Job::makeViews(const DatabaseTable& table)
 {
-    for (const DatabaseTable& table : m_plan->tables) {
-        if (!table.labelView.isEmpty())
-            run(labelViewSql(*m_plan, table));
-        if (!table.validView.isEmpty())
-            run(validViewSql(table));
+    if (!table.labelView.isEmpty())
+        run(labelViewSql(*m_plan, table));
+    if (!table.validView.isEmpty())
+        run(validViewSql(table));
+}
+
+// All that is done when the rows are there, and the end of the transaction.
+void SqliteTarget::Job::complete()
+{
+    if (m_isAdded) {
+        changes = DatabaseMerge(*this, *m_plan).run();
+    } else {
+        for (const DatabaseIndex& index : m_plan->indexes)
+            makeIndex(index);
+        for (const DatabaseTable& table : m_plan->tables)
+            makeViews(table);
     }
+    run(QStringLiteral("COMMIT"));
 }
 
 bool SqliteTarget::Job::finish(const GoesOn& goesOn)
@@ -356,9 +469,7 @@ bool SqliteTarget::Job::finish(const GoesOn& goesOn)
             [](void* data) { return (*static_cast<GoesOn*>(data))() ? 0 : 1; }, &asked);
     }
     try {
-        makeIndexes();
-        makeViews();
-        run(QStringLiteral("COMMIT"));
+        complete();
     } catch (const DataError&) {
         const bool isStopped = (sqlite3_errcode(m_database.get()) & 0xFF) == SQLITE_INTERRUPT;
         close();
@@ -371,7 +482,8 @@ bool SqliteTarget::Job::finish(const GoesOn& goesOn)
     const int result = sqlite3_close(m_database.release());
     if (result != SQLITE_OK)
         fail(result);
-    m_file->publish();
+    if (!m_isAdded)
+        m_file->publish();
     m_file.reset();
     return true;
 }
@@ -402,6 +514,16 @@ SqlDialect SqliteTarget::dialect() const
 QString SqliteTarget::name() const
 {
     return m_job->path;
+}
+
+QByteArray SqliteTarget::openExisting()
+{
+    return m_job->openExisting();
+}
+
+DatabaseChanges SqliteTarget::changes() const
+{
+    return m_job->changes;
 }
 
 void SqliteTarget::begin(const DatabasePlan& plan)

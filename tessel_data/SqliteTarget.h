@@ -9,7 +9,8 @@ namespace tessel {
 /*!
  * An SQLite database, made in a temporary file beside its place and renamed when it is whole. The
  * temporary file is called like it, with a point before and ".tessel-build" behind; one whose maker
- * was killed is taken over by the next build.
+ * was killed is taken over by the next build. After openExisting() the file itself is changed, in
+ * one transaction that a journal beside it undoes; others read meanwhile.
  */
 class TESSEL_DATA_EXPORT SqliteTarget : public DatabaseTarget {
 public:
@@ -23,10 +24,12 @@ public:
     /*! SQLite. */
     SqlDialect dialect() const override;
     QString name() const override;
+    QByteArray openExisting() override;
     void begin(const DatabasePlan& plan) override;
     qint64 append(int table, const DatabaseRows& rows) override;
     void markDuplicate(qint64 caseId, qint64 firstCaseId) override;
     bool finish(const GoesOn& goesOn) override;
+    DatabaseChanges changes() const override;
     void abandon() noexcept override;
 
 private:

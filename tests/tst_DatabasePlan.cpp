@@ -67,7 +67,7 @@ void TestDatabasePlan::tables()
     QCOMPARE(columnsOf(plan, QStringLiteral("PERSON")),
         (QStringList { "case_id INTEGER", "row INTEGER", "PLACE INTEGER", "NUMBER INTEGER",
             "AGE INTEGER", "NAME TEXT(6)", "FIRST TEXT(2)" }));
-    QCOMPARE(columnsOf(plan, QStringLiteral("cases")).mid(7),
+    QCOMPARE(columnsOf(plan, QStringLiteral("cases")).mid(8),
         (QStringList { "PLACE INTEGER", "NUMBER INTEGER" }));
     for (const QString& name :
         { SystemTable::records, SystemTable::variables, SystemTable::values, SystemTable::sources,
@@ -169,7 +169,8 @@ void TestDatabasePlan::indexes()
     for (const DatabaseIndex& index : plan.indexes)
         found.append(index.name + QLatin1Char(' ') + index.columns.join(','));
     QCOMPARE(found,
-        (QStringList { "HOUSE_case case_id", "PERSON_case case_id", "cases_key PLACE,NUMBER" }));
+        (QStringList { "HOUSE_case case_id", "PERSON_case case_id", "cases_key PLACE,NUMBER",
+            "cases_uuid uuid" }));
 }
 
 QTEST_APPLESS_MAIN(TestDatabasePlan)

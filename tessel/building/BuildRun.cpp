@@ -2,6 +2,7 @@
 
 #include "building/BuildConfigFile.h"
 #include "building/BuildTexts.h"
+#include "building/DictionaryChange.h"
 #include "building/Interruption.h"
 #include "process/Console.h"
 #include "process/Output.h"
@@ -50,6 +51,34 @@ std::unique_ptr<DatabaseTarget> targetOf(const BuildSettings& settings)
         settings.replacesTarget ? SqliteTarget::Existing::Replace : SqliteTarget::Existing::Refuse);
 }
 
+// False, and told, when the data do not go into the database that is there.
+bool openExisting(const DataSource& source, const BuildSettings& settings, DatabaseTarget& target,
+    BuildOptions& options)
+{
+    if (!source.hasCases()) {
+        failInput(settings.input.first, 0,
+            QStringLiteral("has no cases that could be known again, so that nothing can be added; "
+                           "make the database anew"));
+        return false;
+    }
+    // What a part of the cases lacks is not gone.
+    const DataSelection& part = settings.selected.selection;
+    const bool hasAllCases = part.where.isEmpty() && part.sample == 0 && part.every == 0;
+    const bool isDb = dataKindOf(settings.input.first) == DataKind::CSProDb;
+    options.plan.addition = isDb && hasAllCases ? Addition::Withdrawing : Addition::Cases;
+    const QByteArray before = target.openExisting();
+    const QStringList breaking = before == options.dictionaryText
+        ? QStringList()
+        : changesThatBreak(before, options.dictionaryText);
+    if (!breaking.isEmpty()) {
+        failInput(targetName(settings), 0,
+            QStringLiteral("is as it was: the dictionary changed since it was made, and data of it "
+                           "do not fit; make the database anew\n  ")
+                + breaking.join(QLatin1String("\n  ")));
+    }
+    return breaking.isEmpty();
+}
+
 bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report)
 {
     BuildOptions options;
@@ -60,6 +89,8 @@ bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report
     options.options = QString::fromUtf8(configText(settings, source.dictionary(), false));
     options.version = QStringLiteral(TESSEL_VERSION);
     const std::unique_ptr<DatabaseTarget> target = targetOf(settings);
+    if (settings.addsToTarget && !openExisting(source, settings, *target, options))
+        return false;
     const Interruption interruption;
     Progress progress(targetName(settings), source.countsRows() ? WorkUnit::Rows : WorkUnit::Bytes);
     const bool isDone =
@@ -68,7 +99,9 @@ bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report
             return !Interruption::isWanted();
         });
     if (!isDone)
-        failInput(targetName(settings), 0, QStringLiteral("is not made: the build was stopped"));
+        failInput(targetName(settings), 0,
+            settings.addsToTarget ? QStringLiteral("is as it was: the build was stopped")
+                                  : QStringLiteral("is not made: the build was stopped"));
     return isDone;
 }
 
@@ -142,7 +175,7 @@ int build(BuildSettings settings)
         return InputFailed;
     }
     tellAssumptions(report.check.files);
-    return Console::show(buildSummary(*source, targetName(settings), report));
+    return Console::show(buildSummary(*source, settings, report));
 }
 
 int printPlan(BuildSettings settings)

@@ -13,6 +13,7 @@ struct BuildSettings {
     QString target; /*!< file of the database, or connection to a server */
     QString schema; /*!< on a server; empty: the first of the search path */
     bool replacesTarget = false;
+    bool addsToTarget = false;
     QString repeats; /*!< "columns" or "tables", of repeated items; empty: columns */
     QString language; /*!< of the labels, by name; empty: the first */
     bool hasAllLanguages = false;

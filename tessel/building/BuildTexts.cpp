@@ -45,6 +45,13 @@ QString leftOut(qint64 count)
     return count > 0 ? QStringLiteral(" + %1 left out\n").arg(count) : QStringLiteral("\n");
 }
 
+QString changesText(const QString& target, const DatabaseChanges& changes)
+{
+    return QStringLiteral("%1: %2 new, %3 changed, %4 deleted (%5 as they were)\n")
+        .arg(printable(target), QString::number(changes.added), QString::number(changes.changed),
+            QString::number(changes.withdrawn), QString::number(changes.unchanged));
+}
+
 } // namespace
 
 QString planText(const DatabasePlan& plan)
@@ -67,12 +74,15 @@ QString planText(const DatabasePlan& plan)
     return text;
 }
 
-QString buildSummary(const DataSource& source, const QString& target, const BuildReport& report)
+QString buildSummary(
+    const DataSource& source, const BuildSettings& settings, const BuildReport& report)
 {
     const SourceCounts& read = report.check.counts;
     const QString unit = source.countsRows() && !source.hasCases() ? QStringLiteral("rows")
                                                                    : QStringLiteral("lines");
-    QString text = QStringLiteral("%1 is made.\n").arg(printable(target));
+    QString text = settings.addsToTarget
+        ? changesText(targetName(settings), report.changes)
+        : printable(targetName(settings)) + QLatin1String(" is made.\n");
     for (std::size_t r = 0; r < report.check.recordCounts.size(); ++r) {
         text += QStringLiteral("  %1: %2 rows\n")
                     .arg(printable(source.dictionary().records[r].name))

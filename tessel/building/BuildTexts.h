@@ -1,6 +1,6 @@
 #pragma once
 
-#include <tessel_data/DatabaseBuilder.h>
+#include "building/BuildRun.h"
 
 #include <QString>
 
@@ -8,5 +8,5 @@
 QString planText(const tessel::DatabasePlan& plan);
 
 /*! What was built, with the sums that have to add up. */
-QString buildSummary(
-    const tessel::DataSource& source, const QString& target, const tessel::BuildReport& report);
+QString buildSummary(const tessel::DataSource& source, const BuildSettings& settings,
+    const tessel::BuildReport& report);

@@ -269,12 +269,17 @@ QString textOf(const PropertyValue& value)
     return std::visit(ValueText(), value);
 }
 
+QString textOf(const Difference& difference)
+{
+    return subjectOf(difference) + QLatin1String(": ") + eventText(difference);
+}
+
 void writeDiffText(const ComparedFiles& files, const ByteSink& sink)
 {
     for (const Difference& difference : files.differences) {
         const QString mark =
             difference.breaks ? QStringLiteral("breaks  ") : QStringLiteral("fits    ");
-        sink(lineOf(mark + subjectOf(difference) + QLatin1String(": ") + eventText(difference)));
+        sink(lineOf(mark + textOf(difference)));
     }
     sink(lineOf(summaryOf(files)));
 }

@@ -19,6 +19,9 @@ QString nameOf(DifferingProperty property);
 /*! \a value in words or digits; null: none. */
 QString textOf(const PropertyValue& value);
 
+/*! What differs where, as one line. */
+QString textOf(const Difference& difference);
+
 /*! Hands a line for each difference, and one that counts them, to \a sink. */
 void writeDiffText(const ComparedFiles& files, const ByteSink& sink);
 
