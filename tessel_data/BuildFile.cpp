@@ -33,6 +33,12 @@ BuildFile::BuildFile(const QString& path, bool mayReplace)
     findPlace();
     checkPlace();
     open();
+    try {
+        checkPlace(); // again: now who adds to it would have seen this build
+    } catch (...) {
+        remove();
+        throw;
+    }
 }
 
 BuildFile::BuildFile(const QString& path)
@@ -40,7 +46,14 @@ BuildFile::BuildFile(const QString& path)
     , m_mayReplace(true)
 {
     findPlace();
-    open();
+    if (exists(m_temporary))
+        open();
+}
+
+void BuildFile::checkNotMade(const QString& path)
+{
+    BuildFile left(path);
+    left.remove();
 }
 
 // A link stays one: what it points to is replaced.
@@ -85,7 +98,7 @@ void BuildFile::checkPlace() const
 }
 
 // Only a database is replaced, and none that another program has open for writing: a journal that
-// it leaves would be taken for one of the new file.
+// it leaves would be taken for one of the new file. What a dead one left is undone first.
 void BuildFile::checkUnused() const
 {
     QFile file(QFile::decodeName(m_place));
@@ -97,15 +110,16 @@ void BuildFile::checkUnused() const
             QStringLiteral("is no SQLite database and is not replaced; name another file"));
     }
     file.close();
-    bool isUsed = exists(m_place + "-wal") || exists(m_place + "-journal");
     sqlite3* database = nullptr;
-    if (!isUsed
-        && sqlite3_open_v2(m_place.constData(), &database, SQLITE_OPEN_READWRITE, nullptr)
-            == SQLITE_OK)
-        isUsed = (sqlite3_exec(database, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) & 0xFF)
-            == SQLITE_BUSY;
+    int result = sqlite3_open_v2(m_place.constData(), &database, SQLITE_OPEN_READWRITE, nullptr);
+    if (result == SQLITE_OK)
+        result = sqlite3_exec(database, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    // A journal that is there still never took effect.
+    if (result == SQLITE_OK && !exists(m_place + "-wal"))
+        ::unlink((m_place + "-journal").constData());
     sqlite3_close(database);
-    if (isUsed) {
+    const bool isUsed = (result & 0xFF) == SQLITE_BUSY;
+    if (isUsed || exists(m_place + "-wal") || exists(m_place + "-journal")) {
         throw DataError(DataError::Code::Busy, m_path,
             QStringLiteral("is open in another program; close it there and try again"));
     }

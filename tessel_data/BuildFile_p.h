@@ -13,10 +13,12 @@ class BuildFile {
 public:
     // mayReplace: the file at its place may be there.
     BuildFile(const QString& path, bool mayReplace);
-    // Only its lock, so that no other build replaces the file at its place meanwhile.
-    explicit BuildFile(const QString& path);
     // Removes what was not published.
     ~BuildFile();
+
+    // Refuses when another build is about to replace the file at the path; removes what a dead one
+    // left. To be called when others can no longer begin: while the file is locked.
+    static void checkNotMade(const QString& path);
 
     const QByteArray& temporaryPath() const
     {
@@ -28,6 +30,8 @@ public:
 
 private:
     Q_DISABLE_COPY(BuildFile)
+
+    explicit BuildFile(const QString& path);
 
     void findPlace();
     void checkPlace() const;

@@ -3,6 +3,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 namespace tessel {
@@ -43,14 +44,16 @@ quint64 hashOf(const QString& name)
     return mixed(WholeCase, name.toUtf8().toStdString());
 }
 
-// 12.50 is 12.5, also where a later dictionary has more decimals.
-quint64 mixedNumber(quint64 hash, qint64 number, int decimals)
+// 12.50 is 12.5, also where a later dictionary has more decimals. One step, since most values are
+// numbers.
+quint64 mixedNumber(quint64 hash, quint64 column, qint64 number, int decimals)
 {
-    while (decimals > 0 && number % 10 == 0) {
-        number /= 10;
+    constexpr int ten = 10;
+    while (decimals > 0 && number % ten == 0) {
+        number /= ten;
         --decimals;
     }
-    return mixed(mixed(hash, quint64(decimals)), quint64(number));
+    return mixed(hash ^ quint64(number), column + (quint64(decimals) << CHAR_BIT));
 }
 
 } // namespace
@@ -86,13 +89,13 @@ void CaseContent::add(const DataBatch& batch, const DataBatch::Record& record, q
         const ValueKind kind = batch.states[cell].kind();
         if (kind == ValueKind::Blank)
             continue;
-        hash = mixed(hash, m_columns[column] + quint64(kind));
+        const quint64 place = m_columns[column] + quint64(kind);
         if (kind == ValueKind::Number)
-            hash = mixedNumber(hash, batch.numbers[cell], m_decimals[column]);
+            hash = mixedNumber(hash, place, batch.numbers[cell], m_decimals[column]);
         else if (kind == ValueKind::Real)
-            hash = mixed(hash, quint64(batch.numbers[cell]));
+            hash = mixed(hash ^ quint64(batch.numbers[cell]), place);
         else
-            hash = mixed(hash, batch.textOf(cell));
+            hash = mixed(mixed(hash, place), batch.textOf(cell));
     }
     m_sum += mixed(hash, WholeCase);
     m_hasRecords = true;

@@ -327,11 +327,11 @@ QByteArray SqliteTarget::Job::openExisting()
     }
     m_isAdded = true;
     m_place = Place::Staged;
-    m_file = std::make_unique<BuildFile>(path);
     openFile(QFile::encodeName(path), 0);
     sqlite3_busy_timeout(m_database.get(), PatienceMs);
     run(QStringLiteral("PRAGMA temp.journal_mode = OFF; PRAGMA temp.cache_size = -16384;"
                        "PRAGMA main.cache_size = -16384; BEGIN IMMEDIATE"));
+    BuildFile::checkNotMade(path);
     const std::vector<TableColumn> found = columns(Place::Kept, SystemTable::sources);
     const bool isOurs = std::any_of(found.begin(), found.end(),
         [](const TableColumn& column) { return column.name == QLatin1String("dictionary"); });

@@ -54,6 +54,12 @@ public:
             qFatal("%s: %s", sql.constData(), message);
     }
 
+    bool isLocked() const
+    {
+        const int result = sqlite3_exec(m_database, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+        return result == SQLITE_BUSY;
+    }
+
 private:
     Q_DISABLE_COPY(Database)
 
@@ -164,6 +170,9 @@ private slots:
     void refused_data();
     void refused();
     void locked();
+    void alreadyMade();
+    void fullDisk_data();
+    void fullDisk();
     void othersRead();
     void stopped();
 
@@ -196,6 +205,20 @@ private:
     QStringList rows(const QString& sql) const
     {
         return Database(target()).rows(sql);
+    }
+    // Whether another program keeps others from writing.
+    bool isLocked() const
+    {
+        return Database(target()).isLocked();
+    }
+    QStringList leftBehind() const
+    {
+        return QDir(m_folder->path()).entryList({ "*t.sqlite*" }, QDir::Files | QDir::Hidden);
+    }
+    // More than a pipe holds.
+    static QByteArray manyLines()
+    {
+        return QByteArray("101021abcd\n").repeated(100'000);
     }
     static QByteArray firstLine(const Outcome& outcome)
     {
@@ -299,14 +322,19 @@ void tst_BuildAdd::killed()
     process.kill();
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitStatus(), QProcess::CrashExit);
-    QVERIFY(QFile::exists(journal));
-    QFile::copy(target(), path("copy.sqlite"));
-    QFile::copy(journal, path("copy.sqlite-journal"));
+    QCOMPARE(leftBehind(), (QStringList { "t.sqlite", "t.sqlite-journal" }));
+    for (const char* name : { "copy.sqlite", "other.sqlite" }) {
+        QFile::copy(target(), path(name));
+        QFile::copy(journal, path(name + QString("-journal")));
+    }
     QCOMPARE(contentsOf(path("copy.sqlite"), "PLACE, NUMBER"), before);
+    const Outcome replaced = runTessel(
+        { "build", path("d.dcf"), path("first.dat"), "--overwrite", "--to", path("other.sqlite") });
+    QVERIFY2(replaced.status == 0, replaced.errors.constData());
+    QCOMPARE(contentsOf(path("other.sqlite"), "PLACE, NUMBER"), before);
     const Outcome again = build({ "--add", path("d.dcf"), path("big.dat") });
     QVERIFY2(again.status == 0, again.errors.constData());
-    QVERIFY(!QFile::exists(journal));
-    QCOMPARE(QDir(m_folder->path()).entryList({ ".*" }, QDir::Files | QDir::Hidden), QStringList());
+    QCOMPARE(leftBehind(), QStringList("t.sqlite"));
     const QStringList added = contentsOf(target(), "PLACE, NUMBER");
     QCOMPARE(build({ path("d.dcf"), path("big.dat"), "--overwrite" }).status, 0);
     QCOMPARE(added, contentsOf(target(), "PLACE, NUMBER"));
@@ -583,6 +611,64 @@ void tst_BuildAdd::locked()
         later.errors.constData());
 }
 
+// Another build that is about to take its place has the right of way; a dead one has not.
+void tst_BuildAdd::alreadyMade()
+{
+    make("101011ann\n");
+    QProcess process;
+    process.start(QStringLiteral(TESSEL_PROGRAM),
+        { "build", "--overwrite", path("d.dcf"), "-", "--to", target() });
+    QVERIFY(process.waitForStarted());
+    process.write(manyLines());
+    QTRY_VERIFY(process.bytesToWrite() == 0); // the data are read
+    const Outcome outcome = add("101021bob\n");
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("is being made by another build"), outcome.errors.constData());
+    process.kill();
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(leftBehind(), (QStringList { ".t.sqlite.tessel-build", "t.sqlite" }));
+    QCOMPARE(add("101021bob\n").status, 0);
+    QCOMPARE(leftBehind(), QStringList("t.sqlite"));
+}
+
+void tst_BuildAdd::fullDisk_data()
+{
+    QTest::addColumn<int>("before"); // cases of the first build
+    QTest::addColumn<int>("added");
+    QTest::newRow("while it is read") << 1000 << 100'000;
+    QTest::newRow("while it is merged") << 20'000 << 20'000;
+}
+
+// The limit of the size of files stands for the end of the disk.
+void tst_BuildAdd::fullDisk()
+{
+    QFETCH(int, before);
+    QFETCH(int, added);
+    const auto lines = [](int from, int count) {
+        QByteArray text;
+        for (int i = from; i < from + count; ++i)
+            text += "1" + QByteArray::number(100'000'000 + i).mid(1) + "1abcdefghij\n";
+        return text;
+    };
+    QByteArray dictionary = survey(item("ROOF", 10, 1) + item("NAME", 11, 10, "Alpha"));
+    dictionary.replace("Start=4\nLen=2", "Start=4\nLen=6");
+    make(lines(0, before), dictionary);
+    const qint64 size = QFileInfo(target()).size();
+    const QStringList contents = contentsOf(target(), "PLACE, NUMBER");
+    writeFile(path("d.dat"), lines(before, added));
+    const qint64 limit = (before > added / 2 ? size + size / 4 : 3'000'000) / 1024;
+    const Outcome outcome = runProgram("bash",
+        { "-c", "ulimit -f " + QString::number(limit) + "; exec \"$@\"", "bash",
+            QStringLiteral(TESSEL_PROGRAM), "build", "--add", path("d.dcf"), path("d.dat"), "--to",
+            target() });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("cannot be written"), outcome.errors.constData());
+    QCOMPARE(contentsOf(target(), "PLACE, NUMBER"), contents);
+    QCOMPARE(leftBehind(), QStringList("t.sqlite"));
+    QCOMPARE(build({ "--add", path("d.dcf"), path("d.dat") }).status, 0);
+    QCOMPARE(rows("SELECT count(*) FROM cases"), QStringList(QString::number(before + added)));
+}
+
 // They see the former state until the batch is whole.
 void tst_BuildAdd::othersRead()
 {
@@ -591,17 +677,20 @@ void tst_BuildAdd::othersRead()
     process.start(
         QStringLiteral(TESSEL_PROGRAM), { "build", "--add", path("d.dcf"), "-", "--to", target() });
     QVERIFY(process.waitForStarted());
-    QTRY_VERIFY(QFile::exists(path(".t.sqlite.tessel-build")));
+    QTRY_VERIFY(isLocked());
     process.write("101021bob\n");
     QCOMPARE(rows("SELECT count(*) FROM cases"), QStringList("1"));
     const Outcome second = add("101031cat\n");
     QCOMPARE(second.status, 1);
-    QVERIFY2(second.errors.contains("is being made by another build"), second.errors.constData());
+    QVERIFY2(second.errors.contains("is in use by another program"), second.errors.constData());
+    const Outcome replacing = build({ path("d.dcf"), path("d.dat"), "--overwrite" });
+    QCOMPARE(replacing.status, 1);
+    QVERIFY2(replacing.errors.contains("is open in another program"), replacing.errors.constData());
     process.closeWriteChannel();
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 0);
     QCOMPARE(rows("SELECT count(*) FROM cases"), QStringList("2"));
-    QVERIFY(!QFile::exists(path(".t.sqlite.tessel-build")));
+    QCOMPARE(leftBehind(), QStringList("t.sqlite"));
 }
 
 void tst_BuildAdd::stopped()
@@ -612,22 +701,18 @@ void tst_BuildAdd::stopped()
     process.start(
         QStringLiteral(TESSEL_PROGRAM), { "build", "--add", path("d.dcf"), "-", "--to", target() });
     QVERIFY(process.waitForStarted());
-    QByteArray lines;
-    for (int i = 0; i < 100'000; ++i)
-        lines += "101021abcd\n";
-    process.write(lines);
+    process.write(manyLines());
     QTRY_VERIFY(process.bytesToWrite() == 0);
-    QTRY_VERIFY(QFile::exists(path(".t.sqlite.tessel-build")));
+    QTRY_VERIFY(isLocked());
     ::kill(pid_t(process.processId()), SIGINT);
-    process.write(lines);
+    process.write(manyLines());
     process.closeWriteChannel();
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(process.exitCode(), 1);
     QVERIFY(process.readAllStandardError().contains("is as it was: the build was stopped"));
     QCOMPARE(readFile(target()), before);
-    QCOMPARE(QDir(m_folder->path()).entryList({ "*t.sqlite*" }, QDir::Files | QDir::Hidden),
-        QStringList("t.sqlite"));
+    QCOMPARE(leftBehind(), QStringList("t.sqlite"));
 }
 
 QTEST_GUILESS_MAIN(tst_BuildAdd)

@@ -385,7 +385,7 @@ void tst_PostgresTarget::comments()
     QCOMPARE(
         ask("SELECT indexrelid::regclass FROM pg_index WHERE indrelid IN "
             "('b.cases'::regclass, 'b.person'::regclass) ORDER BY indexrelid::regclass::text;"),
-        QByteArray("b.cases_key\nb.cases_pkey\nb.person_case"));
+        QByteArray("b.cases_key\nb.cases_pkey\nb.cases_uuid\nb.person_case"));
     QCOMPARE(ask("SELECT count(*) FROM pg_class WHERE relname LIKE 'tessel\\_build\\_%';"),
         QByteArray("0"));
 }
