@@ -2,17 +2,14 @@
 
 #include <tessel_data/CaseContent_p.h>
 #include <tessel_data/DataError.h>
+#include <tessel_data/FileDigests_p.h>
 #include <tessel_data/RowWriter_p.h>
 
-#include <QCryptographicHash>
 #include <QDateTime>
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
-#include <atomic>
 #include <limits>
-#include <thread>
 
 namespace tessel {
 
@@ -50,68 +47,6 @@ QString nameOf(DataVariable::Type type)
     }
     return QStringLiteral("binary");
 }
-
-// Reads files once more beside their reader, for their digests.
-class Digests {
-public:
-    explicit Digests(const std::vector<SourceFile>& files)
-        : m_thread([this, paths = pathsOf(files)] { run(paths); })
-    {
-    }
-    ~Digests()
-    {
-        m_isStopped = true;
-        if (m_thread.joinable())
-            m_thread.join();
-    }
-
-    // In the order of the files; empty for what cannot be read again, as standard input.
-    const QStringList& wait()
-    {
-        if (m_thread.joinable())
-            m_thread.join();
-        return m_digests;
-    }
-
-private:
-    Q_DISABLE_COPY(Digests)
-
-    static QStringList pathsOf(const std::vector<SourceFile>& files)
-    {
-        QStringList paths;
-        for (const SourceFile& file : files)
-            paths.append(file.path);
-        return paths;
-    }
-
-    void run(const QStringList& paths)
-    {
-        for (const QString& path : paths)
-            m_digests.append(digestOf(path));
-    }
-
-    QString digestOf(const QString& path) const
-    {
-        constexpr qint64 blockSize = 1'048'576;
-        if (!QFileInfo(path).isFile()) // a pipe gives its bytes only once
-            return QString();
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-            return QString();
-        QCryptographicHash hash(QCryptographicHash::Sha256);
-        while (!m_isStopped && !file.atEnd()) {
-            const QByteArray block = file.read(blockSize);
-            if (block.isEmpty())
-                return QString();
-            hash.addData(block);
-        }
-        return QString::fromLatin1(hash.result().toHex());
-    }
-
-    QStringList m_digests;
-    std::atomic<bool> m_isStopped { false };
-    std::thread m_thread; // last: it uses the others
-};
 
 // Tells whether a file is one that was read before; null for what is read only once, as a pipe.
 QString absolutePath(const QString& path)
@@ -221,7 +156,7 @@ private:
     int caseIds = 0;
     std::vector<qint64> recordRows = std::vector<qint64>(dictionary.records.size());
     QString started;
-    Digests digests;
+    FileDigests digests;
 };
 
 PlanOptions DatabaseBuilder::Job::planOptions(
