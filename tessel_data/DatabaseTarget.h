@@ -45,6 +45,16 @@ public:
     {
         return m_rows.size();
     }
+    /*! Row \a index. */
+    const Row& row(std::size_t index) const
+    {
+        return m_rows[index];
+    }
+    /*! Where the values stand. */
+    const DataBatch& batch() const
+    {
+        return m_batch;
+    }
     /*! Texts are valid as long as the batch is. */
     DatabaseValue value(std::size_t row, int column) const;
 

@@ -1,62 +1,133 @@
 #include <tessel_data/PostgresRows_p.h>
 
 #include <tessel_data/DataError.h>
-#include <tessel_data/LineText_p.h>
 
 #include <QtEndian>
 
-#include <cstring>
+#include <algorithm>
+#include <string>
 
 namespace tessel {
 
 namespace {
 
 using Kind = DatabaseValue::Kind;
+using Role = DatabaseColumn::Role;
 using Type = DatabaseColumn::Type;
 
-template <typename Number> void put(std::string& bytes, Number number)
+constexpr std::size_t MostOfValue = 32; // bytes of a number of up to 18 digits
+constexpr int DigitsOfGroup = 4; // of NUMERIC
+constexpr int GroupBase = 10'000;
+
+template <typename Number> char* put(char* out, Number number)
 {
-    const Number swapped = qToBigEndian(number);
-    char raw[sizeof(Number)];
-    std::memcpy(raw, &swapped, sizeof(Number));
-    bytes.append(raw, sizeof(Number));
+    qToBigEndian(number, out);
+    return out + sizeof(Number);
 }
 
-// With its length before it, in one step: most values are such.
-void putSized(std::string& bytes, qint64 number)
+// With its length before it.
+char* putSized(char* out, qint64 number)
 {
-    constexpr std::size_t size = sizeof(qint32) + sizeof(qint64);
-    const qint32 length = qToBigEndian(qint32(sizeof(qint64)));
-    const qint64 swapped = qToBigEndian(number);
-    char raw[size];
-    std::memcpy(raw, &length, sizeof(length));
-    std::memcpy(raw + sizeof(length), &swapped, sizeof(swapped));
-    bytes.append(raw, size);
+    return put(put(out, qint32(sizeof(qint64))), number);
 }
 
-void putReal(std::string& bytes, double number)
+char* putReal(char* out, double number)
 {
     qint64 bits = 0;
     std::memcpy(&bits, &number, sizeof(bits));
-    putSized(bytes, bits);
+    return putSized(out, bits);
 }
 
-void putNull(std::string& bytes)
+char* putNull(char* out)
 {
-    put(bytes, qint32(-1));
+    return put(out, qint32(-1));
 }
 
-// What is no UTF-8 is taken for Windows-1252, as in all that is read.
-void putText(std::string& bytes, LineText& line, std::string_view original)
+char* putBytes(char* out, std::string_view bytes)
+{
+    out = put(out, qint32(bytes.size()));
+    std::memcpy(out, bytes.data(), bytes.size());
+    return out + bytes.size();
+}
+
+// ASCII without null characters, as nearly every text is.
+bool isPlain(std::string_view text)
+{
+    return std::all_of(
+        text.begin(), text.end(), [](char character) { return qint8(character) > 0; });
+}
+
+// Groups of four digits before and behind the point, the first one's power of the base.
+struct Numeric {
+    const qint16* groups;
+    int count;
+    int weight;
+    bool isNegative;
+    int decimals;
+};
+
+// Zeros at either end are not written.
+char* putNumeric(char* out, Numeric number)
+{
+    constexpr quint16 minus = 0x4000;
+    constexpr int head = 4; // numbers
+    for (; number.count > 0 && number.groups[number.count - 1] == 0; --number.count) { }
+    for (; number.count > 0 && number.groups[0] == 0; --number.count) {
+        ++number.groups;
+        --number.weight;
+    }
+    const bool isZero = number.count == 0;
+    out = put(out, qint32(std::size_t(head + number.count) * sizeof(qint16)));
+    out = put(out, qint16(number.count));
+    out = put(out, qint16(isZero ? 0 : number.weight));
+    out = put(out, number.isNegative && !isZero ? minus : quint16(0));
+    out = put(out, qint16(number.decimals));
+    for (int i = 0; i < number.count; ++i)
+        out = put(out, number.groups[i]);
+    return out;
+}
+
+char* putNumeric(char* out, qint64 scaled, int decimals)
+{
+    constexpr int most = 2 * 5; // groups of 18 digits on either side
+    constexpr int middle = most / 2;
+    const quint64 size = scaled < 0 ? -quint64(scaled) : quint64(scaled);
+    const auto power = quint64(powerOfTen(decimals));
+    const int behind = (decimals + DigitsOfGroup - 1) / DigitsOfGroup;
+    qint16 groups[most] = {};
+    quint64 whole = size / power;
+    int first = middle;
+    for (; whole > 0; whole /= GroupBase)
+        groups[--first] = qint16(whole % GroupBase);
+    // The last group is filled up with zeros, apart from the others: together they might not fit.
+    quint64 part = size % power;
+    const int inLast = decimals - (behind - 1) * DigitsOfGroup;
+    if (behind > 0) {
+        const auto cut = quint64(powerOfTen(inLast));
+        groups[middle + behind - 1] =
+            qint16(part % cut * quint64(powerOfTen(DigitsOfGroup - inLast)));
+        part /= cut;
+    }
+    for (int g = middle + behind - 2; g >= middle; --g, part /= GroupBase)
+        groups[g] = qint16(part % GroupBase);
+    return putNumeric(
+        out, { groups + first, middle + behind - first, middle - first - 1, scaled < 0, decimals });
+}
+
+// Of a whole number of any number of digits.
+std::vector<qint16> groupsOf(std::string digits)
+{
+    const std::size_t group = DigitsOfGroup;
+    digits.insert(0, (group - digits.size() % group) % group, '0');
+    std::vector<qint16> groups;
+    for (std::size_t i = 0; i < digits.size(); i += group)
+        groups.push_back(qint16(std::stoi(digits.substr(i, group))));
+    return groups;
+}
+
+std::string withPictures(std::string_view text)
 {
     static const std::string_view picture = "\xE2\x90\x80";
-    line.set(original);
-    const std::string_view text = line.text();
-    if (!line.hasControlCharacters() || text.find('\0') == std::string_view::npos) {
-        put(bytes, qint32(text.size()));
-        bytes.append(text);
-        return;
-    }
     std::string shown;
     for (const char character : text) {
         if (character == '\0')
@@ -64,91 +135,18 @@ void putText(std::string& bytes, LineText& line, std::string_view original)
         else
             shown.push_back(character);
     }
-    put(bytes, qint32(shown.size()));
-    bytes.append(shown);
-}
-
-// Digits before and behind the point, in groups of four, without the zeros at either end.
-void putNumeric(std::string& bytes, bool isNegative, std::string digits, int decimals)
-{
-    constexpr std::size_t group = 4;
-    constexpr quint16 minus = 0x4000;
-    const auto behind = std::size_t(decimals);
-    if (digits.size() < behind)
-        digits.insert(0, behind - digits.size(), '0');
-    digits.insert(0, (group - (digits.size() - behind) % group) % group, '0');
-    const std::size_t before = digits.size() - behind;
-    digits.append((group - behind % group) % group, '0');
-    std::vector<qint16> groups;
-    for (std::size_t i = 0; i < digits.size(); i += group) {
-        constexpr int ten = 10;
-        int number = 0;
-        for (std::size_t d = i; d < i + group; ++d)
-            number = number * ten + (digits[d] - '0');
-        groups.push_back(qint16(number));
-    }
-    auto weight = int(before / group) - 1;
-    while (!groups.empty() && groups.back() == 0)
-        groups.pop_back();
-    const auto zeros = std::find_if(groups.begin(), groups.end(), [](qint16 g) { return g != 0; });
-    weight = groups.empty() ? 0 : weight - int(zeros - groups.begin());
-    groups.erase(groups.begin(), zeros);
-    constexpr std::size_t head = 4; // numbers
-    put(bytes, qint32((head + groups.size()) * sizeof(qint16)));
-    put(bytes, qint16(groups.size()));
-    put(bytes, qint16(weight));
-    put(bytes, isNegative && !groups.empty() ? minus : quint16(0));
-    put(bytes, qint16(decimals));
-    for (const qint16 number : groups)
-        put(bytes, number);
-}
-
-void putNumeric(std::string& bytes, std::string_view text)
-{
-    const bool isNegative = !text.empty() && text[0] == '-';
-    putNumeric(bytes, isNegative, std::string(text.substr(isNegative ? 1 : 0)), 0);
-}
-
-void putNumeric(std::string& bytes, const DatabaseValue& value)
-{
-    const quint64 size = value.number < 0 ? -quint64(value.number) : quint64(value.number);
-    putNumeric(bytes, value.number < 0, std::to_string(size), value.decimals);
-}
-
-// False: the column does not take values of this kind.
-bool putNumber(std::string& bytes, Type type, const DatabaseValue& value)
-{
-    const bool isExact = value.kind == Kind::Integer || value.kind == Kind::Decimal;
-    if (type == Type::Integer && value.kind == Kind::Integer)
-        putSized(bytes, value.number);
-    else if (type == Type::Real && value.kind == Kind::Real)
-        putReal(bytes, value.real);
-    else if (type == Type::Real && isExact)
-        putReal(bytes, nearestDouble(value.number, value.decimals));
-    else if ((type == Type::Decimal || type == Type::Digits) && isExact)
-        putNumeric(bytes, value);
-    else if (type == Type::Digits && value.kind == Kind::Text)
-        putNumeric(bytes, value.text);
-    else
-        return false;
-    return true;
-}
-
-void putValue(
-    std::string& bytes, LineText& line, const DatabaseColumn& column, const DatabaseValue& value)
-{
-    if (value.kind == Kind::Null) {
-        putNull(bytes);
-    } else if (column.type == Type::Text && value.kind == Kind::Text) {
-        putText(bytes, line, value.text);
-    } else if (!putNumber(bytes, column.type, value)) {
-        throw DataError(DataError::Code::DoesNotAddUp, column.name,
-            QStringLiteral("is a column that a value does not fit; this is an error of the "
-                           "program"));
-    }
+    return shown;
 }
 
 } // namespace
+
+PostgresRows::PostgresRows(const DatabaseTable& table)
+    : m_table(table)
+    , m_room(std::size_t(table.columns.size() + 1) * MostOfValue)
+{
+    for (const DatabaseColumn& column : table.columns)
+        m_fields.push_back({ column.role, column.type, column.decimals });
+}
 
 std::string_view PostgresRows::header()
 {
@@ -160,22 +158,108 @@ std::string_view PostgresRows::trailer()
     return "\xFF\xFF";
 }
 
-void PostgresRows::append(std::string& bytes, const DatabaseTable& table, const DatabaseRows& rows)
+std::size_t PostgresRows::append(
+    PostgresBytes& bytes, const DatabaseRows& rows, std::size_t first, std::size_t full)
 {
-    LineText line;
-    const int columns = table.columns.size();
-    for (std::size_t row = 0; row < rows.count(); ++row) {
-        put(bytes, qint16(columns));
-        for (int c = 0; c < columns; ++c)
-            putValue(bytes, line, table.columns.at(c), rows.value(row, c));
-    }
+    std::size_t row = first;
+    for (; row < rows.count() && bytes.size() < full; ++row)
+        appendRow(bytes, rows, row);
+    return row;
 }
 
-void PostgresRows::append(std::string& bytes, const std::vector<qint64>& numbers)
+void PostgresRows::append(PostgresBytes& bytes, const std::vector<qint64>& numbers)
 {
-    put(bytes, qint16(numbers.size()));
+    char* out = put(bytes.room((1 + numbers.size()) * MostOfValue), qint16(numbers.size()));
     for (const qint64 number : numbers)
-        putSized(bytes, number);
+        out = putSized(out, number);
+    bytes.endAt(out);
+}
+
+void PostgresRows::appendRow(PostgresBytes& bytes, const DatabaseRows& rows, std::size_t row)
+{
+    const DatabaseRows::Row& place = rows.row(row);
+    const int* const cells = m_table.cells[std::size_t(place.occurrence)].constData();
+    char* out = put(bytes.room(m_room), qint16(m_fields.size()));
+    for (std::size_t c = 0; c < m_fields.size(); ++c) {
+        switch (m_fields[c].role) {
+        case Role::CaseId:
+            out = putSized(out, place.caseId);
+            break;
+        case Role::Row:
+            out = putSized(out, place.number);
+            break;
+        case Role::Occurrence:
+            out = putSized(out, place.occurrence + 1);
+            break;
+        case Role::Value:
+            out = putCell(bytes, out, rows, row, c, place.firstCell + quint32(cells[c]));
+            break;
+        }
+    }
+    bytes.endAt(out);
+}
+
+// What nearly all cells hold; putOther() knows the rest.
+char* PostgresRows::putCell(PostgresBytes& bytes, char* out, const DatabaseRows& rows,
+    std::size_t row, std::size_t column, quint32 cell)
+{
+    const DataBatch& batch = rows.batch();
+    const Field& field = m_fields[column];
+    const ValueKind kind = batch.states[cell].kind();
+    if (kind == ValueKind::Number && field.type == Type::Integer && field.decimals == 0)
+        return putSized(out, batch.numbers[cell]);
+    if (kind == ValueKind::Blank)
+        return putNull(out);
+    if (kind == ValueKind::Number && field.type == Type::Decimal)
+        return putNumeric(out, batch.numbers[cell], std::max(0, field.decimals));
+    if (kind == ValueKind::Text && field.type == Type::Text)
+        return putText(bytes, out, batch.textOf(cell));
+    return putOther(bytes, out, rows, row, column);
+}
+
+// What is no UTF-8 is taken for Windows-1252, as in all that is read.
+char* PostgresRows::putText(PostgresBytes& bytes, char* out, std::string_view original)
+{
+    std::string shown;
+    std::string_view text = original;
+    if (!isPlain(original)) {
+        m_line.set(original);
+        text = m_line.text();
+        if (text.find('\0') != std::string_view::npos)
+            text = shown = withPictures(text);
+    }
+    bytes.endAt(out);
+    return putBytes(bytes.room(text.size() + m_room), text);
+}
+
+char* PostgresRows::putDigits(PostgresBytes& bytes, char* out, std::string_view text)
+{
+    const bool isNegative = !text.empty() && text[0] == '-';
+    const std::vector<qint16> groups = groupsOf(std::string(text.substr(isNegative ? 1 : 0)));
+    const int count = int(groups.size());
+    bytes.endAt(out);
+    out = bytes.room(groups.size() * sizeof(qint16) + m_room);
+    return putNumeric(out, { groups.data(), count, count - 1, isNegative, 0 });
+}
+
+char* PostgresRows::putOther(
+    PostgresBytes& bytes, char* out, const DatabaseRows& rows, std::size_t row, std::size_t column)
+{
+    const DatabaseValue value = rows.value(row, int(column));
+    const Type type = m_fields[column].type;
+    const bool isExact = value.kind == Kind::Integer || value.kind == Kind::Decimal;
+    if (value.kind == Kind::Null)
+        return putNull(out);
+    if (type == Type::Real && value.kind == Kind::Real)
+        return putReal(out, value.real);
+    if (type == Type::Real && isExact)
+        return putReal(out, nearestDouble(value.number, value.decimals));
+    if ((type == Type::Decimal || type == Type::Digits) && isExact)
+        return putNumeric(out, value.number, value.decimals);
+    if (type == Type::Digits && value.kind == Kind::Text)
+        return putDigits(bytes, out, value.text);
+    throw DataError(DataError::Code::DoesNotAddUp, m_table.columns.at(int(column)).name,
+        QStringLiteral("is a column that a value does not fit; this is an error of the program"));
 }
 
 } // namespace tessel

@@ -3,6 +3,7 @@
 #include <tessel_data/DataError.h>
 #include <tessel_data/DatabaseViews_p.h>
 #include <tessel_data/PostgresConnection_p.h>
+#include <tessel_data/PostgresCopy_p.h>
 #include <tessel_data/PostgresRows_p.h>
 #include <tessel_data/PostgresSchema_p.h>
 #include <tessel_data/SqlNames.h>
@@ -18,9 +19,6 @@ namespace {
 using Column = DatabaseColumn;
 using Kind = DatabaseTable::Kind;
 
-constexpr std::size_t SentAtOnce = 64 << 10;
-constexpr std::size_t KeptAtMost = 8 << 20; // of all tables together
-constexpr qint64 CopiedAtMost = 64 << 20; // in one COPY: an error is told at its end only
 constexpr int LongestIndexed = 2000; // bytes of a code
 
 // Names until all is whole: those of the former build stay in use.
@@ -53,6 +51,7 @@ public:
     explicit Job(const PostgresOptions& chosen)
         : options(chosen)
         , server(chosen.connection)
+        , m_copy(server)
     {
     }
 
@@ -60,18 +59,12 @@ public:
     qint64 append(int table, const DatabaseRows& rows);
     void markDuplicate(qint64 caseId, qint64 firstCaseId);
     bool finish(const GoesOn& goesOn);
+    void close() noexcept;
 
     PostgresOptions options;
     PostgresConnection server;
 
 private:
-    // Rows on their way into a table: one COPY at a time can be under way.
-    struct Stream {
-        QString statement;
-        std::string bytes;
-        qint64 rows = 0; // given to it
-        qint64 copied = 0; // that the server took
-    };
     // An index that is made under a working name.
     struct Index {
         QString working;
@@ -79,17 +72,10 @@ private:
         QString statement;
     };
 
-    void addStream(const QString& table);
     QString definition(std::size_t table) const;
     void planIndexes();
     void planKey(std::size_t table, UniqueNames& names);
     void planCodeIndex(const DatabaseValueTable& values, UniqueNames& names);
-    void taken(std::size_t stream);
-    void flushAll();
-    void switchTo(std::size_t stream);
-    void send(std::size_t stream);
-    void endCopy();
-    void checkCounts() const;
     QStringList lastSteps() const;
     QString markStatement() const;
     QString takeOverStatements() const;
@@ -97,10 +83,9 @@ private:
 
     const DatabasePlan* m_plan = nullptr;
     std::optional<PostgresSchema> m_schema;
-    std::vector<Stream> m_streams; // by table, that of the duplicates last
-    std::optional<std::size_t> m_current; // whose COPY is under way
-    qint64 m_sent = 0; // bytes, in this COPY
-    std::size_t m_kept = 0; // bytes, of all streams
+    PostgresCopy m_copy; // by table of the plan
+    std::vector<PostgresRows> m_forms; // likewise
+    int m_duplicates = 0; // table among those of m_copy
     std::vector<Index> m_indexes;
 };
 
@@ -117,21 +102,14 @@ void PostgresTarget::Job::begin(const DatabasePlan& databasePlan)
     m_schema->prepare(*m_plan, options.replaces);
     for (std::size_t t = 0; t < m_plan->tables.size(); ++t) {
         server.run(definition(t));
-        addStream(tableName(t));
+        m_copy.addTable(tableName(t));
+        m_forms.emplace_back(m_plan->tables[t]);
     }
     server.run(QStringLiteral("CREATE TABLE %1 (case_id BIGINT, first_case_id BIGINT, "
                               "place BIGINT)")
                    .arg(duplicatesName()));
-    addStream(duplicatesName());
+    m_duplicates = m_copy.addTable(duplicatesName());
     planIndexes();
-}
-
-// The rows need no freezing later: nobody sees the table before they are there.
-void PostgresTarget::Job::addStream(const QString& table)
-{
-    Stream stream;
-    stream.statement = QStringLiteral("COPY %1 FROM STDIN (FORMAT binary, FREEZE)").arg(table);
-    m_streams.push_back(std::move(stream));
 }
 
 QString PostgresTarget::Job::definition(std::size_t table) const
@@ -199,97 +177,17 @@ void PostgresTarget::Job::planCodeIndex(const DatabaseValueTable& values, Unique
                 sqlIdentifier(table.columns.first().name)) });
 }
 
+// Their number is compared with what the server took when all of them are there.
 qint64 PostgresTarget::Job::append(int table, const DatabaseRows& rows)
 {
-    Stream& stream = m_streams[std::size_t(table)];
-    const std::size_t before = stream.bytes.size();
-    PostgresRows::append(stream.bytes, m_plan->tables[std::size_t(table)], rows);
-    stream.rows += qint64(rows.count());
-    m_kept += stream.bytes.size() - before;
-    taken(std::size_t(table));
-    return qint64(rows.count()); // finish() compares with what the server took
-}
-
-// The table with most rows goes to the server at once, the others now and then.
-void PostgresTarget::Job::taken(std::size_t stream)
-{
-    if (m_current == stream && m_streams[stream].bytes.size() >= SentAtOnce)
-        send(stream);
-    if (m_kept >= KeptAtMost)
-        flushAll();
-}
-
-void PostgresTarget::Job::flushAll()
-{
-    std::vector<std::size_t> order;
-    for (std::size_t s = 0; s < m_streams.size(); ++s) {
-        if (!m_streams[s].bytes.empty())
-            order.push_back(s);
-    }
-    std::sort(order.begin(), order.end(), [this](std::size_t first, std::size_t second) {
-        return m_streams[first].bytes.size() < m_streams[second].bytes.size();
-    });
-    for (const std::size_t stream : order) {
-        switchTo(stream);
-        send(stream);
-    }
-}
-
-void PostgresTarget::Job::switchTo(std::size_t stream)
-{
-    if (m_current == stream)
-        return;
-    endCopy();
-    server.beginCopy(m_streams[stream].statement);
-    server.copy(PostgresRows::header());
-    m_current = stream;
-    m_sent = 0;
-}
-
-void PostgresTarget::Job::send(std::size_t stream)
-{
-    std::string& bytes = m_streams[stream].bytes;
-    server.copy(bytes);
-    m_sent += qint64(bytes.size());
-    m_kept -= bytes.size();
-    bytes.clear();
-    if (m_sent >= CopiedAtMost) {
-        endCopy();
-        switchTo(stream);
-    }
-}
-
-void PostgresTarget::Job::endCopy()
-{
-    if (!m_current)
-        return;
-    server.copy(PostgresRows::trailer());
-    m_streams[*m_current].copied += server.endCopy();
-    m_current.reset();
+    m_copy.append(table, m_forms[std::size_t(table)], rows);
+    return qint64(rows.count());
 }
 
 // There is no index yet by which a case could be found quickly.
 void PostgresTarget::Job::markDuplicate(qint64 caseId, qint64 firstCaseId)
 {
-    Stream& stream = m_streams.back();
-    const std::size_t before = stream.bytes.size();
-    PostgresRows::append(stream.bytes, { caseId, firstCaseId, stream.rows });
-    ++stream.rows;
-    m_kept += stream.bytes.size() - before;
-    taken(m_streams.size() - 1);
-}
-
-void PostgresTarget::Job::checkCounts() const
-{
-    for (const Stream& stream : m_streams) {
-        if (stream.copied != stream.rows) {
-            throw DataError(DataError::Code::DoesNotAddUp, server.name(),
-                QStringLiteral("is not made: the server took %1 of %2 rows of a table; this is an "
-                               "error of the program")
-                    .arg(stream.copied)
-                    .arg(stream.rows));
-        }
-    }
+    m_copy.append(m_duplicates, { caseId, firstCaseId, m_copy.rows(m_duplicates) });
 }
 
 QString PostgresTarget::Job::markStatement() const
@@ -347,7 +245,7 @@ QString PostgresTarget::Job::commentStatements() const
 QStringList PostgresTarget::Job::lastSteps() const
 {
     QStringList steps;
-    if (m_streams.back().rows > 0)
+    if (m_copy.rows(m_duplicates) > 0)
         steps.append(markStatement());
     steps.append(QLatin1String("DROP TABLE ") + duplicatesName());
     for (const Index& index : m_indexes)
@@ -361,9 +259,7 @@ QStringList PostgresTarget::Job::lastSteps() const
 
 bool PostgresTarget::Job::finish(const GoesOn& goesOn)
 {
-    flushAll();
-    endCopy();
-    checkCounts();
+    m_copy.finish();
     const QStringList steps = lastSteps();
     for (const QString& step : steps) {
         if ((goesOn && !goesOn()) || !server.run(step, goesOn)) {
@@ -376,12 +272,21 @@ bool PostgresTarget::Job::finish(const GoesOn& goesOn)
     return true;
 }
 
+void PostgresTarget::Job::close() noexcept
+{
+    m_copy.stop();
+    server.close();
+}
+
 PostgresTarget::PostgresTarget(const PostgresOptions& options)
     : m_job(std::make_unique<Job>(options))
 {
 }
 
-PostgresTarget::~PostgresTarget() = default;
+PostgresTarget::~PostgresTarget()
+{
+    m_job->close();
+}
 
 bool PostgresTarget::isConnection(const QString& text)
 {
@@ -436,7 +341,7 @@ bool PostgresTarget::finish(const GoesOn& goesOn)
 
 void PostgresTarget::abandon() noexcept
 {
-    m_job->server.close();
+    m_job->close();
 }
 
 } // namespace tessel
