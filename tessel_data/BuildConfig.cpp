@@ -81,7 +81,8 @@ public:
     {
         value(key, QJsonValue::Array, QStringLiteral("a list of texts"),
             [&](const QJsonValue& found) {
-                for (const QJsonValue& one : found.toArray()) {
+                const QJsonArray list = found.toArray();
+                for (const QJsonValue& one : list) {
                     if (!one.isString())
                         fail(QStringLiteral("'%1' takes a list of texts").arg(pathOf(key)));
                     take(one.toString());

@@ -483,8 +483,8 @@ void DatabaseBuilder::Job::checkUnchanged(const DataSource& source)
 qint64 DatabaseBuilder::Job::rowsOfRecords() const
 {
     qint64 sum = 0;
-    for (std::size_t record = 0; record < tablesOf.size(); ++record)
-        sum += report.rows[std::size_t(tablesOf[record].first())];
+    for (const auto& tables : tablesOf)
+        sum += report.rows[std::size_t(tables.first())];
     return sum;
 }
 

@@ -219,6 +219,8 @@ int DatabaseTable::column(const QString& columnName) const
     return -1;
 }
 
+namespace {
+
 // Makes a plan; names are given out in the order of importance to the user.
 class DatabasePlanner {
 public:
@@ -273,6 +275,8 @@ private:
     QHash<QString, int> m_valueTables; // by keyOf()
     QVector<int> m_languages;
 };
+
+} // namespace
 
 void DatabasePlanner::make()
 {
@@ -420,7 +424,7 @@ void DatabasePlanner::addPart(int record, const Group& group, int first, int cou
 {
     const QString wanted =
         part == 1 ? group.name : QStringLiteral("%1_%2").arg(group.name).arg(part);
-    const bool isRepeat = m_options.hasRepeatTables && group.places.first().size() > 0
+    const bool isRepeat = m_options.hasRepeatTables && !group.places.first().isEmpty()
         && group.places.first().first() >= m_dictionary.records[std::size_t(record)].idCount
         && m_dictionary.variable(record, group.places.first().first()).occurrence > 0;
     DatabaseTable table;
@@ -653,7 +657,8 @@ void DatabasePlanner::addSystemTables()
         for (const SystemColumn& source : definition.columns)
             table.columns.append(systemColumn(QLatin1String(source.name), source.type));
         if (definition.name == SystemTable::values) {
-            for (const QString& name : m_plan.labelColumns.mid(1))
+            const QStringList further = m_plan.labelColumns.mid(1);
+            for (const QString& name : further)
                 table.columns.append(systemColumn(name, Type::Text));
         }
         m_plan.tables.push_back(std::move(table));

@@ -45,7 +45,7 @@ QString testOf(const QString& name, const DatabaseColumn& column, const Database
 
 QString valid(const DatabaseColumn& column)
 {
-    const QString name = QLatin1String("t.") + sqlIdentifier(column.name);
+    QString name = QLatin1String("t.") + sqlIdentifier(column.name);
     QStringList tests;
     for (const DatabaseCode& code : column.invalid)
         tests.append(testOf(name, column, code));
@@ -85,7 +85,7 @@ QString labelOfNull(
 QString labelled(
     const DatabasePlan& plan, const DatabaseTable& definition, const DatabaseColumn& column)
 {
-    const QString value = QLatin1String("t.") + sqlIdentifier(column.name);
+    QString value = QLatin1String("t.") + sqlIdentifier(column.name);
     if (column.valueTable < 0)
         return value;
     const DatabaseValueTable& values = plan.valueTables[std::size_t(column.valueTable)];
