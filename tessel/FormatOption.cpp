@@ -39,7 +39,7 @@ QString readListFormat(const QCommandLineParser& parser, ListingFormat::Kind& ki
 QString readListOptions(const QCommandLineParser& parser, ListingFormat& format)
 {
     format.width = Console::tableWidth();
-    const QString mistake = readListFormat(parser, format.kind);
+    QString mistake = readListFormat(parser, format.kind);
     if (!mistake.isNull())
         return mistake;
     const bool writesCsv = format.kind == ListingFormat::Kind::Csv;

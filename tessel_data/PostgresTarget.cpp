@@ -10,7 +10,7 @@
 #include <tessel_data/UniqueNames.h>
 
 #include <algorithm>
-#include <optional>
+#include <memory>
 
 namespace tessel {
 
@@ -82,7 +82,7 @@ private:
     QString commentStatements() const;
 
     const DatabasePlan* m_plan = nullptr;
-    std::optional<PostgresSchema> m_schema;
+    std::unique_ptr<PostgresSchema> m_schema;
     PostgresCopy m_copy; // by table of the plan
     std::vector<PostgresRows> m_forms; // likewise
     int m_duplicates = 0; // table among those of m_copy
@@ -98,7 +98,7 @@ void PostgresTarget::Job::begin(const DatabasePlan& databasePlan)
         "SET LOCAL statement_timeout = 0; SET LOCAL lock_timeout = 0; "
         "SET LOCAL idle_in_transaction_session_timeout = 0; "
         "SET LOCAL default_statistics_target = 30")); // of ANALYZE, the server's own comes later
-    m_schema.emplace(server, options.schema);
+    m_schema = std::make_unique<PostgresSchema>(server, options.schema);
     m_schema->prepare(*m_plan, options.replaces);
     for (std::size_t t = 0; t < m_plan->tables.size(); ++t) {
         server.run(definition(t));
