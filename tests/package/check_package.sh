@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs the library into a folder of its own and builds examples/list_fields against it twice, through
+# Installs the libraries into a folder of their own and builds examples/list_fields against them twice, through
 # find_package and through pkg-config; both programs must list the census, and examples/open_file must tell of a
-# missing file.
+# missing file. examples/build_database asks for the component of data and runs as it was linked.
 # usage: check_package.sh BUILD_DIRECTORY SOURCE_DIRECTORY WORK_DIRECTORY
 set -euo pipefail
 build=$1 source=$2 work=$3
@@ -13,6 +13,13 @@ cmake --install "$build" --prefix "$prefix" >"$work/install.log"
 cmake -S "$source/examples/list_fields" -B "$work/cmake" -G Ninja \
     -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure.log"
 cmake --build "$work/cmake" >"$work/build.log"
+
+cmake -S "$source/examples/build_database" -B "$work/data" -G Ninja \
+    -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure_data.log"
+cmake --build "$work/data" >"$work/build_data.log"
+built=$(env -u LD_LIBRARY_PATH "$work/data/build_database" \
+    "$source/examples/census.dcf" "$source/examples/census.dat" "$work/census.sqlite" 2>"$work/progress.log")
+[ "$built" = "1000 cases, 0 problems" ] || { echo "build_database printed '$built'" >&2; exit 1; }
 
 pkgconfig=$(dirname "$(find "$prefix" -name model_Tessel.pc)")
 libraries=$(dirname "$pkgconfig")
