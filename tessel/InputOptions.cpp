@@ -1,7 +1,7 @@
 #include "InputOptions.h"
 
 #include "process/Console.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 
 #include <QCommandLineParser>
 #include <QTextCodec>

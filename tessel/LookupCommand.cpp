@@ -3,7 +3,7 @@
 #include "CommandLine.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 #include "FormatOption.h"
 #include "InputOptions.h"
 #include "lookups/LookupReport.h"

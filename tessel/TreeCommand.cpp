@@ -4,7 +4,7 @@
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "reading/DictionaryTree.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 #include "FormatOption.h"
 #include "InputOptions.h"
 #include "lookups/LookupFile.h"

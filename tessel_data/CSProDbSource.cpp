@@ -487,7 +487,7 @@ void CSProDbSource::Job::setText(
         return target.set(cell, codes ? codes->stateOfBlank() : ValueState());
     const TextRef kept = target.keep(value);
     target.setText(cell, codes ? codes->stateOf(value) : ValueState(ValueKind::Text), kept);
-    if (decoded.encoding() == TextEncoding::Windows1252)
+    if (decoded.encoding() == LineEncoding::Windows1252)
         tellEncoding(target, variable, kept);
 }
 

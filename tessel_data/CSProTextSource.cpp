@@ -121,14 +121,14 @@ qint64 sizeOf(const QString& path)
     return S_ISREG(status.st_mode) ? status.st_size : -1;
 }
 
-QString nameOf(TextEncoding encoding)
+QString nameOf(LineEncoding encoding)
 {
     switch (encoding) {
-    case TextEncoding::Utf8:
+    case LineEncoding::Utf8:
         return QStringLiteral("UTF-8");
-    case TextEncoding::Windows1252:
+    case LineEncoding::Windows1252:
         return QStringLiteral("windows-1252");
-    case TextEncoding::Unknown:
+    case LineEncoding::Unknown:
         break;
     }
     return QStringLiteral("ASCII");
@@ -180,7 +180,7 @@ bool CSProTextSource::Job::readFile(int index, BatchSink& sink)
     bool isWanted = true;
     while (isWanted && reader.next(line)) {
         if (file.counts.lines == 0 && reader.hasMark())
-            parser.setEncoding(TextEncoding::Utf8);
+            parser.setEncoding(LineEncoding::Utf8);
         addLine(line, index, sink.batch());
         sink.batch().doneBytes = doneBytes + reader.bytesRead();
         if (sink.batch().isFull())

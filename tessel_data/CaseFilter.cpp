@@ -288,12 +288,6 @@ CaseFilter::CaseFilter(
 
 CaseFilter::~CaseFilter() = default;
 
-bool CaseFilter::takesAll() const
-{
-    const DataSelection& selection = m_job->selection;
-    return m_job->conditions.empty() && selection.sample <= 0 && selection.every == 0;
-}
-
 bool CaseFilter::takesCase(
     const DataBatch& batch, const DataBatch::Case& begun, const DataBatch::Record* first)
 {

@@ -25,8 +25,6 @@ public:
     CaseFilter(const DataDictionary& dictionary, const DataSelection& selection, bool hasCases);
     ~CaseFilter();
 
-    /*! True when every case is taken. */
-    bool takesAll() const;
     /*! True for a case that is taken; \a first is a record of it, or null. */
     bool takesCase(
         const DataBatch& batch, const DataBatch::Case& begun, const DataBatch::Record* first);

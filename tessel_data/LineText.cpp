@@ -63,11 +63,11 @@ void LineText::set(std::string_view text)
     m_text = text;
     m_isAscii = high < 0x80;
     m_hasControls = controls != 0;
-    m_encoding = TextEncoding::Unknown;
+    m_encoding = LineEncoding::Unknown;
     if (m_isAscii)
         return;
-    m_encoding = placeUtf8() ? TextEncoding::Utf8 : TextEncoding::Windows1252;
-    if (m_encoding == TextEncoding::Windows1252)
+    m_encoding = placeUtf8() ? LineEncoding::Utf8 : LineEncoding::Windows1252;
+    if (m_encoding == LineEncoding::Windows1252)
         decodeWindows1252();
 }
 

@@ -9,7 +9,7 @@
 namespace tessel {
 
 /*! How the texts of a file are encoded. */
-enum class TextEncoding { Unknown, Utf8, Windows1252 };
+enum class LineEncoding { Unknown, Utf8, Windows1252 };
 
 /*
  * One line as UTF-8, with the places of its columns. A line with other than ASCII characters is
@@ -29,7 +29,7 @@ public:
         return m_isAscii;
     }
     // Unknown for ASCII, which is both.
-    TextEncoding encoding() const
+    LineEncoding encoding() const
     {
         return m_encoding;
     }
@@ -61,7 +61,7 @@ private:
     std::string_view m_text;
     std::string m_decoded;
     std::vector<quint32> m_places; // of each column, and the end; unless all is ASCII
-    TextEncoding m_encoding = TextEncoding::Unknown;
+    LineEncoding m_encoding = LineEncoding::Unknown;
     bool m_isAscii = true;
     bool m_hasControls = false;
 };

@@ -89,7 +89,7 @@ RecordParser::RecordParser(const DataDictionary& dictionary)
 
 void RecordParser::beginFile()
 {
-    m_encoding = TextEncoding::Unknown;
+    m_encoding = LineEncoding::Unknown;
     m_isInCase = false;
 }
 
@@ -295,9 +295,9 @@ void RecordParser::tellOddities(const Plan& plan, DataBatch& batch, DataBatch::T
     if (m_line.columnCount() > plan.width
         && !isBlank(m_line.columns(plan.width, m_line.columnCount())))
         tell(LineProblem::TextBeyondRecord);
-    if (m_line.encoding() == TextEncoding::Unknown)
+    if (m_line.encoding() == LineEncoding::Unknown)
         return;
-    if (m_encoding == TextEncoding::Unknown)
+    if (m_encoding == LineEncoding::Unknown)
         m_encoding = m_line.encoding();
     else if (m_encoding != m_line.encoding())
         tell(LineProblem::OtherEncoding);

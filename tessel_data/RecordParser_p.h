@@ -44,11 +44,11 @@ public:
         return m_caseNumber + 1;
     }
     // Of the lines since beginFile().
-    TextEncoding encoding() const
+    LineEncoding encoding() const
     {
         return m_encoding;
     }
-    void setEncoding(TextEncoding encoding)
+    void setEncoding(LineEncoding encoding)
     {
         m_encoding = encoding;
     }
@@ -94,7 +94,7 @@ private:
     qint64 m_caseNumber = -1;
     bool m_isInCase = false;
     bool m_areCasesGiven = false;
-    TextEncoding m_encoding = TextEncoding::Unknown;
+    LineEncoding m_encoding = LineEncoding::Unknown;
 };
 
 } // namespace tessel

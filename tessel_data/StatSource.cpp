@@ -190,7 +190,7 @@ void StatSource::Job::setText(quint32 cell, int column, const char* bytes)
     const CodeTable* codes = dictionary.variable(0, column).codes.get();
     const TextRef kept = batch.keep(text);
     batch.setText(cell, codes ? codes->stateOf(text) : ValueState(ValueKind::Text), kept);
-    if (m_text.encoding() == TextEncoding::Windows1252) {
+    if (m_text.encoding() == LineEncoding::Windows1252) {
         batch.told.push_back({ LineProblem::OtherEncoding, 0,
             dictionary.records.front().columns.at(column), m_row + 1, -1, kept });
     }

@@ -12,9 +12,9 @@
 constexpr double NoValue = 2.2250738585072014e-308;
 
 // A dictionary in a file of its own.
-class DictionaryFile {
+class DictionaryOnDisk {
 public:
-    explicit DictionaryFile(const QByteArray& text)
+    explicit DictionaryOnDisk(const QByteArray& text)
     {
         QFile file(path());
         if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
@@ -35,7 +35,7 @@ class Opened : public TCSProDataImport {
 public:
     explicit Opened(const QByteArray& text)
     {
-        const DictionaryFile file(text);
+        const DictionaryOnDisk file(text);
         setSourceName(file.path());
         openFile();
     }

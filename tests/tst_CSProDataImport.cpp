@@ -160,7 +160,7 @@ void tst_CSProDataImport::baseAnswers()
 
 void tst_CSProDataImport::openFile()
 {
-    const DictionaryFile file(twoRecordTypes);
+    const DictionaryOnDisk file(twoRecordTypes);
     TCSProDataImport importer(file.path());
     TDataImport& base = importer;
     QCOMPARE(base.openFile(), true);
@@ -187,8 +187,8 @@ void tst_CSProDataImport::openFileAgain()
     Opened importer(twoRecordTypes);
     const TCSPro* first = importer.dictionary;
     TCSProVariable* firstField = importer.variable(0);
-    const DictionaryFile other("[Dictionary]\nRecordTypeLen=0\n[Record]\nName=ONE\n"
-                               "RecordTypeValue='9'\n[Item]\nName=ONLY\nLen=3");
+    const DictionaryOnDisk other("[Dictionary]\nRecordTypeLen=0\n[Record]\nName=ONE\n"
+                                 "RecordTypeValue='9'\n[Item]\nName=ONLY\nLen=3");
     importer.setSourceName(other.path());
     QCOMPARE(importer.openFile(), true);
     QVERIFY(importer.dictionary != first);
@@ -206,7 +206,7 @@ void tst_CSProDataImport::openFileAgain()
 
 void tst_CSProDataImport::openFileReadsTheSourceName()
 {
-    const DictionaryFile file(twoRecordTypes);
+    const DictionaryOnDisk file(twoRecordTypes);
     TCSProDataImport importer(QStringLiteral("no/such/file.dcf"));
     importer.openFile();
     QCOMPARE(importer.getGroupCount(), 0);
@@ -237,7 +237,7 @@ void tst_CSProDataImport::openData()
 
 void tst_CSProDataImport::openReadAddsToTheFields()
 {
-    const DictionaryFile file(twoRecordTypes);
+    const DictionaryOnDisk file(twoRecordTypes);
     TCSProDataImport importer;
     importer.openRead(file.path());
     importer.openRead(file.path());
@@ -265,8 +265,8 @@ void tst_CSProDataImport::aMissingDictionary()
 
 void tst_CSProDataImport::aFailingDictionary()
 {
-    const DictionaryFile file("[Dictionary]\nRecordTypeLen=7\n[Record]\nName=R\n[Item]\nName=A\n"
-                              "[Item]\nName=B\nOccurrences=1000000000\n[Item]\nName=C\n");
+    const DictionaryOnDisk file("[Dictionary]\nRecordTypeLen=7\n[Record]\nName=R\n[Item]\nName=A\n"
+                                "[Item]\nName=B\nOccurrences=1000000000\n[Item]\nName=C\n");
     TCSProDataImport importer(file.path());
     const ErrorPointer error = errorOf([&] { importer.openFile(); });
     QVERIFY(error);
@@ -285,7 +285,7 @@ void tst_CSProDataImport::aFailingDictionary()
 
 void tst_CSProDataImport::selectLayoutSource()
 {
-    const DictionaryFile file(twoRecordTypes);
+    const DictionaryOnDisk file(twoRecordTypes);
     TCSProDataImport importer(file.path());
     TDataImport& base = importer;
     std::unique_ptr<QStringList> names;
@@ -306,7 +306,7 @@ void tst_CSProDataImport::selectLayoutSource()
 
 void tst_CSProDataImport::codecAndQuestion()
 {
-    const DictionaryFile file("[Item]\nName=A\xE9\nLen=1\n[ValueSet]\nName=V\nValue=1.5;x\n");
+    const DictionaryOnDisk file("[Item]\nName=A\xE9\nLen=1\n[ValueSet]\nName=V\nValue=1.5;x\n");
     TCSProDataImport importer(file.path());
     QStringList asked;
     importer.setTextCodec("ISO-8859-1");
@@ -637,7 +637,7 @@ void tst_CSProDataImport::aDamagedLength()
 
 void tst_CSProDataImport::openReadMakesTheGroupsItMisses()
 {
-    const DictionaryFile file(twoRecordTypes);
+    const DictionaryOnDisk file(twoRecordTypes);
     TCSProDataImport importer;
     delete importer.groups;
     importer.groups = nullptr;

@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cstring>
 
+using tessel::LineEncoding;
 using tessel::LineReader;
 using tessel::LineText;
-using tessel::TextEncoding;
 
 namespace {
 
@@ -140,7 +140,7 @@ void TestDataLines::utf8()
 {
     LineText line;
     line.set("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z");
-    QCOMPARE(line.encoding(), TextEncoding::Utf8);
+    QCOMPARE(line.encoding(), LineEncoding::Utf8);
     QVERIFY(!line.isAscii());
     QCOMPARE(line.columnCount(), 5); // an emoji is one character
     QCOMPARE(text(line.columns(1, 2)), QByteArray("\xC3\xA9\xE2\x82\xAC"));
@@ -149,7 +149,7 @@ void TestDataLines::utf8()
     QCOMPARE(text(line.columns(5, 1)), QByteArray());
     line.set("plain");
     QVERIFY(line.isAscii());
-    QCOMPARE(line.encoding(), TextEncoding::Unknown);
+    QCOMPARE(line.encoding(), LineEncoding::Unknown);
     QCOMPARE(text(line.columns(3, std::numeric_limits<int>::max())), QByteArray("in"));
 }
 
@@ -157,7 +157,7 @@ void TestDataLines::windows1252()
 {
     LineText line;
     line.set("a\xE9\x80z");
-    QCOMPARE(line.encoding(), TextEncoding::Windows1252);
+    QCOMPARE(line.encoding(), LineEncoding::Windows1252);
     QCOMPARE(text(line.text()), QByteArray("a\xC3\xA9\xE2\x82\xACz"));
     QCOMPARE(line.columnCount(), 4);
     QCOMPARE(text(line.columns(2, 1)), QByteArray("\xE2\x82\xAC"));
@@ -180,7 +180,7 @@ void TestDataLines::invalid()
     QFETCH(QByteArray, bytes);
     LineText line;
     line.set({ bytes.constData(), std::size_t(bytes.size()) });
-    QCOMPARE(line.encoding(), TextEncoding::Windows1252);
+    QCOMPARE(line.encoding(), LineEncoding::Windows1252);
     QCOMPARE(line.columnCount(), bytes.size()); // a column for each byte
 }
 

@@ -1,7 +1,7 @@
 #include "building/BuildConfigFile.h"
 
 #include "process/FileNames.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 
 #include <tessel_data/BuildConfig.h>
 

@@ -7,7 +7,7 @@
 #include "process/Console.h"
 #include "process/Output.h"
 #include "process/Progress.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 
 #include <model_Tessel/TextEncoding.h>
 

@@ -2,7 +2,7 @@
 
 #include "checking/ProblemFile.h"
 #include "process/Progress.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 
 #include <tessel_data/Checker.h>
 #include <tessel_data/DataError.h>

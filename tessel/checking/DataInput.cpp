@@ -1,7 +1,7 @@
 #include "checking/DataInput.h"
 
 #include "process/Console.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/InputFile.h>

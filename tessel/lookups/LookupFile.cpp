@@ -2,7 +2,7 @@
 
 #include "lookups/SeparatorGuess.h"
 #include "process/Console.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 
 #include <model_Tessel/TextEncoding.h>
 

@@ -1,6 +1,6 @@
 #include "lookups/LookupLabels.h"
 
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 #include "reading/ReadListing.h"
 #include "text/PlainNumber.h"
 #include "writers/ListingNames.h"

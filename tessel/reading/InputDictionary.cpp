@@ -1,7 +1,7 @@
 #include "reading/InputDictionary.h"
 
 #include "process/Console.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 #include "text/ShownText.h"
 
 #include <tessel_data/CSProDb.h>

@@ -1,6 +1,6 @@
 #include "reading/LabelledValues.h"
 
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 
 #include <model_Tessel/StatInput.h>
 #include <model_Tessel/StatRows.h>

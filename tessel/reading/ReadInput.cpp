@@ -1,4 +1,4 @@
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 
 #include "process/Console.h"
 
