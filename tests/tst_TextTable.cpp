@@ -19,6 +19,7 @@ private slots:
     void lastColumnGoesUnderTheRow();
     void details();
     void sharedDetails();
+    void sharedDetailsAreLaidOutOnce();
     void linesFit();
 };
 
@@ -182,6 +183,26 @@ void tst_TextTable::sharedDetails()
     QCOMPARE(filled(true), filled(false));
     QCOMPARE(filled(true).count("    first\n    second is long\n"), 4);
     QCOMPARE(filled(true).count("of its own"), 1);
+}
+
+void tst_TextTable::sharedDetailsAreLaidOutOnce()
+{
+    const QStringList shared { "first", "second" };
+    TextTable table({ { "Name", TextTable::Align::Left }, { "Label", TextTable::Align::Left } });
+    table.beginGroup("Group");
+    for (int row = 0; row < 20; ++row) {
+        table.addRow({ QString::number(row), "label" });
+        table.addDetail("of its own");
+        table.addDetails(shared);
+    }
+    QVector<QByteArray> pieces;
+    table.write(80, [&](const QByteArray& piece) {
+        if (piece.contains("second"))
+            pieces.append(piece);
+    });
+    QCOMPARE(pieces.size(), 20);
+    for (const QByteArray& piece : qAsConst(pieces))
+        QVERIFY(piece.isSharedWith(pieces.constFirst()));
 }
 
 void tst_TextTable::linesFit()

@@ -67,6 +67,32 @@ QString linesOf(const QStringList& details, int width)
     return text;
 }
 
+// The text of a long list is kept for the rows after it that share it; lines of their own stand
+// between.
+class DetailTexts {
+public:
+    explicit DetailTexts(int width)
+        : m_width(width)
+    {
+    }
+
+    QByteArray textOf(const QStringList& details)
+    {
+        if (details.size() < 2)
+            return linesOf(details, m_width).toUtf8();
+        if (!details.isSharedWith(m_details)) {
+            m_details = details;
+            m_text = linesOf(details, m_width).toUtf8();
+        }
+        return m_text;
+    }
+
+private:
+    int m_width;
+    QStringList m_details;
+    QByteArray m_text;
+};
+
 } // namespace
 
 int displayWidth(const QString& text)
@@ -128,16 +154,12 @@ void TextTable::addRow(const QStringList& cells)
 
 void TextTable::addDetail(const QString& text)
 {
-    m_groups.last().rows.last().details.append(text);
+    m_groups.last().rows.last().details.append({ text });
 }
 
 void TextTable::addDetails(const QStringList& texts)
 {
-    QStringList& details = m_groups.last().rows.last().details;
-    if (details.isEmpty())
-        details = texts; // shared
-    else
-        details += texts;
+    m_groups.last().rows.last().details.append(texts); // shared
 }
 
 // Of all columns but the last; 0 for one that no row fills.
@@ -223,8 +245,7 @@ void TextTable::write(int width, const ByteSink& sink) const
     for (const Column& column : m_columns)
         headings.append(column.heading);
 
-    QStringList lastDetails;
-    QByteArray detailLines;
+    DetailTexts detailTexts(width);
     for (const Group& group : m_groups) {
         const QStringList title = wrapped(group.title, width);
         sink((QLatin1Char('\n') + title.join(QLatin1Char('\n')) + QLatin1Char('\n')
@@ -232,12 +253,8 @@ void TextTable::write(int width, const ByteSink& sink) const
                  .toUtf8());
         for (const Row& row : group.rows) {
             sink(line(row.cells, widths, width).toUtf8());
-            if (row.details.isEmpty())
-                continue;
-            if (!row.details.isSharedWith(lastDetails))
-                detailLines = linesOf(row.details, width).toUtf8();
-            lastDetails = row.details;
-            sink(detailLines);
+            for (const QStringList& details : row.details)
+                sink(detailTexts.textOf(details));
         }
     }
 }

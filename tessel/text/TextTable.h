@@ -49,7 +49,7 @@ public:
 private:
     struct Row {
         QStringList cells;
-        QStringList details;
+        QVector<QStringList> details;
     };
     struct Group {
         QString title;
