@@ -83,7 +83,8 @@ TOxLookupProblem noSeparator(int line, int separator)
 {
     return { line, TOxLookupProblem::Kind::NoSeparator, QString(),
         catalogueText("OxLookup.splitKeyValueAVL.noSeparator", "Separator [%1] does not exist",
-            QString(TOxLookup::separatorCharacter(separator))) };
+            QString(TOxLookup::separatorCharacter(separator))),
+        0 };
 }
 
 /*
@@ -234,24 +235,31 @@ template <typename Report> void Import::reportProblems(Report report)
 
 TOxLookupProblem Import::described(const Problem& problem) const
 {
-    TOxLookupProblem result { problem.line, problem.kind, problem.key, QString() };
-    switch (problem.kind) {
-    case ProblemKind::NoSeparator:
+    if (problem.kind == ProblemKind::NoSeparator)
         return noSeparator(problem.line, m_lookup.separator);
-    case ProblemKind::WrongKeySize:
-        result.text = catalogueText("OxLookup.importAVL.wrongKeySize",
-            "Key [%1] has a different key size [%2] from the first record [%3]", problem.key,
-            QString::number(problem.key.size()), QString::number(m_firstKeyLength));
-        break;
-    case ProblemKind::DuplicateKey:
-        result.text = catalogueText(
-            "OxLookup.importAVL.duplicateKey", "Key [%1] already exists", problem.key);
-        break;
-    }
+    TOxLookupProblem result { problem.line, problem.kind, problem.key, QString(),
+        m_firstKeyLength };
+    result.text = lookupProblemText(result, problem.key);
     return result;
 }
 
 } // namespace
+
+QString lookupProblemText(const TOxLookupProblem& problem, const QString& shownKey)
+{
+    switch (problem.kind) {
+    case TOxLookupProblem::Kind::NoSeparator:
+        break;
+    case TOxLookupProblem::Kind::WrongKeySize:
+        return catalogueText("OxLookup.importAVL.wrongKeySize",
+            "Key [%1] has a different key size [%2] from the first record [%3]", shownKey,
+            QString::number(problem.key.size()), QString::number(problem.firstKeySize));
+    case TOxLookupProblem::Kind::DuplicateKey:
+        return catalogueText(
+            "OxLookup.importAVL.duplicateKey", "Key [%1] already exists", shownKey);
+    }
+    return problem.text;
+}
 
 TOxLookup::TOxLookup() = default;
 
@@ -398,12 +406,11 @@ bool TOxLookup::importLines(
             goesOn = tellProgress(device.pos(), percentage);
     }
     import.takeLateLines();
-    import.reportProblems(
-        [this, messages](const TOxLookupProblem& problem) { report(problem, messages);
-});
-if (!goesOn)
-    cancelled = true;
-return goesOn;
+    const auto reportTo = [&](const TOxLookupProblem& problem) { report(problem, messages); };
+    import.reportProblems(reportTo);
+    if (!goesOn)
+        cancelled = true;
+    return goesOn;
 }
 
 // What the progress function says to a new percentage, which is stored; true where it is not new.

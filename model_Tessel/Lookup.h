@@ -42,7 +42,12 @@ struct TOxLookupProblem {
     Kind kind;
     QString key; /*!< of the line; empty where it has no separator */
     QString text; /*!< as in the messages, without the number of the line */
+    int firstKeySize; /*!< characters of the first record's key; 0: there was none before */
 };
+
+/*! The text of \a problem with \a shownKey for its key, for example a part of a long one. */
+MODEL_TESSEL_EXPORT QString lookupProblemText(
+    const TOxLookupProblem& problem, const QString& shownKey);
 
 /*! Given each problem when its message is issued. */
 using LookupProblemSink = std::function<void(const TOxLookupProblem& problem)>;

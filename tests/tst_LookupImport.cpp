@@ -228,6 +228,10 @@ void tst_LookupImport::problemRecords()
         (QVector<QPair<Kind, QString>> { { Kind::DuplicateKey, "01" }, { Kind::NoSeparator, "" },
             { Kind::DuplicateKey, "01" }, { Kind::WrongKeySize, "2" },
             { Kind::DuplicateKey, "01" } }));
+    QCOMPARE(lookupProblemText(problems.at(0), "0..."), QString("Key [0...] already exists"));
+    QCOMPARE(lookupProblemText(problems.at(1), "0..."), problems.at(1).text);
+    QCOMPARE(lookupProblemText(problems.at(3), "%1"),
+        QString("Key [%1] has a different key size [1] from the first record [2]"));
 
     // No limit holds for the records, and nobody needs the messages.
     checked.lookup.maxMessages = 1;

@@ -1,7 +1,7 @@
 #include "lookups/LookupCheck.h"
 
 #include "lookups/SeparatorGuess.h"
-#include "reading/InputFile.h"
+#include "reading/ReadInput.h"
 #include "process/Progress.h"
 #include "text/ShownText.h"
 
@@ -63,7 +63,7 @@ public:
         m_outcome.problems.append(problem);
         const QString shortKey = shortened(problem.key);
         if (shortKey != problem.key)
-            m_outcome.problems.last().text.replace(problem.key, shortKey);
+            m_outcome.problems.last().text = lookupProblemText(problem, shortKey);
         if (problem.kind == Kind::NoSeparator) {
             ++m_outcome.withoutSeparator;
             m_lineWithoutSeparator = problem.line;
