@@ -139,7 +139,7 @@ private:
 
 public:
     CSProDb db;
-    const SqliteFile& file;
+    SqliteFile& file;
     int schema;
     qint64 caseRows = 0;
     DataDictionary dictionary;
@@ -593,7 +593,20 @@ const DataDictionary& CSProDbSource::dictionary() const
 
 void CSProDbSource::read(BatchSink& sink)
 {
-    m_job->readCases(sink);
+    SqliteFile& file = m_job->file;
+    file.stopUnless([&sink] { return sink.goesOn(); });
+    try {
+        m_job->readCases(sink);
+    } catch (const SqliteStopped&) {
+        return;
+    } catch (const DataError& error) {
+        if (error.code != DataError::Code::Damaged || !file.hasChanged())
+            throw;
+        throw DataError(DataError::Code::Busy, error.file,
+            QStringLiteral("was changed by another program while it was read; wait until no other "
+                           "program writes to it"));
+    }
+    m_job->files.front().changedWhileRead = file.hasChanged();
 }
 
 qint64 CSProDbSource::size() const

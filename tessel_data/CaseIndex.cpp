@@ -15,7 +15,10 @@ namespace {
 
 // Longer keys are known by their begin and a digest of all.
 constexpr std::size_t LongestKey = 96;
+constexpr std::size_t ShortestKey = 40;
 constexpr std::size_t DigestSize = 16;
+
+constexpr char IsCut = char(0xFF); // in place of the size of a key
 
 constexpr std::size_t RunBuffer = 4096; // entries
 
@@ -78,7 +81,8 @@ private:
 };
 
 CaseIndex::CaseIndex(std::size_t keySize, std::size_t memory)
-    : m_keySize(std::max<std::size_t>(1, std::min(keySize, LongestKey)))
+    : m_mostKey(std::clamp(keySize, ShortestKey, LongestKey))
+    , m_keySize(m_mostKey + 1)
     , m_entrySize(m_keySize + sizeof(Place))
     , m_mostEntries(std::max<std::size_t>(2, memory / m_entrySize))
 {
@@ -88,17 +92,34 @@ CaseIndex::~CaseIndex() = default;
 
 void CaseIndex::write(char* entry, std::string_view key, const Place& place) const
 {
-    if (key.size() <= m_keySize) {
-        std::memset(entry, 0, m_keySize);
+    if (key.size() <= m_mostKey) {
+        std::memset(entry, 0, m_mostKey);
         std::memcpy(entry, key.data(), key.size());
+        entry[m_mostKey] = char(key.size());
     } else {
         const QByteArray digest = QCryptographicHash::hash(
             QByteArray::fromRawData(key.data(), int(key.size())), QCryptographicHash::Sha256);
-        const std::size_t digestSize = std::min(DigestSize, m_keySize);
-        std::memcpy(entry, key.data(), m_keySize - digestSize);
-        std::memcpy(entry + m_keySize - digestSize, digest.constData(), digestSize);
+        const std::size_t shown = m_mostKey - DigestSize;
+        std::memcpy(entry, key.data(), shown);
+        std::memcpy(entry + shown, digest.constData(), DigestSize);
+        entry[m_mostKey] = IsCut;
     }
     std::memcpy(entry + m_keySize, &place, sizeof place);
+}
+
+// What an entry holds of its key, which ends with a whole character.
+std::string_view CaseIndex::shownKey(std::string_view entry) const
+{
+    const char size = entry[m_mostKey];
+    if (size != IsCut)
+        return entry.substr(0, std::size_t(size));
+    const std::string_view shown = entry.substr(0, m_mostKey - DigestSize);
+    constexpr uchar firstLead = 0xC0;
+    constexpr uchar firstOther = 0x80;
+    std::size_t last = shown.size() - 1;
+    while (last > 0 && uchar(shown[last]) >= firstOther && uchar(shown[last]) < firstLead)
+        --last;
+    return shown.substr(0, uchar(shown[last]) < firstOther ? shown.size() : last);
 }
 
 CaseIndex::Place CaseIndex::placeOf(const char* entry) const
@@ -184,7 +205,7 @@ void CaseIndex::finish(const Report& report)
             key.assign(entry, m_keySize);
             first = placeOf(entry);
         } else {
-            report({ std::string_view(key).substr(0, key.find('\0')), first, placeOf(entry) });
+            report({ shownKey(key), first, placeOf(entry) });
         }
         runs[head].next();
         if (runs[head].entry())

@@ -24,13 +24,13 @@ public:
         int file = 0;
     };
     struct Group {
-        std::string_view key; // its end is cut off when it is very long
+        std::string_view key; // its end is cut off when it is long
         Place first;
         Place second;
     };
     using Report = std::function<void(const Group&)>;
 
-    // keySize: bytes of the longest key; memory: bytes to use.
+    // keySize: bytes of most keys, longer ones cost a digest; memory: bytes to use.
     explicit CaseIndex(std::size_t keySize, std::size_t memory = 16'777'216);
     ~CaseIndex();
 
@@ -44,11 +44,13 @@ private:
     class Run;
 
     void write(char* entry, std::string_view key, const Place& place) const;
+    std::string_view shownKey(std::string_view entry) const;
     Place placeOf(const char* entry) const;
     void sortEntries();
     void spill();
 
-    std::size_t m_keySize; // in an entry
+    std::size_t m_mostKey; // bytes of a key that an entry holds whole
+    std::size_t m_keySize; // bytes of an entry that tell keys apart
     std::size_t m_entrySize;
     std::size_t m_mostEntries;
     std::vector<char> m_entries;

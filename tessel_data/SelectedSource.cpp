@@ -33,6 +33,10 @@ public:
         select(sink->batch());
         return sink->deliver();
     }
+    bool goesOn() override
+    {
+        return sink->goesOn();
+    }
     void countFiles();
 
     std::unique_ptr<DataSource> source;

@@ -18,6 +18,12 @@ namespace {
 constexpr int MebiByte = 1'048'576;
 constexpr int LongestText = 256 * MebiByte;
 
+// In the head: the number of changes.
+constexpr int CounterPlace = 24;
+constexpr int CounterSize = 4;
+
+constexpr int StepsBetweenQuestions = 100'000; // a millisecond or so
+
 constexpr int PatienceInMilliseconds = 1000; // with a program that is just writing
 
 // Without links, as the files that SQLite keeps beside a database stand beside the file itself.
@@ -36,6 +42,13 @@ bool hasWriteAheadLog(const QByteArray& head)
     constexpr char WriteAhead = 2;
     return head.size() > ReadVersion
         && (head.at(WriteVersion) == WriteAhead || head.at(ReadVersion) == WriteAhead);
+}
+
+// A program that has the file open keeps both; after a crash the log holds changes.
+bool hasLogBeside(const QByteArray& path)
+{
+    return QFile::exists(QFile::decodeName(path + "-wal"))
+        || QFile::exists(QFile::decodeName(path + "-shm"));
 }
 
 // A path holds any character, also those that mean something in an address.
@@ -76,28 +89,32 @@ SqliteFile::~SqliteFile()
 
 void SqliteFile::open()
 {
-    const QByteArray path = realPath(m_path);
-    QFile file(QFile::decodeName(path));
-    if (path.isEmpty() || !file.open(QIODevice::ReadOnly)) {
-        throw DataError(DataError::Code::CannotOpen, m_path,
-            QStringLiteral("cannot be read: ")
-                + (path.isEmpty() ? QString::fromLocal8Bit(std::strerror(errno))
-                                  : file.errorString()));
+    m_realPath = realPath(m_path);
+    QFile file(QFile::decodeName(m_realPath));
+    if (m_realPath.isEmpty() || ::stat(m_realPath.constData(), &m_first) != 0
+        || !file.open(QIODevice::ReadOnly)) {
+        const QString reason = file.error() == QFile::NoError
+            ? QString::fromLocal8Bit(std::strerror(errno))
+            : file.errorString();
+        throw DataError(
+            DataError::Code::CannotOpen, m_path, QStringLiteral("cannot be read: ") + reason);
     }
     constexpr qint64 headSize = 100;
     const QByteArray head = file.read(headSize);
     file.close();
     checkHead(head);
     const bool hasLog = hasWriteAheadLog(head);
-    if (hasLog && QFile(QFile::decodeName(path + "-wal")).size() > 0) {
+    if (hasLog && hasLogBeside(m_realPath)) {
         throw DataError(DataError::Code::Busy, m_path,
-            QStringLiteral("has changes that are not yet in it (the file of its name and -wal); "
-                           "close the program that has it open, or open and close it in CSPro"));
+            QStringLiteral("is open in another program or was left so (a file of its name and -wal "
+                           "or -shm is beside it), and may have changes that are not yet in it; "
+                           "close it there, or open and close it in CSPro"));
     }
-    const int result = sqlite3_open_v2(addressOf(path, hasLog).constData(), &m_database,
+    const int result = sqlite3_open_v2(addressOf(m_realPath, hasLog).constData(), &m_database,
         SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
     if (result != SQLITE_OK)
         fail(result);
+    m_firstCounter = head.mid(CounterPlace, CounterSize);
     sqlite3_busy_timeout(m_database, PatienceInMilliseconds);
     distrust(m_database);
     run("BEGIN");
@@ -113,7 +130,9 @@ void SqliteFile::checkHead(const QByteArray& head) const
             QStringLiteral("is encrypted; save it without a password in CSPro first"));
     }
     throw DataError(DataError::Code::NotThisFormat, m_path,
-        QStringLiteral("is no CSPro DB that can be read: it is encrypted or damaged"));
+        head.isEmpty()
+            ? QStringLiteral("is empty: no CSPro DB")
+            : QStringLiteral("is no CSPro DB that can be read: it is encrypted or damaged"));
 }
 
 void SqliteFile::run(const char* sql) const
@@ -134,25 +153,51 @@ bool SqliteFile::hasTable(const QString& name) const
     return query.step();
 }
 
-bool SqliteFile::hasColumns(const QString& table, const QStringList& names) const
+QSet<QString> SqliteFile::columnsOf(const QString& table) const
 {
-    SqliteQuery query(*this,
-        QStringLiteral("SELECT 1 FROM pragma_table_xinfo(?1) WHERE name = ?2 COLLATE NOCASE"));
-    const QByteArray tableBytes = table.toUtf8();
-    for (const QString& name : names) {
-        const QByteArray bytes = name.toUtf8();
-        query.bind(1, std::string_view(tableBytes.constData(), std::size_t(tableBytes.size())));
-        query.bind(2, std::string_view(bytes.constData(), std::size_t(bytes.size())));
-        if (!query.step())
-            return false;
-        query.reset();
+    SqliteQuery query(*this, QStringLiteral("SELECT name FROM pragma_table_xinfo(?1)"));
+    const QByteArray bytes = table.toUtf8();
+    query.bind(1, std::string_view(bytes.constData(), std::size_t(bytes.size())));
+    QSet<QString> names;
+    while (query.step()) {
+        const std::string_view name = query.text(0);
+        names.insert(QString::fromUtf8(name.data(), int(name.size())).toLower());
     }
-    return true;
+    return names;
+}
+
+bool SqliteFile::hasChanged() const
+{
+    struct stat now { };
+    return ::stat(m_realPath.constData(), &now) != 0 || now.st_ino != m_first.st_ino
+        || now.st_size != m_first.st_size || now.st_mtim.tv_sec != m_first.st_mtim.tv_sec
+        || now.st_mtim.tv_nsec != m_first.st_mtim.tv_nsec || changeCounter() != m_firstCounter;
+}
+
+// Through SQLite's own file: to close another one would give up its locks.
+QByteArray SqliteFile::changeCounter() const
+{
+    sqlite3_file* file = nullptr;
+    QByteArray counter(CounterSize, '\0');
+    const bool isRead =
+        sqlite3_file_control(m_database, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK
+        && file->pMethods->xRead(file, counter.data(), CounterSize, CounterPlace) == SQLITE_OK;
+    return isRead ? counter : QByteArray();
+}
+
+void SqliteFile::stopUnless(const std::function<bool()>& goesOn)
+{
+    m_goesOn = goesOn;
+    sqlite3_progress_handler(
+        m_database, StepsBetweenQuestions,
+        [](void* self) { return static_cast<SqliteFile*>(self)->m_goesOn() ? 0 : 1; }, this);
 }
 
 void SqliteFile::fail(int result) const
 {
     constexpr int primaryCode = 0xFF;
+    if ((result & primaryCode) == SQLITE_INTERRUPT)
+        throw SqliteStopped();
     const QString message = QString::fromUtf8(sqlite3_errmsg(m_database));
     // SQLite takes a disk that fails for a damaged file, too.
     int diskError = 0;

@@ -1,21 +1,28 @@
 #pragma once
 
 #include <QByteArray>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <string_view>
+
+#include <sys/stat.h>
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace tessel {
 
+// Thrown when a statement was stopped, as nobody wants its outcome any more.
+struct SqliteStopped { };
+
 /*
  * An SQLite file of another program, opened for reading only. Its schema is not trusted: nothing in
  * it runs, and texts are bounded. One transaction lasts as long as the object, so that all that is
- * read belongs together. Throws DataError.
+ * read belongs together. Throws DataError, and SqliteStopped.
  */
 class SqliteFile {
 public:
@@ -28,7 +35,13 @@ public:
     }
     // True for a table that is neither a view nor virtual, and computes none of its columns.
     bool hasTable(const QString& name) const;
-    bool hasColumns(const QString& table, const QStringList& names) const;
+    // Of all columns, in small letters.
+    QSet<QString> columnsOf(const QString& table) const;
+    // True when another program wrote to the file since it was opened, so that what was read may
+    // be torn. No lock keeps it from doing so where there is a log of changes beside the file.
+    bool hasChanged() const;
+    // Statements end with SqliteStopped soon after goesOn() says false.
+    void stopUnless(const std::function<bool()>& goesOn);
     [[noreturn]] void fail(int result) const;
     const QString& path() const
     {
@@ -40,10 +53,15 @@ private:
 
     void open();
     void checkHead(const QByteArray& head) const;
+    QByteArray changeCounter() const;
     void run(const char* sql) const;
 
     QString m_path;
+    QByteArray m_realPath;
     sqlite3* m_database = nullptr;
+    struct stat m_first { }; // when it was opened
+    QByteArray m_firstCounter;
+    std::function<bool()> m_goesOn;
 };
 
 // A prepared statement.

@@ -70,6 +70,8 @@ private slots:
     void unreadable();
     void problemFileIsWholeOrAbsent();
     void databases();
+    void noDatabases_data();
+    void noDatabases();
     void statFilesAgreeWithTheirSource_data();
     void statFilesAgreeWithTheirSource();
     void failingDisk_data();
@@ -307,6 +309,37 @@ QString tst_CheckCommand::databaseOf(QByteArray dictionaryText) const
         qFatal("%s", sqlite3_errmsg(database));
     sqlite3_close(database);
     return file;
+}
+
+void tst_CheckCommand::noDatabases_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QByteArray>("told");
+    const QByteArray unreadable = "is no CSPro DB that can be read: it is encrypted or damaged";
+    QTest::newRow("empty") << "empty.csdb" << QByteArray() << QByteArray("is empty: no CSPro DB");
+    QTest::newRow("encrypted") << "enc.CSDB" << QByteArray(5000, '\x9D') << unreadable;
+    QTest::newRow("a text") << "text.csdb" << QByteArray("01 7\n") << unreadable;
+}
+
+// The name says what it should be, and that it is none is told of the file, not of the usage.
+void tst_CheckCommand::noDatabases()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, told);
+    const QString file = fileOf(name, bytes);
+    const QStringList builds { "build", file, "--to", path("x.sqlite") };
+    const QStringList dictionaries { "check", file, "--dictionary", dictionary };
+    for (const QStringList& arguments : { QStringList { "check", file }, builds, dictionaries }) {
+        const Outcome outcome = runTessel(arguments);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY2(outcome.errors.contains(name.toUtf8() + ": error: " + told),
+            outcome.errors.constData());
+    }
+    const Outcome asData = runTessel({ "check", dictionary, file });
+    QCOMPARE(asData.status, 2);
+    QVERIFY(asData.errors.contains("holds its own dictionary"));
 }
 
 void tst_CheckCommand::databases()

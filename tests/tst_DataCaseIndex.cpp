@@ -14,6 +14,8 @@ private slots:
     void repeated_data();
     void repeated();
     void longKeys();
+    void longerThanExpected_data();
+    void longerThanExpected();
 };
 
 void TestDataCaseIndex::repeated_data()
@@ -74,6 +76,41 @@ void TestDataCaseIndex::longKeys()
         QVERIFY(group.key.substr(0, 50) == key.substr(0, 50));
     });
     QCOMPARE(lines, (QVector<qint64> { 1, 3 }));
+}
+
+void TestDataCaseIndex::longerThanExpected_data()
+{
+    QTest::addColumn<QByteArray>("key");
+    QTest::newRow("plain") << QByteArray("case-") + QByteArray(60, 'x');
+    QTest::newRow("two bytes in a character") << QByteArray("é").repeated(40);
+    QTest::newRow("three bytes") << QByteArray("k€").repeated(30);
+    QTest::newRow("with a null") << QByteArray("a\0b", 3) + QByteArray(60, 'y');
+}
+
+// Keys that do not fit the size that was said: not one takes another for itself, and what is told
+// of a key is the begin of it.
+void TestDataCaseIndex::longerThanExpected()
+{
+    QFETCH(QByteArray, key);
+    CaseIndex index(4, 100'000);
+    constexpr int count = 70'000; // more than two bytes of a digest tell apart
+    for (int i = 0; i < count; ++i) {
+        const QByteArray longKey = key + QByteArray::number(i);
+        index.add({ longKey.constData(), std::size_t(longKey.size()) }, { i + 1, i, 0, 0 });
+    }
+    index.add({ key.constData(), 3 }, { count + 1, count, 0, 0 });
+    const QByteArray again = key + "77";
+    index.add({ again.constData(), std::size_t(again.size()) }, { count + 2, count + 1, 0, 0 });
+    QVector<qint64> lines;
+    QByteArray told;
+    index.finish([&](const CaseIndex::Group& group) {
+        lines += { group.first.line, group.second.line };
+        told = QByteArray(group.key.data(), int(group.key.size()));
+    });
+    QCOMPARE(lines, (QVector<qint64> { 78, count + 2 }));
+    QVERIFY2(told.size() >= 16, told.toHex().constData());
+    QVERIFY2(key.startsWith(told), told.toHex().constData());
+    QVERIFY(!QString::fromUtf8(told).contains(QChar::ReplacementCharacter));
 }
 
 QTEST_GUILESS_MAIN(TestDataCaseIndex)

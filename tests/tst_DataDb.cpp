@@ -18,9 +18,12 @@ namespace {
 // An SQLite file that stays open for more statements.
 class Database {
 public:
-    explicit Database(const QString& path)
+    enum class Existing { Remove, Keep };
+
+    explicit Database(const QString& path, Existing existing = Existing::Remove)
     {
-        QFile::remove(path);
+        if (existing == Existing::Remove)
+            QFile::remove(path);
         sqlite3_open(path.toUtf8().constData(), &m_database);
     }
     ~Database()
@@ -211,6 +214,10 @@ private slots:
     void orphans();
     void manyOrphans();
     void leavesNothing();
+    void openElsewhere();
+    void changedWhileRead_data();
+    void changedWhileRead();
+    void stops();
     void errors_data();
     void errors();
     void hugeDictionary();
@@ -427,6 +434,85 @@ void TestDataDb::leavesNothing()
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 1);
     opened.seek(0);
     QCOMPARE(opened.readAll(), before);
+}
+
+// With a log beside it a file is only read when nobody has it open.
+void TestDataDb::openElsewhere()
+{
+    const QString file = path("w.csdb");
+    {
+        Database writer(file);
+        writer.run("PRAGMA journal_mode = WAL;" + metaSql("3") + casesSql + tablesSql + rowsSql);
+        QCOMPARE(codeOf(file), int(DataError::Code::Busy));
+        writer.run("PRAGMA wal_checkpoint(TRUNCATE)");
+        QCOMPARE(QFileInfo(file + QStringLiteral("-wal")).size(), 0LL);
+        QCOMPARE(codeOf(file), int(DataError::Code::Busy));
+    }
+    QCOMPARE(codeOf(file), -1);
+    QVERIFY(QFile(file + QStringLiteral("-shm")).open(QIODevice::WriteOnly));
+    QCOMPARE(codeOf(file), int(DataError::Code::Busy));
+    QVERIFY(QFile::remove(file + QStringLiteral("-shm")));
+    QCOMPARE(codeOf(file), -1);
+}
+
+void TestDataDb::changedWhileRead_data()
+{
+    QTest::addColumn<QByteArray>("mode");
+    QTest::addColumn<QByteArray>("change");
+    QTest::addColumn<bool>("isTold");
+    const QByteArray wal = "PRAGMA journal_mode = WAL;";
+    QTest::newRow("not") << QByteArray() << QByteArray() << false;
+    QTest::newRow("not, with a log") << wal << QByteArray() << false;
+    QTest::newRow("with a log") << wal << QByteArray("UPDATE person SET age = 2;") << true;
+}
+
+void TestDataDb::changedWhileRead()
+{
+    QFETCH(QByteArray, mode);
+    QFETCH(QByteArray, change);
+    const QString file = path("v.csdb");
+    Database(file).run(mode + metaSql("3") + casesSql + tablesSql + rowsSql);
+    CSProDbSource source(file);
+    if (!change.isEmpty())
+        Database(file, Database::Existing::Keep).run(change);
+    Checker checker(source.dictionary());
+    QVERIFY(runPipeline(source, checker));
+    QTEST(source.files().front().changedWhileRead, "isTold");
+    QTEST(checker.report().problemCount(ProblemKind::FileChanged) == 1, "isTold");
+}
+
+// What is slow before the first case ends too when nobody wants the outcome.
+void TestDataDb::stops()
+{
+    class Unwanted : public BatchSink {
+    public:
+        DataBatch& batch() override
+        {
+            return m_batch;
+        }
+        bool deliver() override
+        {
+            return false;
+        }
+        bool goesOn() override
+        {
+            ++questions;
+            return false;
+        }
+        int questions = 0;
+
+    private:
+        DataBatch m_batch;
+    };
+    Database(path("l.csdb"))
+        .run(metaSql("3") + casesSql + tablesSql
+            + "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100000) "
+              "INSERT INTO cases SELECT i, '', '', '', 1, i, NULL FROM n;");
+    CSProDbSource source(path("l.csdb"));
+    Unwanted sink;
+    source.read(sink);
+    QVERIFY(sink.questions > 0);
+    QCOMPARE(source.counts().casesRead, 0LL);
 }
 
 void TestDataDb::errors_data()

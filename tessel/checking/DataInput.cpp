@@ -6,6 +6,7 @@
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/InputFile.h>
 
+#include <tessel_data/CSProDb.h>
 #include <tessel_data/CSProDbSource.h>
 #include <tessel_data/CSProTextSource.h>
 #include <tessel_data/DataError.h>
@@ -26,9 +27,11 @@ const QString& standardInput()
     return name;
 }
 
-bool isEncryptedDb(const QString& path)
+// Encrypted, damaged or empty it is one all the same, and told as such.
+bool isDbName(const QString& path)
 {
-    return path.endsWith(QLatin1String(".csdbe"), Qt::CaseInsensitive);
+    return path.endsWith(QLatin1String(".csdb"), Qt::CaseInsensitive)
+        || path.endsWith(QLatin1String(".csdbe"), Qt::CaseInsensitive);
 }
 
 // The reader has told of a name that the dictionary does not have.
@@ -62,6 +65,7 @@ std::optional<DataDictionary> readDictionary(const QString& path, const DataInpu
 
 std::unique_ptr<DataSource> openCSProDb(const DataInput& input)
 {
+    const tessel::CSProDb db(input.first); // what is none is told so, not as a dictionary
     const auto dictionary =
         readDictionary(input.dictionary.isEmpty() ? input.first : input.dictionary, input);
     return dictionary ? std::make_unique<tessel::CSProDbSource>(input.first, *dictionary) : nullptr;
@@ -109,11 +113,9 @@ DataKind dataKindOf(const QString& path)
 {
     if (!QFileInfo(path).isFile()) // a pipe gives its bytes only once
         return DataKind::Text;
-    if (isEncryptedDb(path))
-        return DataKind::CSProDb;
     TInputFile file(path);
     if (!file.open()) // which is told when it is read
-        return DataKind::Text;
+        return isDbName(path) ? DataKind::CSProDb : DataKind::Text;
     switch (dictionaryFileKind(file.head())) {
     case DictionaryFileKind::CSProDb:
         return DataKind::CSProDb;
@@ -122,7 +124,7 @@ DataKind dataKindOf(const QString& path)
     case DictionaryFileKind::Stata:
         return DataKind::Stata;
     default:
-        return DataKind::Text;
+        return isDbName(path) ? DataKind::CSProDb : DataKind::Text;
     }
 }
 
