@@ -3,7 +3,13 @@
 #include <tessel_data/CSProDbSource.h>
 #include <tessel_data/StatSource.h>
 
+#include <atomic>
+#include <chrono>
+#include <functional>
 #include <random>
+#include <thread>
+
+Q_DECLARE_METATYPE(tessel::SourceCounts)
 
 using namespace tessel;
 
@@ -29,6 +35,113 @@ QString kindText(ProblemKind kind)
     return QString::number(int(kind));
 }
 
+// Where a problem is: kind, file and line, case, and the case that it repeats.
+QString placeOf(const DataProblem& problem)
+{
+    QString text = QStringLiteral("%1 %2:%3 #%4 [%5]")
+                       .arg(problemKindName(problem.kind))
+                       .arg(problem.file)
+                       .arg(problem.line)
+                       .arg(problem.caseNumber)
+                       .arg(problem.caseKey);
+    if (problem.otherFile >= 0)
+        text += QStringLiteral(" %1:%2 #%3")
+                    .arg(problem.otherFile)
+                    .arg(problem.otherLine)
+                    .arg(problem.otherCase);
+    return text;
+}
+
+// A source that does what a test wants.
+class OddSource : public DataSource {
+public:
+    explicit OddSource(
+        const DataDictionary& dictionary, const std::function<void(BatchSink&)>& read = {})
+        : m_dictionary(dictionary)
+        , m_read(read)
+    {
+    }
+    const DataDictionary& dictionary() const override
+    {
+        return m_dictionary;
+    }
+    void read(BatchSink& sink) override
+    {
+        m_read(sink);
+    }
+    qint64 size() const override
+    {
+        return -1;
+    }
+    bool countsRows() const override
+    {
+        return false;
+    }
+    const std::vector<SourceFile>& files() const override
+    {
+        return sourceFiles;
+    }
+    bool hasCases() const override
+    {
+        return true;
+    }
+
+    std::vector<SourceFile> sourceFiles = std::vector<SourceFile>(1);
+
+private:
+    const DataDictionary& m_dictionary;
+    std::function<void(BatchSink&)> m_read;
+};
+
+// A case as a CSPro DB has it.
+void beginCase(DataBatch& batch, const char* key, bool isPartlySaved)
+{
+    DataBatch::Case begun;
+    begun.number = qint64(batch.cases.size());
+    begun.firstRecord = quint32(batch.records.size());
+    begun.line = begun.number + 1;
+    begun.key = batch.keep(key);
+    begun.uuid = batch.keep("uuid");
+    begun.isPartlySaved = isPartlySaved;
+    batch.cases.push_back(begun);
+}
+
+// A record of the last case, whose values are all 1.
+void addRecord(DataBatch& batch, const DataDictionary& dictionary, int record)
+{
+    const int count = dictionary.records[std::size_t(record)].columns.size();
+    const quint32 cell = batch.addCells(std::size_t(count));
+    for (int c = 0; c < count; ++c)
+        batch.set(cell + quint32(c), ValueState(ValueKind::Number), 1);
+    const DataBatch::Case& begun = batch.cases.back();
+    batch.records.push_back({ begun.line, begun.number, 0, record, cell, {} });
+}
+
+QStringList placesOf(const DataDictionary& dictionary, const DataBatch& batch)
+{
+    QStringList places;
+    CheckOptions options;
+    options.onProblem = [&](const DataProblem& problem) { places.append(placeOf(problem)); };
+    Checker checker(dictionary, options);
+    checker.take(batch);
+    checker.finish(OddSource(dictionary));
+    places.sort();
+    return places;
+}
+
+// Women with letters for identification, and their children; the first level has no record.
+QByteArray womenDictionary()
+{
+    return "[Dictionary]\nVersion=CSPro 7.7\nName=D\nRecordTypeStart=1\nRecordTypeLen=1\n\n"
+           "[Level]\nName=L1\n\n[IdItems]\n\n[Item]\nName=H\nStart=2\nLen=1\n\n"
+           "[Level]\nName=L2\n\n[IdItems]\n\n[Item]\nName=W\nStart=3\nLen=1\n"
+           "DataType=Alpha\n\n"
+           "[Record]\nName=WOMAN\nRecordTypeValue='2'\n\n"
+           "[Item]\nName=AGE\nStart=4\nLen=1\n\n"
+           "[Record]\nName=CHILD\nRecordTypeValue='3'\nRequired=No\nMaxRecords=9\n\n"
+           "[Item]\nName=YEAR\nStart=4\nLen=1\n\n";
+}
+
 } // namespace
 
 class TestDataChecker : public QObject {
@@ -44,9 +157,21 @@ private slots:
     void largeSums();
     void bothZeros();
     void levels();
+    void levelWithoutRecords();
+    void blankDeeperItem();
+    void places();
+    void casesOfDatabases();
+    void changedFile();
+    void countsThatLie_data();
+    void countsThatLie();
+    void longTexts();
+    void tolerated();
     void generated();
     void manyVariables();
+    void distinctOfManyVariables();
     void cancel();
+    void cancelWithoutData();
+    void failureBehindData();
 
 private:
     CheckReport check(const QByteArray& text, const CheckOptions& options = {});
@@ -277,6 +402,146 @@ void TestDataChecker::levels()
     QVERIFY(checker.report().addsUp);
 }
 
+void TestDataChecker::levelWithoutRecords()
+{
+    const DataDictionary women =
+        DataDictionary::fromBytes(womenDictionary(), QStringLiteral("women.dcf"));
+    const auto found = [&](const QByteArray& lines) {
+        QStringList places;
+        CSProTextSource source(women, { writeFile(m_folder, QStringLiteral("women.dat"), lines) });
+        CheckOptions options;
+        options.onProblem = [&](const DataProblem& problem) { places.append(placeOf(problem)); };
+        Checker checker(source.dictionary(), options);
+        runPipeline(source, checker);
+        return places;
+    };
+    QCOMPARE(found("21A1\n31A1\n31A2\n21B1\n"), QStringList());
+    QCOMPARE(found("21A1\n31B1\n"), QStringList { QStringLiteral("missing-record 0:2 #1 [1]") });
+    DataBatch batch;
+    beginCase(batch, "1", true);
+    addRecord(batch, women, 1);
+    QCOMPARE(
+        placesOf(women, batch), QStringList { QStringLiteral("partly-saved-case 0:1 #1 [1]") });
+}
+
+// A record without any identification is told once, but its deeper items by themselves.
+void TestDataChecker::blankDeeperItem()
+{
+    const DataDictionary women =
+        DataDictionary::fromBytes(womenDictionary(), QStringLiteral("women.dcf"));
+    CSProTextSource source(women, { writeFile(m_folder, QStringLiteral("w.dat"), "2  1\n") });
+    Checker checker(source.dictionary());
+    QVERIFY(runPipeline(source, checker));
+    QCOMPARE(checker.report().problemCount(ProblemKind::BlankIdentification), 1LL);
+    QCOMPARE(checker.report().problemCount(ProblemKind::IdBlank), 1LL);
+    QCOMPARE(checker.report().samples.front().variable, 1);
+}
+
+// Of two files, each with cases and lines of its own.
+void TestDataChecker::places()
+{
+    const QString first = writeFile(m_folder, QStringLiteral("1.dat"), "10101 6\n20101130\n9zz\n");
+    const QString second = writeFile(
+        m_folder, QStringLiteral("2.dat"), "10102 3       zz\n9zz\n10102 6\n10101\n20103\n1    \n");
+    CSProTextSource source(m_dictionary, { first, second });
+    QStringList found;
+    CheckOptions options;
+    options.onProblem = [&](const DataProblem& problem) { found.append(placeOf(problem)); };
+    Checker checker(source.dictionary(), options);
+    QVERIFY(runPipeline(source, checker));
+    found.sort();
+    QStringList expected { "outside-value-set 0:1 #1 [0101]", "out-of-range 0:2 #1 [0101]",
+        "unknown-record-type 0:3 #0 []", "text-beyond-record 1:1 #2 [0102]",
+        "unknown-record-type 1:2 #0 []", "outside-value-set 1:3 #2 [0102]",
+        "too-many-records 1:3 #2 [0102]", "duplicate-case 1:4 #3 [0101] 0:1 #1",
+        "missing-record 1:5 #4 [0103]", "blank-identification 1:6 #5 []" };
+    expected.sort();
+    QCOMPARE(found, expected);
+    QVERIFY(checker.report().addsUp);
+}
+
+// A case that is partly saved lacks nothing; two cases of one name are never parts of one.
+void TestDataChecker::casesOfDatabases()
+{
+    DataBatch batch;
+    beginCase(batch, "0101", false);
+    addRecord(batch, m_dictionary, 0);
+    beginCase(batch, "0101", true);
+    addRecord(batch, m_dictionary, 1);
+    QCOMPARE(placesOf(m_dictionary, batch),
+        (QStringList { "duplicate-case 0:2 #2 [0101] 0:1 #1", "partly-saved-case 0:2 #2 [0101]" }));
+}
+
+void TestDataChecker::changedFile()
+{
+    OddSource source(m_dictionary);
+    source.sourceFiles.resize(3);
+    source.sourceFiles[1].changedWhileRead = true;
+    Checker checker(m_dictionary);
+    checker.finish(source);
+    QCOMPARE(checker.report().samples.size(), std::size_t(1));
+    QCOMPARE(placeOf(checker.report().samples.front()), QStringLiteral("file-changed 1:0 #0 []"));
+    QVERIFY(!checker.report().isClean());
+}
+
+void TestDataChecker::countsThatLie_data()
+{
+    QTest::addColumn<SourceCounts>("counts");
+    const auto add = [](const char* name, qint64 lines, qint64 records, qint64 rejected,
+                         qint64 cases, qint64 casesRead) {
+        SourceCounts counts;
+        counts.lines = lines;
+        counts.records = records;
+        counts.rejectedLines = rejected;
+        counts.cases = cases;
+        counts.casesRead = casesRead;
+        QTest::newRow(name) << counts;
+    };
+    add("true", 2, 1, 1, 1, 1);
+    add("a record too many", 3, 2, 1, 1, 1);
+    add("a rejected line too many", 3, 1, 2, 1, 1);
+    add("a case too many", 2, 1, 1, 2, 2);
+    add("a line that went nowhere", 3, 1, 1, 1, 1);
+    add("a case that went nowhere", 2, 1, 1, 1, 2);
+}
+
+// Data are clean only when the source counted what the check took.
+void TestDataChecker::countsThatLie()
+{
+    QFETCH(SourceCounts, counts);
+    DataBatch batch;
+    beginCase(batch, "0101", false);
+    addRecord(batch, m_dictionary, 0);
+    batch.told.push_back({ LineProblem::UnknownRecordType, 0, -1, 2, -1, {} });
+    OddSource source(m_dictionary);
+    source.sourceFiles.front().counts = counts;
+    Checker checker(m_dictionary);
+    checker.take(batch);
+    checker.finish(source);
+    QCOMPARE(checker.report().addsUp, QByteArray(QTest::currentDataTag()) == QByteArray("true"));
+}
+
+// Characters count, not bytes.
+void TestDataChecker::longTexts()
+{
+    CheckOptions options;
+    options.longestText = 3;
+    const CheckReport report =
+        check("10101 1     \u00E9\u00E9\n9\u00E9\u00E9\u00E9\u00E9\n", options);
+    QCOMPARE(report.samples.front().value, QStringLiteral("9\u00E9\u00E9"));
+    QCOMPARE(report.samples.back().value, QStringLiteral("\u00E9\u00E9"));
+}
+
+void TestDataChecker::tolerated()
+{
+    QStringList names;
+    for (int kind = 0; kind < ProblemKindCount; ++kind) {
+        if (isTolerated(ProblemKind(kind)))
+            names.append(problemKindName(ProblemKind(kind)));
+    }
+    QCOMPARE(names, (QStringList { "blank-id-item", "out-of-range", "outside-value-set" }));
+}
+
 // Lines of any bytes: the counts add up, and a value is counted once.
 void TestDataChecker::generated()
 {
@@ -319,6 +584,29 @@ void TestDataChecker::manyVariables()
     QCOMPARE(report.columns[1].highest, QStringLiteral("7"));
 }
 
+// Memory for different values is shared by all columns.
+void TestDataChecker::distinctOfManyVariables()
+{
+    constexpr int count = 1999;
+    QByteArray text = "[Dictionary]\nVersion=CSPro 7.7\nName=D\nRecordTypeStart=0\n"
+                      "RecordTypeLen=0\n\n[Level]\nName=L\n\n[IdItems]\n\n[Item]\nName=ID\n"
+                      "Start=1\nLen=6\n\n[Record]\nName=R\nRecordTypeValue=''\n\n";
+    for (int i = 0; i < count; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        text += "[Item]\nName=V" + number + "\nStart=" + QByteArray::number(7 + i) + "\nLen=1\n\n";
+    }
+    QByteArray lines;
+    for (int i = 0; i < 600; ++i)
+        lines += QByteArray::number(100'000 + i) + '\n';
+    CSProTextSource source(DataDictionary::fromBytes(text, QStringLiteral("distinct")),
+        { writeFile(m_folder, QStringLiteral("distinct.dat"), lines) });
+    Checker checker(source.dictionary());
+    QVERIFY(runPipeline(source, checker));
+    const ColumnReport& column = checker.report().columns.front();
+    QVERIFY(!column.hasAllDistinct);
+    QCOMPARE(column.distinct, 500LL);
+}
+
 void TestDataChecker::cancel()
 {
     std::vector<std::unique_ptr<DataSource>> sources;
@@ -336,6 +624,57 @@ void TestDataChecker::cancel()
         QVERIFY(!rows.isFinished);
         QVERIFY(rows.rows.isEmpty());
     }
+}
+
+// A source that waits for data, as a pipe does, is told to stop.
+void TestDataChecker::cancelWithoutData()
+{
+    constexpr int most = 1000; // rounds, so that the test ends in any case
+    int rounds = 0;
+    OddSource source(m_dictionary, [&rounds](BatchSink& sink) {
+        while (rounds < most && sink.goesOn()) {
+            ++rounds;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    });
+    RowCollector rows(m_dictionary);
+    QVERIFY(!runPipeline(source, rows, [](qint64, qint64) { return false; }));
+    QVERIFY(rounds < most);
+    QVERIFY(!rows.isFinished);
+}
+
+// What was read before a failure is taken first.
+void TestDataChecker::failureBehindData()
+{
+    std::atomic<bool> isFilled { false };
+    struct Slow : DataConsumer {
+        explicit Slow(const std::atomic<bool>& flag)
+            : isFilled(flag)
+        {
+        }
+        void take(const DataBatch&) override
+        {
+            while (!isFilled)
+                std::this_thread::yield();
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            ++batches;
+        }
+        void finish(const DataSource&) override
+        {
+        }
+        const std::atomic<bool>& isFilled;
+        int batches = 0;
+    } slow(isFilled);
+    OddSource source(m_dictionary, [&](BatchSink& sink) {
+        for (int i = 0; i < 3; ++i) {
+            beginCase(sink.batch(), "0101", false);
+            sink.deliver();
+        }
+        isFilled = true;
+        throw std::runtime_error("the disk fails");
+    });
+    QVERIFY_EXCEPTION_THROWN(runPipeline(source, slow), std::runtime_error);
+    QCOMPARE(slow.batches, 3);
 }
 
 QTEST_GUILESS_MAIN(TestDataChecker)

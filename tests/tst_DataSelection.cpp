@@ -164,6 +164,7 @@ private slots:
     void conditionMistakes_data();
     void conditionMistakes();
     void toldStays();
+    void severalFiles();
     void every();
     void sampleIsKnown();
     void sampleOfAnyOrder();
@@ -381,6 +382,29 @@ void tst_DataSelection::toldStays()
     DataSelection selection;
     selection.chooseRecords(survey(), { QStringLiteral("PERSON") });
     QCOMPARE(partOf(surveyLines, selection).told, rejected);
+}
+
+// Each file has counts of its own, and what is told of a line stays with its file.
+void tst_DataSelection::severalFiles()
+{
+    TextData data;
+    data.add({ "10101 2  123A  beyond", "10102 4" });
+    data.add({ "10103 2", "20103 30Ann", "10104 4", "20104 31Bob" });
+    SelectedSource source(data.source(), where(QStringLiteral("NUMBER=3")));
+    Watcher watcher(source.dictionary());
+    QVERIFY(runPipeline(source, watcher));
+    QVERIFY(watcher.checker.report().addsUp);
+    QCOMPARE(watcher.rows.keys, QStringList { QStringLiteral("0103") });
+    QCOMPARE(watcher.rows.told, QStringList());
+    const SourceCounts& first = source.files()[0].counts;
+    const SourceCounts& second = source.files()[1].counts;
+    QCOMPARE(first.leftOutLines, 2LL);
+    QCOMPARE(first.leftOutCases, 2LL);
+    QCOMPARE(first.records, 0LL);
+    QCOMPARE(second.leftOutLines, 2LL);
+    QCOMPARE(second.leftOutCases, 1LL);
+    QCOMPARE(second.records, 2LL);
+    QVERIFY(first.addUp() && second.addUp());
 }
 
 void tst_DataSelection::every()

@@ -3,8 +3,12 @@
 
 #include <tessel_data/DataError.h>
 
+#include <atomic>
+#include <chrono>
+#include <functional>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace tessel;
 
@@ -14,6 +18,33 @@ QString writtenDictionary(const QTemporaryDir& folder)
 {
     return writeFile(folder, QStringLiteral("survey.dcf"), surveyDictionary());
 }
+
+// Counts what it gets, and asks after each batch whether to go on.
+class BatchCounter : public BatchSink {
+public:
+    explicit BatchCounter(const std::function<bool()>& isWanted)
+        : m_isWanted(isWanted)
+    {
+    }
+    DataBatch& batch() override
+    {
+        return m_batch;
+    }
+    bool deliver() override
+    {
+        ++batches;
+        records += qint64(m_batch.records.size());
+        m_batch.clear();
+        return m_isWanted();
+    }
+
+    int batches = 0;
+    qint64 records = 0;
+
+private:
+    DataBatch m_batch;
+    std::function<bool()> m_isWanted;
+};
 
 } // namespace
 
@@ -33,7 +64,13 @@ private slots:
     void encodings_data();
     void encodings();
     void severalFiles();
+    void lineEnds();
+    void stoppedInTheFirstFile();
+    void growingFile();
+    void standardInput();
+    void fileWithoutSize();
     void pipe();
+    void silentPipe();
     void hugeLine_data();
     void hugeLine();
     void levels();
@@ -285,11 +322,125 @@ void TestDataText::severalFiles()
         DataDictionary::fromFile(writtenDictionary(m_folder)), { first, second });
     QCOMPARE(source.size(), QFile(first).size() + QFile(second).size());
     RowCollector rows(source.dictionary());
-    QVERIFY(runPipeline(source, rows));
+    qint64 done = 0;
+    QVERIFY(runPipeline(source, rows, [&done](qint64 bytes, qint64) {
+        done = bytes;
+        return true;
+    }));
+    QCOMPARE(done, source.size());
+    QCOMPARE(source.files()[1].counts.cases, 1LL);
     QCOMPARE(rows.keys, (QStringList { "0101", "0101" })); // no case goes on in another file
     QCOMPARE(rows.rows.last(), QStringLiteral("1 1 PERSON: 1 1 44 \"b\" \"b\""));
     QCOMPARE(source.files()[0].counts.lines, 2LL);
     QCOMPARE(source.files()[1].crlfLines, 1LL);
+}
+
+void TestDataText::lineEnds()
+{
+    const QString mixed =
+        writeFile(m_folder, QStringLiteral("mixed.dat"), "10101\r\n10102\n10103\n10104");
+    const QString old =
+        writeFile(m_folder, QStringLiteral("old.dat"), "10105\r10106\r10107\r10108\r");
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)), { mixed, old });
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QCOMPARE(rows.keys.size(), 8);
+    const auto endsOf = [&source](std::size_t index) {
+        const SourceFile& file = source.files()[index];
+        return QVector<qint64> { file.lfLines, file.crlfLines, file.crLines };
+    };
+    QCOMPARE(endsOf(0), (QVector<qint64> { 2, 1, 0 }));
+    QCOMPARE(endsOf(1), (QVector<qint64> { 0, 0, 4 }));
+}
+
+// The second file is not begun, and the first one, left in its middle, has not changed.
+void TestDataText::stoppedInTheFirstFile()
+{
+    const QString first = writeFile(
+        m_folder, QStringLiteral("s1.dat"), QByteArray("20101 33abcdef\n").repeated(200'000));
+    const QString second = writeFile(m_folder, QStringLiteral("s2.dat"), "10102 3\n");
+    CSProTextSource source(
+        DataDictionary::fromFile(writtenDictionary(m_folder)), { first, second });
+    BatchCounter sink([] { return false; });
+    source.read(sink);
+    QCOMPARE(sink.batches, 1);
+    QCOMPARE(source.files()[0].counts.records, sink.records);
+    QCOMPARE(source.files()[1].counts.lines, 0LL);
+    QVERIFY(!source.files()[0].changedWhileRead);
+}
+
+// A file to which another program adds as fast as it is read comes to an end.
+void TestDataText::growingFile()
+{
+    constexpr int lines = 200'000;
+    const QByteArray line = "20101 33abcdef\n";
+    const QString data = writeFile(m_folder, QStringLiteral("g.dat"), line.repeated(lines));
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)), { data });
+    BatchCounter sink([&] {
+        QFile file(data);
+        return file.open(QIODevice::Append) && file.write(line.repeated(10)) > 0;
+    });
+    source.read(sink);
+    QVERIFY(sink.batches > 1);
+    QCOMPARE(sink.records, qint64(lines));
+    QVERIFY(source.files()[0].changedWhileRead);
+}
+
+// From where it stands: a program before may have read its first lines.
+void TestDataText::standardInput()
+{
+    QFile file(writeFile(m_folder, QStringLiteral("in.dat"), "10101 3\n10102 3\n10103 3\n"));
+    QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) && file.seek(8));
+    const int kept = ::dup(STDIN_FILENO);
+    QVERIFY(::dup2(file.handle(), STDIN_FILENO) >= 0);
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)), { "-" });
+    RowCollector rows(source.dictionary());
+    const bool isRead = runPipeline(source, rows);
+    ::dup2(kept, STDIN_FILENO);
+    ::close(kept);
+    QVERIFY(isRead);
+    QCOMPARE(rows.keys, (QStringList { "0102", "0103" }));
+    QVERIFY(!source.files().front().changedWhileRead);
+}
+
+// Files that the system makes up have contents, but no size.
+void TestDataText::fileWithoutSize()
+{
+    const QString path = QStringLiteral("/proc/self/status");
+    if (!QFile::exists(path) || QFileInfo(path).size() > 0)
+        QSKIP("the system has no such file");
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)), { path });
+    RowCollector rows(source.dictionary());
+    QVERIFY(runPipeline(source, rows));
+    QVERIFY(source.counts().lines > 1);
+}
+
+// A pipe that is open and gives nothing does not keep a reader that is to stop.
+void TestDataText::silentPipe()
+{
+    const QString path = m_folder.filePath(QStringLiteral("silent.fifo"));
+    const QString file = writeFile(m_folder, QStringLiteral("f.dat"), "10101 3\n");
+    QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    std::atomic<bool> hasStopped { false };
+    std::atomic<bool> wasInTime { false };
+    std::thread writer([&] {
+        constexpr int most = 1000; // rounds, so that the test ends in any case
+        QFile pipe(path);
+        if (!pipe.open(QIODevice::WriteOnly))
+            return;
+        for (int round = 0; round < most && !hasStopped; ++round)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        wasInTime = hasStopped.load();
+    });
+    CSProTextSource source(DataDictionary::fromFile(writtenDictionary(m_folder)), { path, file });
+    const qint64 size = source.size();
+    RowCollector rows(source.dictionary());
+    const bool isRead = runPipeline(source, rows, [](qint64, qint64) { return false; });
+    hasStopped = true;
+    writer.join();
+    QVERIFY(!isRead);
+    QVERIFY(wasInTime);
+    QCOMPARE(size, -1LL);
 }
 
 void TestDataText::pipe()

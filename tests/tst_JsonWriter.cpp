@@ -141,7 +141,7 @@ void tst_JsonWriter::recordedTextStandsAgain()
             const auto write = [&] {
                 json.beginList("list");
                 json.add({ { "x", 1 } });
-                json.addText("2");
+                json.beginText() += "2";
                 json.endList();
             };
             if (i == 0)
