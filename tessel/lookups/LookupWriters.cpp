@@ -3,6 +3,7 @@
 
 #include "text/CsvText.h"
 #include "text/JsonWriter.h"
+#include "text/Prefetch.h"
 #include "text/ShownText.h"
 #include "text/TextTable.h"
 
@@ -18,20 +19,37 @@ constexpr int NarrowestPlain = 20; // columns; below that a table may lay out in
 
 using Align = TextTable::Align;
 
-// The numbers of keys as text. Neighbours in a listing mostly have the same.
+// The numbers of keys as text, with what stands around them. Neighbours in a listing mostly have
+// the same.
 class KeysText {
 public:
+    KeysText(const char* before, const char* behind)
+        : m_before(before)
+        , m_behind(behind)
+    {
+    }
+
     const QByteArray& of(const ValueCount& count)
     {
         if (count.keys != m_keys)
-            m_text = QByteArray::number(m_keys = count.keys);
+            m_text = m_before + QByteArray::number(m_keys = count.keys) + m_behind;
         return m_text;
     }
 
 private:
+    QByteArray m_before;
+    QByteArray m_behind;
     int m_keys = 0; // no value has as few
     QByteArray m_text;
 };
+
+// Values that come soon, as they are in the order of their texts and not of the file.
+void prefetchValue(const QVector<ValueCount>& counts, int index)
+{
+    constexpr int Ahead = 12;
+    if (counts.size() - index > Ahead)
+        prefetch(counts.at(index + Ahead).value);
+}
 
 // ---- table
 
@@ -87,6 +105,7 @@ void writeFrequencyTable(const QVector<ValueCount>& frequencies, int width, cons
     QString number; // as long as the counts are the same
     for (int i = 1; i < frequencies.size(); ++i) {
         const ValueCount& count = frequencies.at(i);
+        prefetchValue(frequencies, i);
         if (i == 1 || count.keys != frequencies.at(i - 1).keys)
             number = QString::number(count.keys).rightJustified(digits) + QLatin1Char(' ');
         if (text.size() >= PieceSize) {
@@ -166,15 +185,16 @@ void addDifferences(
 void writeFrequencyLines(
     const QVector<ValueCount>& frequencies, const CsvWriter& csv, const ByteSink& sink)
 {
-    KeysText keys;
+    const QByteArray before = "frequency,,,,";
+    KeysText behind(",,", "\r\n");
     QByteArray text;
     text.reserve(2 * PieceSize); // and keeps it
-    for (const ValueCount& count : frequencies) {
-        text += "frequency,,,,";
+    for (int i = 0; i < frequencies.size(); ++i) {
+        const ValueCount& count = frequencies.at(i);
+        prefetchValue(frequencies, i);
+        text += before;
         csv.appendCell(text, count.value);
-        text += ",,";
-        text += keys.of(count);
-        text += "\r\n";
+        text += behind.of(count);
         if (text.size() >= PieceSize) {
             sink(text);
             text.resize(0);
@@ -245,17 +265,14 @@ void addMessages(JsonWriter& json, const QVector<TOxLookupProblem>& problems)
 void addFrequencies(JsonWriter& json, const QVector<ValueCount>& frequencies)
 {
     json.beginList("frequencies");
-    KeysText keys;
-    QByteArray entry;
-    entry.reserve(PieceSize); // and keeps it
-    for (const ValueCount& count : frequencies) {
-        entry.resize(0);
-        entry += "{\"keys\":";
-        entry += keys.of(count);
-        entry += ",\"value\":";
-        appendJsonString(entry, count.value);
-        entry += '}';
-        json.addText(entry);
+    KeysText before("{\"keys\":", ",\"value\":");
+    for (int i = 0; i < frequencies.size(); ++i) {
+        const ValueCount& count = frequencies.at(i);
+        prefetchValue(frequencies, i);
+        QByteArray& text = json.beginText();
+        text += before.of(count);
+        appendJsonString(text, count.value);
+        text += '}';
     }
     json.endList();
 }

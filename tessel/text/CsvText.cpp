@@ -29,16 +29,24 @@ bool isFormula(const QString& text)
     return !text.isEmpty() && signs.contains(text.front()) && !isNegativeNumber(text);
 }
 
-QString csvCell(const QString& text)
+// All of it is looked at, many characters at once.
+bool needsQuotes(const QString& text)
 {
-    const bool needsQuotes = std::any_of(text.cbegin(), text.cend(), [](QChar character) {
-        return character == QLatin1Char(',') || character == QLatin1Char('"')
-            || character == QLatin1Char('\n') || character == QLatin1Char('\r');
-    });
-    if (!needsQuotes)
-        return text;
-    return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QLatin1String("\"\""))
-        + QLatin1Char('"');
+    bool isPlain = true;
+    for (const QChar character : text) {
+        const ushort code = character.unicode();
+        isPlain &= code != ',' && code != '"' && code != '\n' && code != '\r';
+    }
+    return !isPlain;
+}
+
+void appendQuoted(QByteArray& bytes, const QString& text)
+{
+    if (!needsQuotes(text))
+        return appendUtf8(bytes, text);
+    bytes += '"';
+    appendUtf8(bytes, QString(text).replace(QLatin1Char('"'), QLatin1String("\"\"")));
+    bytes += '"';
 }
 
 } // namespace
@@ -74,6 +82,7 @@ QByteArray CsvWriter::textOf(const QStringList& cells) const
 
 void CsvWriter::appendCell(QByteArray& text, const QString& cell) const
 {
-    const bool needsMark = m_forSpreadsheet && isFormula(cell);
-    appendUtf8(text, csvCell(needsMark ? QLatin1Char('\'') + cell : cell));
+    if (m_forSpreadsheet && isFormula(cell))
+        return appendQuoted(text, QLatin1Char('\'') + cell);
+    appendQuoted(text, cell);
 }

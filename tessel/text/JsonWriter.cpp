@@ -1,7 +1,5 @@
 #include "text/JsonWriter.h"
 
-#include "text/Utf8Text.h"
-
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -11,21 +9,37 @@ namespace {
 
 constexpr int Indent = 2;
 constexpr int PieceSize = 65'536;
+constexpr ushort AsciiLast = 0x7F;
 
 QByteArray compact(const QJsonObject& object)
 {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-// True for a text that stands in JSON as it is. All of it is looked at, many characters at once.
-bool isPlain(const QString& text)
+// Appends a text in quotes when it stands in JSON as it is. All of it is looked at and taken for
+// ASCII, many characters at once.
+bool appendPlain(QByteArray& bytes, const QString& text)
 {
+    const int start = bytes.size();
+    const int size = text.size();
+    bytes.resize(start + size + 2);
+    char* target = bytes.data() + start;
+    *target++ = '"';
+    const QChar* const source = text.constData();
     bool isPlain = true;
-    for (const QChar character : text) {
-        const ushort code = character.unicode();
+    ushort bits = 0;
+    for (int i = 0; i < size; ++i) {
+        const ushort code = source[i].unicode();
         isPlain &= code >= 0x20 && code != '"' && code != '\\' && code != 0x7F
             && (code & 0xF800) != 0xD800; // a surrogate
+        bits |= code;
+        target[i] = static_cast<char>(code);
     }
+    target[size] = '"';
+    if (!isPlain)
+        bytes.resize(start);
+    else if (bits > AsciiLast)
+        bytes.replace(start + 1, size, text.toUtf8());
     return isPlain;
 }
 
@@ -38,12 +52,8 @@ QJsonValue textOrNull(const QString& text)
 
 void appendJsonString(QByteArray& bytes, const QString& text)
 {
-    if (isPlain(text)) {
-        bytes += '"';
-        appendUtf8(bytes, text);
-        bytes += '"';
+    if (appendPlain(bytes, text))
         return;
-    }
     const QByteArray list = QJsonDocument(QJsonArray { text }).toJson(QJsonDocument::Compact);
     bytes.append(list.constData() + 1, list.size() - 2); // without the brackets
 }
@@ -51,6 +61,7 @@ void appendJsonString(QByteArray& bytes, const QString& text)
 JsonWriter::JsonWriter(const ByteSink& sink)
     : m_sink(sink)
 {
+    m_text.reserve(2 * PieceSize);
 }
 
 void JsonWriter::beginObject(const QJsonObject& members, const char* name)
@@ -87,13 +98,13 @@ void JsonWriter::endList()
 
 void JsonWriter::add(const QJsonObject& entry)
 {
-    addText(compact(entry));
+    beginText() += compact(entry);
 }
 
-void JsonWriter::addText(const QByteArray& entry)
+QByteArray& JsonWriter::beginText()
 {
     beginEntry(nullptr);
-    put(entry);
+    return m_text;
 }
 
 QByteArray JsonWriter::recorded(const std::function<void()>& write)
@@ -125,17 +136,23 @@ void JsonWriter::finish()
 void JsonWriter::put(const QByteArray& text)
 {
     m_text += text;
+    handOut();
+}
+
+void JsonWriter::handOut()
+{
     if (m_isRecording || m_text.size() < PieceSize)
         return;
     m_sink(m_text);
-    m_text.clear();
+    m_text.resize(0); // keeps what is reserved
 }
 
 // Entries of a list, which have no name, stand on lines of their own.
 void JsonWriter::beginEntry(const char* name)
 {
+    handOut();
     if (!m_isFirst)
-        put(",");
+        m_text += ',';
     m_isFirst = false;
     if (name) {
         put('"' + QByteArray(name) + "\":");

@@ -34,8 +34,8 @@ public:
     /*! An entry of the list. */
     void add(const QJsonObject& entry);
 
-    /*! An entry of the list as JSON text, where there are millions. */
-    void addText(const QByteArray& entry);
+    /*! Begins an entry of the list; the caller appends its JSON text, where there are millions. */
+    QByteArray& beginText();
 
     /*! What \a write writes, for addRecorded() to write it as often as wanted. */
     QByteArray recorded(const std::function<void()>& write);
@@ -48,6 +48,7 @@ public:
 private:
     void beginEntry(const char* name);
     void put(const QByteArray& text);
+    void handOut();
 
     ByteSink m_sink;
     QByteArray m_text; // not yet handed out, or what is recorded
