@@ -14,6 +14,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QStringBuilder>
 #include <QTextCodec>
 
 #include <exception>
@@ -181,6 +182,13 @@ QString TCSPro::labelText(const QString& label) const
     const QChar separator = QLatin1Char('|');
     const QString wanted = label.section(separator, m_language, m_language);
     return wanted.isEmpty() ? label.section(separator, 0, 0) : wanted;
+}
+
+QString TCSPro::nameOfOccurrence(const TCSProItem& item, const QString& fieldName) const
+{
+    if (item.occurrence <= 0 || m_reading == CSProReading::AsWritten)
+        return fieldName;
+    return item.dictionaryName % TokenUnderscore % QString::number(item.occurrence);
 }
 
 const QVector<CSProLevel>& TCSPro::levels() const

@@ -84,6 +84,11 @@ public:
      * dictionary without languages is its own text.
      */
     QString labelText(const QString& label) const;
+    /*!
+     * The name that tells \a item from the other occurrences of its item: \a fieldName, the name of
+     * its field, which by the established rules all of them have.
+     */
+    QString nameOfOccurrence(const TCSProItem& item, const QString& fieldName) const;
     /*! The levels of the questionnaire, in order. */
     const QVector<CSProLevel>& levels() const;
     /*! The relations between records and items, in order. */

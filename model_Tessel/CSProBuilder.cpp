@@ -1,7 +1,8 @@
 #include <model_Tessel/CSProBuilder_p.h>
 
+#include <model_Tessel/Numbers_p.h>
+
 #include <algorithm>
-#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -9,13 +10,6 @@ namespace {
 // The format ends at 32,000 columns a record, so no dictionary comes near; a larger number of
 // occurrences is a damaged file, which must not fill the memory.
 constexpr int MaxFields = 500'000;
-
-// Beyond what an int holds a column is damage; it stays the largest.
-int column(qint64 number)
-{
-    return int(std::clamp<qint64>(
-        number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-}
 
 } // namespace
 
@@ -128,7 +122,7 @@ TCSProItem* CSProBuilder::copyOf(const TCSProItem& item, qint64 start)
     copy->hasDecimalChar = item.hasDecimalChar;
     copy->dictionaryName = item.dictionaryName;
     copy->sourceLine = item.sourceLine;
-    copy->start = column(start);
+    copy->start = columnWithin(IntColumns, start);
     return copy;
 }
 

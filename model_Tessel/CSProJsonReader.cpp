@@ -2,6 +2,7 @@
 
 #include <model_Tessel/CSProLengthRange_p.h>
 #include <model_Tessel/CSProWrittenReader_p.h>
+#include <model_Tessel/Numbers_p.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -22,13 +23,6 @@ QByteArray withoutMark(const QByteArray& bytes)
 QString yesOrNo(bool value)
 {
     return value ? QStringLiteral("Yes") : QStringLiteral("No");
-}
-
-// Beyond what a dictionary has, a column is damage.
-int column(qint64 number)
-{
-    constexpr qint64 last = 1'000'000'000;
-    return int(std::clamp(number, -last, last));
 }
 
 bool isContentType(const QString& name)
@@ -141,7 +135,7 @@ int CSProJsonReader::lastFixedColumn(const QJsonObject& root)
             last = std::max(last, start + length - 1);
         }
     }
-    return column(last);
+    return columnWithin(JsonColumns, last);
 }
 
 void CSProJsonReader::readLevel(const QJsonObject& level)
@@ -178,7 +172,7 @@ void CSProJsonReader::readRecord(const QJsonObject& object)
         const TCSProItem* item = m_model.items->at(i);
         last = std::max(last, qint64(item->start) + item->len - 1);
     }
-    added->recordLen = column(last);
+    added->recordLen = columnWithin(JsonColumns, last);
 }
 
 void CSProJsonReader::readItems(const QJsonArray& items)
@@ -232,14 +226,14 @@ void CSProJsonReader::placeItem(const QJsonObject& object, TCSProItem& item)
     const bool hasStart = object.contains(QLatin1String("start"));
     if (item.isSubItem != 0) {
         const qint64 offset = number(object, "subitemOffset", 0);
-        item.start = column(m_parentStart + offset);
+        item.start = columnWithin(JsonColumns, m_parentStart + offset);
         if (hasStart)
             item.start = number(object, "start", item.start);
         return;
     }
     item.start = hasStart ? number(object, "start", m_nextColumn) : m_nextColumn;
     m_parentStart = item.start;
-    m_nextColumn = column(item.start + qint64(item.len) * item.occurrences);
+    m_nextColumn = columnWithin(JsonColumns, item.start + qint64(item.len) * item.occurrences);
 }
 
 void CSProJsonReader::readValueSet(const QJsonObject& object)

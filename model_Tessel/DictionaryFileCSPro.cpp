@@ -45,17 +45,11 @@ bool hasDictionaryHeader(const QString& text)
     return false;
 }
 
-bool isJsonText(const QString& text)
-{
-    return isJson(text.left(4096).toUtf8());
-}
-
 // A dictionary may have a stray control character in a label; no text has a zero.
-bool isBinary(const QString& text)
+bool isBinary(const QString& text, bool isDictionary)
 {
     return text.contains(QChar::Null)
-        || (!isJsonText(text) && !hasDictionaryHeader(text)
-            && std::any_of(text.begin(), text.end(), isBinaryCharacter));
+        || (!isDictionary && std::any_of(text.begin(), text.end(), isBinaryCharacter));
 }
 
 bool failBinary(DictionaryFile& file)
@@ -112,20 +106,19 @@ bool checkKind(DictionaryFile& file, const DecodedText& decoded, CSProReading re
     const bool isDb = file.kind == DictionaryFileKind::CSProDb;
     const DictionaryFileKind kind = file.kind;
     file.kind = isDb ? kind : DictionaryFileKind::Unknown;
-    if (isBinary(decoded.text))
+    const bool hasJson = isJson(decoded.text.left(4096).toUtf8());
+    const bool isDictionary = hasJson || hasDictionaryHeader(decoded.text);
+    if (isBinary(decoded.text, isDictionary))
         return failBinary(file);
-    const bool isJson = isJsonText(decoded.text);
-    if (!isJson && !hasDictionaryHeader(decoded.text))
+    if (!isDictionary)
         return failNoDictionary(file, decoded.text);
     file.kind = kind;
-    return !isJson || checkJson(file, *decoded.codec, reading);
+    return !hasJson || checkJson(file, *decoded.codec, reading);
 }
 
 void warnOfEncoding(DictionaryFile& file, const QByteArray& bytes)
 {
-    warn(file, Kind::AssumedEncoding,
-        QStringLiteral("the text is not valid UTF-8 and was read as windows-1252; if letters look "
-                       "wrong, name its encoding"));
+    warn(file, Kind::AssumedEncoding, assumedEncodingText());
     file.problems.last().line = firstInvalidLine(*QTextCodec::codecForName("UTF-8"), bytes);
 }
 

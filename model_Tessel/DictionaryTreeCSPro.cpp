@@ -96,10 +96,7 @@ private:
 
     void describeItem(TOxVariable& variable, const TCSProItem& item) const
     {
-        if (item.occurrence > 0 && m_cspro.reading() == CSProReading::Established) {
-            variable.setName(
-                item.dictionaryName % TokenUnderscore % QString::number(item.occurrence));
-        }
+        variable.setName(m_cspro.nameOfOccurrence(item, variable.getName()));
         const CSProItemDetail& detail = item.detail();
         const QString ofOccurrence = m_cspro.labelText(detail.occurrenceLabel);
         if (!ofOccurrence.isEmpty()) {

@@ -18,6 +18,15 @@ QString MsgText;
 
 namespace {
 
+struct Separator {
+    char character;
+    const char* name;
+};
+
+// In the order of their codes.
+constexpr Separator separators[] = { { ' ', "space" }, { '\t', "tab" }, { ',', "comma" },
+    { ';', "semicolon" }, { ':', "colon" } };
+
 QString catalogueText(const char* key, const char* defaultText, const QString& arg1,
     const QString& arg2 = QString(), const QString& arg3 = QString())
 {
@@ -469,7 +478,14 @@ void TOxLookup::setProblemSink(LookupProblemSink sink)
 
 QChar TOxLookup::separatorCharacter(int code)
 {
-    constexpr char characters[] = { ' ', '\t', ',', ';', ':' };
-    const bool isKnown = code >= 0 && code < static_cast<int>(std::size(characters));
-    return QLatin1Char(characters[isKnown ? code : 0]);
+    const bool isKnown = code >= 0 && code < static_cast<int>(std::size(separators));
+    return QLatin1Char(separators[isKnown ? code : 0].character);
+}
+
+QStringList TOxLookup::separatorNames()
+{
+    QStringList names;
+    for (const Separator& separator : separators)
+        names.append(QLatin1String(separator.name));
+    return names;
 }

@@ -178,6 +178,8 @@ public:
 
     /*! The character that stands between key and value for separator code \a code. */
     static QChar separatorCharacter(int code);
+    /*! What the separators are called, in the order of their codes. */
+    static QStringList separatorNames();
 
     QString id;
     QString label;

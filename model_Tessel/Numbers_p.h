@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -13,6 +14,24 @@ inline int truncatedToInt(double value)
     const double whole = std::trunc(value);
     return whole >= low && whole <= high ? static_cast<int>(whole)
                                          : std::numeric_limits<int>::min();
+}
+
+// Columns beyond these are damage.
+struct ColumnLimits {
+    qint64 first;
+    qint64 last;
+};
+
+// Kept: of text dictionaries hosts see all that an int holds.
+constexpr ColumnLimits IntColumns { std::numeric_limits<int>::min(),
+    std::numeric_limits<int>::max() };
+// The reader of JSON dictionaries adds to its columns.
+constexpr ColumnLimits JsonColumns { -1'000'000'000, 1'000'000'000 };
+
+// A column that is damage stays the last one within the limits.
+inline int columnWithin(const ColumnLimits& limits, qint64 column)
+{
+    return static_cast<int>(std::clamp(column, limits.first, limits.last));
 }
 
 // A number in at most six significant digits, as QString::number(value, 'g', 6) writes it. Whole

@@ -43,11 +43,23 @@ int firstInvalidLine(const QTextCodec& codec, const QByteArray& bytes)
     return line;
 }
 
+QTextCodec* firstCodec(const QByteArray& bytes, const QByteArray& wanted)
+{
+    QTextCodec* const unmarked = QTextCodec::codecForName(wanted.isEmpty() ? "UTF-8" : wanted);
+    return QTextCodec::codecForUtfText(bytes, unmarked);
+}
+
+QString assumedEncodingText()
+{
+    return QStringLiteral("the text is not valid UTF-8 and was read as %1; if letters look wrong, "
+                          "name its encoding")
+        .arg(QString::fromLatin1(codecBeforeUtf8()->name()));
+}
+
 DecodedText decodeText(const QByteArray& bytes, const QByteArray& wanted)
 {
     DecodedText result;
-    QTextCodec* const fallback = QTextCodec::codecForName(wanted.isEmpty() ? "UTF-8" : wanted);
-    result.codec = QTextCodec::codecForUtfText(bytes, fallback);
+    result.codec = firstCodec(bytes, wanted);
     if (!result.codec)
         return result;
     result.isValid = decode(*result.codec, bytes, result.text);

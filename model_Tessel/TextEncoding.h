@@ -29,6 +29,15 @@ MODEL_TESSEL_EXPORT QTextCodec* likelyCodec(const QByteArray& bytes);
  */
 MODEL_TESSEL_EXPORT int firstInvalidLine(const QTextCodec& codec, const QByteArray& bytes);
 
+/*!
+ * The codec that \a bytes are to be decoded with first: of their byte-order mark, else \a wanted,
+ * the name of one, else UTF-8; null where there is none of that name.
+ */
+MODEL_TESSEL_EXPORT QTextCodec* firstCodec(const QByteArray& bytes, const QByteArray& wanted = {});
+
+/*! What a person should know of a text that is no UTF-8 and was decoded with codecBeforeUtf8(). */
+MODEL_TESSEL_EXPORT QString assumedEncodingText();
+
 /*! What a text was decoded with, and what came of it. */
 struct DecodedText {
     const QTextCodec* codec = nullptr;

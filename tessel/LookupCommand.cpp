@@ -13,6 +13,7 @@
 #include "process/Supervisor.h"
 #include "SpreadsheetOption.h"
 
+#include <model_Tessel/Lookup.h>
 #include <model_Tessel/ReportLookup.h>
 
 #include <QCommandLineParser>
@@ -38,7 +39,7 @@ const QCommandLineOption& separatorOption()
 {
     static const QCommandLineOption option({ QStringLiteral("s"), QStringLiteral("separator") },
         QStringLiteral("What stands between key and value; guessed from the lines when not given."),
-        QStringLiteral("space|tab|comma|semicolon|colon"));
+        TOxLookup::separatorNames().join(QLatin1Char('|')));
     return option;
 }
 
@@ -122,10 +123,9 @@ QString readAgainst(const QCommandLineParser& parser, LookupOptions& options)
 QString readReading(const QCommandLineParser& parser, LookupOptions& options)
 {
     const QString separator = parser.value(separatorOption());
-    options.separator = separatorNames().indexOf(separator);
+    options.separator = TOxLookup::separatorNames().indexOf(separator);
     if (parser.isSet(separatorOption()) && options.separator < 0) {
-        return QStringLiteral("--separator takes space, tab, comma, semicolon or colon, not '%1'")
-            .arg(separator);
+        return QStringLiteral("--separator takes %1, not '%2'").arg(separatorWords(), separator);
     }
     return readEncoding(parser, encodingOption(), options.encoding);
 }
@@ -172,13 +172,15 @@ bool chooseSeparator(const LookupOptions& options, LookupTask& task)
     task.separator = guessSeparator(task.file.sampleLines);
     if (task.separator < 0) {
         return failInput(options.file, 1,
-            QStringLiteral("no separator is found from this line on; a lookup has a key, a space, "
-                           "tab, comma, semicolon or colon, and a value on each line"));
+            QStringLiteral(
+                "no separator is found from this line on; a lookup has a key, a %1, and a "
+                "value on each line")
+                .arg(separatorWords()));
     }
     task.isGuessed = true;
     Console::tell(options.file, 0, Console::Severity::Note,
         QStringLiteral("the separator is taken to be %1; if it is not, name it with --separator")
-            .arg(separatorNames().at(task.separator)));
+            .arg(TOxLookup::separatorNames().at(task.separator)));
     return true;
 }
 

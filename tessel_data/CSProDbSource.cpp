@@ -1,11 +1,12 @@
 #include <tessel_data/CSProDbSource.h>
 
-#include <tessel_data/Blanks_p.h>
 #include <tessel_data/CSProDb.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/LineText_p.h>
 #include <tessel_data/RecordParser_p.h>
 #include <tessel_data/Sqlite_p.h>
+
+#include <model_Tessel/TrailingBlanks_p.h>
 
 #include <QStringList>
 
@@ -481,7 +482,7 @@ void CSProDbSource::Job::setCell(DataBatch& target, quint32 cell, const DataVari
 void CSProDbSource::Job::setText(
     DataBatch& target, quint32 cell, const DataVariable& variable, std::string_view text)
 {
-    const std::string_view value = withoutTrailingBlanks(text);
+    const std::string_view value = trailingBlanksCut(text);
     const CodeTable* codes = variable.codes.get();
     if (value.empty())
         return target.set(cell, codes ? codes->stateOfBlank() : ValueState());
@@ -525,7 +526,7 @@ void CSProDbSource::Job::setNumber(DataBatch& target, quint32 cell, const DataVa
         break;
     }
     default:
-        status = readCode(withoutTrailingBlanks(source.text(column)), variable.decimals, number);
+        status = readCode(trailingBlanksCut(source.text(column)), variable.decimals, number);
         break;
     }
     const CodeTable* codes = variable.codes.get();

@@ -1,9 +1,10 @@
 #include <tessel_data/CaseFilter.h>
 
-#include <tessel_data/Blanks_p.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/NearestNames_p.h>
 #include <tessel_data/RowWriter_p.h>
+
+#include <model_Tessel/UtilStrings.h>
 
 #include <algorithm>
 
@@ -196,7 +197,7 @@ void CaseFilter::Job::addValue(
         return table.addBlank(Special::None, 0);
     if (variable.type == DataVariable::Type::Text)
         return table.addText(
-            withoutTrailingBlanks(withoutQuotes(value).toStdString()), Special::None, 0);
+            withoutTrailingBlanks(withoutQuotes(value)).toStdString(), Special::None, 0);
     const int dots = value.indexOf(QLatin1String(".."));
     const QString low = dots < 0 ? value : value.left(dots).trimmed();
     const QString high = dots < 0 ? value : value.mid(dots + 2).trimmed();

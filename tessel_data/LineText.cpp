@@ -1,13 +1,21 @@
 #include <tessel_data/LineText_p.h>
 
+#include <model_Tessel/TextEncoding.h>
+
+#include <QTextCodec>
+
 namespace tessel {
 
 namespace {
 
-// What the bytes from 0x80 to 0x9F are; those without a character stay control characters.
-constexpr char16_t windows1252[32] = { 0x20AC, 0x81, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D, 0x017D, 0x8F, 0x90, 0x2018, 0x2019, 0x201C,
-    0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D, 0x017E, 0x0178 };
+// What each byte is before UTF-8; those without a character are control characters.
+QString charactersBeforeUtf8()
+{
+    QByteArray bytes;
+    for (int byte = 0; byte < 256; ++byte)
+        bytes += char(byte);
+    return codecBeforeUtf8()->toUnicode(bytes);
+}
 
 void appendUtf8(std::string& text, char16_t character)
 {
@@ -89,12 +97,13 @@ bool LineText::placeUtf8()
 
 void LineText::decodeWindows1252()
 {
+    static const QString characters = charactersBeforeUtf8();
     m_decoded.clear();
     m_places.clear();
     for (const char character : m_text) {
         const auto byte = uchar(character);
         m_places.push_back(quint32(m_decoded.size()));
-        appendUtf8(m_decoded, byte >= 0x80 && byte < 0xA0 ? windows1252[byte - 0x80] : byte);
+        appendUtf8(m_decoded, characters.at(byte).unicode());
     }
     m_places.push_back(quint32(m_decoded.size()));
     m_text = m_decoded;

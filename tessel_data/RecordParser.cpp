@@ -1,6 +1,6 @@
 #include <tessel_data/RecordParser_p.h>
 
-#include <tessel_data/Blanks_p.h>
+#include <model_Tessel/TrailingBlanks_p.h>
 
 #include <algorithm>
 
@@ -140,7 +140,7 @@ int RecordParser::recordOf() const
 {
     if (m_dictionary.recordTypeWidth == 0)
         return m_plans.empty() ? -1 : 0;
-    const std::string_view code = withoutTrailingBlanks(
+    const std::string_view code = trailingBlanksCut(
         m_line.columns(m_dictionary.recordTypeStart, m_dictionary.recordTypeWidth));
     if (code.size() <= 1)
         return m_types[code.empty() ? ' ' : uchar(code[0])];
@@ -201,7 +201,7 @@ void RecordParser::readColumn(const Column& column, DataBatch& batch, quint32 ce
     if (column.type == DataVariable::Type::Binary)
         return batch.set(cell, column.blank);
     if (column.type == DataVariable::Type::Text)
-        return readText(column, withoutTrailingBlanks(text), batch, cell, line);
+        return readText(column, trailingBlanksCut(text), batch, cell, line);
     // A short line is filled up with blanks, which no number may end in.
     const bool isCut = column.start + column.width > m_line.columnCount();
     qint64 number = 0;

@@ -1,10 +1,10 @@
 #include <tessel_data/StatSource.h>
 
-#include <tessel_data/Blanks_p.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/LineText_p.h>
 
 #include <model_Tessel/StatInput.h>
+#include <model_Tessel/TrailingBlanks_p.h>
 
 #include <QFile>
 
@@ -184,7 +184,7 @@ void StatSource::Job::setText(quint32 cell, int column, const char* bytes)
 {
     DataBatch& batch = m_sink->batch();
     m_text.set({ bytes, std::strlen(bytes) });
-    const std::string_view text = withoutTrailingBlanks(m_text.text());
+    const std::string_view text = trailingBlanksCut(m_text.text());
     if (text.empty())
         return;
     const CodeTable* codes = dictionary.variable(0, column).codes.get();

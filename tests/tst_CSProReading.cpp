@@ -56,6 +56,7 @@ private slots:
     void absentKeysHaveTheFormatsDefaults();
     void recordTypeValues_data();
     void recordTypeValues();
+    void namesOfOccurrences();
     void scaledValues_data();
     void scaledValues();
     void foundEncoding_data();
@@ -238,6 +239,24 @@ void tst_CSProReading::recordTypeValues()
     const QString text = "[Record]\nName=R\n" + line + '\n';
     QCOMPARE(Model(Reading::AsWritten, text).parser.getRecord(0)->recordTypeValue, written);
     QCOMPARE(Model(Reading::Established, text).parser.getRecord(0)->recordTypeValue, established);
+}
+
+void tst_CSProReading::namesOfOccurrences()
+{
+    const QByteArray text = "[Dictionary]\nName=D\n[Record]\nName=R\nRecordTypeValue='1'\n"
+                            "[Item]\nName=SEX\nStart=1\nLen=1\nOccurrences=2\n"
+                            "[Item]\nName=AGE\nStart=3\nLen=1\n";
+    for (const CSProReading reading : { CSProReading::Established, CSProReading::AsWritten }) {
+        TCSPro dictionary;
+        dictionary.setReading(reading);
+        dictionary.loadFromData(text);
+        QStringList names;
+        for (const TCSProItem* item : qAsConst(*dictionary.items))
+            names.append(dictionary.nameOfOccurrence(*item, QStringLiteral("FIELD")));
+        QCOMPARE(names,
+            reading == CSProReading::Established ? (QStringList { "SEX_1", "SEX_2", "FIELD" })
+                                                 : (QStringList { "FIELD", "FIELD", "FIELD" }));
+    }
 }
 
 void tst_CSProReading::scaledValues_data()

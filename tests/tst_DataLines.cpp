@@ -1,6 +1,8 @@
 #include <tessel_data/LineReader_p.h>
 #include <tessel_data/LineText_p.h>
 
+#include <model_Tessel/TextEncoding.h>
+
 #include <QtTest>
 
 #include <algorithm>
@@ -161,6 +163,15 @@ void TestDataLines::windows1252()
     QCOMPARE(text(line.text()), QByteArray("a\xC3\xA9\xE2\x82\xACz"));
     QCOMPARE(line.columnCount(), 4);
     QCOMPARE(text(line.columns(2, 1)), QByteArray("\xE2\x82\xAC"));
+
+    // Bytes without a character stay control characters, and all others are what files of text say.
+    QByteArray bytes;
+    for (int byte = 0x80; byte < 0x100; ++byte)
+        bytes += char(byte);
+    line.set({ bytes.constData(), std::size_t(bytes.size()) });
+    QCOMPARE(text(line.text()), decodeText(bytes).text.toUtf8());
+    QCOMPARE(text(line.columns(1, 1)), QByteArray("\xC2\x81"));
+    QCOMPARE(line.columnCount(), 128);
 }
 
 void TestDataLines::invalid_data()

@@ -259,6 +259,8 @@ void tst_LookupImport::separatorCharacters()
         QCOMPARE(TOxLookup::separatorCharacter(code), characters.at(code));
     for (const int code : { -1, 5, 7, 2147483647 })
         QCOMPARE(TOxLookup::separatorCharacter(code), QChar(' '));
+    QCOMPARE(TOxLookup::separatorNames(),
+        (QStringList { "space", "tab", "comma", "semicolon", "colon" }));
 }
 
 void tst_LookupImport::importToNobody()

@@ -1,5 +1,7 @@
 #include "lookups/SeparatorGuess.h"
 
+#include <model_Tessel/Lookup.h>
+
 #include <QtTest>
 
 namespace {
@@ -30,6 +32,7 @@ private slots:
     void piecesDoNotMatter();
     void spreadOverTheText();
     void longLines();
+    void words();
     void guess_data();
     void guess();
 };
@@ -71,6 +74,11 @@ void tst_SeparatorGuess::longLines()
     }
 }
 
+void tst_SeparatorGuess::words()
+{
+    QCOMPARE(separatorWords(), QString("space, tab, comma, semicolon or colon"));
+}
+
 void tst_SeparatorGuess::guess_data()
 {
     QTest::addColumn<QStringList>("lines");
@@ -90,7 +98,7 @@ void tst_SeparatorGuess::guess_data()
 void tst_SeparatorGuess::guess()
 {
     QFETCH(QStringList, lines);
-    QTEST(separatorNames().value(guessSeparator(lines)), "separator");
+    QTEST(TOxLookup::separatorNames().value(guessSeparator(lines)), "separator");
 }
 
 QTEST_GUILESS_MAIN(tst_SeparatorGuess)

@@ -35,6 +35,7 @@ private slots:
     void firstInvalidLines();
     void decodes_data();
     void decodes();
+    void firstCodecs();
     void binaryCharacters();
 };
 
@@ -149,6 +150,17 @@ void tst_TextEncoding::decodes()
     QTEST(result.text, "decoded");
     QTEST(result.isValid, "isValid");
     QTEST(result.isAssumed, "isAssumed");
+}
+
+void tst_TextEncoding::firstCodecs()
+{
+    const QByteArray mark = "\xEF\xBB\xBF";
+    QCOMPARE(nameOf(firstCodec("abc")), QByteArray("UTF-8"));
+    QCOMPARE(nameOf(firstCodec("\xE9")), QByteArray("UTF-8")); // before it is tried
+    QCOMPARE(nameOf(firstCodec("abc", "ISO-8859-1")), QByteArray("ISO-8859-1"));
+    QCOMPARE(nameOf(firstCodec(mark + "abc", "ISO-8859-1")), QByteArray("UTF-8"));
+    QVERIFY(!firstCodec("abc", "no codec"));
+    QVERIFY(assumedEncodingText().contains("read as windows-1252;"));
 }
 
 void tst_TextEncoding::binaryCharacters()

@@ -1,6 +1,5 @@
 #include "lookups/LookupCheck.h"
 
-#include "lookups/SeparatorGuess.h"
 #include "reading/ReadInput.h"
 #include "process/Progress.h"
 #include "text/ShownText.h"
@@ -106,7 +105,7 @@ bool checkLookup(const LookupTask& task, TOxLookup& lookup, LookupOutcome& outco
         return failInput(task.file.path, 1,
             QStringLiteral("no line has the separator %1 behind a key; name another with "
                            "--separator")
-                .arg(separatorNames().at(task.separator)));
+                .arg(TOxLookup::separatorNames().at(task.separator)));
     }
     outcome.path = task.file.path;
     outcome.encoding = QString::fromLatin1(task.file.encoding);

@@ -70,10 +70,8 @@ bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& 
 {
     if (!readInput(path, file.bytes))
         return false;
-    const QTextCodec* const marked = QTextCodec::codecForUtfText(file.bytes, nullptr);
-    const QTextCodec* const wanted =
-        QTextCodec::codecForName(encoding.isEmpty() ? "UTF-8" : encoding);
-    const QTextCodec* codec = marked ? marked : wanted;
+    const bool isMarked = QTextCodec::codecForUtfText(file.bytes, nullptr);
+    const QTextCodec* codec = firstCodec(file.bytes, encoding);
     Scan result = scan(file.bytes, *codec);
     if (result.binaryLine > 0) {
         return failInput(path, result.binaryLine,
@@ -81,11 +79,10 @@ bool examineLookup(const QString& path, const QByteArray& encoding, LookupFile& 
                            "UTF-16"));
     }
     if (result.invalidLine > 0) {
-        if (marked || !encoding.isEmpty())
-            return failInvalid(path, result.invalidLine, *codec, marked != nullptr);
+        if (isMarked || !encoding.isEmpty())
+            return failInvalid(path, result.invalidLine, *codec, isMarked);
         Console::tell(path, result.invalidLine, Console::Severity::Warning,
-            QStringLiteral("the text is not valid UTF-8 and was read as windows-1252; if letters "
-                           "look wrong, name its encoding with --encoding"));
+            assumedEncodingText() + QLatin1String(" with --encoding"));
         codec = codecBeforeUtf8();
     }
     file.path = path;

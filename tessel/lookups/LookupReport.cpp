@@ -1,7 +1,6 @@
 #include "lookups/LookupReport.h"
 
 #include "lookups/LookupWriters.h"
-#include "lookups/SeparatorGuess.h"
 #include "text/ShownText.h"
 #include "writers/ExportText.h"
 #include "writers/HtmlStyle.h"
@@ -102,7 +101,7 @@ QString identification(const ReportLookup& report)
 
 QString summary(const LookupOutcome& outcome)
 {
-    const QString separator = separatorNames().at(outcome.separator)
+    const QString separator = TOxLookup::separatorNames().at(outcome.separator)
         + (outcome.isGuessed ? QStringLiteral(" (guessed)") : QString());
     QString text = heading(QStringLiteral("Summary"));
     text += outcome.isConsistent()

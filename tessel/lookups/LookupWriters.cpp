@@ -1,5 +1,4 @@
 #include "lookups/LookupWriters.h"
-#include "lookups/SeparatorGuess.h"
 
 #include "text/CsvText.h"
 #include "text/JsonWriter.h"
@@ -282,7 +281,7 @@ void writeJson(const LookupOutcome& outcome, const ByteSink& sink)
     JsonWriter json(sink);
     json.beginObject({ { QStringLiteral("tesselLookup"), JsonVersion },
         { QStringLiteral("file"), outcome.path }, { QStringLiteral("encoding"), outcome.encoding },
-        { QStringLiteral("separator"), separatorNames().at(outcome.separator) },
+        { QStringLiteral("separator"), TOxLookup::separatorNames().at(outcome.separator) },
         { QStringLiteral("separatorGuessed"), outcome.isGuessed },
         { QStringLiteral("consistent"), outcome.isConsistent() },
         { QStringLiteral("lines"), outcome.lines }, { QStringLiteral("keys"), outcome.keys },
@@ -309,7 +308,7 @@ QStringList lookupSummary(const LookupOutcome& outcome)
             QStringLiteral(" (duplicate keys among them: %1)").arg(outcome.repeatedBySeparator);
     }
     QStringList lines { QStringLiteral("%1: separator %2, encoding %3")
-                            .arg(outcome.path, separatorNames().at(outcome.separator),
+                            .arg(outcome.path, TOxLookup::separatorNames().at(outcome.separator),
                                 outcome.encoding),
         QStringLiteral("%1, %2").arg(plural(outcome.lines, QStringLiteral("line")),
             plural(outcome.keys, QStringLiteral("key"))),

@@ -51,10 +51,11 @@ Fit fitOf(QChar separator, const QStringList& lines)
 
 } // namespace
 
-QStringList separatorNames()
+QString separatorWords()
 {
-    return { QStringLiteral("space"), QStringLiteral("tab"), QStringLiteral("comma"),
-        QStringLiteral("semicolon"), QStringLiteral("colon") };
+    QStringList names = TOxLookup::separatorNames();
+    const QString last = names.takeLast();
+    return names.join(QLatin1String(", ")) + QLatin1String(" or ") + last;
 }
 
 void LineSample::add(const QString& text)
@@ -101,7 +102,7 @@ int guessSeparator(const QStringList& lines)
 {
     QVector<Fit> fits;
     int most = 0;
-    for (int code = 0; code < separatorNames().size(); ++code) {
+    for (int code = 0; code < TOxLookup::separatorNames().size(); ++code) {
         fits.append(fitOf(TOxLookup::separatorCharacter(code), lines));
         most = std::max(most, fits.constLast().lines);
     }

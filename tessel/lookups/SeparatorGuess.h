@@ -5,8 +5,8 @@
 
 #include <random>
 
-/*! Names of the separators, in the order of the library's codes for them. */
-QStringList separatorNames();
+/*! The names of the separators as a sentence has them: "space, tab or comma". */
+QString separatorWords();
 
 /*!
  * Some of the lines of a text that have something in them, spread over all of it: each is as likely

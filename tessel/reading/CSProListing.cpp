@@ -104,9 +104,7 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     ListedField field;
     field.item = item.dictionaryName;
     field.occurrence = item.occurrence;
-    field.name = source.fieldName;
-    if (item.occurrence > 0 && dictionary.reading() == CSProReading::Established)
-        field.name = field.item + QLatin1Char('_') + QString::number(item.occurrence);
+    field.name = dictionary.nameOfOccurrence(item, source.fieldName);
     field.label = source.fieldLabel;
     field.occurrenceLabel = orNull(dictionary.labelText(detail.occurrenceLabel));
     field.isIdentification = item.record == dictionary.commonRecord;
