@@ -38,6 +38,10 @@ const MergeSession::TableColumn* find(
 
 MergeSession::~MergeSession() = default;
 
+void MergeSession::filled(const QString&)
+{
+}
+
 DatabaseMerge::DatabaseMerge(MergeSession& session, const DatabasePlan& plan)
     : m_session(session)
     , m_plan(plan)
@@ -62,19 +66,34 @@ QString DatabaseMerge::staged(const QString& table) const
     return m_session.prefix(Place::Staged) + sqlIdentifier(table);
 }
 
-// Cases without identification items are the same when they are equal.
-QString DatabaseMerge::same(const QString& first, const QString& second) const
+// Cases without identification items are the same when they are equal. PostgreSQL's indexes do not
+// find nulls, which few identifications have: the rows of the table, whose name in the query is
+// second, tell.
+QString DatabaseMerge::sameCase(const QString& first, const QString& second, const QString& table)
 {
     if (m_ids.isEmpty())
         return QStringLiteral("%1.content = %2.content").arg(first, second);
-    if (m_plan.dialect == SqlDialect::PostgreSql) {
+    const bool isPostgres = m_plan.dialect == SqlDialect::PostgreSql;
+    if (isPostgres
+        && number(QStringLiteral("SELECT count(*) FROM %1 WHERE %2").arg(table, isPartlyBlank()))
+            > 0) {
         return QStringLiteral("CAST(ROW(%1) AS TEXT) = CAST(ROW(%2) AS TEXT)")
             .arg(idList(first), idList(second));
     }
+    const QString equal =
+        isPostgres ? QStringLiteral("%1.%3 = %2.%3") : QStringLiteral("%1.%3 IS %2.%3");
     QStringList conditions;
     for (const QString& id : m_ids)
-        conditions.append(QStringLiteral("%1.%3 IS %2.%3").arg(first, second, id));
+        conditions.append(equal.arg(first, second, id));
     return conditions.join(QLatin1String(" AND "));
+}
+
+QString DatabaseMerge::isPartlyBlank() const
+{
+    QStringList conditions;
+    for (const QString& id : m_ids)
+        conditions.append(id + QLatin1String(" IS NULL"));
+    return conditions.join(QLatin1String(" OR "));
 }
 
 QString DatabaseMerge::isBlank(const QString& table) const
@@ -249,7 +268,8 @@ void DatabaseMerge::makeMissing(const DatabaseTable& table)
 void DatabaseMerge::renewValueTables()
 {
     for (const QStringList& row : m_session.rows(
-             QStringLiteral("SELECT DISTINCT value_table FROM %1").arg(kept(SystemTable::values))))
+             QStringLiteral("SELECT DISTINCT value_table FROM %1 WHERE value_table IS NOT NULL")
+                 .arg(kept(SystemTable::values))))
         m_session.run(QStringLiteral("DROP TABLE IF EXISTS ") + kept(row.first()));
     for (const DatabaseTable& table : m_plan.tables) {
         if (table.kind != Kind::Values)
@@ -295,16 +315,20 @@ void DatabaseMerge::matchCases()
         "b.content, first_value(b.case_id) OVER (PARTITION BY %1 ORDER BY b.case_id) AS "
         "first_id, CASE WHEN %2 THEN 1 ELSE 0 END AS is_blank FROM %3 b")
                       .arg(group, isBlank(QStringLiteral("b")), cases));
+    m_session.filled(QStringLiteral("tessel_add_batch"));
     m_session.run(
         QStringLiteral("CREATE TEMP TABLE tessel_add_known AS SELECT c.case_id, b.case_id AS "
                        "first_id, c.uuid, c.content FROM tessel_add_batch g CROSS JOIN %1 b CROSS "
                        "JOIN %2 c WHERE g.batch_id = g.first_id AND b.case_id = g.first_id AND %3")
-            .arg(cases, kept(SystemTable::cases), same(QStringLiteral("c"), QStringLiteral("b"))));
+            .arg(cases, kept(SystemTable::cases),
+                sameCase(QStringLiteral("c"), QStringLiteral("b"), cases)));
+    m_session.filled(QStringLiteral("tessel_add_known"));
     m_session.run(
         QStringLiteral("CREATE TEMP TABLE tessel_add_match (batch_id %1 PRIMARY KEY, case_id %1 "
                        "NOT NULL UNIQUE, kind %1 NOT NULL)")
             .arg(m_integer));
     matchByUuid();
+    m_session.filled(QStringLiteral("tessel_add_match"));
     // Two UUIDs are two cases, also of one identification.
     const char* hasUuid = "uuid IS NOT NULL";
     const char* hasNone = "uuid IS NULL";
@@ -313,6 +337,7 @@ void DatabaseMerge::matchCases()
         matchById({ hasUuid, hasNone, byContent });
     }
     numberNewCases();
+    m_session.filled(QStringLiteral("tessel_add_match"));
 }
 
 void DatabaseMerge::matchByUuid()
@@ -378,7 +403,9 @@ void DatabaseMerge::findWithdrawn()
     if (!m_ids.isEmpty()) {
         withdraw(deleted,
             QStringLiteral("c.uuid IS NULL AND NOT (%1) AND %2")
-                .arg(isBlank(QStringLiteral("d")), same(QStringLiteral("c"), QStringLiteral("d"))));
+                .arg(isBlank(QStringLiteral("d")),
+                    sameCase(
+                        QStringLiteral("c"), QStringLiteral("d"), staged(SystemTable::deleted))));
     }
     if (m_plan.addition == Addition::Withdrawing) {
         withdraw(QString(),
@@ -391,6 +418,7 @@ void DatabaseMerge::findWithdrawn()
     m_session.run(QStringLiteral("INSERT INTO tessel_add_gone SELECT case_id FROM tessel_add_match "
                                  "WHERE kind = %1 UNION SELECT case_id FROM tessel_add_withdrawn")
                       .arg(Changed));
+    m_session.filled(QStringLiteral("tessel_add_gone"));
 }
 
 // Identifications of which duplicates may have come or gone.
@@ -405,6 +433,7 @@ void DatabaseMerge::findTouched()
                        "<> %5")
             .arg(idList(QStringLiteral("c")), kept(SystemTable::cases), idList(QStringLiteral("b")),
                 staged(SystemTable::cases), QString::number(Unchanged)));
+    m_session.filled(QStringLiteral("tessel_add_touched"));
 }
 
 // A case keeps the UUID it has, and gets one where it had none.
@@ -541,7 +570,9 @@ void DatabaseMerge::markDuplicates()
                        "(PARTITION BY %1), c.case_id) FROM tessel_add_touched t CROSS JOIN %2 c "
                        "WHERE %3")
             .arg(idList(QStringLiteral("t")), kept(SystemTable::cases),
-                same(QStringLiteral("c"), QStringLiteral("t"))));
+                sameCase(QStringLiteral("c"), QStringLiteral("t"),
+                    QStringLiteral("tessel_add_touched"))));
+    m_session.filled(QStringLiteral("tessel_add_first"));
     m_session.run(
         QStringLiteral("UPDATE %1 AS c SET duplicate_of = (SELECT f.duplicate_of FROM "
                        "tessel_add_first f WHERE f.case_id = c.case_id) WHERE c.case_id IN (SELECT "

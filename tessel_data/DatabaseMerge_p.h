@@ -30,6 +30,8 @@ public:
     virtual std::vector<QStringList> rows(const QString& sql) = 0;
     // None where there is no such table.
     virtual std::vector<TableColumn> columns(Place place, const QString& table) = 0;
+    // Tells the database that a temporary table has its rows, so that it can plan for their number.
+    virtual void filled(const QString& table);
     // These make what the plan says among the kept tables.
     virtual void makeTable(const DatabaseTable& table) = 0;
     virtual void makeIndex(const DatabaseIndex& index) = 0;
@@ -61,8 +63,9 @@ private:
 
     QString kept(const QString& table) const;
     QString staged(const QString& table) const;
-    QString same(const QString& first, const QString& second) const;
+    QString sameCase(const QString& first, const QString& second, const QString& table);
     QString isBlank(const QString& table) const;
+    QString isPartlyBlank() const;
     QString idList(const QString& table) const;
     qint64 number(const QString& sql);
 

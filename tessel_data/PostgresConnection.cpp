@@ -81,6 +81,9 @@ QString adviceFor(const QByteArray& state)
         return QStringLiteral("; the server's disk is full");
     if (state.startsWith("25006"))
         return QStringLiteral("; the server takes no changes");
+    if (state.startsWith("55P03"))
+        return QStringLiteral("; another program writes to the tables, wait for its end and try "
+                              "again");
     if (state.startsWith("2BP01"))
         return QStringLiteral("; drop what depends on the former tables, then build again");
     return QString();
@@ -261,12 +264,14 @@ PostgresConnection::Result PostgresConnection::succeeded(Result result) const
     return result;
 }
 
-bool PostgresConnection::run(const QString& statements, const GoesOn& goesOn)
+bool PostgresConnection::run(const QString& statements, const GoesOn& goesOn, qint64* changed)
 {
     send(statements);
     if (goesOn && !waitFor(goesOn))
         return false;
-    succeeded(result());
+    const Result done = succeeded(result());
+    if (changed)
+        *changed = QByteArray(PQcmdTuples(done.get())).toLongLong();
     return true;
 }
 

@@ -36,8 +36,9 @@ public:
     void open();
     // Gives up what is not committed, and waits until the server has done so.
     void close() noexcept;
-    // Carries out statements; false when goesOn stopped them.
-    bool run(const QString& statements, const GoesOn& goesOn = {});
+    // Carries out statements; false when goesOn stopped them. changed: the rows that the last one
+    // changed.
+    bool run(const QString& statements, const GoesOn& goesOn = {}, qint64* changed = nullptr);
     // The rows of a query, as texts; null for null.
     std::vector<QStringList> query(const QString& statement);
     // Commits; its loss is told apart, since nobody knows then whether it was done.

@@ -8,12 +8,6 @@ namespace tessel {
 
 namespace {
 
-// PostgreSQL keeps a name that is not quoted in small letters.
-QString catalogName(const QString& name)
-{
-    return sqlIdentifier(name) == name ? name.toLower() : name;
-}
-
 QString quoted(const QString& catalogName)
 {
     return QLatin1Char('"') + QString(catalogName).replace(QLatin1Char('"'), QLatin1String("\"\""))
@@ -29,6 +23,11 @@ QString listOf(const QStringList& names, QString (*shown)(const QString&))
 }
 
 } // namespace
+
+QString catalogName(const QString& name)
+{
+    return sqlIdentifier(name) == name ? name.toLower() : name;
+}
 
 PostgresSchema::PostgresSchema(PostgresConnection& server, const QString& name)
     : m_server(server)
@@ -51,6 +50,31 @@ void PostgresSchema::prepare(const DatabasePlan& plan, bool mayReplace)
     checkFormer();
     checkDependents();
     checkNames(plan);
+}
+
+// Those who read go on.
+void PostgresSchema::openFormer()
+{
+    choose();
+    lock();
+    if (isThere()) {
+        enter();
+        readRelations();
+        readFormer();
+    }
+    if (!m_formerTables.contains(SystemTable::sources)) {
+        m_server.fail(QStringLiteral("schema %1 has no tables of a build to be added to; build "
+                                     "without --add first, or give its --schema")
+                          .arg(quoted(m_name)));
+    }
+    m_server.run(QStringLiteral("SET LOCAL lock_timeout = '5s'; LOCK TABLE %1 IN SHARE ROW "
+                                "EXCLUSIVE MODE; SET LOCAL lock_timeout = 0")
+                     .arg(listOf(m_formerTables, quoted)));
+}
+
+QString PostgresSchema::name() const
+{
+    return quoted(m_name);
 }
 
 void PostgresSchema::choose()
@@ -77,11 +101,22 @@ void PostgresSchema::lock()
     }
 }
 
+bool PostgresSchema::isThere() const
+{
+    return !m_server
+                .query(QStringLiteral("SELECT 1 FROM pg_namespace WHERE nspname = %1")
+                           .arg(sqlText(m_name)))
+                .empty();
+}
+
+void PostgresSchema::enter() const
+{
+    m_server.run(QLatin1String("SET LOCAL search_path = ") + quoted(m_name));
+}
+
 void PostgresSchema::make()
 {
-    const auto found = m_server.query(
-        QStringLiteral("SELECT 1 FROM pg_namespace WHERE nspname = %1").arg(sqlText(m_name)));
-    if (found.empty())
+    if (!isThere())
         m_server.run(QLatin1String("CREATE SCHEMA ") + quoted(m_name));
     const auto rights =
         m_server.query(QStringLiteral("SELECT has_schema_privilege(%1, 'USAGE') AND "
@@ -92,7 +127,7 @@ void PostgresSchema::make()
                                      "create tables there have to be granted by the owner")
                           .arg(quoted(m_name)));
     }
-    m_server.run(QLatin1String("SET LOCAL search_path = ") + quoted(m_name));
+    enter();
 }
 
 void PostgresSchema::readRelations()
@@ -134,7 +169,7 @@ void PostgresSchema::readFormer()
         add(m_formerTables, row.at(0));
     for (const QString& name : { SystemTable::cases, SystemTable::records, SystemTable::variables,
              SystemTable::values, SystemTable::sources, SystemTable::builds, SystemTable::problems,
-             SystemTable::rejects })
+             SystemTable::rejects, SystemTable::missing })
         add(m_formerTables, name);
 }
 

@@ -5,6 +5,9 @@
 
 namespace tessel {
 
+// As the catalog has a name: in small letters where it needs no quotes.
+QString catalogName(const QString& name);
+
 /*
  * The schema that tables are built in: what a former build left there, and how the new tables take
  * its place.
@@ -17,8 +20,12 @@ public:
     // Locks the schema against other builds, makes it where it is missing and looks what it holds.
     // Refuses to begin where the tables of the plan would not have their place at the end.
     void prepare(const DatabasePlan& plan, bool mayReplace);
+    // Locks the tables of the former build, which must be there, against all who write.
+    void openFormer();
     // Drops the tables and views of the former build.
     QString dropStatements() const;
+    // In quotes.
+    QString name() const;
 
 private:
     struct Relation {
@@ -29,6 +36,8 @@ private:
     void choose();
     void lock();
     void make();
+    bool isThere() const;
+    void enter() const;
     void readRelations();
     void readFormer();
     bool has(const QString& relation) const;

@@ -1,13 +1,13 @@
 #include <tessel_data/PostgresTarget.h>
 
 #include <tessel_data/DataError.h>
-#include <tessel_data/DatabaseViews_p.h>
 #include <tessel_data/PostgresConnection_p.h>
 #include <tessel_data/PostgresCopy_p.h>
+#include <tessel_data/PostgresMerge_p.h>
 #include <tessel_data/PostgresRows_p.h>
 #include <tessel_data/PostgresSchema_p.h>
+#include <tessel_data/PostgresTables_p.h>
 #include <tessel_data/SqlNames.h>
-#include <tessel_data/UniqueNames.h>
 
 #include <algorithm>
 #include <memory>
@@ -15,11 +15,6 @@
 namespace tessel {
 
 namespace {
-
-using Column = DatabaseColumn;
-using Kind = DatabaseTable::Kind;
-
-constexpr int LongestIndexed = 2000; // bytes of a code
 
 // Names until all is whole: those of the former build stay in use.
 QString workingName(const char* kind, std::size_t number)
@@ -32,16 +27,15 @@ QString tableName(std::size_t table)
     return workingName("t", table);
 }
 
+QString indexName(std::size_t index)
+{
+    return workingName("i", index);
+}
+
 const QString& duplicatesName()
 {
     static const QString name = QStringLiteral("tessel_build_duplicates");
     return name;
-}
-
-QString commentOn(const QString& what, const QString& text)
-{
-    return text.isEmpty() ? QString()
-                          : QStringLiteral("COMMENT ON %1 IS %2;\n").arg(what, sqlText(text));
 }
 
 } // namespace
@@ -55,6 +49,7 @@ public:
     {
     }
 
+    QByteArray openExisting();
     void begin(const DatabasePlan& databasePlan);
     qint64 append(int table, const DatabaseRows& rows);
     void markDuplicate(qint64 caseId, qint64 firstCaseId);
@@ -63,35 +58,30 @@ public:
 
     PostgresOptions options;
     PostgresConnection server;
+    DatabaseChanges changes;
 
 private:
-    // An index that is made under a working name.
-    struct Index {
-        QString working;
-        QString name;
-        QString statement;
-    };
-
-    QString definition(std::size_t table) const;
-    void planIndexes();
-    void planKey(std::size_t table, UniqueNames& names);
-    void planCodeIndex(const DatabaseValueTable& values, UniqueNames& names);
+    void start();
+    void makeTables();
+    void makeStagedTables();
     QStringList lastSteps() const;
     QString markStatement() const;
     QString takeOverStatements() const;
     QString commentStatements() const;
+    bool complete(const GoesOn& goesOn);
+    bool merge(const GoesOn& goesOn);
 
     const DatabasePlan* m_plan = nullptr;
+    std::unique_ptr<PostgresTables> m_tables;
     std::unique_ptr<PostgresSchema> m_schema;
+    std::unique_ptr<PostgresMerge> m_merge; // of an addition
     PostgresCopy m_copy; // by table of the plan
     std::vector<PostgresRows> m_forms; // likewise
-    int m_duplicates = 0; // table among those of m_copy
-    std::vector<Index> m_indexes;
+    int m_duplicates = -1; // table among those of m_copy; an addition has none
 };
 
-void PostgresTarget::Job::begin(const DatabasePlan& databasePlan)
+void PostgresTarget::Job::start()
 {
-    m_plan = &databasePlan;
     server.open();
     server.run(QStringLiteral(
         "SET client_min_messages = error; SET standard_conforming_strings = on; BEGIN; "
@@ -99,82 +89,55 @@ void PostgresTarget::Job::begin(const DatabasePlan& databasePlan)
         "SET LOCAL idle_in_transaction_session_timeout = 0; "
         "SET LOCAL default_statistics_target = 30")); // of ANALYZE, the server's own comes later
     m_schema = std::make_unique<PostgresSchema>(server, options.schema);
+}
+
+QByteArray PostgresTarget::Job::openExisting()
+{
+    start();
+    m_schema->openFormer();
+    const auto last = server.query(
+        QStringLiteral("SELECT dictionary FROM tessel_sources ORDER BY source_id DESC LIMIT 1"));
+    return last.empty() ? QByteArray() : last.front().first().toUtf8();
+}
+
+void PostgresTarget::Job::begin(const DatabasePlan& databasePlan)
+{
+    m_plan = &databasePlan;
+    m_tables = std::make_unique<PostgresTables>(*m_plan);
+    for (const DatabaseTable& table : m_plan->tables)
+        m_forms.emplace_back(table);
+    if (m_plan->addition == Addition::None)
+        makeTables();
+    else
+        makeStagedTables();
+}
+
+void PostgresTarget::Job::makeTables()
+{
+    start();
     m_schema->prepare(*m_plan, options.replaces);
     for (std::size_t t = 0; t < m_plan->tables.size(); ++t) {
-        server.run(definition(t));
+        server.run(QStringLiteral("CREATE TABLE %1 %2")
+                       .arg(tableName(t), PostgresTables::definition(m_plan->tables[t])));
         m_copy.addTable(tableName(t));
-        m_forms.emplace_back(m_plan->tables[t]);
     }
     server.run(QStringLiteral("CREATE TABLE %1 (case_id BIGINT, first_case_id BIGINT, "
                               "place BIGINT)")
                    .arg(duplicatesName()));
     m_duplicates = m_copy.addTable(duplicatesName());
-    planIndexes();
 }
 
-QString PostgresTarget::Job::definition(std::size_t table) const
+void PostgresTarget::Job::makeStagedTables()
 {
-    QStringList columns;
-    for (const Column& column : m_plan->tables[table].columns) {
-        columns.append(sqlIdentifier(column.name) + QLatin1Char(' ') + column.sqlType
-            + (column.role == Column::Role::Value ? QString() : QStringLiteral(" NOT NULL")));
-    }
-    return QStringLiteral("CREATE TABLE %1 (%2)")
-        .arg(tableName(table), columns.join(QLatin1String(", ")));
-}
-
-void PostgresTarget::Job::planIndexes()
-{
-    UniqueNames names;
+    m_merge = std::make_unique<PostgresMerge>(server, m_schema->name(), *m_plan, *m_tables);
     for (const DatabaseTable& table : m_plan->tables) {
-        for (const QString& name : { table.name, table.labelView, table.validView })
-            names.take(name);
+        const QString name =
+            m_merge->prefix(MergeSession::Place::Staged) + sqlIdentifier(table.name);
+        server.run(
+            QStringLiteral("CREATE TABLE %1 %2").arg(name, PostgresTables::definition(table)));
+        m_copy.addTable(name);
     }
-    for (const DatabaseIndex& index : m_plan->indexes) {
-        names.take(index.name);
-        QStringList columns;
-        for (const QString& column : index.columns)
-            columns.append(sqlIdentifier(column));
-        const QString working = workingName("i", m_indexes.size());
-        m_indexes.push_back({ working, index.name,
-            QStringLiteral("CREATE INDEX %1 ON %2 (%3)")
-                .arg(working, tableName(std::size_t(index.table)),
-                    columns.join(QLatin1String(", "))) });
-    }
-    for (std::size_t t = 0; t < m_plan->tables.size(); ++t)
-        planKey(t, names);
-    for (const DatabaseValueTable& values : m_plan->valueTables)
-        planCodeIndex(values, names);
-}
-
-void PostgresTarget::Job::planKey(std::size_t table, UniqueNames& names)
-{
-    const DatabaseTable& definition = m_plan->tables[table];
-    const bool isKeyed = (definition.kind == Kind::Cases || !m_plan->hasCases)
-        && definition.columns.first().role != Column::Role::Value
-        && definition.kind != Kind::Repeat;
-    if (!isKeyed)
-        return;
-    const QString working = workingName("i", m_indexes.size());
-    m_indexes.push_back(
-        { working, names.take(shortSqlName(definition.name) + QLatin1String("_pkey")),
-            QStringLiteral("ALTER TABLE %1 ADD CONSTRAINT %2 PRIMARY KEY (%3)")
-                .arg(tableName(table), working, sqlIdentifier(definition.columns.first().name)) });
-}
-
-// Very long codes fit no index; there are few of them.
-void PostgresTarget::Job::planCodeIndex(const DatabaseValueTable& values, UniqueNames& names)
-{
-    const bool isLong = std::any_of(values.entries.begin(), values.entries.end(),
-        [](const auto& entry) { return entry.text.toUtf8().size() > LongestIndexed; });
-    if (isLong)
-        return;
-    const DatabaseTable& table = m_plan->tables[std::size_t(values.table)];
-    const QString working = workingName("i", m_indexes.size());
-    m_indexes.push_back({ working, names.take(shortSqlName(table.name) + QLatin1String("_code")),
-        QStringLiteral("CREATE UNIQUE INDEX %1 ON %2 (%3)")
-            .arg(working, tableName(std::size_t(values.table)),
-                sqlIdentifier(table.columns.first().name)) });
+    DatabaseMerge(*m_merge, *m_plan).check();
 }
 
 // Their number is compared with what the server took when all of them are there.
@@ -184,9 +147,12 @@ qint64 PostgresTarget::Job::append(int table, const DatabaseRows& rows)
     return qint64(rows.count());
 }
 
-// There is no index yet by which a case could be found quickly.
+// There is no index yet by which a case could be found quickly. Of an addition those are marked
+// that are duplicates in the whole database.
 void PostgresTarget::Job::markDuplicate(qint64 caseId, qint64 firstCaseId)
 {
+    if (m_duplicates < 0)
+        return;
     m_copy.append(m_duplicates, { caseId, firstCaseId, m_copy.rows(m_duplicates) });
 }
 
@@ -207,37 +173,21 @@ QString PostgresTarget::Job::takeOverStatements() const
         statements += rename.arg(
             QStringLiteral("TABLE"), tableName(t), sqlIdentifier(m_plan->tables[t].name));
     }
-    for (const Index& index : m_indexes)
-        statements += rename.arg(QStringLiteral("INDEX"), index.working, sqlIdentifier(index.name));
-    for (const DatabaseTable& table : m_plan->tables) {
-        if (!table.labelView.isEmpty())
-            statements += labelViewSql(*m_plan, table) + QLatin1String(";\n");
-        if (!table.validView.isEmpty())
-            statements += validViewSql(table) + QLatin1String(";\n");
+    const auto& indexes = m_tables->indexes();
+    for (std::size_t i = 0; i < indexes.size(); ++i) {
+        statements +=
+            rename.arg(QStringLiteral("INDEX"), indexName(i), sqlIdentifier(indexes[i].name));
     }
+    for (const DatabaseTable& table : m_plan->tables)
+        statements += m_tables->views(table);
     return statements;
 }
 
 QString PostgresTarget::Job::commentStatements() const
 {
     QString statements;
-    for (const DatabaseTable& table : m_plan->tables) {
-        const QString name = sqlIdentifier(table.name);
-        statements += commentOn(QLatin1String("TABLE ") + name, table.label);
-        for (const Column& column : table.columns) {
-            statements += commentOn(
-                QLatin1String("COLUMN ") + name + QLatin1Char('.') + sqlIdentifier(column.name),
-                column.label);
-        }
-        if (!table.labelView.isEmpty()) {
-            statements += commentOn(QLatin1String("VIEW ") + sqlIdentifier(table.labelView),
-                QStringLiteral("%1 with labels in place of codes").arg(table.name));
-        }
-        if (!table.validView.isEmpty()) {
-            statements += commentOn(QLatin1String("VIEW ") + sqlIdentifier(table.validView),
-                QStringLiteral("%1 without missing and not-applicable codes").arg(table.name));
-        }
-    }
+    for (const DatabaseTable& table : m_plan->tables)
+        statements += PostgresTables::comments(table);
     return statements;
 }
 
@@ -248,8 +198,9 @@ QStringList PostgresTarget::Job::lastSteps() const
     if (m_copy.rows(m_duplicates) > 0)
         steps.append(markStatement());
     steps.append(QLatin1String("DROP TABLE ") + duplicatesName());
-    for (const Index& index : m_indexes)
-        steps.append(index.statement);
+    const auto& indexes = m_tables->indexes();
+    for (std::size_t i = 0; i < indexes.size(); ++i)
+        steps.append(indexes[i].statement(indexName(i), tableName(std::size_t(indexes[i].table))));
     for (std::size_t t = 0; t < m_plan->tables.size(); ++t)
         steps.append(QLatin1String("ANALYZE ") + tableName(t));
     steps.append(takeOverStatements());
@@ -257,19 +208,36 @@ QStringList PostgresTarget::Job::lastSteps() const
     return steps;
 }
 
+// False when it was stopped.
+bool PostgresTarget::Job::complete(const GoesOn& goesOn)
+{
+    const QStringList steps = lastSteps();
+    return std::all_of(steps.begin(), steps.end(),
+        [&](const QString& step) { return (!goesOn || goesOn()) && server.run(step, goesOn); });
+}
+
+bool PostgresTarget::Job::merge(const GoesOn& goesOn)
+{
+    m_merge->setGoesOn(goesOn);
+    try {
+        m_merge->filled(SystemTable::cases);
+        changes = DatabaseMerge(*m_merge, *m_plan).run();
+    } catch (const DataError&) {
+        if (!m_merge->isStopped())
+            throw;
+        return false;
+    }
+    return true;
+}
+
 bool PostgresTarget::Job::finish(const GoesOn& goesOn)
 {
     m_copy.finish();
-    const QStringList steps = lastSteps();
-    for (const QString& step : steps) {
-        if ((goesOn && !goesOn()) || !server.run(step, goesOn)) {
-            server.close();
-            return false;
-        }
-    }
-    server.commit();
+    const bool isDone = m_merge ? merge(goesOn) : complete(goesOn);
+    if (isDone)
+        server.commit();
     server.close();
-    return true;
+    return isDone;
 }
 
 void PostgresTarget::Job::close() noexcept
@@ -317,6 +285,16 @@ QString PostgresTarget::name() const
 bool PostgresTarget::holdsNullCharacters() const
 {
     return false;
+}
+
+QByteArray PostgresTarget::openExisting()
+{
+    return m_job->openExisting();
+}
+
+DatabaseChanges PostgresTarget::changes() const
+{
+    return m_job->changes;
 }
 
 void PostgresTarget::begin(const DatabasePlan& plan)

@@ -15,7 +15,8 @@ struct PostgresOptions {
 
 /*!
  * Tables in a schema of a PostgreSQL database, version 12 or later. All of it is one transaction:
- * until it is committed nobody else sees anything, and what was there before stays in use.
+ * until it is committed nobody else sees anything, and what was there before stays in use. After
+ * openExisting() too, while nobody else writes to the tables.
  */
 class TESSEL_DATA_EXPORT PostgresTarget : public DatabaseTarget {
 public:
@@ -33,10 +34,12 @@ public:
     SqlDialect dialect() const override;
     QString name() const override;
     bool holdsNullCharacters() const override;
+    QByteArray openExisting() override;
     void begin(const DatabasePlan& plan) override;
     qint64 append(int table, const DatabaseRows& rows) override;
     void markDuplicate(qint64 caseId, qint64 firstCaseId) override;
     bool finish(const GoesOn& goesOn) override;
+    DatabaseChanges changes() const override;
     void abandon() noexcept override;
 
 private:
