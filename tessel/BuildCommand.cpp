@@ -1,5 +1,6 @@
 #include "BuildCommand.h"
 
+#include "CommandLine.h"
 #include "SelectionOptions.h"
 
 #include "building/BuildConfigFile.h"
@@ -112,7 +113,6 @@ void describe(QCommandLineParser& parser)
                        "wrong stands in its table tessel_problems, lines without a place in\n"
                        "tessel_rejects.\n"
                        "Exit status: 0 the database is made, 1 it is not, 2 wrong usage."));
-    parser.addOption(Console::helpOption());
     parser.addOptions({ toOption(), schemaOption(), overwriteOption(), addOption(), planOption(),
         repeatsOption(), dictionaryOption(), languageOption(), languagesOption() });
     parser.addOptions(selectionOptions());
@@ -216,20 +216,28 @@ QString readSettings(const QCommandLineParser& parser, BuildSettings& settings)
     return mistake.isNull() ? readConfigFile(parser, settings) : mistake;
 }
 
+struct BuildCommandLine {
+    BuildSettings settings;
+    bool hasConfig = true; // that of --config was read, where one is wanted
+};
+
+// Options of the command line go before what the file says.
+QString readOptions(const QCommandLineParser& parser, BuildCommandLine& line)
+{
+    line.hasConfig = !parser.isSet(configOption())
+        || readConfig(FileNames::path(parser.value(configOption())), line.settings);
+    return line.hasConfig ? readSettings(parser, line.settings) : QString();
+}
+
 } // namespace
 
 int runBuild(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    describe(parser);
-    if (const auto status = Console::parseArguments(parser, arguments))
+    BuildCommandLine line;
+    if (const auto status = readCommandLine(arguments, parser, describe, readOptions, line))
         return *status;
-    BuildSettings settings;
-    if (parser.isSet(configOption())
-        && !readConfig(FileNames::path(parser.value(configOption())), settings))
+    if (!line.hasConfig)
         return InputFailed;
-    const QString mistake = readSettings(parser, settings);
-    if (!mistake.isNull())
-        return Console::wrongUsage(mistake);
-    return parser.isSet(planOption()) ? printPlan(settings) : build(settings);
+    return parser.isSet(planOption()) ? printPlan(line.settings) : build(line.settings);
 }

@@ -1,14 +1,13 @@
 #include <tessel_data/BuildConfig.h>
 
 #include <tessel_data/NearestNames_p.h>
+#include <tessel_data/PostgresTarget.h>
 
 #include <model_Tessel/DictionaryRelease.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QUrl>
-#include <QUrlQuery>
 
 #include <algorithm>
 #include <cmath>
@@ -26,25 +25,6 @@ const QString& versionKey()
 {
     static const QString key = QStringLiteral("tessel_build");
     return key;
-}
-
-bool isAddress(const QString& target)
-{
-    return target.contains(QLatin1String("://"));
-}
-
-QString withoutPassword(const QString& address)
-{
-    QUrl url(address);
-    if (!url.isValid())
-        return address.left(address.indexOf(QLatin1String("://")) + 3);
-    url.setPassword(QString());
-    QUrlQuery query(url);
-    for (const char* name : { "password", "sslpassword" })
-        query.removeAllQueryItems(QLatin1String(name));
-    if (url.hasQuery())
-        url.setQuery(query.isEmpty() ? QString() : query.query());
-    return url.toString();
 }
 
 // Takes the keys of one JSON object; the first thing that is wrong is kept.
@@ -271,8 +251,8 @@ QString BuildConfig::target() const
 void BuildConfig::setTarget(const QString& target)
 {
     ConfigDb& database = *m_config.getDataBase();
-    if (isAddress(target)) {
-        database.setName(withoutPassword(target));
+    if (PostgresTarget::isConnection(target)) {
+        database.setName(PostgresTarget::withoutPasswords(target));
         database.setFolder(QString());
         database.setGenerationType(QStringLiteral("postgresql"));
         return;

@@ -4,6 +4,8 @@
 
 #include <QUrl>
 
+#include <algorithm>
+#include <initializer_list>
 #include <libpq-fe.h>
 #include <poll.h>
 
@@ -72,6 +74,28 @@ QString nameOf(const Options& options)
     return name;
 }
 
+bool isIn(const char* keyword, std::initializer_list<const char*> keywords)
+{
+    return std::any_of(keywords.begin(), keywords.end(),
+        [&](const char* known) { return qstrcmp(known, keyword) == 0; });
+}
+
+// With all that was given beside the name, but for passwords.
+QString addressOf(const Options& options)
+{
+    QString address = nameOf(options);
+    for (const PQconninfoOption* option = options.get(); option->keyword; ++option) {
+        const bool isTold =
+            isIn(option->keyword, { "user", "host", "port", "dbname", "password", "sslpassword" });
+        if (isTold || !option->val)
+            continue;
+        address += QLatin1Char(address.contains(QLatin1Char('?')) ? '&' : '?')
+            + QLatin1String(option->keyword) + QLatin1Char('=')
+            + encoded(QString::fromUtf8(option->val));
+    }
+    return address;
+}
+
 // What the user can do about an error, by its SQLSTATE.
 QString adviceFor(const QByteArray& state)
 {
@@ -133,6 +157,13 @@ QString PostgresConnection::mistakeIn(const QString& connection)
         return QString();
     return QStringLiteral("is no connection that PostgreSQL takes")
         + (message.isEmpty() ? QString() : QLatin1String(": ") + message);
+}
+
+QString PostgresConnection::withoutPasswords(const QString& connection)
+{
+    QString message;
+    const Options options = optionsOf(connection, message);
+    return options ? addressOf(options) : QStringLiteral("postgresql://");
 }
 
 QString PostgresConnection::safe(const char* message) const

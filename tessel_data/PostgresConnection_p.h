@@ -27,6 +27,8 @@ public:
 
     // What is wrong with a connection string; null when nothing is.
     static QString mistakeIn(const QString& connection);
+    // The same connection, as a URL.
+    static QString withoutPasswords(const QString& connection);
 
     const QString& name() const
     {

@@ -272,6 +272,11 @@ QString PostgresTarget::nameOf(const QString& connection)
     return PostgresConnection(connection).name();
 }
 
+QString PostgresTarget::withoutPasswords(const QString& connection)
+{
+    return PostgresConnection::withoutPasswords(connection);
+}
+
 SqlDialect PostgresTarget::dialect() const
 {
     return SqlDialect::PostgreSql;

@@ -28,8 +28,10 @@ public:
     static bool isConnection(const QString& text);
     /*! What is wrong with a connection, to stand behind its name; null when nothing is. */
     static QString mistakeIn(const QString& connection);
-    /*! \a connection without its password. */
+    /*! What \a connection is called in messages: without its password and further settings. */
     static QString nameOf(const QString& connection);
+    /*! \a connection with all but its passwords. */
+    static QString withoutPasswords(const QString& connection);
 
     SqlDialect dialect() const override;
     QString name() const override;

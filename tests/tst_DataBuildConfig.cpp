@@ -158,7 +158,7 @@ void tst_DataBuildConfig::passwords_data()
     QTest::newRow("alone") << "postgresql://host/d?password=secret"
                            << "postgresql://host/d";
     QTest::newRow("socket") << "postgresql:///d?host=/run/x&user=ann"
-                            << "postgresql:///d?host=/run/x&user=ann";
+                            << "postgresql://ann@/d?host=/run/x";
     QTest::newRow("unreadable") << "postgresql://ann:secret@[bad/d"
                                 << "postgresql://";
 }
