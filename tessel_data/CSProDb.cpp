@@ -42,8 +42,8 @@ void CSProDb::readMeta()
         throw DataError(code, m_file->path(), text);
     };
     const auto damaged = DataError::Code::Damaged;
-    const QSet<QString> needed { QStringLiteral("schema_version"),
-        QStringLiteral("cspro_version"), QStringLiteral("dictionary") };
+    const QSet<QString> needed { QStringLiteral("schema_version"), QStringLiteral("cspro_version"),
+        QStringLiteral("dictionary") };
     if (!m_file->columnsOf(QStringLiteral("meta")).contains(needed)) {
         fail(DataError::Code::NotThisFormat,
             QStringLiteral("is an SQLite file but no CSPro DB: its table meta has no columns "
