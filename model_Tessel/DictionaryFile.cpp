@@ -4,6 +4,7 @@
 #include <model_Tessel/InputFile.h>
 #include <model_Tessel/StatDictionary.h>
 #include <model_Tessel/StatInput.h>
+#include <model_Tessel/TextEncoding.h>
 
 #include <algorithm>
 #include <new>
@@ -191,6 +192,11 @@ DictionaryPointer DictionaryFile::buildTree(const QVector<LookupDictionary>& loo
     if (importer)
         return DictionaryPointer(buildDictionary(*importer, lookups));
     return DictionaryPointer(description ? buildDictionary(*description, lookups) : nullptr);
+}
+
+QByteArray DictionaryFile::text() const
+{
+    return decodeText(bytes, encoding.toLatin1()).text.toUtf8();
 }
 
 DictionaryFile readDictionaryFile(const QString& path, const DictionaryFileOptions& options)

@@ -138,15 +138,18 @@ struct MODEL_TESSEL_EXPORT DictionaryFile {
      * one, of the description. Null without a dictionary.
      */
     DictionaryPointer buildTree(const QVector<LookupDictionary>& lookups = {}) const;
+    /*! The text of a CSPro dictionary, in UTF-8 and without a byte-order mark; empty: none. */
+    QByteArray text() const;
 
     QString path; /*!< as it was given */
     DictionaryFileKind kind = DictionaryFileKind::Unknown; /*!< as the content says */
-    QString encoding; /*!< name of that of the texts; empty: not told */
-    bool isEncodingAssumed = false; /*!< nothing tells it */
+    QString encoding; /*!< name of that which the texts were read with; empty: not known */
+    bool isEncodingAssumed = false; /*!< nothing tells it, and there are letters of it */
     QVector<DictionaryFileProblem> problems; /*!< in the order of reading */
     std::unique_ptr<TDataImport, DictionaryImporterDeleter> importer; /*!< null: none was opened */
     std::unique_ptr<TStatFileDescription> description; /*!< of an SPSS or Stata file; else null */
     std::shared_ptr<TStatInput> input; /*!< that reads the rows of such a file; else null */
+    QByteArray bytes; /*!< the text of a CSPro dictionary as it was read; else null */
 };
 
 /*!

@@ -297,6 +297,7 @@ void readCSPro(DictionaryFile& file, const QByteArray& bytes, const DictionaryFi
     file.encoding = QString::fromLatin1(importer->dictionary->textEncoding());
     addOddities(file, *importer);
     file.importer = std::move(importer);
+    file.bytes = bytes;
 }
 
 } // namespace DictionaryFiles

@@ -91,8 +91,8 @@ bool tellUnread(DictionaryFile& file, const TStatFileDescription& description)
     if (!description.variablesOutcome.isWhole())
         return failVariables(file, description);
     fail(file, Kind::LabelsMissing,
-        QStringLiteral("the value labels cannot be read, the variables are listed without those "
-                       "that are missing: %1")
+        QStringLiteral("the value labels cannot be read, and those that are missing are left out: "
+                       "%1")
             .arg(describe(description.outcome)));
     return true;
 }
@@ -138,7 +138,11 @@ void checkEncoding(DictionaryFile& file)
     constexpr int FirstUnicodeFormat = 118;
     const TStatFileDescription& description = *file.description;
     file.encoding = description.encoding;
-    if (description.kind != TStatFileKind::Stata || description.formatVersion >= FirstUnicodeFormat)
+    if (description.kind != TStatFileKind::Stata)
+        return;
+    const bool isUnicode = description.formatVersion >= FirstUnicodeFormat;
+    file.encoding = isUnicode ? QStringLiteral("UTF-8") : QStringLiteral("windows-1252");
+    if (isUnicode)
         return;
     file.isEncodingAssumed = !isAscii(description);
     if (!file.isEncodingAssumed)

@@ -166,7 +166,7 @@ void tst_DictionaryFile::kinds_data()
     QTest::newRow("text form") << fixture("basic.dcf") << FileKind::CSPro << "UTF-8";
     QTest::newRow("JSON") << fixture("json_household.dcf") << FileKind::CSPro << "UTF-8";
     QTest::newRow("SPSS") << example("household.sav") << FileKind::Spss << "UTF-8";
-    QTest::newRow("Stata") << example("person.dta") << FileKind::Stata << QString();
+    QTest::newRow("Stata") << example("person.dta") << FileKind::Stata << "UTF-8";
 }
 
 // Whatever the name of the file is.
@@ -513,6 +513,7 @@ void tst_DictionaryFile::olderStataEncoding()
         QVERIFY(file.isWhole());
         const bool isAscii = qstrcmp(label, "plain") == 0;
         QCOMPARE(file.isEncodingAssumed, !isAscii);
+        QCOMPARE(file.encoding, QString("windows-1252"));
         QCOMPARE(problemOf(file, Kind::AssumedStataEncoding) == nullptr, isAscii);
     }
 }
