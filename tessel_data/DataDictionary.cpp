@@ -1,11 +1,16 @@
 #include <tessel_data/DataDictionary.h>
 
+#include <tessel_data/CSProDb.h>
 #include <tessel_data/DataError.h>
+#include <tessel_data/DictionaryErrors_p.h>
 
 #include <model_Tessel/CSPro.h>
+#include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/CSProValueSet.h>
+#include <model_Tessel/DictionaryFile.h>
 #include <model_Tessel/DictionaryRelease.h>
 #include <model_Tessel/ErrorManager.h>
+#include <model_Tessel/ProblemText.h>
 #include <model_Tessel/StatDictionary.h>
 #include <model_Tessel/UtilStrings.h>
 
@@ -232,20 +237,45 @@ std::shared_ptr<const CodeTable> DictionaryResolver::codesOf(const DataVariable&
 
 namespace {
 
-// Reads with load(), and resolves what came of it.
-template <typename Load>
-DataDictionary resolved(const QString& name, ValueSetChoice choice, Load load)
-{
-    CSProDictionary dictionary;
-    dictionary.reader.setReading(CSProReading::AsWritten);
-    try {
-        load(dictionary.reader);
-    } catch (OxErrorManager* error) {
-        const std::unique_ptr<OxErrorManager> owned(error);
-        throw DataError(DataError::Code::NoDictionary, name,
-            QStringLiteral("holds no CSPro dictionary that can be read"));
+// The importer of an opened dictionary leaves what it read, which nobody else has here.
+class OwnedImport {
+public:
+    explicit OwnedImport(TCSProDataImport& importer)
+        : m_importer(importer)
+    {
     }
-    return DataDictionary::fromReader(dictionary.reader, name, choice);
+    ~OwnedImport()
+    {
+        releaseModel(*m_importer.dictionary);
+        qDeleteAll(*m_importer.fields);
+        delete m_importer.fields;
+    }
+
+private:
+    Q_DISABLE_COPY(OwnedImport)
+
+    TCSProDataImport& m_importer;
+};
+
+// Why the reading ended, to follow what it means; empty when it is not told.
+QString reasonOf(const TCSPro& reader)
+{
+    for (const CSProProblem& problem : reader.problems()) {
+        if (endsReading(problem.kind))
+            return QStringLiteral(": line %1: ").arg(problem.line) + describeProblem(problem);
+    }
+    return QString();
+}
+
+DictionaryFile openDictionary(const QString& path)
+{
+    DictionaryFileOptions options;
+    options.kind = DictionaryFileKind::CSPro;
+    options.reading = CSProReading::AsWritten;
+    DictionaryFile file = readDictionaryFile(path, options);
+    return file.kind == DictionaryFileKind::CSProDb
+        ? readDictionaryFile(path, CSProDb(path).dictionary(), options)
+        : std::move(file);
 }
 
 } // namespace
@@ -262,22 +292,29 @@ DataDictionary DataDictionary::fromReader(
 
 DataDictionary DataDictionary::fromFile(const QString& path, ValueSetChoice choice)
 {
-    const QFileInfo info(path);
-    if (!info.isReadable() || info.isDir()) {
-        throw DataError(DataError::Code::CannotOpen, path,
-            info.exists() ? QStringLiteral("cannot be read")
-                          : QStringLiteral("there is no such file"));
-    }
-    return resolved(path, choice, [&](TCSPro& reader) { reader.loadFromFile(path); });
+    const DictionaryFile file = openDictionary(path);
+    TCSProDataImport* const importer = file.csproImporter();
+    if (!importer)
+        throw errorOf(file);
+    const OwnedImport owned(*importer);
+    return fromReader(*importer->dictionary, path, choice);
 }
 
 DataDictionary DataDictionary::fromBytes(
     const QByteArray& bytes, const QString& name, ValueSetChoice choice, const QByteArray& encoding)
 {
-    return resolved(name, choice, [&](TCSPro& reader) {
-        reader.setTextCodec(encoding);
-        reader.loadFromData(bytes);
-    });
+    CSProDictionary dictionary;
+    dictionary.reader.setReading(CSProReading::AsWritten);
+    dictionary.reader.setTextCodec(encoding);
+    try {
+        dictionary.reader.loadFromData(bytes);
+    } catch (OxErrorManager* error) {
+        const std::unique_ptr<OxErrorManager> owned(error);
+        throw DataError(DataError::Code::NoDictionary, name,
+            QStringLiteral("holds no CSPro dictionary that can be read")
+                + reasonOf(dictionary.reader));
+    }
+    return fromReader(dictionary.reader, name, choice);
 }
 
 namespace {

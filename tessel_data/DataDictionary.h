@@ -79,8 +79,9 @@ struct DataRecord {
 class TESSEL_DATA_EXPORT DataDictionary {
 public:
     /*!
-     * Reads the CSPro dictionary \a path, text or JSON, as it is written; throws DataError. What
-     * the reader passed over is in \c problems.
+     * Reads the CSPro dictionary \a path, text or JSON, or that of a CSPro DB, as it is written;
+     * throws DataError. What the reader passed over is in \c problems; readDictionaryFile() and
+     * fromReader() tell also what is odd, and which encoding had to be assumed.
      */
     static DataDictionary fromFile(
         const QString& path, ValueSetChoice choice = ValueSetChoice::First);

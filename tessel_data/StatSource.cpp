@@ -1,34 +1,36 @@
 #include <tessel_data/StatSource.h>
 
 #include <tessel_data/DataError.h>
+#include <tessel_data/DictionaryErrors_p.h>
 #include <tessel_data/LineText_p.h>
 
-#include <model_Tessel/StatInput.h>
+#include <model_Tessel/DictionaryFile.h>
+#include <model_Tessel/StatParser_p.h>
 #include <model_Tessel/TrailingBlanks_p.h>
 
 #include <QFile>
 
 #include <cmath>
 #include <cstring>
-#include <exception>
 #include <readstat.h>
 
 namespace tessel {
 
 namespace {
 
-struct FreeParser {
-    void operator()(readstat_parser_t* parser) const
-    {
-        readstat_parser_free(parser);
-    }
-};
+DictionaryFile openStatFile(const QString& path, TStatFileKind kind)
+{
+    DictionaryFileOptions options;
+    options.kind =
+        kind == TStatFileKind::Spss ? DictionaryFileKind::Spss : DictionaryFileKind::Stata;
+    return readDictionaryFile(path, options);
+}
 
 } // namespace
 
 class StatSource::Job {
 public:
-    Job(const QString& path, TStatFileKind kind);
+    explicit Job(const DictionaryFile& file);
 
     void readRows(BatchSink& output);
 
@@ -40,44 +42,39 @@ private:
     static int onValue(
         int row, readstat_variable_t* variable, readstat_value_t value, void* context) noexcept;
 
-    int takeValue(int row, int column, const readstat_value_t& value);
+    void takeValue(int row, int column, const readstat_value_t& value);
     void set(quint32 cell, int column, const readstat_value_t& value);
     void setText(quint32 cell, int column, const char* bytes);
 
     [[noreturn]] void fail(DataError::Code code, const QString& text) const;
     void checkInput() const;
 
-    TStatInput m_input; // one opened file for the dictionary and the rows
-    TStatFileKind m_kind;
+    std::shared_ptr<TStatInput> m_input; // one opened file for the dictionary and the rows
+    TStatFileKind m_kind = TStatFileKind::Spss;
     BatchSink* m_sink = nullptr;
     qint64 m_row = -1;
     quint32 m_firstCell = 0;
     bool m_isStopped = false;
     LineText m_text;
-    std::exception_ptr m_failure; // no exception may cross the frames of libreadstat
+    CallbackGuard m_guard;
 };
 
-StatSource::Job::Job(const QString& path, TStatFileKind kind)
-    : m_kind(kind)
+StatSource::Job::Job(const DictionaryFile& file)
+    : m_input(file.input)
 {
-    SourceFile file;
-    file.path = path;
-    files.push_back(file);
-    if (!m_input.open(path)) {
-        fail(DataError::Code::CannotOpen, QStringLiteral("cannot be opened: ") + m_input.failure());
-    }
-    const TStatFileDescription description = readStatDescription(m_input, kind);
+    SourceFile source;
+    source.path = file.path;
+    files.push_back(source);
+    if (file.csproImporter())
+        fail(DataError::Code::NotThisFormat, QStringLiteral("is no SPSS or Stata file"));
+    if (!file.isWhole())
+        throw errorOf(file);
     checkInput();
-    if (!description.isWhole()) {
-        const QString reason = description.outcome.errorText;
-        fail(DataError::Code::Damaged,
-            reason.isEmpty() ? QStringLiteral("its dictionary ends too early")
-                             : QStringLiteral("cannot be read: ") + reason);
-    }
-    files.front().bytes = m_input.size();
-    files.front().encoding = description.encoding;
-    dictionary = DataDictionary::fromDescription(description);
-    rowCount = description.rowCount;
+    files.front().bytes = m_input->size();
+    files.front().encoding = file.encoding;
+    m_kind = file.description->kind;
+    dictionary = DataDictionary::fromDescription(*file.description);
+    rowCount = file.description->rowCount;
 }
 
 void StatSource::Job::fail(DataError::Code code, const QString& text) const
@@ -88,17 +85,15 @@ void StatSource::Job::fail(DataError::Code code, const QString& text) const
 // libreadstat takes a failing read for the end of the file.
 void StatSource::Job::checkInput() const
 {
-    const QString reason = m_input.failure();
+    const QString reason = describeFailure(*m_input);
     if (!reason.isEmpty())
-        fail(DataError::Code::CannotRead, QStringLiteral("cannot be read to its end: ") + reason);
+        fail(DataError::Code::CannotRead, reason);
 }
 
 void StatSource::Job::readRows(BatchSink& output)
 {
     m_sink = &output;
-    const std::unique_ptr<readstat_parser_t, FreeParser> parser(readstat_parser_init());
-    Q_CHECK_PTR(parser.get());
-    m_input.attachTo(parser.get());
+    const StatParser parser(m_input.get());
     readstat_set_value_handler(parser.get(), onValue);
     // Without one libreadstat sets up no variables, and crashes at the first row of a .sav file.
     readstat_set_variable_handler(parser.get(),
@@ -106,8 +101,7 @@ void StatSource::Job::readRows(BatchSink& output)
     const auto parse = m_kind == TStatFileKind::Spss ? readstat_parse_sav : readstat_parse_dta;
     const QByteArray path = QFile::encodeName(files.front().path);
     const readstat_error_t error = parse(parser.get(), path.constData(), this);
-    if (m_failure)
-        std::rethrow_exception(m_failure);
+    m_guard.rethrow();
     if (m_isStopped)
         return;
     checkInput();
@@ -130,21 +124,18 @@ int StatSource::Job::onValue(
     int row, readstat_variable_t* variable, readstat_value_t value, void* context) noexcept
 {
     auto& job = *static_cast<Job*>(context);
-    try {
-        return job.takeValue(row, readstat_variable_get_index(variable), value);
-    } catch (...) {
-        job.m_failure = std::current_exception();
-        return READSTAT_HANDLER_ABORT;
-    }
+    const int result =
+        job.m_guard.run([&] { job.takeValue(row, readstat_variable_get_index(variable), value); });
+    return job.m_isStopped ? READSTAT_HANDLER_ABORT : result;
 }
 
-int StatSource::Job::takeValue(int row, int column, const readstat_value_t& value)
+void StatSource::Job::takeValue(int row, int column, const readstat_value_t& value)
 {
     const int count = dictionary.records.front().columns.size();
     if (row != m_row) {
         if (m_sink->batch().isFull() && !m_sink->deliver()) {
             m_isStopped = true;
-            return READSTAT_HANDLER_ABORT;
+            return;
         }
         DataBatch& batch = m_sink->batch();
         m_row = row;
@@ -156,7 +147,6 @@ int StatSource::Job::takeValue(int row, int column, const readstat_value_t& valu
     }
     if (column >= 0 && column < count)
         set(m_firstCell + quint32(column), column, value);
-    return READSTAT_HANDLER_OK;
 }
 
 void StatSource::Job::set(quint32 cell, int column, const readstat_value_t& value)
@@ -197,7 +187,12 @@ void StatSource::Job::setText(quint32 cell, int column, const char* bytes)
 }
 
 StatSource::StatSource(const QString& path, TStatFileKind kind)
-    : m_job(std::make_unique<Job>(path, kind))
+    : StatSource(openStatFile(path, kind))
+{
+}
+
+StatSource::StatSource(const DictionaryFile& file)
+    : m_job(std::make_unique<Job>(file))
 {
 }
 

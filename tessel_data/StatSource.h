@@ -6,6 +6,8 @@
 
 #include <memory>
 
+struct DictionaryFile;
+
 namespace tessel {
 
 /*!
@@ -17,6 +19,11 @@ class TESSEL_DATA_EXPORT StatSource : public DataSource {
 public:
     /*! Reads the dictionary of \a path; throws DataError. */
     StatSource(const QString& path, TStatFileKind kind);
+    /*!
+     * The rows of \a file, which readDictionaryFile() opened; throws DataError where it is not
+     * whole or of another kind. Takes part in its \c input.
+     */
+    explicit StatSource(const DictionaryFile& file);
     ~StatSource() override;
 
     /*! The dictionary of the data. */

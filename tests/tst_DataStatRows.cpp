@@ -5,6 +5,8 @@
 #include <tessel_data/Pipeline.h>
 #include <tessel_data/StatSource.h>
 
+#include <model_Tessel/DictionaryFile.h>
+
 #include <QDateTime>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -200,6 +202,9 @@ private slots:
     void samples_data();
     void samples();
     void missingKinds();
+    void errors_data();
+    void errors();
+    void opened();
     void texts_data();
     void texts();
     void otherEncoding();
@@ -295,6 +300,60 @@ void TestDataStatRows::missingKinds()
         for (const QByteArray& cell : found.table.rows.at(row))
             QCOMPARE(cell, kind);
     }
+}
+
+void TestDataStatRows::errors_data()
+{
+    QTest::addColumn<QByteArray>("bytes"); // null: no file
+    QTest::addColumn<DataError::Code>("code");
+    QTest::addColumn<QString>("text");
+    using Code = DataError::Code;
+    QFile file(QStringLiteral(TESSEL_EXAMPLES "/household.sav"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QTest::newRow("missing") << QByteArray() << Code::CannotOpen << QStringLiteral("no such file");
+    QTest::newRow("cut") << file.read(1000) << Code::Damaged
+                         << QStringLiteral("if it is damaged or cut off, get it anew");
+    QTest::newRow("encrypted") << QByteArray("\x1C\0\0\0\0\0\0\0ENCRYPTEDSAV", 20)
+                               << Code::Encrypted << QStringLiteral("save it without a password");
+    QTest::newRow("another kind") << QByteArray("[Dictionary]\nName=D\n") << Code::NotThisFormat
+                                  << QStringLiteral("is no SPSS file");
+}
+
+void TestDataStatRows::errors()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(DataError::Code, code);
+    QFETCH(QString, text);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("s.sav"));
+    QFile file(path);
+    QVERIFY(bytes.isNull() || (file.open(QIODevice::WriteOnly) && file.write(bytes) > 0));
+    file.close();
+    try {
+        const StatSource source(path, TStatFileKind::Spss);
+        QFAIL("it was read");
+    } catch (const DataError& error) {
+        QVERIFY2(error.text.contains(text), qPrintable(error.text));
+        QCOMPARE(error.code, code);
+    }
+}
+
+// The rows come from what was opened, whatever stands under its name by then.
+void TestDataStatRows::opened()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("s.sav"));
+    QVERIFY(QFile::copy(QStringLiteral(TESSEL_EXAMPLES "/household.sav"), path));
+    const DictionaryFile file = readDictionaryFile(path);
+    QVERIFY(QFile::remove(path));
+    StatSource source(file);
+    TableConsumer found(source.dictionary());
+    QVERIFY(runPipeline(source, found));
+    QCOMPARE(qint64(found.table.rows.size()), file.description->rowCount);
+    const DictionaryFile none = readDictionaryFile(path);
+    QVERIFY_EXCEPTION_THROWN(StatSource { none }, DataError);
+    const DictionaryFile text = readDictionaryFile(QStringLiteral(TESSEL_TEST_DATA "/basic.dcf"));
+    QVERIFY_EXCEPTION_THROWN(StatSource { text }, DataError);
 }
 
 void TestDataStatRows::texts_data()

@@ -76,6 +76,9 @@ private slots:
     void levels();
     void repeats();
     void errors();
+    void dictionaryErrors_data();
+    void dictionaryErrors();
+    void dictionaryOfDatabase();
     void cancelAndFailure();
 
 private:
@@ -571,6 +574,55 @@ void TestDataText::errors()
     const QString several = writeFile(m_folder, QStringLiteral("several.dcf"), untyped);
     QCOMPARE(codeOf([&] { CSProTextSource(DataDictionary::fromFile(several), {}); }),
         int(DataError::Code::UnfitDictionary));
+}
+
+void TestDataText::dictionaryErrors_data()
+{
+    QTest::addColumn<QByteArray>("bytes"); // of d.dcf; null: there is none
+    QTest::addColumn<DataError::Code>("code");
+    QTest::addColumn<QString>("text");
+    using Code = DataError::Code;
+    QTest::newRow("missing") << QByteArray() << Code::CannotOpen << QStringLiteral("no such file");
+    QTest::newRow("empty") << QByteArray("") << Code::NoDictionary << QStringLiteral("is empty");
+    QTest::newRow("broken JSON") << QByteArray("{\n\"software\": \"CSPro\",\n\"name\": 1 2\n}\n")
+                                 << Code::NoDictionary << QStringLiteral("line 3: ");
+    QTest::newRow("another text") << QByteArray("Dear all,\nnothing here\n") << Code::NoDictionary
+                                  << QStringLiteral("it begins: \"Dear all,\", \"nothing here\"");
+    QTest::newRow("SPSS") << QByteArray("$FL2@(#) and so on") << Code::NotThisFormat
+                          << QStringLiteral("is no CSPro dictionary but an SPSS file");
+    QTest::newRow("no CSPro DB") << QByteArray("SQLite format 3\0 and so on", 28)
+                                 << Code::NotThisFormat << QString();
+    QTest::newRow("no records") << QByteArray("[Dictionary]\nName=D\n") << Code::NoDictionary
+                                << QStringLiteral("has no records");
+}
+
+// What is wrong is told, and nothing but a dictionary is taken for one.
+void TestDataText::dictionaryErrors()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(DataError::Code, code);
+    QFETCH(QString, text);
+    const QTemporaryDir folder;
+    const QString path = bytes.isNull() ? folder.filePath(QStringLiteral("d.dcf"))
+                                        : writeFile(folder, QStringLiteral("d.dcf"), bytes);
+    try {
+        DataDictionary::fromFile(path);
+        QFAIL("it was taken for a dictionary");
+    } catch (const DataError& error) {
+        QVERIFY2(error.text.contains(text), qPrintable(error.text));
+        QCOMPARE(error.file, path);
+        QCOMPARE(error.code, code);
+    }
+}
+
+void TestDataText::dictionaryOfDatabase()
+{
+    const QString data = QStringLiteral(TESSEL_TEST_DATA "/basic");
+    const DataDictionary found = DataDictionary::fromFile(data + QStringLiteral(".csdb"));
+    const DataDictionary expected = DataDictionary::fromFile(data + QStringLiteral(".dcf"));
+    QCOMPARE(found.name, expected.name);
+    QCOMPARE(found.columnCount(), expected.columnCount());
+    QCOMPARE(found.records.size(), expected.records.size());
 }
 
 void TestDataText::cancelAndFailure()

@@ -272,6 +272,18 @@ void TestSqliteTarget::example()
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 1);
     QVERIFY(process.readAllStandardOutput().contains("none.dat cannot be opened"));
+    // Half a dictionary is none.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("LD_PRELOAD", environment.value("LD_PRELOAD") + " " TESSEL_FAILING_READ);
+    environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0");
+    environment.insert("FAILING_READ_FILE", QFileInfo(files.at(0)).canonicalFilePath());
+    environment.insert("FAILING_READ_BYTES", "3000");
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(TESSEL_BUILD_DATABASE), files);
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 1);
+    const QByteArray told = process.readAllStandardOutput();
+    QVERIFY2(told.contains("census.dcf cannot be read: "), told.constData());
 }
 
 QTEST_GUILESS_MAIN(TestSqliteTarget)
