@@ -6,6 +6,7 @@
 #include "reading/ReadInput.h"
 #include "FormatOption.h"
 #include "InputOptions.h"
+#include "lookups/LookupLabels.h"
 #include "lookups/LookupReport.h"
 #include "lookups/LookupWriters.h"
 #include "lookups/SeparatorGuess.h"
@@ -27,8 +28,7 @@ struct LookupOptions {
     QByteArray encoding;
     ListingFormat format;
     bool withFrequencies = false;
-    QString againstFile; // empty: no comparison
-    QString againstVariable;
+    LabelSource against;
     QString report; // empty: none
     QString id;
     QString label;
@@ -56,6 +56,15 @@ const QCommandLineOption& againstOption()
         QStringLiteral("Compare the keys with the value labels of a variable of a CSPro "
                        "dictionary, SPSS or Stata file."),
         QStringLiteral("file:variable"));
+    return option;
+}
+
+const QCommandLineOption& againstEncodingOption()
+{
+    static const QCommandLineOption option(QStringLiteral("against-encoding"),
+        QStringLiteral("Encoding of the CSPro dictionary of --against without a byte-order mark; "
+                       "found when not given."),
+        QStringLiteral("name"));
     return option;
 }
 
@@ -101,23 +110,26 @@ void describe(QCommandLineParser& parser)
                        "Exit status: 0 the lookup is consistent, 1 it is not or cannot be read,\n"
                        "2 wrong usage."));
     parser.addOptions({ separatorOption(), listFormatOption(), spreadsheetOption(),
-        frequenciesOption(), againstOption(), reportOption(), idOption(), labelOption(),
-        encodingOption(), Output::option() });
+        frequenciesOption(), againstOption(), againstEncodingOption(), reportOption(), idOption(),
+        labelOption(), encodingOption(), Output::option() });
     parser.addPositionalArgument(
         QStringLiteral("file"), QStringLiteral("Lookup file."), QStringLiteral("FILE"));
 }
 
 QString readAgainst(const QCommandLineParser& parser, LookupOptions& options)
 {
-    if (!parser.isSet(againstOption()))
-        return QString();
+    if (!parser.isSet(againstOption())) {
+        return parser.isSet(againstEncodingOption())
+            ? QStringLiteral("--against-encoding is for --against")
+            : QString();
+    }
     const QString text = parser.value(againstOption());
     const int colon = text.lastIndexOf(QLatin1Char(':'));
-    options.againstFile = FileNames::path(text.left(qMax(colon, 0)));
-    options.againstVariable = text.mid(colon + 1).trimmed();
-    if (options.againstFile.isEmpty() || options.againstVariable.isEmpty())
+    options.against.file = FileNames::path(text.left(qMax(colon, 0)));
+    options.against.variable = text.mid(colon + 1).trimmed();
+    if (options.against.file.isEmpty() || options.against.variable.isEmpty())
         return QStringLiteral("--against takes FILE:VARIABLE, not '%1'").arg(text);
-    return QString();
+    return readEncoding(parser, againstEncodingOption(), options.against.encoding);
 }
 
 QString readReading(const QCommandLineParser& parser, LookupOptions& options)
@@ -132,7 +144,7 @@ QString readReading(const QCommandLineParser& parser, LookupOptions& options)
 
 QString readTargets(const QCommandLineParser& parser, LookupOptions& options)
 {
-    const QStringList inputs { options.file, options.againstFile };
+    const QStringList inputs { options.file, options.against.file };
     QString mistake = Output::readOption(parser, inputs, options.output);
     if (!mistake.isNull())
         return mistake;
@@ -209,10 +221,10 @@ int check(const LookupOptions& options, Supervisor& supervisor)
 {
     LookupTask task;
     ListedField variable;
-    if (!options.againstFile.isEmpty()) {
+    if (!options.against.file.isEmpty()) {
         if (!supervisor.beginFile(0))
             return InputFailed;
-        const bool isRead = readVariable(options.againstFile, options.againstVariable, variable);
+        const bool isRead = readVariable(options.against, variable);
         supervisor.endFile();
         if (!isRead)
             return InputFailed;
@@ -232,7 +244,7 @@ int check(const LookupOptions& options, Supervisor& supervisor)
         return InputFailed;
     supervisor.endFile();
     if (outcome.comparison)
-        outcome.comparison->file = options.againstFile;
+        outcome.comparison->file = options.against.file;
     const bool isConsistent = outcome.isConsistent();
     return writeAll(options, outcome) && isConsistent ? AllRead : InputFailed;
 }
@@ -245,7 +257,7 @@ int runLookup(const QStringList& arguments)
     LookupOptions options;
     if (const auto status = readCommandLine(arguments, parser, describe, readOptions, options))
         return *status;
-    return Supervisor({ options.againstFile, options.file }).run([&](Supervisor& supervisor) {
+    return Supervisor({ options.against.file, options.file }).run([&](Supervisor& supervisor) {
         return check(options, supervisor);
     });
 }

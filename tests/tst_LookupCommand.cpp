@@ -106,6 +106,7 @@ private slots:
     void exampleLookup();
     void againstCodes_data();
     void againstCodes();
+    void againstEncoding();
     void encodingsAgree();
     void byteOrderMarkWinsOverEncoding();
     void onlyAByteOrderMark();
@@ -286,6 +287,30 @@ void tst_LookupCommand::againstCodes()
         found.append(value.toObject().value("key").toString());
     QCOMPARE(found, keys);
     QVERIFY(!json.value("consistent").toBool());
+}
+
+// The advice that is given on the dictionary can be followed.
+void tst_LookupCommand::againstEncoding()
+{
+    const QString dictionary = m_folder.filePath("greek.dcf");
+    QVERIFY(writeFile(dictionary,
+        "[Dictionary]\nVersion=CSPro 7.7\nName=D\n\n[Level]\nName=L\n\n[Record]\nName=R\n\n[Item]\n"
+        "Name=V\nStart=1\nLen=1\n\n[ValueSet]\nName=S\nValue=1;\xC5ge\n"));
+    const QString lookup = fileOf(QStringLiteral("1;\u0395ge\n").toUtf8());
+    const QStringList arguments { "--separator", "semicolon", "--against", dictionary + ":V",
+        lookup };
+    const Outcome found = runLookup(arguments);
+    QCOMPARE(found.status, 1);
+    QVERIFY2(found.errors.contains("name its encoding with --against-encoding\n"),
+        found.errors.constData());
+    const Outcome named = runLookup(QStringList { "--against-encoding", "ISO-8859-7" } + arguments);
+    QVERIFY2(named.errors.isEmpty(), named.errors.constData());
+    QCOMPARE(named.status, 0);
+    QVERIFY(runLookup({ "--against-encoding", "none", "--against", dictionary + ":V", lookup })
+                .errors.contains("unknown encoding 'none'"));
+    const Outcome alone = runLookup({ "--against-encoding", "UTF-8", lookup });
+    QCOMPARE(alone.status, 2);
+    QVERIFY(alone.errors.contains("--against-encoding is for --against"));
 }
 
 void tst_LookupCommand::encodingsAgree()

@@ -86,18 +86,22 @@ const ListedField* findField(const Listing& listing, const QString& name)
 
 } // namespace
 
-bool readVariable(const QString& path, const QString& name, ListedField& variable)
+bool readVariable(const LabelSource& source, ListedField& variable)
 {
+    InputOptions options;
+    options.dictionary.encoding = source.encoding;
+    options.encodingOption = QStringLiteral("--against-encoding");
     Listing listing;
-    if (!readListing(path, InputOptions(), listing))
+    if (!readListing(source.file, options, listing))
         return false;
-    const ListedField* const field = findField(listing, name);
+    const ListedField* const field = findField(listing, source.variable);
     if (!field) {
-        return failInput(path, 0,
-            QStringLiteral("has no variable '%1'; 'tessel fields' lists those it has").arg(name));
+        return failInput(source.file, 0,
+            QStringLiteral("has no variable '%1'; 'tessel fields' lists those it has")
+                .arg(source.variable));
     }
     if (field->valueLabelCount() == 0) {
-        return failInput(path, 0,
+        return failInput(source.file, 0,
             QStringLiteral("variable %1 has no value labels to compare with").arg(field->name));
     }
     variable = *field;

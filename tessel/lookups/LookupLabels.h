@@ -2,6 +2,7 @@
 
 #include "listing/Listing.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QVector>
 
@@ -30,11 +31,18 @@ struct LabelComparison {
     }
 };
 
+/*! A file with the variable that a lookup is compared with. */
+struct LabelSource {
+    QString file; /*!< empty: none */
+    QString variable; /*!< name, in any case */
+    QByteArray encoding; /*!< of a CSPro dictionary, name of the codec; empty: it is found */
+};
+
 /*!
- * Finds the variable \a name, in any case, of the file \a path. False, and told, when the file
- * cannot be read or has no such variable with value labels.
+ * Finds the variable of \a source. False, and told, when the file cannot be read or has no such
+ * variable with value labels.
  */
-bool readVariable(const QString& path, const QString& name, ListedField& variable);
+bool readVariable(const LabelSource& source, ListedField& variable);
 
 /*!
  * Compares the keys with the first value set of \a variable. Codes of a number compare as numbers,

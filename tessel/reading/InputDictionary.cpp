@@ -74,7 +74,6 @@ constexpr Wording wordings[] = {
     { Kind::LanguageByEstablishedRules,
         "--rules established reads no languages; leave --language out" },
     { Kind::DecimalCodesDropped, "%1; --decimals yes keeps it with 0 in their place" },
-    { Kind::ReadingStopped, "reading stopped; the dictionary is not listed" },
 };
 
 QString otherKindText(const DictionaryFile& file, const InputOptions& options, const QString& text)
@@ -92,7 +91,9 @@ QString textOf(
         return otherKindText(file, options, problem.text);
     for (const Wording& wording : wordings) {
         if (wording.kind == problem.kind)
-            return QString::fromLatin1(wording.text).replace(QLatin1String("%1"), problem.text);
+            return QString::fromLatin1(wording.text)
+                .replace(QLatin1String("--encoding"), options.encodingOption)
+                .replace(QLatin1String("%1"), problem.text);
     }
     return problem.text;
 }

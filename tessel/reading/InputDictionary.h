@@ -18,6 +18,7 @@ struct DictionaryOptions {
 struct InputOptions {
     DictionaryFileKind kind = DictionaryFileKind::Unknown; /*!< Unknown: as the content says */
     DictionaryOptions dictionary;
+    QString encodingOption = QStringLiteral("--encoding"); /*!< that messages name */
 };
 
 /*! The dictionary of a file, and where in it it stood. */
