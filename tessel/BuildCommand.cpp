@@ -1,6 +1,7 @@
 #include "BuildCommand.h"
 
 #include "CommandLine.h"
+#include "InputOptions.h"
 #include "SelectionOptions.h"
 
 #include "building/BuildConfigFile.h"
@@ -72,14 +73,6 @@ const QCommandLineOption& dictionaryOption()
     return option;
 }
 
-const QCommandLineOption& languageOption()
-{
-    static const QCommandLineOption option(QStringLiteral("language"),
-        QStringLiteral("Language of the labels, for example FR, where there are several."),
-        QStringLiteral("name"));
-    return option;
-}
-
 const QCommandLineOption& languagesOption()
 {
     static const QCommandLineOption option(QStringLiteral("languages"),
@@ -114,7 +107,8 @@ void describe(QCommandLineParser& parser)
                        "tessel_rejects.\n"
                        "Exit status: 0 the database is made, 1 it is not, 2 wrong usage."));
     parser.addOptions({ toOption(), schemaOption(), overwriteOption(), addOption(), planOption(),
-        repeatsOption(), dictionaryOption(), languageOption(), languagesOption() });
+        repeatsOption(), dictionaryOption(), languagesOption() });
+    parser.addOptions(dictionaryTextOptions());
     parser.addOptions(selectionOptions());
     parser.addOptions({ configOption(), saveConfigOption() });
     parser.addPositionalArgument(QStringLiteral("source"),
@@ -136,7 +130,8 @@ QString readInput(const QCommandLineParser& parser, DataInput& input)
         input.dictionary = FileNames::path(parser.value(dictionaryOption()));
     if (parser.isSet(dictionaryOption()) && input.dictionary.isEmpty())
         return QStringLiteral("--dictionary needs the name of a file");
-    return checkDataInput(input);
+    const QString mistake = readDictionaryTextOptions(parser, input.reading);
+    return mistake.isNull() ? checkDataInput(input) : mistake;
 }
 
 QString readServer(const QString& connection, BuildSettings& settings)
@@ -177,8 +172,6 @@ QString readShape(const QCommandLineParser& parser, BuildSettings& settings)
         settings.repeats = QStringLiteral("columns");
     if (!settings.hasRepeatTables() && settings.repeats != QLatin1String("columns"))
         return QStringLiteral("--repeats takes columns or tables, not '%1'").arg(settings.repeats);
-    if (parser.isSet(languageOption()))
-        settings.language = parser.value(languageOption());
     settings.hasAllLanguages = settings.hasAllLanguages || parser.isSet(languagesOption());
     if (parser.isSet(languagesOption())
         && parser.value(languagesOption()) != QLatin1String("all")) {

@@ -129,7 +129,7 @@ int check(const CheckOptions& options)
 {
     CheckOutcome outcome;
     outcome.isStrict = options.isStrict;
-    outcome.source = openDataSource(options.input);
+    outcome.source = openData(options.input).source;
     if (!outcome.source)
         return InputFailed;
     std::optional<ProblemFile> problems;
@@ -137,7 +137,7 @@ int check(const CheckOptions& options)
         problems.emplace(options.problems, options.format.forSpreadsheet);
     if (!checkData(outcome, problems ? &*problems : nullptr))
         return InputFailed;
-    tellAssumptions(outcome.report.files);
+    tellAssumptions(options.input, outcome.report.files);
     const bool hasProblemFile = !problems || problems->finish();
     Output output(options.output);
     writeCheck(outcome, options.format, output.sink());

@@ -105,18 +105,21 @@ QString readInputOptions(const QCommandLineParser& parser, InputOptions& options
 
 QString readDictionaryTextOptions(const QCommandLineParser& parser, DictionaryOptions& options)
 {
-    options.language = parser.value(languageOption());
+    if (parser.isSet(languageOption()))
+        options.language = parser.value(languageOption());
     return readEncoding(parser, encodingOption(), options.encoding);
 }
 
 QString readEncoding(
     const QCommandLineParser& parser, const QCommandLineOption& option, QByteArray& encoding)
 {
-    encoding = parser.value(option).toLatin1();
-    if (parser.isSet(option) && !QTextCodec::codecForName(encoding)) {
+    const bool isSet = parser.isSet(option);
+    const QString name = isSet ? parser.value(option) : QString::fromLatin1(encoding);
+    encoding = name.toLatin1();
+    if ((isSet || !name.isEmpty()) && !QTextCodec::codecForName(encoding)) {
         return QStringLiteral("unknown encoding '%1'; names are for example UTF-8, windows-1252, "
                               "ISO-8859-1 and UTF-16")
-            .arg(parser.value(option));
+            .arg(name);
     }
     return QString();
 }

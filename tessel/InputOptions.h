@@ -16,10 +16,12 @@ QList<QCommandLineOption> dictionaryTextOptions();
 /*! Null when the options make sense, else what is wrong with them. */
 QString readInputOptions(const QCommandLineParser& parser, InputOptions& options);
 
-/*! Reads what dictionaryTextOptions() give, likewise. */
+/*! Reads what dictionaryTextOptions() give, over what \a options say already, likewise. */
 QString readDictionaryTextOptions(const QCommandLineParser& parser, DictionaryOptions& options);
 
-/*! Reads the name of an encoding that \a option gives. Null when it makes sense, else what is
- * wrong. */
+/*!
+ * Reads the name of an encoding that \a option gives, over what \a encoding says already. Null when
+ * it makes sense, else what is wrong.
+ */
 QString readEncoding(
     const QCommandLineParser& parser, const QCommandLineOption& option, QByteArray& encoding);

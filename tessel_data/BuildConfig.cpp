@@ -309,6 +309,7 @@ QByteArray BuildConfig::json(bool isIndented) const
         { QStringLiteral("data"), QJsonArray::fromStringList(data) },
         { QStringLiteral("dictionary"), dictionary }, { QStringLiteral("schema"), schema },
         { QStringLiteral("repeats"), repeats }, { QStringLiteral("language"), language },
+        { QStringLiteral("encoding"), encoding },
         { QStringLiteral("allLanguages"), hasAllLanguages },
         { QStringLiteral("seed"), double(seed) } };
     return QJsonDocument(object).toJson(
@@ -347,6 +348,7 @@ QString BuildConfig::readJson(const QByteArray& json)
     reader.text(QStringLiteral("schema"), [this](const QString& text) { schema = text; });
     reader.text(QStringLiteral("repeats"), [this](const QString& text) { repeats = text; });
     reader.text(QStringLiteral("language"), [this](const QString& text) { language = text; });
+    reader.text(QStringLiteral("encoding"), [this](const QString& text) { encoding = text; });
     reader.flag(QStringLiteral("allLanguages"), [this](bool flag) { hasAllLanguages = flag; });
     reader.number(QStringLiteral("seed"), [&](double number) {
         if (number < 0 || number > std::numeric_limits<quint32>::max()

@@ -71,6 +71,7 @@ public:
     QString schema; /*!< on a server; empty: the first of the search path */
     QString repeats; /*!< "columns" or "tables"; empty: not said */
     QString language; /*!< of the labels; empty: the first */
+    QString encoding; /*!< of the dictionary, name of the codec; empty: it is found */
     bool hasAllLanguages = false;
     quint32 seed = 1; /*!< of the sample */
     /*! @} */

@@ -28,6 +28,8 @@ private slots:
     void again_data();
     void again();
     void commandLineWins();
+    void dictionaryOptions();
+    void uselessDictionaryOptions();
     void plan();
     void notSaved();
     void mistakes_data();
@@ -234,6 +236,56 @@ void tst_BuildSettings::commandLineWins()
         QStringLiteral("case_id,row,PROVINCE,DISTRICT,EA,HOUSEHOLD_NUMBER,AGE"));
 }
 
+// The encoding and the language of the dictionary, from the command line and from settings.
+void tst_BuildSettings::dictionaryOptions()
+{
+    const QString dictionary = pathOf("d.dcf");
+    const QString settings = pathOf("settings.json");
+    QVERIFY(writeFile(dictionary,
+        "[Dictionary]\nVersion=CSPro 7.7\nName=D\nRecordTypeStart=0\nRecordTypeLen=0\n\n"
+        "[Languages]\nEN=English\nFR=French\n\n[Level]\nName=L\n\n[IdItems]\n\n[Item]\nName=I\n"
+        "Start=1\nLen=2\n\n[Record]\nName=R\nLabel=\xC5ge|\xCAtre\n\n[Item]\nName=V\nStart=3\n"
+        "Len=1\n"));
+    QVERIFY(writeFile(pathOf("d.dat"), "011\n"));
+    const auto labelIn = [&](const QString& database) {
+        return SqliteRows(pathOf(database)).value("SELECT label FROM tessel_records");
+    };
+    const QStringList files { "build", dictionary, pathOf("d.dat") };
+    const Outcome first = runTessel(files
+        + QStringList { "--encoding", "ISO-8859-7", "--language", "fr", "--save-config", settings,
+            "--to", pathOf("first.sqlite") });
+    QVERIFY2(first.errors.isEmpty(), first.errors.constData());
+    QCOMPARE(labelIn("first.sqlite"), QStringLiteral("\u039Atre"));
+    const QString text =
+        SqliteRows(pathOf("first.sqlite")).value("SELECT dictionary FROM tessel_builds");
+    QVERIFY2(text.contains(QStringLiteral("Label=\u0395ge|\u039Atre\n")), qPrintable(text));
+    const Outcome again =
+        runTessel({ "build", "--config", settings, "--to", pathOf("again.sqlite") });
+    QVERIFY2(again.errors.isEmpty(), again.errors.constData());
+    QCOMPARE(labelIn("again.sqlite"), labelIn("first.sqlite"));
+    const Outcome other = runTessel({ "build", "--config", settings, "--encoding", "windows-1252",
+        "--language", "EN", "--to", pathOf("other.sqlite") });
+    QCOMPARE(labelIn("other.sqlite"), QStringLiteral("\u00C5ge"));
+    QCOMPARE(other.status, 0);
+    const Outcome found = runTessel(files + QStringList { "--to", pathOf("found.sqlite") });
+    QVERIFY2(found.errors.contains("name its encoding with --encoding"), found.errors.constData());
+    const Outcome unknown =
+        runTessel(files + QStringList { "--language", "DE", "--to", pathOf("none.sqlite") });
+    QCOMPARE(unknown.status, 1);
+    QVERIFY2(
+        unknown.errors.contains("has no language DE; it has EN, FR"), unknown.errors.constData());
+}
+
+// They are told where they do nothing.
+void tst_BuildSettings::uselessDictionaryOptions()
+{
+    const Outcome outcome = runTessel({ "build", "../../examples/person.dta", "--plan",
+        "--encoding", "windows-1252", "--language", "FR" });
+    QCOMPARE(outcome.status, 0);
+    QVERIFY2(outcome.errors.contains("note: --encoding "), outcome.errors.constData());
+    QVERIFY2(outcome.errors.contains("note: --language "), outcome.errors.constData());
+}
+
 void tst_BuildSettings::plan()
 {
     const QString file = pathOf("settings.json");
@@ -292,6 +344,9 @@ void tst_BuildSettings::mistakes_data()
                                 << QByteArray("--seed is for --sample");
     QTest::newRow("seed") << QStringList { "--sample", "0.1", "--seed",
         "-1" } << QByteArray("--seed takes a whole number from 0 to 4294967295, not '-1'");
+    QTest::newRow("encoding") << QStringList { "--encoding", "none" }
+                              << QByteArray("unknown encoding 'none'; names are for example UTF-8, "
+                                            "windows-1252, ISO-8859-1 and UTF-16");
     QTest::newRow("no file") << QStringList { "--save-config", "" }
                              << QByteArray("--save-config needs the name of a file");
 }
@@ -318,6 +373,8 @@ void tst_BuildSettings::files_data()
     QTest::newRow("record") << QByteArray(
         "{\"tessel_build\": 1, \"entities\": [{\"name\": \"PERSN\"}]}")
                             << 2 << QByteArray("there is no record 'PERSN'; did you mean PERSON?");
+    QTest::newRow("encoding") << QByteArray("{\"tessel_build\": 1, \"encoding\": \"none\"}") << 2
+                              << QByteArray("unknown encoding 'none'");
     QTest::newRow("repeats") << QByteArray("{\"tessel_build\": 1, \"repeats\": \"rows\"}") << 2
                              << QByteArray("--repeats takes columns or tables, not 'rows'");
 }

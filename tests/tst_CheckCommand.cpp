@@ -220,7 +220,7 @@ void tst_CheckCommand::wrongUsage_data()
     QTest::newRow("two standard inputs")
         << QStringList { dictionary, "-", "-" } << QByteArray("only once");
     QTest::newRow("SPSS file and data")
-        << QStringList { sav, spoilt } << QByteArray("checked alone");
+        << QStringList { sav, spoilt } << QByteArray("give it alone");
     QTest::newRow("SPSS file as data")
         << QStringList { dictionary, sav } << QByteArray("give it alone");
     QTest::newRow("--dictionary with text") << QStringList { dictionary, spoilt, "--dictionary",

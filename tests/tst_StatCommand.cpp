@@ -54,6 +54,8 @@ private slots:
     void establishedRulesListTheFieldsOfTheImporters();
     void jsonTellsWhatTheFileHas();
     void missingValuesAndTagsAreShown();
+    void allCommandsTellTheSame_data();
+    void allCommandsTellTheSame();
     void assumedEncodingIsTold_data();
     void assumedEncodingIsTold();
     void soundFileThatIsNotSupported();
@@ -253,6 +255,46 @@ void tst_StatCommand::assumedEncodingIsTold()
         QCOMPARE(outcome.status, 0);
         QVERIFY2(outcome.output.contains(shown), outcome.output.constData());
         QCOMPARE(outcome.errors.contains("windows-1252"), isTold);
+    }
+    const QByteArray told = runTessel({ "fields", path }).errors;
+    QCOMPARE(runTessel({ "check", path }).errors, told);
+    QCOMPARE(runTessel({ "build", path, "--to", folder.filePath("t.sqlite") }).errors, told);
+    const QString encoding = format < 118 ? "windows-1252" : "UTF-8";
+    const Outcome listed = runTessel({ "fields", "-f", "json", path });
+    QCOMPARE(firstListing(listed.output).value("encoding").toString(), encoding);
+    const Outcome checked = runTessel({ "check", "-f", "json", path });
+    QCOMPARE(firstListing(checked.output).value("encoding").toString(), encoding);
+}
+
+void tst_StatCommand::allCommandsTellTheSame_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QByteArray>("advice");
+    QTest::newRow("encrypted") << "a.sav" << QByteArray("\x1C\0\0\0\0\0\0\0ENCRYPTEDSAV", 20)
+                               << QByteArray("save it without a password");
+    for (const QString& name : { "household.sav", "household.dta" }) {
+        const QByteArray whole = readFile(example(name));
+        QTest::newRow(qPrintable("cut " + name))
+            << name << whole.left(700) << QByteArray("get it anew");
+    }
+}
+
+void tst_StatCommand::allCommandsTellTheSame()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, advice);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(name);
+    QVERIFY(writeFile(path, bytes));
+    const QByteArray told = runTessel({ "fields", path }).errors;
+    QVERIFY2(told.contains(advice), told.constData());
+    for (const QStringList& command :
+        { QStringList { "check", path }, { "build", path, "--to", folder.filePath("t.sqlite") } }) {
+        const Outcome outcome = runTessel(command);
+        QCOMPARE(outcome.status, 1);
+        QCOMPARE(outcome.errors, told);
     }
 }
 
@@ -478,6 +520,16 @@ void tst_StatCommand::damagedLabelsEndWithAStatus()
     QCOMPARE(outcome.status, 1);
     QCOMPARE(outcome.errors.count(": error: "), 1);
     QCOMPARE(firstListing(outcome.output).value("fields").toArray().size(), 1);
+    // No data are taken for checked that could not be.
+    for (const QStringList& command :
+        { QStringList { "check", path }, { "build", path, "--to", folder.filePath("t.sqlite") } }) {
+        const Outcome refused = runTessel(command);
+        QCOMPARE(refused.status, 1);
+        QVERIFY(refused.output.isEmpty());
+        QVERIFY2(refused.errors.contains("the value labels cannot be read")
+                && refused.errors.contains("its data are not read"),
+            refused.errors.constData());
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_StatCommand)

@@ -22,7 +22,8 @@ bool readConfig(const QString& path, BuildSettings& settings)
     settings.target = config.target();
     settings.schema = config.schema;
     settings.repeats = config.repeats;
-    settings.language = config.language;
+    settings.input.reading.language = config.language;
+    settings.input.reading.encoding = config.encoding.toLatin1();
     settings.hasAllLanguages = config.hasAllLanguages;
     settings.selected.selection = config.selection();
     return true;
@@ -38,7 +39,8 @@ QByteArray configText(
     config.setTarget(settings.target);
     config.schema = settings.schema;
     config.repeats = settings.repeats;
-    config.language = settings.language;
+    config.language = settings.input.reading.language;
+    config.encoding = QString::fromLatin1(settings.input.reading.encoding);
     config.hasAllLanguages = settings.hasAllLanguages;
     config.setSelection(settings.selected.selection, dictionary);
     return config.json(isIndented);

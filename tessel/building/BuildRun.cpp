@@ -9,37 +9,13 @@
 #include "process/Progress.h"
 #include "reading/ReadInput.h"
 
-#include <model_Tessel/TextEncoding.h>
-
-#include <tessel_data/CSProDb.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/PostgresTarget.h>
 #include <tessel_data/SqliteTarget.h>
 
-#include <QFile>
-#include <QTextCodec>
-
 using namespace tessel;
 
 namespace {
-
-// As UTF-8, whatever it was.
-QByteArray asUtf8(const QByteArray& bytes)
-{
-    const QTextCodec* const marked = QTextCodec::codecForUtfText(bytes, nullptr);
-    return (marked ? marked : likelyCodec(bytes))->toUnicode(bytes).toUtf8();
-}
-
-QByteArray dictionaryText(const DataInput& input)
-{
-    const DataKind kind = dataKindOf(input.first);
-    const QString path = input.dictionary.isEmpty() ? input.first : input.dictionary;
-    if (kind == DataKind::CSProDb && input.dictionary.isEmpty())
-        return CSProDb(path).dictionary();
-    QFile file(path);
-    const bool isText = kind == DataKind::Text || kind == DataKind::CSProDb;
-    return isText && file.open(QIODevice::ReadOnly) ? asUtf8(file.readAll()) : QByteArray();
-}
 
 std::unique_ptr<DatabaseTarget> targetOf(const BuildSettings& settings)
 {
@@ -64,7 +40,7 @@ bool openExisting(const DataSource& source, const BuildSettings& settings, Datab
     // What a part of the cases lacks is not gone.
     const DataSelection& part = settings.selected.selection;
     const bool hasAllCases = part.where.isEmpty() && part.sample == 0 && part.every == 0;
-    const bool isDb = dataKindOf(settings.input.first) == DataKind::CSProDb;
+    const bool isDb = settings.input.kind == DataKind::CSProDb;
     options.plan.addition = isDb && hasAllCases ? Addition::Withdrawing : Addition::Cases;
     const QByteArray before = target.openExisting();
     const QStringList breaking = before == options.dictionaryText
@@ -79,13 +55,28 @@ bool openExisting(const DataSource& source, const BuildSettings& settings, Datab
     return breaking.isEmpty();
 }
 
-bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report)
+// Those of the labels, by index. That there is one of the wanted name was found when the dictionary
+// was opened.
+QVector<int> chosenLanguages(const BuildSettings& settings, const DataDictionary& dictionary)
 {
+    const QString& wanted = settings.input.reading.language;
+    QVector<int> chosen;
+    for (int l = 0; l < dictionary.languages.size(); ++l) {
+        if (dictionary.languages.at(l).name.compare(wanted, Qt::CaseInsensitive) == 0)
+            chosen.prepend(l);
+        else if (settings.hasAllLanguages)
+            chosen.append(l);
+    }
+    return chosen;
+}
+
+bool fill(const OpenedData& data, const BuildSettings& settings, BuildReport& report)
+{
+    DataSource& source = *data.source;
     BuildOptions options;
     options.plan.hasRepeatTables = settings.hasRepeatTables();
-    if (!chooseLanguages(settings, source.dictionary(), options.plan))
-        return false;
-    options.dictionaryText = dictionaryText(settings.input);
+    options.plan.languages = chosenLanguages(settings, source.dictionary());
+    options.dictionaryText = data.dictionaryText;
     options.options = QString::fromUtf8(configText(settings, source.dictionary(), false));
     options.version = QStringLiteral(TESSEL_VERSION);
     const std::unique_ptr<DatabaseTarget> target = targetOf(settings);
@@ -107,52 +98,28 @@ bool fill(DataSource& source, const BuildSettings& settings, BuildReport& report
 
 // The part of the data that the settings want, which are then written down. Null, with the status
 // that the command ends with, when that fails.
-std::unique_ptr<DataSource> openSource(BuildSettings& settings, int& status)
+OpenedData openSource(BuildSettings& settings, int& status)
 {
     status = InputFailed;
-    std::unique_ptr<DataSource> source = openDataSource(settings.input);
-    if (!source)
-        return nullptr;
+    OpenedData data = openData(settings.input);
+    if (!data.source)
+        return {};
     QString mistake;
     settings.selected.selection.needsWholeItems = settings.hasRepeatTables();
-    source = selectedData(std::move(source), settings.selected, mistake);
-    if (!source) {
+    data.source = selectedData(std::move(data.source), settings.selected, mistake);
+    if (!data.source) {
         status = Console::wrongUsage(mistake);
-        return nullptr;
+        return {};
     }
     if (!settings.configFile.isEmpty()) {
         Output output(settings.configFile);
-        if (!output.write(configText(settings, source->dictionary(), true)))
-            return nullptr;
+        if (!output.write(configText(settings, data.source->dictionary(), true)))
+            return {};
     }
-    return source;
+    return data;
 }
 
 } // namespace
-
-bool chooseLanguages(
-    const BuildSettings& settings, const DataDictionary& dictionary, PlanOptions& options)
-{
-    const auto& languages = dictionary.languages;
-    QStringList names;
-    for (int l = 0; l < languages.size(); ++l) {
-        names.append(languages.at(l).name);
-        if (languages.at(l).name.compare(settings.language, Qt::CaseInsensitive) == 0)
-            options.languages.prepend(l);
-        else if (settings.hasAllLanguages)
-            options.languages.append(l);
-    }
-    const bool isKnown =
-        settings.language.isEmpty() || names.contains(settings.language, Qt::CaseInsensitive);
-    if (!isKnown) {
-        failInput(settings.input.first, 0,
-            names.isEmpty()
-                ? QStringLiteral("has labels in one language only; leave --language away")
-                : QStringLiteral("has no labels in '%1'; its languages are %2")
-                      .arg(settings.language, names.join(QLatin1String(", "))));
-    }
-    return isKnown;
-}
 
 QString targetName(const BuildSettings& settings)
 {
@@ -163,33 +130,33 @@ QString targetName(const BuildSettings& settings)
 int build(BuildSettings settings)
 {
     int status = AllRead;
-    const std::unique_ptr<DataSource> source = openSource(settings, status);
-    if (!source)
+    const OpenedData data = openSource(settings, status);
+    if (!data.source)
         return status;
     BuildReport report;
     try {
-        if (!fill(*source, settings, report))
+        if (!fill(data, settings, report))
             return InputFailed;
     } catch (const DataError& error) {
         failInput(error.file, 0, error.text);
         return InputFailed;
     }
-    tellAssumptions(report.check.files);
-    return Console::show(buildSummary(*source, settings, report));
+    tellAssumptions(settings.input, report.check.files);
+    return Console::show(buildSummary(*data.source, settings, report));
 }
 
 int printPlan(BuildSettings settings)
 {
     int status = AllRead;
-    const std::unique_ptr<DataSource> source = openSource(settings, status);
-    if (!source)
+    const OpenedData data = openSource(settings, status);
+    if (!data.source)
         return status;
+    const DataSource& source = *data.source;
     PlanOptions options;
     options.hasRepeatTables = settings.hasRepeatTables();
-    options.hasCases = source->hasCases();
+    options.hasCases = source.hasCases();
+    options.languages = chosenLanguages(settings, source.dictionary());
     if (PostgresTarget::isConnection(settings.target))
         options.dialect = SqlDialect::PostgreSql;
-    if (!chooseLanguages(settings, source->dictionary(), options))
-        return InputFailed;
-    return Console::show(planText(DatabasePlan(source->dictionary(), options)));
+    return Console::show(planText(DatabasePlan(source.dictionary(), options)));
 }

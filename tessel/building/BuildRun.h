@@ -15,7 +15,6 @@ struct BuildSettings {
     bool replacesTarget = false;
     bool addsToTarget = false;
     QString repeats; /*!< "columns" or "tables", of repeated items; empty: columns */
-    QString language; /*!< of the labels, by name; empty: the first */
     bool hasAllLanguages = false;
     SelectionRequest selected;
     QString configFile; /*!< that these settings are written to; empty: none */
@@ -25,13 +24,6 @@ struct BuildSettings {
         return repeats == QLatin1String("tables");
     }
 };
-
-/*!
- * Chooses the languages of the labels in \a options; false, and told, when there is none of the
- * name.
- */
-bool chooseLanguages(const BuildSettings& settings, const tessel::DataDictionary& dictionary,
-    tessel::PlanOptions& options);
 
 /*! What the target is called in messages and in the database; never with a password. */
 QString targetName(const BuildSettings& settings);

@@ -14,10 +14,7 @@
 
 #include <QFileInfo>
 
-#include <optional>
-
 using tessel::DataDictionary;
-using tessel::DataSource;
 
 namespace {
 
@@ -44,70 +41,45 @@ int languageOf(const DataDictionary& dictionary, const QString& name)
     return 0;
 }
 
-// Null, and told, when it cannot be read.
-std::optional<DataDictionary> readDictionary(const QString& path, const DataInput& input)
+DictionaryFile readDictionary(const QString& path, const DataInput& input)
 {
     InputOptions options;
     options.dictionary = input.reading;
-    const InputDictionary read = readInputDictionary(path, options);
-    if (!read.file.hasDictionary())
-        return std::nullopt;
-    const TCSProDataImport* importer = read.file.csproImporter();
+    return readInputDictionary(path, options).file;
+}
+
+OpenedData openCSPro(const DataInput& input)
+{
+    if (input.kind == DataKind::CSProDb) { // what is none is told so, not as a dictionary
+        const tessel::CSProDb db(input.first);
+    }
+    const QString path = input.dictionary.isEmpty() ? input.first : input.dictionary;
+    const DictionaryFile file = readDictionary(path, input);
+    const TCSProDataImport* const importer = file.csproImporter();
     if (!importer) {
-        failInput(path, 0, QStringLiteral("is no CSPro dictionary"));
-        return std::nullopt;
+        if (file.hasDictionary())
+            failInput(path, 0, QStringLiteral("is no CSPro dictionary"));
+        return {};
     }
     DataDictionary dictionary =
         DataDictionary::fromReader(*importer->dictionary, path, input.valueSets);
     dictionary.language = languageOf(dictionary, input.reading.language);
-    return dictionary;
+    if (input.kind == DataKind::CSProDb)
+        return { std::make_unique<tessel::CSProDbSource>(input.first, dictionary), file.text() };
+    return { std::make_unique<tessel::CSProTextSource>(dictionary, input.data), file.text() };
 }
 
-std::unique_ptr<DataSource> openCSProDb(const DataInput& input)
+OpenedData openStatFile(const DataInput& input)
 {
-    const tessel::CSProDb db(input.first); // what is none is told so, not as a dictionary
-    const auto dictionary =
-        readDictionary(input.dictionary.isEmpty() ? input.first : input.dictionary, input);
-    return dictionary ? std::make_unique<tessel::CSProDbSource>(input.first, *dictionary) : nullptr;
-}
-
-std::unique_ptr<DataSource> openText(const DataInput& input)
-{
-    const auto dictionary = readDictionary(input.first, input);
-    return dictionary ? std::make_unique<tessel::CSProTextSource>(*dictionary, input.data)
-                      : nullptr;
-}
-
-std::unique_ptr<DataSource> openStatFile(const DataInput& input, TStatFileKind kind)
-{
-    const auto tell = [&](const QString& value, const char* option) {
-        if (!value.isEmpty()) {
-            Console::tell(input.first, 0, Console::Severity::Note,
-                QLatin1String(option)
-                    + QLatin1String(" is for CSPro dictionaries and does nothing here"));
-        }
-    };
-    tell(QString::fromLatin1(input.reading.encoding), "--encoding");
-    tell(input.reading.language, "--language");
-    return std::make_unique<tessel::StatSource>(input.first, kind);
-}
-
-std::unique_ptr<DataSource> open(const DataInput& input)
-{
-    switch (dataKindOf(input.first)) {
-    case DataKind::CSProDb:
-        return openCSProDb(input);
-    case DataKind::Spss:
-        return openStatFile(input, TStatFileKind::Spss);
-    case DataKind::Stata:
-        return openStatFile(input, TStatFileKind::Stata);
-    case DataKind::Text:
-        break;
+    const DictionaryFile file = readDictionary(input.first, input);
+    if (file.hasDictionary() && !file.isWhole()) {
+        failInput(input.first, 0,
+            QStringLiteral("its data are not read, as labels of their values are missing"));
     }
-    return openText(input);
+    if (!file.isWhole())
+        return {};
+    return { std::make_unique<tessel::StatSource>(file), QByteArray() };
 }
-
-} // namespace
 
 DataKind dataKindOf(const QString& path)
 {
@@ -128,16 +100,18 @@ DataKind dataKindOf(const QString& path)
     }
 }
 
-QString checkDataInput(const DataInput& input)
+} // namespace
+
+QString checkDataInput(DataInput& input)
 {
-    const DataKind kind = dataKindOf(input.first);
-    if (!input.dictionary.isEmpty() && kind != DataKind::CSProDb)
+    input.kind = dataKindOf(input.first);
+    if (!input.dictionary.isEmpty() && input.kind != DataKind::CSProDb)
         return QStringLiteral("--dictionary is for a CSPro DB; give the dictionary of text data "
                               "in front of them");
-    if (kind != DataKind::Text) {
+    if (input.kind != DataKind::Text) {
         return input.data.isEmpty()
             ? QString()
-            : QStringLiteral("'%1' holds its own dictionary and is checked alone").arg(input.first);
+            : QStringLiteral("'%1' holds its own dictionary; give it alone").arg(input.first);
     }
     if (input.first == standardInput())
         return QStringLiteral("the dictionary cannot be standard input");
@@ -145,7 +119,7 @@ QString checkDataInput(const DataInput& input)
         return QStringLiteral("no data file given for the dictionary '%1'").arg(input.first);
     if (input.data.count(standardInput()) > 1)
         return QStringLiteral("standard input can be read only once");
-    for (const QString& path : input.data) {
+    for (const QString& path : qAsConst(input.data)) {
         if (path != standardInput() && dataKindOf(path) != DataKind::Text) {
             return QStringLiteral("'%1' holds its own dictionary; give it alone, a CSPro DB with "
                                   "--dictionary where another is wanted")
@@ -155,18 +129,21 @@ QString checkDataInput(const DataInput& input)
     return QString();
 }
 
-std::unique_ptr<DataSource> openDataSource(const DataInput& input)
+OpenedData openData(const DataInput& input)
 {
+    const bool isCSPro = input.kind == DataKind::Text || input.kind == DataKind::CSProDb;
     try {
-        return open(input);
+        return isCSPro ? openCSPro(input) : openStatFile(input);
     } catch (const tessel::DataError& error) {
         failInput(error.file, 0, error.text);
-        return nullptr;
+        return {};
     }
 }
 
-void tellAssumptions(const std::vector<tessel::SourceFile>& files)
+void tellAssumptions(const DataInput& input, const std::vector<tessel::SourceFile>& files)
 {
+    if (input.kind != DataKind::Text) // their dictionary tells, or nothing has to be assumed
+        return;
     for (const tessel::SourceFile& file : files) {
         if (file.encoding == QLatin1String("windows-1252") && !file.hasByteOrderMark) {
             Console::tell(file.path, 0, Console::Severity::Note,

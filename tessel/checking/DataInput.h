@@ -9,28 +9,33 @@
 
 #include <memory>
 
+/*! What the first file is, as far as the rest of the command line depends on it. */
+enum class DataKind { Text, CSProDb, Spss, Stata };
+
 /*! Data that are to be read, with what describes them. */
 struct DataInput {
     QString first; /*!< a CSPro dictionary, or data that hold their own */
     QStringList data; /*!< text files that the dictionary describes; "-": standard input */
     QString dictionary; /*!< for a CSPro DB, in place of its own; empty: its own */
     DictionaryOptions reading; /*!< encoding and language of the dictionary */
+    DataKind kind = DataKind::Text; /*!< of the first file; checkDataInput() finds it */
     tessel::ValueSetChoice valueSets = tessel::ValueSetChoice::First;
 };
 
-/*! What the first file is, as far as the rest of the command line depends on it. */
-enum class DataKind { Text, CSProDb, Spss, Stata };
-
-DataKind dataKindOf(const QString& path);
-
-/*! Null when the files of \a input go together, else what is wrong. */
-QString checkDataInput(const DataInput& input);
+/*! Data that are open. */
+struct OpenedData {
+    std::unique_ptr<tessel::DataSource> source; /*!< null, and told: they cannot be read */
+    QByteArray dictionaryText; /*!< of the CSPro dictionary that was read, in UTF-8; else empty */
+};
 
 /*!
- * Opens the data. What is to be known of their dictionary is told. Null, and told, when they cannot
- * be read.
+ * Finds the kind of \a input. Null when its files go together, else what is wrong. Its options are
+ * not looked at.
  */
-std::unique_ptr<tessel::DataSource> openDataSource(const DataInput& input);
+QString checkDataInput(DataInput& input);
 
-/*! Tells of \a files what their reader had to assume. */
-void tellAssumptions(const std::vector<tessel::SourceFile>& files);
+/*! Opens the data, which were checked. What is to be known of their dictionary is told. */
+OpenedData openData(const DataInput& input);
+
+/*! Tells of \a files, which belong to \a input, what the reader of text data had to assume. */
+void tellAssumptions(const DataInput& input, const std::vector<tessel::SourceFile>& files);
