@@ -15,6 +15,8 @@
 
 using namespace tessel;
 
+Q_DECLARE_METATYPE(tessel::DataError::Code)
+
 namespace {
 
 // A value as its kind and bytes: #bits of a number, 'text', .letter of a missing kind; * marks

@@ -12,6 +12,8 @@
 
 using namespace tessel;
 
+Q_DECLARE_METATYPE(tessel::DataError::Code)
+
 namespace {
 
 QString writtenDictionary(const QTemporaryDir& folder)
