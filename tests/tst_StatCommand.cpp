@@ -273,7 +273,7 @@ void tst_StatCommand::allCommandsTellTheSame_data()
     QTest::addColumn<QByteArray>("advice");
     QTest::newRow("encrypted") << "a.sav" << QByteArray("\x1C\0\0\0\0\0\0\0ENCRYPTEDSAV", 20)
                                << QByteArray("save it without a password");
-    for (const QString& name : { "household.sav", "household.dta" }) {
+    for (const QString name : { "household.sav", "household.dta" }) {
         const QByteArray whole = readFile(example(name));
         QTest::newRow(qPrintable("cut " + name))
             << name << whole.left(700) << QByteArray("get it anew");
