@@ -257,7 +257,7 @@ void tst_BuildSettings::dictionaryOptions()
     QVERIFY2(first.errors.isEmpty(), first.errors.constData());
     QCOMPARE(labelIn("first.sqlite"), QStringLiteral("\u039Atre"));
     const QString text =
-        SqliteRows(pathOf("first.sqlite")).value("SELECT dictionary FROM tessel_builds");
+        SqliteRows(pathOf("first.sqlite")).value("SELECT dictionary FROM tessel_sources");
     QVERIFY2(text.contains(QStringLiteral("Label=\u0395ge|\u039Atre\n")), qPrintable(text));
     const Outcome again =
         runTessel({ "build", "--config", settings, "--to", pathOf("again.sqlite") });
