@@ -58,6 +58,11 @@ void PostgresSchema::openFormer()
     choose();
     lock();
     if (isThere()) {
+        if (!hasRight("USAGE")) {
+            m_server.fail(QStringLiteral("permission denied for schema %1; the right to use it has "
+                                         "to be granted by the owner")
+                              .arg(quoted(m_name)));
+        }
         enter();
         readRelations();
         readFormer();
@@ -109,6 +114,16 @@ bool PostgresSchema::isThere() const
                 .empty();
 }
 
+bool PostgresSchema::hasRight(const char* right) const
+{
+    return m_server
+               .query(QStringLiteral("SELECT has_schema_privilege(%1, '%2')")
+                          .arg(sqlText(m_name), QLatin1String(right)))
+               .front()
+               .front()
+        == QLatin1String("t");
+}
+
 void PostgresSchema::enter() const
 {
     m_server.run(QLatin1String("SET LOCAL search_path = ") + quoted(m_name));
@@ -118,11 +133,7 @@ void PostgresSchema::make()
 {
     if (!isThere())
         m_server.run(QLatin1String("CREATE SCHEMA ") + quoted(m_name));
-    const auto rights =
-        m_server.query(QStringLiteral("SELECT has_schema_privilege(%1, 'USAGE') AND "
-                                      "has_schema_privilege(%1, 'CREATE')")
-                           .arg(sqlText(m_name)));
-    if (rights.front().front() != QLatin1String("t")) {
+    if (!hasRight("USAGE") || !hasRight("CREATE")) {
         m_server.fail(QStringLiteral("permission denied for schema %1; the rights to use it and to "
                                      "create tables there have to be granted by the owner")
                           .arg(quoted(m_name)));

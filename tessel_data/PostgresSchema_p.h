@@ -37,6 +37,7 @@ private:
     void lock();
     void make();
     bool isThere() const;
+    bool hasRight(const char* right) const;
     void enter() const;
     void readRelations();
     void readFormer();

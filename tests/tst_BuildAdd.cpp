@@ -13,7 +13,8 @@ private slots:
     void shuffledBatches();
     void textCases();
     void duplicates();
-    void sameIdentificationTwice();
+    void blankIdentification();
+    void partlyBlankIdentification();
     void rejects();
     void csproDb();
     void uuidsMeetText();
@@ -144,7 +145,7 @@ void tst_BuildAdd::duplicates()
 }
 
 // A blank identification names no case, so that none of them is replaced.
-void tst_BuildAdd::sameIdentificationTwice()
+void tst_BuildAdd::blankIdentification()
 {
     make("1    1ann\n");
     QCOMPARE(
@@ -152,6 +153,18 @@ void tst_BuildAdd::sameIdentificationTwice()
     QCOMPARE(
         changes(add("1    1ann\n")), QByteArray("0 new, 0 changed, 0 deleted (1 as they were)"));
     QCOMPARE(rows("SELECT NAME FROM HOUSE ORDER BY 1"), (QStringList { "ann", "bob" }));
+}
+
+// A blank in it is a value like others.
+void tst_BuildAdd::partlyBlankIdentification()
+{
+    make("1  011ann\n101011bob\n1  021cat\n");
+    QCOMPARE(changes(add("1  012ann\n1  021cat\n101  1dan\n1  011eve\n")),
+        QByteArray("2 new, 1 changed, 0 deleted (1 as they were)"));
+    QCOMPARE(rows("SELECT PLACE, NUMBER, ROOF, NAME FROM HOUSE ORDER BY case_id"),
+        (QStringList { "-|1|2|ann", "1|1|1|bob", "-|2|1|cat", "1|-|1|dan", "-|1|1|eve" }));
+    QCOMPARE(rows("SELECT case_id, duplicate_of FROM cases WHERE duplicate_of IS NOT NULL"),
+        QStringList("5|1"));
 }
 
 void tst_BuildAdd::rejects()

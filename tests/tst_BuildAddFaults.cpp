@@ -19,6 +19,7 @@ private slots:
     void stopped();
     void serverOthersRead();
     void serverLocked();
+    void serverRights();
     void serverWaits_data();
     void serverWaits();
 
@@ -268,6 +269,31 @@ void tst_BuildAddFaults::serverLocked()
     other.closeWriteChannel();
     QVERIFY(other.waitForFinished());
     QCOMPARE(add("101021bob\n").status, 0);
+}
+
+// Who may change the rows may add; definitions are changed by the owner of the tables.
+void tst_BuildAddFaults::serverRights()
+{
+    startServer();
+    make("101011ann\n");
+    ask("CREATE ROLE other LOGIN;");
+    const auto addAsOther = [this](const QByteArray& lines) {
+        writeFile(path("d.dat"), lines);
+        return runTessel({ "build", "--add", path("d.dcf"), path("d.dat"), "--schema", "t", "--to",
+            m_server.connection("postgres", "other") });
+    };
+    QCOMPARE(addAsOther("101021bob\n").status, 1);
+    QVERIFY(changes(addAsOther("101021bob\n")).contains("permission denied for schema \"t\""));
+    ask("GRANT USAGE ON SCHEMA t TO other;");
+    QVERIFY(changes(addAsOther("101021bob\n")).contains("permission denied for table"));
+    ask("GRANT SELECT, INSERT, UPDATE, DELETE ON ALL TABLES IN SCHEMA t TO other;");
+    QCOMPARE(changes(addAsOther("101021bob\n")),
+        QByteArray("1 new, 0 changed, 0 deleted (0 as they were)"));
+    writeFile(path("d.dcf"), plainSurvey().replace("Tiles", "Tile"));
+    const QStringList before = state();
+    const QByteArray owned = changes(addAsOther("101021bob\n"));
+    QVERIFY2(owned.contains("must be owner of"), owned.constData());
+    QCOMPARE(state(), before);
 }
 
 void tst_BuildAddFaults::serverWaits_data()
