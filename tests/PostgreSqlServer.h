@@ -36,12 +36,18 @@ public:
         return resume() ? QString() : QStringLiteral("pg_ctl cannot start the server");
     }
 
-    bool resume()
+    // fileBytes: none of the server's files can become larger; 0: all can.
+    bool resume(int fileBytes = 0)
     {
+        constexpr int unit = 512; // of ulimit
+        const QString limit = fileBytes > 0 ? QString::number(fileBytes / unit) : "unlimited";
         const QString options = "-c listen_addresses= -c fsync=off -k " + m_folder.path();
-        m_isRunning =
-            run("pg_ctl", { "start", "-w", "-D", data(), "-l", data() + "/log", "-o", options })
-                .status
+        m_isRunning = runProgram("sh",
+                          QStringList { "-c", "ulimit -f " + limit + " && exec \"$@\"", "sh" }
+                              + asNobody(m_programs + "pg_ctl")
+                              + QStringList { "start", "-w", "-D", data(), "-l", data() + "/log",
+                                  "-o", options })
+                          .status
             == 0;
         return m_isRunning;
     }
@@ -104,12 +110,16 @@ private:
 
     Outcome run(const QString& program, const QStringList& arguments) const
     {
+        const QStringList words = asNobody(m_programs + program) + arguments;
+        return runProgram(words.first(), words.mid(1));
+    }
+
+    // Where the test has all rights.
+    QStringList asNobody(const QString& program) const
+    {
         if (m_setpriv.isEmpty())
-            return runProgram(m_programs + program, arguments);
-        return runProgram(m_setpriv,
-            QStringList {
-                "--reuid=nobody", "--regid=nogroup", "--clear-groups", m_programs + program }
-                + arguments);
+            return { program };
+        return { m_setpriv, "--reuid=nobody", "--regid=nogroup", "--clear-groups", program };
     }
 
     QTemporaryDir m_folder;

@@ -1,10 +1,10 @@
 // Builds databases on a server of the test's own and compares them with those that SQLite gets from
 // the same data, cell by cell.
+#include "DataErrorOf.h"
 #include "DataRows.h"
 #include "PostgreSqlServer.h"
 
 #include <tessel_data/CSProTextSource.h>
-#include <tessel_data/DataError.h>
 #include <tessel_data/DatabaseBuilder.h>
 #include <tessel_data/PostgresTarget.h>
 
@@ -190,16 +190,6 @@ public:
     PostgresTarget target;
     BuildReport report;
 };
-
-QString errorOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const DataError& error) {
-        return error.file + ": " + error.text;
-    }
-    return QString();
-}
 
 } // namespace
 
@@ -682,7 +672,7 @@ void tst_PostgresTarget::lostConnection()
     QCOMPARE(build({ m_dictionary, m_data }).status, 0);
     const QByteArray before = state();
     Steps steps(m_dictionary, { m_data }, options(true));
-    const QString error = errorOf([&] {
+    const QString error = dataErrorOf([&] {
         steps.build([&](qint64, qint64) {
             ask("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE application_name = "
                 "'tessel';");
@@ -699,7 +689,7 @@ void tst_PostgresTarget::lostServer()
     QCOMPARE(build({ m_dictionary, m_data }).status, 0);
     const QByteArray before = state();
     Steps steps(m_dictionary, { m_data }, options(true));
-    const QString error = errorOf([&] {
+    const QString error = dataErrorOf([&] {
         steps.build([&](qint64, qint64) {
             m_server.stop();
             return true;

@@ -1,0 +1,272 @@
+// Rows on their way to a PostgreSQL server of the test's own: many of them, long ones, numbers of
+// every size, and a server that takes no more.
+#include "DataErrorOf.h"
+#include "PostgreSqlServer.h"
+
+#include <tessel_data/CSProTextSource.h>
+#include <tessel_data/DataError.h>
+#include <tessel_data/DatabaseBuilder.h>
+#include <tessel_data/PostgresTarget.h>
+
+#include <QCryptographicHash>
+#include <QtTest>
+
+#include <random>
+
+using namespace tessel;
+
+namespace {
+
+constexpr int PlotWidth = 30'000;
+constexpr int Households = 1200; // two plots each: more than one COPY takes
+
+QByteArray item(const char* name, int start, int width, const char* more = "")
+{
+    return "[Item]\nLabel=x\nName=" + QByteArray(name) + "\nStart=" + QByteArray::number(start)
+        + "\nLen=" + QByteArray::number(width) + "\n" + more;
+}
+
+QByteArray beginning()
+{
+    return "[Dictionary]\nVersion=CSPro 7.7\nName=MANY\nLabel=x\nRecordTypeStart=1\n"
+           "RecordTypeLen=1\nZeroFill=Yes\n[Level]\nLabel=x\nName=L\n[IdItems]\n";
+}
+
+// A household has a short record and two long ones.
+QByteArray longDictionary()
+{
+    return beginning() + item("ID", 2, 5)
+        + "[Record]\nLabel=x\nName=HOUSE\nRecordTypeValue='1'\nRecordLen=10\n" + item("ROOMS", 7, 2)
+        + "[Record]\nLabel=x\nName=PLOT\nRecordTypeValue='2'\nMaxRecords=9\nRecordLen=32000\n"
+        + item("LINE", 7, 1) + item("TEXT", 8, PlotWidth, "DataType=Alpha\n");
+}
+
+QByteArray randomText(std::mt19937& random, int size)
+{
+    static const char letters[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-+";
+    QByteArray text(size, Qt::Uninitialized);
+    for (char& letter : text)
+        letter = letters[random() % (sizeof letters - 1)];
+    return text;
+}
+
+QByteArray longData(int households, QByteArray& allTexts)
+{
+    std::mt19937 random(1);
+    QByteArray data;
+    for (int id = 1; id <= households; ++id) {
+        const QByteArray key = QByteArray::number(id).rightJustified(5, '0');
+        data += '1' + key + "07\n";
+        for (const char line : { '1', '2' }) {
+            const QByteArray text = randomText(random, PlotWidth - id % 7);
+            data += '2' + key + line + text + '\n';
+            allTexts += text;
+        }
+    }
+    return data;
+}
+
+// A record of one number with so many decimals, of 18 digits and the sign.
+QByteArray decimalsDictionary(int most)
+{
+    QByteArray text = beginning() + item("ID", 2, 5)
+        + "[Record]\nLabel=x\nName=NUMBERS\nRecordTypeValue='1'\nRecordLen=900\n";
+    for (int d = 0; d <= most; ++d) {
+        const QByteArray name = "D" + QByteArray::number(d);
+        const QByteArray decimals = d > 0 ? "Decimal=" + QByteArray::number(d) + '\n' : "";
+        text += item(name.constData(), 7 + 19 * d, 19, decimals.constData());
+    }
+    return text;
+}
+
+} // namespace
+
+class tst_PostgresCopy : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void numbers();
+    void longRows();
+    void lostInTheMiddle();
+    void stoppedInTheMiddle();
+    void fullDisk();
+    void settings();
+
+private:
+    Outcome build(const QStringList& source, const QStringList& options = {}) const
+    {
+        return runTessel(QStringList { "build" } + source
+            + QStringList { "--to", m_server.connection() } + options);
+    }
+    QByteArray ask(const QByteArray& statement) const
+    {
+        const Outcome outcome = m_server.ask(statement);
+        return outcome.status == 0 ? outcome.output.trimmed() : outcome.errors;
+    }
+    QByteArray state() const
+    {
+        return ask("SELECT string_agg(relname || relkind::text, ' ' ORDER BY relname) FROM "
+                   "pg_class "
+                   "WHERE relnamespace::regnamespace::text = 'public';")
+            + ask("SELECT count(*) FROM person;");
+    }
+    QString write(const char* name, const QByteArray& bytes) const
+    {
+        const QString path = m_folder.filePath(name);
+        return writeFile(path, bytes) ? path : QString();
+    }
+    QStringList longSource() const
+    {
+        return { m_folder.filePath("long.dcf"), m_folder.filePath("long.dat") };
+    }
+
+    // As long as progress goes on.
+    bool buildLong(const DataProgress& progress) const
+    {
+        CSProTextSource source(
+            DataDictionary::fromFile(longSource().first()), { longSource().last() });
+        PostgresTarget target({ m_server.connection(), QString(), true });
+        BuildReport report;
+        return buildDatabase(source, target, BuildOptions(), report, progress);
+    }
+
+    PostgreSqlServer m_server;
+    QTemporaryDir m_folder;
+    QByteArray m_texts; // of all long rows
+    QStringList m_census { QStringLiteral(TESSEL_EXAMPLES "/census.dcf"),
+        QStringLiteral(TESSEL_EXAMPLES "/census.dat") };
+};
+
+void tst_PostgresCopy::initTestCase()
+{
+    const QString missing = m_server.start();
+    if (!missing.isEmpty())
+        QSKIP(qPrintable(missing));
+    QVERIFY(!write("long.dcf", longDictionary()).isEmpty());
+    QVERIFY(!write("long.dat", longData(Households, m_texts)).isEmpty());
+}
+
+void tst_PostgresCopy::init()
+{
+    QCOMPARE(m_server.carryOut("").errors, QByteArray());
+}
+
+void tst_PostgresCopy::numbers()
+{
+    constexpr int most = 18; // decimals
+    std::mt19937_64 random(1);
+    QByteArray data;
+    QByteArray expected;
+    for (int id = 0; id < 300; ++id) {
+        data += '1' + QByteArray::number(id).rightJustified(5, '0');
+        expected += QByteArray::number(id);
+        for (int d = 0; d <= most; ++d) {
+            // Of any number of digits, zeros at either end among them.
+            const qint64 cut = powerOfTen(int(random() % 19));
+            const qint64 digits = qint64(random() % quint64(powerOfTen(18)));
+            qint64 number = random() % 2 == 0 ? digits % cut : digits - digits % cut;
+            number = random() % 3 == 0 ? -(number / 10) : number;
+            data += QByteArray::number(number).rightJustified(19, ' ');
+            expected += '|' + numberText(number, d).toLatin1();
+        }
+        data += '\n';
+        expected += '\n';
+    }
+    const Outcome built =
+        build({ write("decimals.dcf", decimalsDictionary(most)), write("decimals.dat", data) });
+    QVERIFY2(built.status == 0, built.errors.constData());
+    QByteArray columns = "id";
+    for (int d = 0; d <= most; ++d)
+        columns += ", d" + QByteArray::number(d);
+    const QByteArray found = ask("SELECT " + columns + " FROM numbers ORDER BY id;");
+    QCOMPARE(found.split('\n'), expected.trimmed().split('\n'));
+}
+
+// Rows of several tables in turn, longer than what is sent at once, and more than one COPY takes.
+void tst_PostgresCopy::longRows()
+{
+    const Outcome built = build(longSource());
+    QVERIFY2(built.status == 0, built.errors.constData());
+    QCOMPARE(ask("SELECT count(*), sum(rooms), min(id), max(id) FROM house;"),
+        QByteArray("1200|8400|1|1200"));
+    QCOMPARE(ask("SELECT encode(sha256(string_agg(text::bytea, '' ORDER BY case_id, row)), 'hex') "
+                 "FROM plot;"),
+        QCryptographicHash::hash(m_texts, QCryptographicHash::Sha256).toHex());
+    QCOMPARE(ask("SELECT count(*) FROM cases WHERE records = 3;"), QByteArray("1200"));
+}
+
+void tst_PostgresCopy::lostInTheMiddle()
+{
+    QCOMPARE(build(m_census).status, 0);
+    const QByteArray before = state();
+    const QString error = dataErrorOf([&] {
+        buildLong([&](qint64 done, qint64 size) {
+            if (done > size / 2)
+                ask("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE "
+                    "application_name = 'tessel';");
+            return true;
+        });
+    });
+    QVERIFY2(error.contains("the connection to the server was lost"), qPrintable(error));
+    QCOMPARE(state(), before);
+}
+
+void tst_PostgresCopy::stoppedInTheMiddle()
+{
+    QCOMPARE(build(m_census).status, 0);
+    const QByteArray before = state();
+    QVERIFY(!buildLong([](qint64 done, qint64 size) { return done <= size / 2; }));
+    QCOMPARE(state(), before);
+    QCOMPARE(build(m_census, { "--overwrite" }).status, 0);
+}
+
+void tst_PostgresCopy::fullDisk()
+{
+    constexpr int most = (24 << 20) + 4096; // within a page, as a disk may be full
+    QCOMPARE(build(m_census).status, 0);
+    const QByteArray before = state();
+    ask("CHECKPOINT;"); // so that no large file of before is written again
+    m_server.stop();
+    QVERIFY(m_server.resume(most));
+    const Outcome outcome = build(longSource(), { "--overwrite" });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("cannot be written: could not extend file"),
+        outcome.errors.constData());
+    QVERIFY2(outcome.errors.contains("; the server's disk is full"), outcome.errors.constData());
+    QCOMPARE(state(), before);
+    m_server.stop();
+    QVERIFY(m_server.resume());
+    QCOMPARE(state(), before);
+    QCOMPARE(build(longSource(), { "--overwrite" }).status, 0);
+}
+
+// Settings that were saved make the same database again, of the named server too.
+void tst_PostgresCopy::settings()
+{
+    const QString file = m_folder.filePath("settings.json");
+    const Outcome first = build(m_census,
+        { "--records", "PERSON", "--where", "PROVINCE=11..22", "--schema", "first", "--save-config",
+            file });
+    QVERIFY2(first.status == 0, first.errors.constData());
+    const QByteArray rows = ask("SELECT md5(string_agg(p::text, '' ORDER BY case_id, row)), "
+                                "count(*) FROM first.person p;");
+    QVERIFY2(!rows.endsWith("|0") && rows.contains('|'), rows.constData());
+    const Outcome second = runTessel({ "build", "--config", file, "--schema", "second" });
+    QVERIFY2(second.status == 0, second.errors.constData());
+    QCOMPARE(ask("SELECT md5(string_agg(p::text, '' ORDER BY case_id, row)), count(*) FROM "
+                 "second.person p;"),
+        rows);
+    QCOMPARE(ask("SELECT to_regclass('second.housing') IS NULL;"), QByteArray("t"));
+    const Outcome again = runTessel({ "build", "--config", file });
+    QCOMPARE(again.status, 1);
+    QVERIFY2(again.errors.contains("schema \"first\" has the tables of a build already"),
+        again.errors.constData());
+    QCOMPARE(runTessel({ "build", "--config", file, "--overwrite" }).status, 0);
+}
+
+QTEST_GUILESS_MAIN(tst_PostgresCopy)
+
+#include "tst_PostgresCopy.moc"
