@@ -272,4 +272,9 @@ bool CSProTextSource::hasCases() const
     return true;
 }
 
+bool CSProTextSource::hasWidths() const
+{
+    return true;
+}
+
 } // namespace tessel

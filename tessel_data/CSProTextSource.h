@@ -25,6 +25,7 @@ public:
     bool countsRows() const override;
     const std::vector<SourceFile>& files() const override;
     bool hasCases() const override;
+    bool hasWidths() const override;
 
 private:
     Q_DISABLE_COPY(CSProTextSource)

@@ -11,6 +11,11 @@ bool BatchSink::goesOn()
 
 DataSource::~DataSource() = default;
 
+bool DataSource::hasWidths() const
+{
+    return false;
+}
+
 SourceCounts DataSource::counts() const
 {
     SourceCounts total;

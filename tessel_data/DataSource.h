@@ -44,6 +44,8 @@ public:
     virtual const std::vector<SourceFile>& files() const = 0;
     /*! True when the source knows its cases: no SPSS or Stata file does. */
     virtual bool hasCases() const = 0;
+    /*! True when no value can be wider than its item, as in lines of columns. */
+    virtual bool hasWidths() const;
 
     /*! Counts of all files together. */
     SourceCounts counts() const;

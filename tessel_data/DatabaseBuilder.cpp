@@ -165,6 +165,7 @@ PlanOptions DatabaseBuilder::Job::planOptions(
     PlanOptions chosen = options.plan;
     chosen.dialect = target.dialect();
     chosen.hasCases = source.hasCases();
+    chosen.hasWidths = source.hasWidths();
     return chosen;
 }
 

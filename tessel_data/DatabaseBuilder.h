@@ -9,7 +9,7 @@ namespace tessel {
 
 /*! How a database is built. */
 struct BuildOptions {
-    PlanOptions plan; /*!< its dialect and hasCases are those of the target and the source */
+    PlanOptions plan; /*!< its dialect, hasCases and hasWidths are those of target and source */
     QByteArray dictionaryText; /*!< kept in the database; empty: there is none */
     QString options; /*!< kept in the database, as the user gave them; without passwords */
     QString version; /*!< of the program, kept in the database */

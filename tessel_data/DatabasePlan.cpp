@@ -126,10 +126,12 @@ Type typeOf(const DataVariable& variable)
 
 // Values that are wider than their item, as a CSPro DB may hold them, and the fractions that SPSS
 // and Stata files may hold in a column of whole numbers: SQLite takes them all the same, in
-// PostgreSQL the type has no bounds.
-QString sqlTypeOf(const DataVariable& variable, SqlDialect dialect)
+// PostgreSQL the type has no bounds. Where widths hold, small integers make rows half as long.
+QString sqlTypeOf(const DataVariable& variable, SqlDialect dialect, int digits)
 {
     if (dialect == SqlDialect::PostgreSql) {
+        if (digits > 0)
+            return postgresIntegerName(sqlIntegerBytes(digits));
         return variable.type == DataVariable::Type::Real
             ? QStringLiteral("DOUBLE PRECISION")
             : sqlTypeName(tessel::sqlTypeOf(shapeOf(variable), dialect), dialect);
@@ -480,7 +482,8 @@ DatabaseColumn DatabasePlanner::column(const DataVariable& variable, int index, 
     made.label = m_dictionary.labelText(variable.label, m_languages.first());
     made.type = typeOf(variable);
     made.decimals = made.type == Type::Decimal ? variable.decimals : 0;
-    made.sqlType = sqlTypeOf(variable, m_options.dialect);
+    made.digits = m_options.hasWidths && made.type == Type::Integer ? variable.width : 0;
+    made.sqlType = sqlTypeOf(variable, m_options.dialect, made.digits);
     made.variable = index;
     if (variable.codes)
         made.invalid = invalidCodes(*variable.codes);

@@ -40,6 +40,7 @@ struct DatabaseColumn {
     Role role = Role::Value;
     Type type = Type::Integer;
     int decimals = 0;
+    int digits = 0; /*!< of Integer: no value has more; 0: not known */
     QString sqlType; /*!< in the dialect of the plan */
     bool isId = false; /*!< an identification item */
     int variable = -1; /*!< index in the dictionary; -1: none */
@@ -115,6 +116,7 @@ struct PlanOptions {
     bool hasRepeatTables = false; /*!< repeated items in tables of their own */
     bool hasCases = true; /*!< false: a table of rows, as from SPSS and Stata */
     Addition addition = Addition::None;
+    bool hasWidths = false; /*!< no value is wider than its item, as in lines of columns */
     QVector<int> languages; /*!< of the labels, by index; empty: the first. The first one's column
                                  is "label" */
 };

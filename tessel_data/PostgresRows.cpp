@@ -1,6 +1,7 @@
 #include <tessel_data/PostgresRows_p.h>
 
 #include <tessel_data/DataError.h>
+#include <tessel_data/SqlTypes.h>
 
 #include <QtEndian>
 
@@ -145,7 +146,8 @@ PostgresRows::PostgresRows(const DatabaseTable& table)
     , m_room(std::size_t(table.columns.size() + 1) * MostOfValue)
 {
     for (const DatabaseColumn& column : table.columns)
-        m_fields.push_back({ column.role, column.type, column.decimals });
+        m_fields.push_back(
+            { column.role, column.type, column.decimals, sqlIntegerBytes(column.digits) });
 }
 
 std::string_view PostgresRows::header()
@@ -207,7 +209,7 @@ char* PostgresRows::putCell(PostgresBytes& bytes, char* out, const DatabaseRows&
     const Field& field = m_fields[column];
     const ValueKind kind = batch.states[cell].kind();
     if (kind == ValueKind::Number && field.type == Type::Integer && field.decimals == 0)
-        return putSized(out, batch.numbers[cell]);
+        return putWhole(out, column, batch.numbers[cell]);
     if (kind == ValueKind::Blank)
         return putNull(out);
     if (kind == ValueKind::Number && field.type == Type::Decimal)
@@ -215,6 +217,25 @@ char* PostgresRows::putCell(PostgresBytes& bytes, char* out, const DatabaseRows&
     if (kind == ValueKind::Text && field.type == Type::Text)
         return putText(bytes, out, batch.textOf(cell));
     return putOther(bytes, out, rows, row, column);
+}
+
+char* PostgresRows::putWhole(char* out, std::size_t column, qint64 number) const
+{
+    const int bytes = m_fields[column].bytes;
+    if (bytes == int(sizeof(qint64)))
+        return putSized(out, number);
+    out = put(out, qint32(bytes));
+    if (bytes == int(sizeof(qint16)) && number == qint16(number))
+        return put(out, qint16(number));
+    if (bytes == int(sizeof(qint32)) && number == qint32(number))
+        return put(out, qint32(number));
+    fail(column);
+}
+
+void PostgresRows::fail(std::size_t column) const
+{
+    throw DataError(DataError::Code::DoesNotAddUp, m_table.columns.at(int(column)).name,
+        QStringLiteral("is a column that a value does not fit; this is an error of the program"));
 }
 
 // What is no UTF-8 is taken for Windows-1252, as in all that is read.
@@ -258,8 +279,7 @@ char* PostgresRows::putOther(
         return putNumeric(out, value.number, value.decimals);
     if (type == Type::Digits && value.kind == Kind::Text)
         return putDigits(bytes, out, value.text);
-    throw DataError(DataError::Code::DoesNotAddUp, m_table.columns.at(int(column)).name,
-        QStringLiteral("is a column that a value does not fit; this is an error of the program"));
+    fail(column);
 }
 
 } // namespace tessel

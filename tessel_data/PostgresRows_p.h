@@ -31,13 +31,16 @@ private:
         DatabaseColumn::Role role;
         DatabaseColumn::Type type;
         int decimals;
+        int bytes; // of an integer
     };
 
     void appendRow(PostgresBytes& bytes, const DatabaseRows& rows, std::size_t row);
     char* putCell(PostgresBytes& bytes, char* out, const DatabaseRows& rows, std::size_t row,
         std::size_t column, quint32 cell);
+    char* putWhole(char* out, std::size_t column, qint64 number) const;
     char* putText(PostgresBytes& bytes, char* out, std::string_view original);
     char* putDigits(PostgresBytes& bytes, char* out, std::string_view text);
+    [[noreturn]] void fail(std::size_t column) const;
     char* putOther(PostgresBytes& bytes, char* out, const DatabaseRows& rows, std::size_t row,
         std::size_t column);
 

@@ -214,4 +214,9 @@ bool SelectedSource::hasCases() const
     return m_job->source->hasCases();
 }
 
+bool SelectedSource::hasWidths() const
+{
+    return m_job->source->hasWidths();
+}
+
 } // namespace tessel

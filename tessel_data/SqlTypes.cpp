@@ -51,6 +51,27 @@ QString sqlTypeName(const SqlShape& shape, SqlDialect dialect)
     return sqlTypeName(type, dialect);
 }
 
+int sqlIntegerBytes(int digits)
+{
+    constexpr int mostOfTwo = 4; // bytes
+    constexpr int mostOfFour = 9;
+    if (digits <= 0 || digits > mostOfFour)
+        return int(sizeof(qint64));
+    return digits > mostOfTwo ? int(sizeof(qint32)) : int(sizeof(qint16));
+}
+
+QString postgresIntegerName(int bytes)
+{
+    switch (bytes) {
+    case sizeof(qint16):
+        return QStringLiteral("SMALLINT");
+    case sizeof(qint32):
+        return QStringLiteral("INTEGER");
+    default:
+        return QStringLiteral("BIGINT");
+    }
+}
+
 int mostSqlColumns(SqlDialect dialect)
 {
     return dialect == SqlDialect::Sqlite ? 2000 : 1600;

@@ -36,6 +36,12 @@ TESSEL_DATA_EXPORT QString sqlTypeName(SqlType type, SqlDialect dialect);
 /*! Name of the type of a column, with its width where the database takes that. */
 TESSEL_DATA_EXPORT QString sqlTypeName(const SqlShape& shape, SqlDialect dialect);
 
+/*! Bytes of an integer that holds every number of so many digits; 0 digits: any number. */
+TESSEL_DATA_EXPORT int sqlIntegerBytes(int digits);
+
+/*! Name of PostgreSQL's integer of so many bytes. */
+TESSEL_DATA_EXPORT QString postgresIntegerName(int bytes);
+
 /*! Columns that a table may have. */
 TESSEL_DATA_EXPORT int mostSqlColumns(SqlDialect dialect);
 

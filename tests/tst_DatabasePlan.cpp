@@ -98,6 +98,16 @@ void TestDatabasePlan::types()
     options.dialect = SqlDialect::PostgreSql;
     QCOMPARE(columnsOf(planOf(dictionary, options), QStringLiteral("PERSON")).mid(3),
         (QStringList { "A BIGINT", "B NUMERIC", "C NUMERIC", "E NUMERIC" }));
+    const QByteArray whole = dictionaryOf(item("A", 3, 1) + item("B", 4, 4) + item("C", 8, 5)
+        + item("E", 13, 9) + item("F", 22, 10) + item("G", 32, 2, "Decimal=1\n"));
+    const QString bigint = QStringLiteral(" BIGINT");
+    QCOMPARE(columnsOf(planOf(whole, options), QStringLiteral("PERSON")).mid(3),
+        (QStringList {
+            "A" + bigint, "B" + bigint, "C" + bigint, "E" + bigint, "F" + bigint, "G NUMERIC" }));
+    options.hasWidths = true;
+    QCOMPARE(columnsOf(planOf(whole, options), QStringLiteral("PERSON")).mid(3),
+        (QStringList {
+            "A SMALLINT", "B SMALLINT", "C INTEGER", "E INTEGER", "F BIGINT", "G NUMERIC" }));
 }
 
 void TestDatabasePlan::repeats()

@@ -89,6 +89,7 @@ private slots:
     void initTestCase();
     void init();
     void numbers();
+    void smallIntegers();
     void longRows();
     void lostInTheMiddle();
     void stoppedInTheMiddle();
@@ -183,6 +184,24 @@ void tst_PostgresCopy::numbers()
         columns += ", d" + QByteArray::number(d);
     const QByteArray found = ask("SELECT " + columns + " FROM numbers ORDER BY id;");
     QCOMPARE(found.split('\n'), expected.trimmed().split('\n'));
+}
+
+// The greatest and the least that items of 4, 5, 9 and 10 columns can hold.
+void tst_PostgresCopy::smallIntegers()
+{
+    const QByteArray dictionary = beginning() + item("ID", 2, 5)
+        + "[Record]\nLabel=x\nName=NUMBERS\nRecordTypeValue='1'\nRecordLen=40\n" + item("A", 7, 4)
+        + item("B", 11, 5) + item("C", 16, 9) + item("D", 25, 10);
+    const QByteArray data = "1000019999999999999999999999999999\n"
+                            "100002-999-9999-99999999-999999999\n"
+                            "100003        7  x  \n";
+    const Outcome built = build({ write("small.dcf", dictionary), write("small.dat", data) });
+    QVERIFY2(built.status == 0, built.errors.constData());
+    QCOMPARE(ask("SELECT id, a, b, c, d FROM numbers ORDER BY id;"),
+        QByteArray("1|9999|99999|999999999|9999999999\n2|-999|-9999|-99999999|-999999999\n3||7||"));
+    QCOMPARE(ask("SELECT string_agg(format_type(atttypid, NULL), ',' ORDER BY attnum) FROM "
+                 "pg_attribute WHERE attrelid = 'numbers'::regclass AND attnum > 2;"),
+        QByteArray("integer,smallint,integer,integer,bigint"));
 }
 
 // Rows of several tables in turn, longer than what is sent at once, and more than one COPY takes.

@@ -155,6 +155,7 @@ int printPlan(BuildSettings settings)
     PlanOptions options;
     options.hasRepeatTables = settings.hasRepeatTables();
     options.hasCases = source.hasCases();
+    options.hasWidths = source.hasWidths();
     options.languages = chosenLanguages(settings, source.dictionary());
     if (PostgresTarget::isConnection(settings.target))
         options.dialect = SqlDialect::PostgreSql;
