@@ -2,6 +2,7 @@
 
 #include <tessel_data/DataError.h>
 #include <tessel_data/SqlNames.h>
+#include <tessel_data/SqlTypes.h>
 
 #include <algorithm>
 
@@ -19,11 +20,23 @@ bool hasRows(const DatabaseTable& table)
     return table.kind == Kind::Record || table.kind == Kind::Repeat;
 }
 
-// SQLite keeps texts of any width in a column, whatever it says.
+// Of a whole number in PostgreSQL; 0: it is none.
+int integerBytes(const QString& type)
+{
+    for (const int bytes : { int(sizeof(qint16)), int(sizeof(qint32)), int(sizeof(qint64)) }) {
+        if (type.compare(postgresIntegerName(bytes), Qt::CaseInsensitive) == 0)
+            return bytes;
+    }
+    return 0;
+}
+
+// SQLite keeps texts of any width in a column, whatever it says; PostgreSQL's integers are made
+// wider where they have to be.
 QString comparedType(const MergeSession::TableColumn& column, SqlDialect dialect)
 {
-    return dialect == SqlDialect::Sqlite ? column.type.section(QLatin1Char('('), 0, 0)
-                                         : column.type;
+    if (dialect == SqlDialect::Sqlite)
+        return column.type.section(QLatin1Char('('), 0, 0);
+    return integerBytes(column.type) > 0 ? postgresIntegerName(sizeof(qint64)) : column.type;
 }
 
 const MergeSession::TableColumn* find(
@@ -219,13 +232,48 @@ bool DatabaseMerge::hasSameDefinitions()
             QStringLiteral("table_name, name, label, type_code, level, required, maximum"));
 }
 
+// The columns whose integers are smaller than those that the batch may bring; none in SQLite.
+QStringList DatabaseMerge::narrowColumns(const DatabaseTable& table)
+{
+    QStringList narrow;
+    const bool isKept = hasRows(table) || table.kind == Kind::Cases;
+    if (m_plan.dialect == SqlDialect::Sqlite || !isKept)
+        return narrow;
+    const auto before = m_session.columns(Place::Kept, table.name);
+    for (const DatabaseColumn& column : table.columns) {
+        const MergeSession::TableColumn* known = find(before, column.name);
+        if (known && integerBytes(known->type) < integerBytes(column.sqlType))
+            narrow.append(column.name);
+    }
+    return narrow;
+}
+
+bool DatabaseMerge::isNarrow()
+{
+    return std::any_of(m_plan.tables.begin(), m_plan.tables.end(),
+        [this](const DatabaseTable& table) { return !narrowColumns(table).isEmpty(); });
+}
+
+void DatabaseMerge::widen(const DatabaseTable& table)
+{
+    QStringList changes;
+    for (const QString& name : narrowColumns(table)) {
+        changes.append(QStringLiteral("ALTER COLUMN %1 TYPE %2")
+                           .arg(sqlIdentifier(name), table.columns.at(table.column(name)).sqlType));
+    }
+    if (!changes.isEmpty()) {
+        m_session.run(QStringLiteral("ALTER TABLE %1 %2")
+                          .arg(kept(table.name), changes.join(QLatin1String(", "))));
+    }
+}
+
 void DatabaseMerge::updateDefinitions()
 {
     for (const QStringList& row : m_session.rows(QStringLiteral("SELECT table_name, row_count "
                                                                 "FROM %1")
                                                      .arg(kept(SystemTable::records))))
         m_rows.insert(row.at(0), row.at(1).toLongLong());
-    if (hasSameDefinitions())
+    if (hasSameDefinitions() && !isNarrow())
         return;
     for (const DatabaseTable& table : m_plan.tables) {
         for (const QString& view : { table.labelView, table.validView }) {
@@ -234,6 +282,7 @@ void DatabaseMerge::updateDefinitions()
         }
     }
     for (const DatabaseTable& table : m_plan.tables) {
+        widen(table);
         if (hasRows(table))
             makeMissing(table);
     }

@@ -73,6 +73,9 @@ private:
     QStringList checkVariables();
     void checkForm();
 
+    QStringList narrowColumns(const DatabaseTable& table);
+    bool isNarrow();
+    void widen(const DatabaseTable& table);
     void updateDefinitions();
     bool hasSameDefinitions();
     void makeMissing(const DatabaseTable& table);

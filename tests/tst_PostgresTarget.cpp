@@ -208,6 +208,7 @@ private slots:
     void hostile();
     void nullCharacters();
     void widerThanItems();
+    void widerThanBefore();
     void notUtf8();
     void wideRows_data();
     void wideRows();
@@ -520,6 +521,23 @@ void tst_PostgresTarget::widerThanItems()
     QCOMPARE(ask("SELECT line, case_id, variable, value FROM b.tessel_problems WHERE kind = "
                  "'other-encoding';"),
         QByteArray("1|1|NAME|\xC3\x89toile"));
+}
+
+// Columns of text data hold no more than their items do, until a CSPro DB has more.
+void tst_PostgresTarget::widerThanBefore()
+{
+    const QString path = m_folder.filePath("wide.csdb");
+    writeDatabase(path, wideCase());
+    const QString data = writeFile(m_folder, "survey.dat", "10203 5\n20203 33Anna\n");
+    QCOMPARE(build({ writeFile(m_folder, "survey.dcf", surveyDictionary()), data }).status, 0);
+    const QByteArray types = "SELECT format_type(atttypid, NULL) FROM pg_attribute WHERE attrelid "
+                             "= 'b.house'::regclass AND attname = 'rooms';";
+    QCOMPARE(ask(types), QByteArray("smallint"));
+    const Outcome added = build({ path }, { "--add" });
+    QVERIFY2(added.status == 0, added.errors.constData());
+    QCOMPARE(ask(types), QByteArray("bigint"));
+    QCOMPARE(ask("SELECT rooms FROM b.house ORDER BY case_id;"), QByteArray("5\n123456789012345"));
+    QCOMPARE(ask("SELECT age FROM b.person_valid ORDER BY case_id;"), QByteArray("33\n1234"));
 }
 
 void tst_PostgresTarget::notUtf8()
