@@ -1,6 +1,7 @@
 // Where results go: devices and pipes of the test's own, links, names of any bytes, full disks and
 // terminals.
 #include "RunTessel.h"
+#include "process/Output.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -120,6 +121,10 @@ private slots:
     void terminalShowsMarksOfLookups_data();
     void terminalShowsMarksOfLookups();
     void tooLittleMemory();
+    void unfinishedLeavesTheFileThatWas();
+    void piecesOfAnySize();
+    void failureIsKnownAtTheEnd();
+    void sameFileByAnotherName();
 
 private:
     QString path(const QString& name) const
@@ -484,6 +489,54 @@ void tst_Output::tooLittleMemory()
         QVERIFY2(outcome.errors.contains("takes more memory than there is; end other programs"),
             outcome.errors.constData());
     }
+}
+
+void tst_Output::unfinishedLeavesTheFileThatWas()
+{
+    QVERIFY(writeFile(path("result"), "old"));
+    const QStringList before = names();
+    {
+        Output output(path("result"));
+        output.add(QByteArray(5'000'000, 'x'));
+        output.add("new");
+    }
+    QCOMPARE(readFile(path("result")), QByteArray("old"));
+    QCOMPARE(names(), before);
+}
+
+// Small pieces wait and large ones do not, but none overtakes another.
+void tst_Output::piecesOfAnySize()
+{
+    QByteArray expected;
+    Output output(path("result"));
+    const ByteSink sink = output.sink();
+    for (const int size : { 1, 0, 7, 3'000'000, 2, 65'535, 65'536, 65'537, 1, 200'000, 5 }) {
+        const QByteArray piece(size, char('a' + expected.size() % 26));
+        expected += piece;
+        sink(piece);
+    }
+    QVERIFY(output.finish());
+    QVERIFY(readFile(path("result")) == expected);
+}
+
+void tst_Output::failureIsKnownAtTheEnd()
+{
+    Output output(path("missing/result"));
+    output.add("lost");
+    output.add(QByteArray(1'000'000, 'x'));
+    QVERIFY(!output.finish());
+    QVERIFY(!QFile::exists(path("missing")));
+}
+
+void tst_Output::sameFileByAnotherName()
+{
+    QVERIFY(writeFile(path("input"), "text"));
+    QVERIFY(QFile::link(path("input"), path("link")));
+    const QString option = "--report";
+    QVERIFY(!Output::checkPath(option, path("./input"), { path("input") }).isNull());
+    QVERIFY(!Output::checkPath(option, path("link"), { path("other"), path("input") }).isNull());
+    QVERIFY(Output::checkPath(option, path("other"), { path("input") }).isNull());
+    QVERIFY(Output::checkPath(option, path("input"), {}).isNull());
 }
 
 QTEST_GUILESS_MAIN(tst_Output)

@@ -17,6 +17,7 @@ struct Range {
     double low;
     double high;
     int index; // among the codes
+    int farthest; // of those up to this one the range that ends last
 };
 
 /* The codes of a value set, to be found by keys. */
@@ -42,12 +43,16 @@ CodeIndex::CodeIndex(const QVector<ListedCode>& codes, bool isNumeric)
         const ListedCode& entry = codes.at(i);
         const QString code = comparable(entry.code);
         if (entry.isRange())
-            m_ranges.append({ code.toDouble(), entry.highCode.trimmed().toDouble(), i });
+            m_ranges.append({ code.toDouble(), entry.highCode.trimmed().toDouble(), i, 0 });
         else if (!m_codes.contains(code))
             m_codes.insert(code, i);
     }
     std::stable_sort(m_ranges.begin(), m_ranges.end(),
         [](const Range& a, const Range& b) { return a.low < b.low; });
+    for (int i = 1; i < m_ranges.size(); ++i) {
+        const int before = m_ranges.at(i - 1).farthest;
+        m_ranges[i].farthest = m_ranges.at(before).high > m_ranges.at(i).high ? before : i;
+    }
 }
 
 int CodeIndex::find(const QString& key) const
@@ -64,7 +69,8 @@ int CodeIndex::find(const QString& key) const
         [](double value, const Range& range) { return value < range.low; });
     if (behind == m_ranges.cbegin())
         return -1;
-    const Range& range = *(behind - 1);
+    const Range& nearest = *(behind - 1);
+    const Range& range = number <= nearest.high ? nearest : m_ranges.at(nearest.farthest);
     return number <= range.high ? range.index : -1;
 }
 
