@@ -109,9 +109,9 @@ void tst_BuildParts::problemsAsCsv()
         file.add(shownProblem(dictionary));
         QVERIFY(file.finish());
         const QByteArray text = readFile(path("problems.CSV"));
-        QVERIFY2(text.contains("second.dat,5000000000,"), text);
-        QVERIFY2(text.contains("01,\"\"x\"\""), text);
-        QVERIFY2(text.contains(",first.dat,7"), text);
+        QVERIFY2(text.contains("second.dat,5000000000,"), text.constData());
+        QVERIFY2(text.contains("01,\"\"x\"\""), text.constData());
+        QVERIFY2(text.contains(",first.dat,7"), text.constData());
         QCOMPARE(text.contains(",\"=01"), !forSpreadsheet);
     }
 }

@@ -22,7 +22,14 @@ QVector<ListedCode> yesAndNo()
     return { { "1", {}, "Yes" }, { "2", {}, "No" } };
 }
 
+QVector<ListedCode> missingCode(const QString& code, const QString& highCode = {})
+{
+    return { { code, highCode, {} } };
+}
+
 } // namespace
+
+Q_DECLARE_METATYPE(ListedCode)
 
 class tst_SqlValueTables : public QObject {
     Q_OBJECT
@@ -77,11 +84,11 @@ void tst_SqlValueTables::references_data()
         { ".a", {}, "Lost", special } } << none << true;
     QTest::newRow("blank") << QVector<ListedCode> { { "1", {}, "One" }, { " ", {}, "None" } }
                            << none << true;
-    QTest::newRow("missing with a label") << yesAndNo() << QVector<ListedCode> { { "2" } } << true;
-    QTest::newRow("written otherwise") << yesAndNo() << QVector<ListedCode> { { "02" } } << true;
-    QTest::newRow("missing without") << yesAndNo() << QVector<ListedCode> { { "9" } } << false;
-    QTest::newRow("missing range") << yesAndNo() << QVector<ListedCode> { { "1", "2" } } << false;
-    QTest::newRow("missing blank") << yesAndNo() << QVector<ListedCode> { { " " } } << true;
+    QTest::newRow("missing with a label") << yesAndNo() << missingCode("2") << true;
+    QTest::newRow("written otherwise") << yesAndNo() << missingCode("02") << true;
+    QTest::newRow("missing without") << yesAndNo() << missingCode("9") << false;
+    QTest::newRow("missing range") << yesAndNo() << missingCode("1", "2") << false;
+    QTest::newRow("missing blank") << yesAndNo() << missingCode(" ") << true;
 }
 
 void tst_SqlValueTables::references()

@@ -102,7 +102,7 @@ void tst_TreeWriters::numbers()
     addRange(*m_variable, low, low);
     addRange(*m_variable, high, high);
     const QByteArray shown = written(*m_dictionary, { false, true, 200 });
-    QVERIFY2(shown.contains(text), shown);
+    QVERIFY2(shown.contains(text), shown.constData());
     QVERIFY(!written(*m_dictionary, { false, false, 200 }).contains("range"));
 }
 

@@ -23,12 +23,18 @@ QByteArray convert(const LookupFile& file)
 {
     const QTextCodec* const codec = QTextCodec::codecForName(file.encoding);
     QTextCodec::ConverterState state;
-    QByteArray text;
+    QByteArray bytes;
+    QString text;
     for (int start = 0; start < file.bytes.size(); start += ChunkSize) {
         const int size = std::min(ChunkSize, file.bytes.size() - start);
-        text += codec->toUnicode(file.bytes.constData() + start, size, &state).toUtf8();
+        text += codec->toUnicode(file.bytes.constData() + start, size, &state);
+        // A character may be in two chunks.
+        const bool endsInHalf = !text.isEmpty() && text.at(text.size() - 1).isHighSurrogate();
+        const int whole = text.size() - (endsInHalf ? 1 : 0);
+        bytes += text.left(whole).toUtf8();
+        text.remove(0, whole);
     }
-    return text;
+    return bytes + text.toUtf8();
 }
 
 void import(const LookupTask& task, TOxLookup& lookup)
