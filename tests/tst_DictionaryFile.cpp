@@ -180,6 +180,7 @@ void tst_DictionaryFile::kinds()
     QVERIFY(!file.isEncodingAssumed);
     QCOMPARE(file.csproImporter() != nullptr, file.kind == FileKind::CSPro);
     QCOMPARE(file.description != nullptr, file.kind != FileKind::CSPro);
+    QCOMPARE(file.text().isEmpty(), file.kind != FileKind::CSPro);
     QCOMPARE(file.input != nullptr, file.kind != FileKind::CSPro);
     const DictionaryPointer tree = file.buildTree();
     QVERIFY(tree);
@@ -347,6 +348,8 @@ void tst_DictionaryFile::encodings()
     QCOMPARE(file.isEncodingAssumed, assumedLine > 0);
     const DictionaryFileProblem* problem = problemOf(file, Kind::AssumedEncoding);
     QCOMPARE(problem ? problem->line : 0, assumedLine);
+    QByteArray utf8 = bytes.startsWith('\xEF') ? bytes.mid(3) : bytes;
+    QCOMPARE(file.text(), utf8.replace("\xC4", "\xC3\x84"));
 
     options.encoding = "UTF-8";
     const DictionaryFile named = readDictionaryFile(write(bytes), options);
