@@ -96,6 +96,7 @@ void tst_DataBuildConfig::there_and_back()
     config.schema = QStringLiteral("north");
     config.repeats = QStringLiteral("tables");
     config.language = QStringLiteral("FR");
+    config.encoding = QStringLiteral("ISO-8859-7");
     config.hasAllLanguages = true;
     for (const bool isIndented : { false, true }) {
         BuildConfig read;
@@ -111,6 +112,7 @@ void tst_DataBuildConfig::there_and_back()
         QCOMPARE(read.target(), QStringLiteral("/data/x.sqlite"));
         QCOMPARE(read.data, config.data);
         QCOMPARE(read.schema, QStringLiteral("north"));
+        QCOMPARE(read.encoding, QStringLiteral("ISO-8859-7"));
         QVERIFY(read.hasAllLanguages);
     }
 }
