@@ -96,7 +96,7 @@ QString DatabaseMerge::sameCase(const QString& first, const QString& second, con
     const QString equal =
         isPostgres ? QStringLiteral("%1.%3 = %2.%3") : QStringLiteral("%1.%3 IS %2.%3");
     QStringList conditions;
-    for (const QString& id : m_ids)
+    for (const QString& id : qAsConst(m_ids))
         conditions.append(equal.arg(first, second, id));
     return conditions.join(QLatin1String(" AND "));
 }

@@ -81,7 +81,8 @@ void tst_BuildAdd::shuffledBatches()
         const int first = cases.size() * batch / batches;
         const int count = cases.size() * (batch + 1) / batches - first;
         QByteArray lines;
-        for (const QByteArray& one : cases.mid(first, count))
+        const QVector<QByteArray> part = cases.mid(first, count);
+        for (const QByteArray& one : part)
             lines += one;
         writeFile(path("batch.dat"), lines);
         options.removeAll("--add");
