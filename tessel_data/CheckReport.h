@@ -19,6 +19,10 @@ enum class ProblemKind {
     TextBeyondRecord,
     ControlCharacters,
     OtherEncoding,
+    NotInDictionary,
+    TooWideValue,
+    KeyDiffers,
+    SpecialWithoutCode,
     FileChanged, /*!< another program wrote to the file while it was read */
     IdBlank, /*!< some identification items of the case are blank */
     BlankIdentification, /*!< all of them are */
@@ -36,9 +40,15 @@ enum class ProblemKind {
 
 constexpr int ProblemKindCount = int(ProblemKind::PartlySavedCase) + 1;
 
+/*! The kind of what a source tells. */
+constexpr ProblemKind problemKindOf(LineProblem problem)
+{
+    return ProblemKind(problem);
+}
+
 /*!
- * True for what real data have: codes outside their value sets and blank identification items.
- * They fail a check only when that is strict.
+ * True for what real data have: codes outside their value sets, special values without a code and
+ * blank identification items. They fail a check only when that is strict.
  */
 TESSEL_DATA_EXPORT bool isTolerated(ProblemKind kind);
 

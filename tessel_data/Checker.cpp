@@ -15,11 +15,27 @@ constexpr std::size_t MostDistinct = 1'000'000;
 
 constexpr const char* kindNames[] = { "unknown-record-type", "ends-in-identification",
     "id-not-a-number", "too-long-line", "damaged-record", "text-beyond-record",
-    "control-characters", "other-encoding", "file-changed", "blank-id-item", "blank-identification",
-    "not-a-number", "unfit-number", "out-of-range", "outside-value-set", "missing-record",
-    "too-many-records", "level-without-parent", "duplicate-case", "scattered-case",
-    "partly-saved-case" };
+    "control-characters", "other-encoding", "not-in-dictionary", "too-wide-value", "key-differs",
+    "special-without-code", "file-changed", "blank-id-item", "blank-identification", "not-a-number",
+    "unfit-number", "out-of-range", "outside-value-set", "missing-record", "too-many-records",
+    "level-without-parent", "duplicate-case", "scattered-case", "partly-saved-case" };
 static_assert(sizeof(kindNames) / sizeof(kindNames[0]) == ProblemKindCount);
+
+#define TESSEL_SAME_PLACE(name)                                                                    \
+    static_assert(problemKindOf(LineProblem::name) == ProblemKind::name, #name)
+TESSEL_SAME_PLACE(UnknownRecordType);
+TESSEL_SAME_PLACE(EndsInIdentification);
+TESSEL_SAME_PLACE(IdNotANumber);
+TESSEL_SAME_PLACE(EndlessLine);
+TESSEL_SAME_PLACE(DamagedRecord);
+TESSEL_SAME_PLACE(TextBeyondRecord);
+TESSEL_SAME_PLACE(ControlCharacters);
+TESSEL_SAME_PLACE(OtherEncoding);
+TESSEL_SAME_PLACE(NotInDictionary);
+TESSEL_SAME_PLACE(TooWideValue);
+TESSEL_SAME_PLACE(KeyDiffers);
+TESSEL_SAME_PLACE(SpecialWithoutCode);
+#undef TESSEL_SAME_PLACE
 
 bool isBefore(const DataBatch::Told& told, const DataBatch::Record& record)
 {
@@ -36,7 +52,7 @@ QString problemKindName(ProblemKind kind)
 bool isTolerated(ProblemKind kind)
 {
     return kind == ProblemKind::OutOfRange || kind == ProblemKind::OutsideValueSet
-        || kind == ProblemKind::IdBlank;
+        || kind == ProblemKind::IdBlank || kind == ProblemKind::SpecialWithoutCode;
 }
 
 bool CheckReport::isClean(bool isStrict) const
@@ -213,7 +229,7 @@ QString Checker::Job::valueText(
 
 void Checker::Job::takeTold(const DataBatch& batch, const DataBatch::Told& told)
 {
-    const auto kind = ProblemKind(told.problem);
+    const ProblemKind kind = problemKindOf(told.problem);
     rejected += isRejected(told.problem) ? 1 : 0;
     DataProblem problem;
     problem.kind = kind;

