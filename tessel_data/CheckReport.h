@@ -73,7 +73,8 @@ struct DataProblem {
 /*! A code that is in no value set, and how often it comes. */
 struct OutsideCode {
     QString code;
-    qint64 count = 0;
+    qint64 count = 0; /*!< at least */
+    qint64 uncertain = 0; /*!< as many more there may be, where not all codes were counted */
 };
 
 /*! What one column of a record holds. */
@@ -92,8 +93,8 @@ struct ColumnReport {
     qint64 outside = 0; /*!< of the values: in no code of the value set, out of range or not */
     qint64 outOfRange = 0; /*!< of those outside */
     QVector<OutsideCode> outsideCodes; /*!< the most frequent ones first */
-    bool hasAllOutsideCodes = true; /*!< false: too many to count each */
-    qint64 distinct = 0; /*!< different values, up to the limit */
+    bool hasAllOutsideCodes = true; /*!< false: too many to count each; the counts are bounds */
+    qint64 distinct = 0; /*!< different values; the limit when there are more */
     bool hasAllDistinct = true; /*!< false: there are more */
     bool hasNumbers = false; /*!< the next are there */
     QString lowest;

@@ -76,7 +76,7 @@ public:
         const std::size_t columns = std::max<std::size_t>(1, counters.size());
         limits.distinct = std::max<std::size_t>(
             16, std::min(std::size_t(options.distinctLimit), MostDistinct / columns));
-        limits.outsideCodes = limits.distinct;
+        limits.outsideCodes = std::size_t(std::max(1, options.distinctLimit));
         report.recordCounts.resize(dictionary.records.size());
         for (const int id : dictionary.ids)
             caseIdCount += dictionary.variables[std::size_t(id)].level == 1 ? 1 : 0;
@@ -84,7 +84,7 @@ public:
 
     void take(const DataBatch& batch);
     void takeRecord(const DataBatch& batch, const DataBatch::Record& record);
-    void takeOdd(const DataBatch& batch, const DataBatch::Record& record, int column, quint32 cell);
+    void takeOtherValue(const DataBatch& batch, const DataBatch::Record& record, int column, quint32 cell);
     bool isNameless(const DataBatch& batch, const DataBatch::Record& record) const;
     void tellNameless(const DataBatch::Record& record);
     void takeTold(const DataBatch& batch, const DataBatch::Told& told);
@@ -142,7 +142,7 @@ void Checker::Job::takeRecord(const DataBatch& batch, const DataBatch::Record& r
         if (states[c] == ColumnCounter::PlainNumber)
             columns[c].addNumber(numbers[c], limits);
         else
-            takeOdd(batch, record, c, record.firstCell + quint32(c));
+            takeOtherValue(batch, record, c, record.firstCell + quint32(c));
     }
     if (isNameless(batch, record))
         tellNameless(record);
@@ -172,7 +172,7 @@ void Checker::Job::tellNameless(const DataBatch::Record& record)
     tell(problem);
 }
 
-void Checker::Job::takeOdd(
+void Checker::Job::takeOtherValue(
     const DataBatch& batch, const DataBatch::Record& record, int column, quint32 cell)
 {
     const DataRecord& type = dictionary.records[std::size_t(record.record)];
@@ -221,7 +221,7 @@ QString Checker::Job::valueText(
     case ValueKind::Number:
         return numberText(batch.numbers[cell], variable.decimals);
     case ValueKind::Real:
-        return QString::number(batch.realOf(cell), 'g', 15);
+        return realText(batch.realOf(cell));
     default:
         return shown(batch.textOf(cell));
     }
@@ -283,7 +283,7 @@ void Checker::Job::finish(const DataSource& source)
         const DataRecord& record = dictionary.records[r];
         for (int c = 0; c < record.columns.size(); ++c) {
             ColumnReport column = counters[std::size_t(record.firstColumn + c)].report(
-                dictionary.variable(int(r), c), options.shownOutsideCodes);
+                dictionary.variable(int(r), c), options.shownOutsideCodes, limits);
             column.record = int(r);
             column.variable = record.columns.at(c);
             report.addsUp = report.addsUp && column.rows == report.recordCounts[r];

@@ -22,21 +22,20 @@ quint64 textNumber(std::string_view text)
     return quint64(std::hash<std::string_view>()(text)) | (quint64(1) << 63);
 }
 
-QString realText(double number)
+// -0 is 0.
+qint64 bitsOf(double number)
 {
-    return QString::number(number, 'g', 15);
+    const double plain = number == 0 ? 0 : number;
+    qint64 bits = 0;
+    std::memcpy(&bits, &plain, sizeof bits);
+    return bits;
 }
 
-template <typename Map>
-void countCode(Map& codes, typename Map::key_type code, std::size_t limit, bool& hasAll)
+double realOf(qint64 bits)
 {
-    const auto found = codes.find(code);
-    if (found != codes.end())
-        ++found->second;
-    else if (codes.size() < limit)
-        codes.emplace(std::move(code), 1);
-    else
-        hasAll = false;
+    double number = 0;
+    std::memcpy(&number, &bits, sizeof number);
+    return number;
 }
 
 } // namespace
@@ -88,7 +87,7 @@ void ColumnCounter::carrySum(qint64 number)
     m_sum = 0;
 }
 
-void ColumnCounter::add(const DataBatch& batch, quint32 cell, const Limits& limits)
+void ColumnCounter::add(const DataBatch& batch, quint32 cell, Limits& limits)
 {
     const ValueState state = batch.states[cell];
     if (state.special() != Special::None)
@@ -143,35 +142,53 @@ void ColumnCounter::addReal(double number, const Limits& limits)
     m_lowestReal = std::min(m_lowestReal, number);
     m_highestReal = std::max(m_highestReal, number);
     m_realSum += number;
-    quint64 bits = 0;
-    const double plain = number == 0 ? 0 : number; // -0 is 0
-    std::memcpy(&bits, &plain, sizeof bits);
-    m_distinct.add(bits, limits.distinct);
+    m_distinct.add(quint64(bitsOf(number)), limits.distinct);
 }
 
-void ColumnCounter::addOutside(const DataBatch& batch, quint32 cell, const Limits& limits)
+void ColumnCounter::addOutside(const DataBatch& batch, quint32 cell, Limits& limits)
 {
     const ValueState state = batch.states[cell];
     ++m_counts.outside;
     m_counts.outOfRange += state.isOutOfRange() ? 1 : 0;
-    bool& hasAll = m_counts.hasAllOutsideCodes;
     if (state.kind() == ValueKind::Number)
-        countCode(m_outsideNumbers, batch.numbers[cell], limits.outsideCodes, hasAll);
+        m_outsideNumbers.add(batch.numbers[cell], limits.outsideCodes, limits.outsideBytes);
     else if (state.kind() == ValueKind::Real)
-        countCode(m_outsideTexts, realText(batch.realOf(cell)).toStdString(), limits.outsideCodes,
-            hasAll);
+        m_outsideNumbers.add(
+            bitsOf(batch.realOf(cell)), limits.outsideCodes, limits.outsideBytes);
     else
-        countCode(m_outsideTexts, std::string(batch.textOf(cell)), limits.outsideCodes, hasAll);
+        m_outsideTexts.add(
+            std::string(batch.textOf(cell)), limits.outsideCodes, limits.outsideBytes);
 }
 
-ColumnReport ColumnCounter::report(const DataVariable& variable, int shownCodes) const
+// Those that come most often for certain are the first ones.
+QVector<OutsideCode> ColumnCounter::outsideCodes(const DataVariable& variable) const
+{
+    QVector<OutsideCode> codes;
+    for (const auto& one : m_outsideNumbers.counts()) {
+        codes.append({ m_reals > 0 ? realText(realOf(one.code()))
+                                   : numberText(one.code(), variable.decimals),
+            one.count - one.taken, one.taken });
+    }
+    for (const auto& one : m_outsideTexts.counts()) {
+        codes.append({ QString::fromUtf8(one.code().data(), int(one.code().size())),
+            one.count - one.taken, one.taken });
+    }
+    std::sort(codes.begin(), codes.end(), [](const OutsideCode& first, const OutsideCode& second) {
+        return first.count != second.count ? first.count > second.count : first.code < second.code;
+    });
+    return codes;
+}
+
+ColumnReport ColumnCounter::report(
+    const DataVariable& variable, int shownCodes, const Limits& limits) const
 {
     ColumnReport report = m_counts;
     report.values = m_numbers + m_reals + m_texts;
     report.rows = report.values + report.blank + report.notANumber + report.unfit + report.missing
         + report.notApplicable + report.refused + report.defaults;
-    report.distinct = m_distinct.count();
-    report.hasAllDistinct = !m_distinct.isFull();
+    // Small values are known without a limit, but are no exception from it.
+    report.hasAllDistinct = !m_distinct.isFull() && m_distinct.count() <= qint64(limits.distinct);
+    report.distinct = report.hasAllDistinct ? m_distinct.count() : qint64(limits.distinct);
     report.hasNumbers = m_numbers > 0 || m_reals > 0;
     if (m_reals > 0) {
         report.lowest = realText(m_lowestReal);
@@ -183,15 +200,8 @@ ColumnReport ColumnCounter::report(const DataVariable& variable, int shownCodes)
         report.mean = (m_largeSum + double(m_sum)) / double(m_numbers)
             / double(powerOfTen(variable.decimals));
     }
-    for (const auto& [code, count] : m_outsideNumbers)
-        report.outsideCodes.append({ numberText(code, variable.decimals), count });
-    for (const auto& [code, count] : m_outsideTexts)
-        report.outsideCodes.append({ QString::fromUtf8(code.data(), int(code.size())), count });
-    std::sort(report.outsideCodes.begin(), report.outsideCodes.end(),
-        [](const OutsideCode& first, const OutsideCode& second) {
-            return first.count != second.count ? first.count > second.count
-                                               : first.code < second.code;
-        });
+    report.hasAllOutsideCodes = m_outsideNumbers.hasAll() && m_outsideTexts.hasAll();
+    report.outsideCodes = outsideCodes(variable);
     if (report.outsideCodes.size() > shownCodes)
         report.outsideCodes.resize(shownCodes);
     return report;

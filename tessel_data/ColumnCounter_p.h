@@ -2,10 +2,10 @@
 
 #include <tessel_data/CheckReport.h>
 #include <tessel_data/DataDictionary.h>
+#include <tessel_data/FrequentCodes_p.h>
 
 #include <limits>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace tessel {
@@ -46,7 +46,8 @@ public:
 
     struct Limits {
         std::size_t distinct = 1000;
-        std::size_t outsideCodes = 1000;
+        std::size_t outsideCodes = 1000; // of one column
+        std::size_t outsideBytes = 8'388'608; // left for those of all columns
     };
 
     void addNumber(qint64 number, const Limits& limits)
@@ -59,14 +60,15 @@ public:
         m_distinct.add(quint64(number), limits.distinct);
     }
     // Any other value; in batch, cell.
-    void add(const DataBatch& batch, quint32 cell, const Limits& limits);
+    void add(const DataBatch& batch, quint32 cell, Limits& limits);
 
-    ColumnReport report(const DataVariable& variable, int shownCodes) const;
+    ColumnReport report(const DataVariable& variable, int shownCodes, const Limits& limits) const;
 
 private:
     void addSpecial(Special special);
     void addReal(double number, const Limits& limits);
-    void addOutside(const DataBatch& batch, quint32 cell, const Limits& limits);
+    void addOutside(const DataBatch& batch, quint32 cell, Limits& limits);
+    QVector<OutsideCode> outsideCodes(const DataVariable& variable) const;
     void carrySum(qint64 number);
 
     qint64 m_numbers = 0;
@@ -81,8 +83,8 @@ private:
     double m_realSum = 0;
     qint64 m_texts = 0;
     ColumnReport m_counts;
-    std::unordered_map<qint64, qint64> m_outsideNumbers;
-    std::unordered_map<std::string, qint64> m_outsideTexts;
+    FrequentCodes<qint64> m_outsideNumbers; // or the bits of doubles
+    FrequentCodes<std::string> m_outsideTexts;
 };
 
 } // namespace tessel

@@ -1,6 +1,9 @@
 #include <tessel_data/DataValue.h>
 
+#include <QLocale>
+
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace tessel {
@@ -119,6 +122,16 @@ QString numberText(qint64 number, int decimals)
     digits = digits.rightJustified(decimals + 1, QLatin1Char('0'));
     digits.insert(digits.size() - decimals, QLatin1Char('.'));
     return isNegative ? QLatin1Char('-') + digits : digits;
+}
+
+QString realText(double number)
+{
+    constexpr double mostWhole = 1e17;
+    if (number == 0)
+        return QStringLiteral("0"); // -0 as well
+    if (std::abs(number) < mostWhole && number == std::nearbyint(number))
+        return QString::number(number, 'f', 0);
+    return QString::number(number, 'g', QLocale::FloatingPointShortest);
 }
 
 } // namespace tessel

@@ -87,6 +87,12 @@ TESSEL_DATA_EXPORT NumberStatus readCode(std::string_view text, int decimals, qi
 /*! \a number, which is scaled by 10 to the \a decimals, with its point. */
 TESSEL_DATA_EXPORT QString numberText(qint64 number, int decimals);
 
+/*!
+ * \a number as the shortest text that stands for no other double; whole ones without an exponent
+ * as far as 17 digits.
+ */
+TESSEL_DATA_EXPORT QString realText(double number);
+
 /*! 10 to the \a exponent, from 0 to 18. */
 TESSEL_DATA_EXPORT qint64 powerOfTen(int exponent);
 

@@ -1,4 +1,5 @@
 #include "DataRows.h"
+#include "PeakMemory.h"
 
 #include <tessel_data/CSProDbSource.h>
 #include <tessel_data/StatSource.h>
@@ -28,6 +29,15 @@ QString shownProblem(const DataProblem& problem, const DataDictionary& dictionar
     if (problem.otherFile >= 0)
         text += QStringLiteral(" (%1)").arg(problem.otherLine);
     return text;
+}
+
+// One record of lines without record types, an identification item of one column, and the items.
+QByteArray oneRecordDictionary(const QByteArray& items)
+{
+    return "[Dictionary]\nVersion=CSPro 7.7\nName=D\nRecordTypeStart=0\nRecordTypeLen=0\n\n"
+           "[Level]\nName=L\n\n[IdItems]\n\n[Item]\nName=ID\nStart=1\nLen=1\n\n"
+           "[Record]\nName=R\nRecordTypeValue=''\nMaxRecords=99999\n\n"
+        + items;
 }
 
 QString kindText(ProblemKind kind)
@@ -154,6 +164,10 @@ private slots:
     void columns();
     void samplesAndStrictness();
     void distinct();
+    void distinctSmallOnes();
+    void frequentOutsideCodes();
+    void exactReals();
+    void outsideTextsAreBounded();
     void largeSums();
     void bothZeros();
     void levels();
@@ -175,6 +189,7 @@ private slots:
 
 private:
     CheckReport check(const QByteArray& text, const CheckOptions& options = {});
+    CheckReport checkWith(const QByteArray& dictionary, const QByteArray& text);
 
     QTemporaryDir m_folder;
     DataDictionary m_dictionary;
@@ -190,6 +205,16 @@ CheckReport TestDataChecker::check(const QByteArray& text, const CheckOptions& o
 {
     CSProTextSource source(m_dictionary, { writeFile(m_folder, QStringLiteral("d.dat"), text) });
     Checker checker(source.dictionary(), options);
+    if (!runPipeline(source, checker))
+        qFatal("cancelled");
+    return checker.report();
+}
+
+CheckReport TestDataChecker::checkWith(const QByteArray& dictionary, const QByteArray& text)
+{
+    CSProTextSource source(DataDictionary::fromBytes(dictionary, QStringLiteral("own")),
+        { writeFile(m_folder, QStringLiteral("own.dat"), text) });
+    Checker checker(source.dictionary());
     if (!runPipeline(source, checker))
         qFatal("cancelled");
     return checker.report();
@@ -326,6 +351,95 @@ void TestDataChecker::distinct()
     report = check(text, options);
     QVERIFY(!report.columns.at(3).hasAllDistinct);
     QCOMPARE(report.columns.at(3).distinct, 699LL);
+}
+
+// Codes below 512 are counted in another way, and by the same limit.
+void TestDataChecker::distinctSmallOnes()
+{
+    QByteArray text;
+    for (int i = 0; i < 900; ++i)
+        text += "10101 1" + QByteArray::number(i % 2 ? i : 50'000 + i).rightJustified(5) + '\n';
+    CheckOptions options;
+    options.distinctLimit = 900; // 256 of them small
+    QVERIFY(check(text, options).columns.at(3).hasAllDistinct);
+    options.distinctLimit = 899;
+    const ColumnReport column = check(text, options).columns.at(3);
+    QVERIFY(!column.hasAllDistinct);
+    QCOMPARE(column.distinct, 899LL);
+}
+
+// A code that comes after more different ones than are counted.
+void TestDataChecker::frequentOutsideCodes()
+{
+    const QByteArray dictionary = oneRecordDictionary(
+        "[Item]\nName=V\nStart=2\nLen=7\nDecimal=2\n\n[ValueSet]\nName=V1\nValue=1.00\n\n");
+    QByteArray text;
+    for (int i = 0; i < 1500; ++i)
+        text += '1' + QByteArray::number(100'000 + i).rightJustified(7) + '\n';
+    text += QByteArray("17777.77\n").repeated(5000);
+    const ColumnReport column = checkWith(dictionary, text).columns.at(1);
+    QCOMPARE(column.outside, 6500LL);
+    QVERIFY(!column.hasAllOutsideCodes);
+    QCOMPARE(column.outsideCodes.at(0).code, QStringLiteral("7777.77"));
+    QCOMPARE(column.outsideCodes.at(0).count, 5000LL);
+    QVERIFY(column.outsideCodes.at(0).uncertain > 0);
+    const ColumnReport few = checkWith(dictionary, text.right(90)).columns.at(1);
+    QVERIFY(few.hasAllOutsideCodes);
+    QCOMPARE(few.outsideCodes.at(0).uncertain, 0LL);
+}
+
+// Doubles that differ in their last digit only are two values, and are told as such.
+void TestDataChecker::exactReals()
+{
+    DataDictionary dictionary;
+    DataVariable variable;
+    variable.type = DataVariable::Type::Real;
+    variable.record = 0;
+    dictionary.variables.push_back(variable);
+    DataRecord record;
+    record.columns.append(0);
+    dictionary.records.push_back(record);
+    DataBatch batch;
+    for (const double number : { 1234567890123456.0, 1234567890123457.0, 1234567890123457.0 }) {
+        const quint32 cell = batch.addCells(1);
+        batch.setReal(cell, ValueState(ValueKind::Real, Special::None, true), number);
+        batch.records.push_back({ 1, 0, 0, 0, cell, {} });
+    }
+    Checker checker(dictionary);
+    checker.take(batch);
+    checker.finish(CSProTextSource(m_dictionary, {}));
+    const ColumnReport& column = checker.report().columns.front();
+    QCOMPARE(column.lowest, QStringLiteral("1234567890123456"));
+    QCOMPARE(column.highest, QStringLiteral("1234567890123457"));
+    QCOMPARE(column.outsideCodes.size(), 2);
+    QCOMPARE(column.outsideCodes.at(0).code, QStringLiteral("1234567890123457"));
+    QCOMPARE(column.outsideCodes.at(0).count, 2LL);
+    QCOMPARE(checker.report().samples.front().value, QStringLiteral("1234567890123456"));
+}
+
+// 500 columns of long texts, each of which is in no value set.
+void TestDataChecker::outsideTextsAreBounded()
+{
+    constexpr int columns = 500;
+    constexpr int width = 60;
+    QByteArray items;
+    for (int i = 0; i < columns; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        items += "[Item]\nName=V" + number + "\nStart=" + QByteArray::number(2 + i * width)
+            + "\nLen=" + QByteArray::number(width)
+            + "\nDataType=Alpha\n\n[ValueSet]\nName=S" + number + "\nValue='a'\n\n";
+    }
+    QByteArray text;
+    for (int line = 0; line < 600; ++line) {
+        QByteArray cell = QByteArray(width - 5, 'x') + QByteArray::number(10'000 + line);
+        text += '1' + cell.repeated(columns) + '\n';
+    }
+    checkWith(oneRecordDictionary(items), text.left(text.indexOf('\n') + 1));
+    const auto before = peakMemory();
+    const CheckReport report = checkWith(oneRecordDictionary(items), text);
+    QVERIFY2(peakMemory() - before < 60'000, qPrintable(QString::number(peakMemory() - before)));
+    QCOMPARE(report.columns.at(columns).outside, 600LL);
+    QCOMPARE(report.columns.at(1).outsideCodes.size(), 5);
 }
 
 // The sum is more than 64 bits hold, and the last numbers count as well.

@@ -29,6 +29,8 @@ private slots:
     void texts();
     void reals();
     void everyNumber();
+    void realTexts_data();
+    void realTexts();
 };
 
 void TestDataValue::number_data()
@@ -237,6 +239,28 @@ void TestDataValue::everyNumber()
             }
         }
     }
+}
+
+void TestDataValue::realTexts_data()
+{
+    QTest::addColumn<double>("number");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("zero") << 0.0 << "0";
+    QTest::newRow("negative zero") << -0.0 << "0";
+    QTest::newRow("round") << 1000000.0 << "1000000";
+    QTest::newRow("more than 15 digits") << 1234567890123457.0 << "1234567890123457";
+    QTest::newRow("negative") << -9007199254740993.0 << "-9007199254740992";
+    QTest::newRow("decimals") << 0.1 << "0.1";
+    QTest::newRow("as a float") << double(0.1F) << "0.10000000149011612";
+    QTest::newRow("large") << 1e300 << "1e+300";
+    QTest::newRow("small") << 2.5e-7 << "2.5e-07";
+}
+
+void TestDataValue::realTexts()
+{
+    QFETCH(double, number);
+    QTEST(realText(number), "text");
+    QCOMPARE(realText(number).toDouble(), number);
 }
 
 QTEST_GUILESS_MAIN(TestDataValue)

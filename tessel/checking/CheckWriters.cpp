@@ -111,16 +111,24 @@ QVector<TextTable::Column> variableHeadings()
     return columns;
 }
 
+QString countText(const tessel::OutsideCode& outside)
+{
+    const QString count = QString::number(outside.count);
+    return outside.uncertain > 0 ? QLatin1String("at least ") + count : count;
+}
+
 // "99 (12), 7 (3), ...": each code and how often it comes.
 QString outsideCodes(const ColumnReport& column)
 {
     QStringList codes;
     qint64 told = 0;
     for (const tessel::OutsideCode& outside : column.outsideCodes) {
-        codes.append(QStringLiteral("%1 (%2)").arg(shownCode(outside.code)).arg(outside.count));
+        codes.append(QStringLiteral("%1 (%2)").arg(shownCode(outside.code), countText(outside)));
         told += outside.count;
     }
-    if (told < column.outside)
+    if (!column.hasAllOutsideCodes)
+        codes.append(QStringLiteral("and too many others to count each"));
+    else if (told < column.outside)
         codes.append(QStringLiteral("..."));
     return printable(codes.join(QStringLiteral(", ")));
 }
@@ -322,7 +330,12 @@ private:
     void addCounts(const char* part, const QString& file, const SourceCounts& counts);
     void addVariable(const ColumnReport& column);
     void add(const char* part, const QString& name, const QString& file, const QString& record,
-        const QString& variable, qint64 count);
+        const QString& variable, const QString& count);
+    void add(const char* part, const QString& name, const QString& file, const QString& record,
+        const QString& variable, qint64 count)
+    {
+        add(part, name, file, record, variable, QString::number(count));
+    }
 
     const CheckReport& m_report;
     const DataDictionary& m_dictionary;
@@ -346,10 +359,10 @@ void CheckCsv::addHead()
 }
 
 void CheckCsv::add(const char* part, const QString& name, const QString& file,
-    const QString& record, const QString& variable, qint64 count)
+    const QString& record, const QString& variable, const QString& count)
 {
     static const int empty = variableColumns().size();
-    QStringList cells { QLatin1String(part), name, file, record, variable, QString::number(count) };
+    QStringList cells { QLatin1String(part), name, file, record, variable, count };
     for (int i = 0; i < empty; ++i)
         cells.append(QString());
     m_csv.addLine(cells);
@@ -373,7 +386,9 @@ void CheckCsv::addVariable(const ColumnReport& column)
         cells.last().prepend(QLatin1Char('>'));
     m_csv.addLine(cells << column.lowest << column.highest << meanText(column));
     for (const tessel::OutsideCode& outside : column.outsideCodes)
-        add("outside-code", outside.code, {}, record, variable, outside.count);
+        add("outside-code", outside.code, {}, record, variable,
+            (outside.uncertain > 0 ? QStringLiteral(">=") : QString())
+                + QString::number(outside.count));
 }
 
 void CheckCsv::write()
@@ -456,6 +471,7 @@ void addVariable(JsonWriter& json, const ColumnReport& column, const DataDiction
         { QStringLiteral("label"), dictionary.labelText(variable.label) },
         { QStringLiteral("rows"), column.rows },
         { QStringLiteral("distinctComplete"), column.hasAllDistinct },
+        { QStringLiteral("outsideCodesComplete"), column.hasAllOutsideCodes },
         { QStringLiteral("min"), hasNumbers ? QJsonValue(column.lowest) : QJsonValue() },
         { QStringLiteral("max"), hasNumbers ? QJsonValue(column.highest) : QJsonValue() },
         { QStringLiteral("mean"), hasNumbers ? QJsonValue(column.mean) : QJsonValue() } };
@@ -465,7 +481,8 @@ void addVariable(JsonWriter& json, const ColumnReport& column, const DataDiction
     json.beginList("outsideCodes");
     for (const tessel::OutsideCode& outside : column.outsideCodes) {
         json.add({ { QStringLiteral("code"), outside.code },
-            { QStringLiteral("count"), outside.count } });
+            { QStringLiteral("count"), outside.count },
+            { QStringLiteral("uncertain"), outside.uncertain } });
     }
     json.endList();
     json.endObject();
