@@ -1,10 +1,14 @@
 #include <tessel_data/CaseChecker_p.h>
 
 #include <algorithm>
+#include <iterator>
 
 namespace tessel {
 
 namespace {
+
+// Questionnaires of lower levels that are open in a case at a time; bounds the memory.
+constexpr std::size_t MostNodes = 65'536;
 
 std::size_t keySizeOf(const DataDictionary& dictionary)
 {
@@ -30,6 +34,8 @@ CaseChecker::CaseChecker(const DataDictionary& dictionary, Tell tell)
     , m_tell(std::move(tell))
     , m_index(keySizeOf(dictionary))
 {
+    m_identifiesCases = std::any_of(dictionary.ids.begin(), dictionary.ids.end(),
+        [&](int id) { return dictionary.variables[std::size_t(id)].level == 1; });
 }
 
 DataProblem CaseChecker::problem(ProblemKind kind, qint64 line, int record) const
@@ -69,14 +75,64 @@ void CaseChecker::addRecord(const DataBatch& batch, const DataBatch::Record& rec
 void CaseChecker::addDeeperRecord(const DataBatch& batch, const DataBatch::Record& record)
 {
     const int level = m_dictionary.records[std::size_t(record.record)].level;
+    if (m_nodes.size() >= MostNodes)
+        closeOldNodes();
+    countRecord(nodeOf(batch, record, level).counts, record);
+    touchParents(batch, record, level);
+}
+
+CaseChecker::Node& CaseChecker::nodeOf(
+    const DataBatch& batch, const DataBatch::Record& record, int level)
+{
     Node& node = m_nodes[nodeKey(batch, record, level)];
-    if (node.counts.empty()) {
+    if (node.touched == 0) {
         node.level = level;
         node.line = record.line;
         node.record = record.record;
         node.parent = nodeKey(batch, record, level - 1);
+        node.hasRow = record.text.size == 0; // only lines have a text
     }
-    countRecord(node.counts, record);
+    node.touched = ++m_touches;
+    return node;
+}
+
+// The row that a row of a database belongs to is there, whatever records it has. Nodes stay open
+// as long as those below them.
+void CaseChecker::touchParents(const DataBatch& batch, const DataBatch::Record& record, int level)
+{
+    const bool isRow = record.text.size == 0;
+    for (int above = level - 1; above > 1; --above) {
+        if (isRow) {
+            nodeOf(batch, record, above);
+            continue;
+        }
+        const auto found = m_nodes.find(nodeKey(batch, record, above));
+        if (found != m_nodes.end())
+            found->second.touched = ++m_touches;
+    }
+}
+
+void CaseChecker::closeNode(const Node& node)
+{
+    if (!m_isPartlySaved)
+        tellMissing(node.counts, node.level, node.line);
+    const bool hasParent =
+        node.hasRow || (node.level == 2 ? !m_counts.empty() : m_nodes.count(node.parent) != 0);
+    if (!hasParent && isRequired(node.level - 1))
+        m_tell(problem(ProblemKind::LevelWithoutParent, node.line, node.record));
+}
+
+// Records of a questionnaire follow each other in nearly every file, so that those which were not
+// seen for long are complete.
+void CaseChecker::closeOldNodes()
+{
+    const qint64 oldest = m_touches - qint64(MostNodes / 2);
+    for (const auto& [key, node] : m_nodes) {
+        if (node.touched < oldest)
+            closeNode(node);
+    }
+    for (auto node = m_nodes.begin(); node != m_nodes.end();)
+        node = node->second.touched < oldest ? m_nodes.erase(node) : std::next(node);
 }
 
 void CaseChecker::countRecord(std::map<int, qint64>& counts, const DataBatch::Record& record)
@@ -107,10 +163,10 @@ std::string CaseChecker::nodeKey(
     return key;
 }
 
-bool CaseChecker::hasRecords(int level) const
+bool CaseChecker::isRequired(int level) const
 {
     return std::any_of(m_dictionary.records.begin(), m_dictionary.records.end(),
-        [level](const DataRecord& record) { return record.level == level; });
+        [level](const DataRecord& record) { return record.level == level && record.isRequired; });
 }
 
 void CaseChecker::tellMissing(const std::map<int, qint64>& counts, int level, qint64 line)
@@ -143,20 +199,15 @@ void CaseChecker::endCase()
     if (!m_isInCase)
         return;
     m_isInCase = false;
-    if (!m_isPartlySaved)
+    if (!m_isPartlySaved && (m_identifiesCases || m_hasRows))
         tellMissing(m_counts, 1, m_line);
-    for (const auto& [key, node] : m_nodes) {
-        if (!m_isPartlySaved)
-            tellMissing(node.counts, node.level, node.line);
-        const bool hasParent =
-            node.level == 2 ? !m_counts.empty() : m_nodes.count(node.parent) != 0;
-        if (!hasParent && hasRecords(node.level - 1))
-            m_tell(problem(ProblemKind::LevelWithoutParent, node.line, node.record));
-    }
-    if (!m_dictionary.ids.isEmpty())
+    for (const auto& [key, node] : m_nodes)
+        closeNode(node);
+    if (m_identifiesCases)
         m_index.add(m_key, { m_line, m_caseCount, m_hasRows ? ~quint64(0) : singles(), m_file });
     m_counts.clear();
     m_nodes.clear();
+    m_touches = 0;
 }
 
 void CaseChecker::finish()

@@ -44,15 +44,22 @@ private:
         qint64 line = 0;
         int level = 1;
         int record = 0; // of its first line
+        bool hasRow = false; // of its own, in a database, even without a record of its level
+        qint64 touched = 0; // when it was last looked for
         std::map<int, qint64> counts; // by record
     };
+    using Nodes = std::map<std::string, Node>;
 
     DataProblem problem(ProblemKind kind, qint64 line, int record) const;
     void addDeeperRecord(const DataBatch& batch, const DataBatch::Record& record);
+    Node& nodeOf(const DataBatch& batch, const DataBatch::Record& record, int level);
+    void touchParents(const DataBatch& batch, const DataBatch::Record& record, int level);
+    void closeNode(const Node& node);
+    void closeOldNodes();
     void countRecord(std::map<int, qint64>& counts, const DataBatch::Record& record);
     void tellMissing(const std::map<int, qint64>& counts, int level, qint64 line);
     std::string nodeKey(const DataBatch& batch, const DataBatch::Record& record, int level) const;
-    bool hasRecords(int level) const;
+    bool isRequired(int level) const;
     quint64 singles() const;
 
     const DataDictionary& m_dictionary;
@@ -66,7 +73,9 @@ private:
     int m_file = 0;
     qint64 m_line = 0;
     std::map<int, qint64> m_counts; // of level 1
-    std::map<std::string, Node> m_nodes; // of the levels below, by their identification
+    Nodes m_nodes; // of the levels below, by their identification
+    qint64 m_touches = 0;
+    bool m_identifiesCases = false;
 };
 
 } // namespace tessel

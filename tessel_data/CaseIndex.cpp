@@ -205,7 +205,9 @@ void CaseIndex::finish(const Report& report)
             key.assign(entry, m_keySize);
             first = placeOf(entry);
         } else {
-            report({ shownKey(key), first, placeOf(entry) });
+            const Place next = placeOf(entry);
+            report({ shownKey(key), first, next });
+            first.singles |= next.singles;
         }
         runs[head].next();
         if (runs[head].entry())

@@ -20,12 +20,12 @@ public:
     struct Place {
         qint64 line = 0;
         qint64 number = 0; // of the case
-        quint64 singles = 0; // records that a case may have once, one bit each
+        quint64 singles = 0; // records that a case may have once, a bit for each that is there
         int file = 0;
     };
     struct Group {
         std::string_view key; // its end is cut off when it is long
-        Place first;
+        Place first; // its singles are those of all places before the second
         Place second;
     };
     using Report = std::function<void(const Group&)>;
