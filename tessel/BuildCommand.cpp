@@ -109,6 +109,7 @@ void describe(QCommandLineParser& parser)
     parser.addOptions({ toOption(), schemaOption(), overwriteOption(), addOption(), planOption(),
         repeatsOption(), dictionaryOption(), languagesOption() });
     parser.addOptions(dictionaryTextOptions());
+    parser.addOption(dataEncodingOption());
     parser.addOptions(selectionOptions());
     parser.addOptions({ configOption(), saveConfigOption() });
     parser.addPositionalArgument(QStringLiteral("source"),
@@ -130,7 +131,9 @@ QString readInput(const QCommandLineParser& parser, DataInput& input)
         input.dictionary = FileNames::path(parser.value(dictionaryOption()));
     if (parser.isSet(dictionaryOption()) && input.dictionary.isEmpty())
         return QStringLiteral("--dictionary needs the name of a file");
-    const QString mistake = readDictionaryTextOptions(parser, input.reading);
+    QString mistake = readDictionaryTextOptions(parser, input.reading);
+    if (mistake.isNull())
+        mistake = readDataEncoding(parser, input.dataEncoding);
     return mistake.isNull() ? checkDataInput(input) : mistake;
 }
 

@@ -69,6 +69,7 @@ void describe(QCommandLineParser& parser)
     parser.addOptions({ dictionaryOption(), anyValueSetOption(), strictOption(), problemsOption(),
         listFormatOption(), spreadsheetOption() });
     parser.addOptions(dictionaryTextOptions());
+    parser.addOption(dataEncodingOption());
     parser.addOption(Output::option());
     parser.addPositionalArgument(QStringLiteral("dictionary"),
         QStringLiteral("CSPro dictionary (.dcf); or one file of .csdb, .sav, .zsav or .dta."),
@@ -88,7 +89,9 @@ QString readInput(const QCommandLineParser& parser, DataInput& input)
         return QStringLiteral("--dictionary needs the name of a file");
     if (parser.isSet(anyValueSetOption()))
         input.valueSets = tessel::ValueSetChoice::Any;
-    const QString mistake = readDictionaryTextOptions(parser, input.reading);
+    QString mistake = readDictionaryTextOptions(parser, input.reading);
+    if (mistake.isNull())
+        mistake = readDataEncoding(parser, input.dataEncoding);
     return mistake.isNull() ? checkDataInput(input) : mistake;
 }
 

@@ -1,5 +1,6 @@
 #include "InputOptions.h"
 
+#include "checking/DataInput.h"
 #include "process/Console.h"
 #include "reading/ReadInput.h"
 
@@ -108,6 +109,26 @@ QString readDictionaryTextOptions(const QCommandLineParser& parser, DictionaryOp
     if (parser.isSet(languageOption()))
         options.language = parser.value(languageOption());
     return readEncoding(parser, encodingOption(), options.encoding);
+}
+
+const QCommandLineOption& dataEncodingOption()
+{
+    static const QCommandLineOption option(QStringLiteral("data-encoding"),
+        QStringLiteral("Encoding of text data without a byte-order mark, utf-8 or windows-1252; "
+                       "found when not given."),
+        QStringLiteral("name"));
+    return option;
+}
+
+QString readDataEncoding(const QCommandLineParser& parser, QString& encoding)
+{
+    if (!parser.isSet(dataEncodingOption()))
+        return QString();
+    encoding = parser.value(dataEncodingOption()).toLower();
+    return isDataEncoding(encoding)
+        ? QString()
+        : QStringLiteral("--data-encoding takes utf-8 or windows-1252, not '%1'")
+              .arg(parser.value(dataEncodingOption()));
 }
 
 QString readEncoding(

@@ -19,6 +19,13 @@ QString readInputOptions(const QCommandLineParser& parser, InputOptions& options
 /*! Reads what dictionaryTextOptions() give, over what \a options say already, likewise. */
 QString readDictionaryTextOptions(const QCommandLineParser& parser, DictionaryOptions& options);
 
+/*! --data-encoding, of text data without a byte-order mark. */
+const QCommandLineOption& dataEncodingOption();
+
+/*! Reads it into \a encoding, which stays when it is not given. Null when it makes sense, else what
+ * is wrong. */
+QString readDataEncoding(const QCommandLineParser& parser, QString& encoding);
+
 /*!
  * Reads the name of an encoding that \a option gives, over what \a encoding says already. Null when
  * it makes sense, else what is wrong.

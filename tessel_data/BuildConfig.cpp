@@ -307,7 +307,8 @@ QByteArray BuildConfig::json(bool isIndented) const
         { QStringLiteral("dataBase"), objectOf(*m_config.getDataBase()) },
         { QStringLiteral("entities"), entities }, { QStringLiteral("split"), objectOf(m_split) },
         { QStringLiteral("data"), QJsonArray::fromStringList(data) },
-        { QStringLiteral("dictionary"), dictionary }, { QStringLiteral("schema"), schema },
+        { QStringLiteral("dictionary"), dictionary },
+        { QStringLiteral("dataEncoding"), dataEncoding }, { QStringLiteral("schema"), schema },
         { QStringLiteral("repeats"), repeats }, { QStringLiteral("language"), language },
         { QStringLiteral("encoding"), encoding },
         { QStringLiteral("allLanguages"), hasAllLanguages },
@@ -345,6 +346,14 @@ QString BuildConfig::readJson(const QByteArray& json)
         QStringLiteral("split"), [this](ObjectReader& inner) { readSplit(inner, m_split); });
     reader.texts(QStringLiteral("data"), [this](const QString& text) { data.append(text); });
     reader.text(QStringLiteral("dictionary"), [this](const QString& text) { dictionary = text; });
+    reader.text(QStringLiteral("dataEncoding"), [&](const QString& text) {
+        if (!text.isEmpty() && text != QLatin1String("utf-8")
+            && text != QLatin1String("windows-1252")) {
+            reader.fail(
+                QStringLiteral("'dataEncoding' takes utf-8 or windows-1252, not '%1'").arg(text));
+        }
+        dataEncoding = text;
+    });
     reader.text(QStringLiteral("schema"), [this](const QString& text) { schema = text; });
     reader.text(QStringLiteral("repeats"), [this](const QString& text) { repeats = text; });
     reader.text(QStringLiteral("language"), [this](const QString& text) { language = text; });

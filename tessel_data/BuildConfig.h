@@ -68,6 +68,7 @@ public:
     /*! @{ */
     QStringList data; /*!< files that the source, a dictionary, describes */
     QString dictionary; /*!< of a CSPro DB, in place of its own; empty: its own */
+    QString dataEncoding; /*!< of text data: "utf-8" or "windows-1252"; empty: found */
     QString schema; /*!< on a server; empty: the first of the search path */
     QString repeats; /*!< "columns" or "tables"; empty: not said */
     QString language; /*!< of the labels; empty: the first */

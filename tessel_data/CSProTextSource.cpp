@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -35,7 +36,7 @@ public:
         const bool isStandardInput = path == QLatin1String("-");
         m_file = isStandardInput
             ? STDIN_FILENO
-            : ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+            : ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
         struct stat status { };
         if (m_file < 0 || ::fstat(m_file, &status) != 0)
             throw DataError(DataError::Code::CannotOpen, path,
@@ -58,7 +59,8 @@ public:
             ::close(m_file);
     }
 
-    // Waits for a pipe or a terminal to have something; false when that is wanted no more.
+    // Waits for a pipe, its writer or a terminal to have something; false when that is wanted no
+    // more.
     bool wait(BatchSink& sink) const
     {
         constexpr int milliseconds = 100;
@@ -71,6 +73,7 @@ public:
     }
 
     // No more than there was when it was opened, as a file that is being written may never end.
+    // -1: there is nothing yet.
     qint64 read(char* buffer, qint64 size)
     {
         const qint64 wanted = m_left < 0 ? size : std::min(size, m_left);
@@ -80,6 +83,8 @@ public:
                 m_left -= m_left < 0 ? 0 : count;
                 return count;
             }
+            if (errno == EAGAIN)
+                return -1;
             if (errno != EINTR)
                 throw DataError(DataError::Code::CannotRead, m_path,
                     QStringLiteral("cannot be read on: ") + systemError(errno));
@@ -121,6 +126,48 @@ qint64 sizeOf(const QString& path)
     return S_ISREG(status.st_mode) ? status.st_size : -1;
 }
 
+// How a file begins that is no text of bytes, and what to say of it.
+struct Foreign {
+    std::string_view begin;
+    const char* text;
+};
+
+constexpr const char* inUtf16 = "is text in UTF-16, which data of this kind never are; save it as "
+                                "UTF-8, for example with: iconv -f UTF-16 -t UTF-8";
+
+constexpr Foreign foreigns[] = {
+    { "\xFF\xFE", inUtf16 },
+    { "\xFE\xFF", inUtf16 },
+    { "\x1F\x8B", "is compressed with gzip; unpack it first, with gunzip" },
+    { "PK\x03\x04", "is a zip archive; unpack it first" },
+    { "\xFD\x37zXZ", "is compressed with xz; unpack it first, with unxz" },
+    { "BZh91AY&SY", "is compressed with bzip2; unpack it first, with bunzip2" },
+};
+
+// UTF-16 without a mark: of ASCII characters every other byte is a NUL.
+bool isUnmarkedUtf16(std::string_view head)
+{
+    constexpr std::size_t fewest = 4;
+    constexpr std::size_t enough = 4096;
+    std::size_t nulls[2] = {};
+    const std::size_t size = std::min(head.size(), enough) / 2 * 2;
+    for (std::size_t i = 0; i < size; ++i)
+        nulls[i % 2] += head[i] == '\0' ? 1 : 0;
+    const std::size_t most = std::max(nulls[0], nulls[1]);
+    return size >= fewest && std::min(nulls[0], nulls[1]) == 0 && most * 10 >= size / 2 * 9;
+}
+
+void refuseForeign(std::string_view head, const QString& path)
+{
+    const char* found = isUnmarkedUtf16(head) ? inUtf16 : nullptr;
+    for (const Foreign& foreign : foreigns) {
+        if (head.substr(0, foreign.begin.size()) == foreign.begin)
+            found = foreign.text;
+    }
+    if (found)
+        throw DataError(DataError::Code::NotThisFormat, path, QLatin1String(found));
+}
+
 QString nameOf(LineEncoding encoding)
 {
     switch (encoding) {
@@ -138,9 +185,10 @@ QString nameOf(LineEncoding encoding)
 
 class CSProTextSource::Job {
 public:
-    Job(const DataDictionary& data, const QStringList& paths)
+    Job(const DataDictionary& data, const QStringList& paths, LineEncoding known)
         : dictionary(data)
         , parser(dictionary)
+        , encoding(known)
     {
         for (const QString& path : paths) {
             SourceFile file;
@@ -159,6 +207,7 @@ public:
 
     DataDictionary dictionary;
     RecordParser parser;
+    LineEncoding encoding; // of files without a mark
     std::vector<SourceFile> files;
     qint64 size = 0;
     qint64 doneBytes = 0;
@@ -170,17 +219,21 @@ bool CSProTextSource::Job::readFile(int index, BatchSink& sink)
     SourceFile& file = files[std::size_t(index)];
     InputFile input(file.path);
     LineReader reader(
-        [&](char* buffer, qint64 bytes) {
-            return input.wait(sink) ? input.read(buffer, bytes) : 0;
+        [&](char* buffer, qint64 bytes) -> qint64 {
+            while (input.wait(sink)) {
+                const qint64 count = input.read(buffer, bytes);
+                if (count >= 0)
+                    return count;
+            }
+            return 0;
         },
         longestLine);
-    parser.beginFile();
+    refuseForeign(reader.head(), file.path);
+    parser.beginFile(reader.hasMark() ? LineEncoding::Utf8 : encoding);
     const qint64 casesBefore = parser.caseCount();
     LineReader::Line line;
     bool isWanted = true;
     while (isWanted && reader.next(line)) {
-        if (file.counts.lines == 0 && reader.hasMark())
-            parser.setEncoding(LineEncoding::Utf8);
         addLine(line, index, sink.batch());
         sink.batch().doneBytes = doneBytes + reader.bytesRead();
         if (sink.batch().isFull())
@@ -193,6 +246,7 @@ bool CSProTextSource::Job::readFile(int index, BatchSink& sink)
     file.lfLines = reader.lfLines();
     file.crlfLines = reader.crlfLines();
     file.crLines = reader.crLines();
+    file.linesWithCr = parser.linesWithCr();
     isWanted = isWanted && sink.goesOn();
     file.changedWhileRead = isWanted && input.hasChanged();
     file.counts.cases = file.counts.casesRead = parser.caseCount() - casesBefore;
@@ -225,14 +279,15 @@ void CSProTextSource::Job::addLine(const LineReader::Line& line, int index, Data
     }
 }
 
-CSProTextSource::CSProTextSource(const DataDictionary& dictionary, const QStringList& paths)
+CSProTextSource::CSProTextSource(
+    const DataDictionary& dictionary, const QStringList& paths, LineEncoding encoding)
 {
     if (dictionary.recordTypeWidth == 0 && dictionary.records.size() > 1) {
         throw DataError(DataError::Code::UnfitDictionary, dictionary.name,
             QStringLiteral("has several records but no record types, so that lines of text cannot "
                            "be told apart"));
     }
-    m_job = std::make_unique<Job>(dictionary, paths);
+    m_job = std::make_unique<Job>(dictionary, paths, encoding);
 }
 
 CSProTextSource::~CSProTextSource() = default;

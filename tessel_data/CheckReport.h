@@ -19,6 +19,7 @@ enum class ProblemKind {
     TextBeyondRecord,
     ControlCharacters,
     OtherEncoding,
+    NotUtf8,
     NotInDictionary,
     TooWideValue,
     KeyDiffers,
@@ -64,7 +65,7 @@ struct DataProblem {
     QString caseKey; /*!< identification of the case; empty: not known */
     int record = -1; /*!< index in the dictionary; -1: none */
     int variable = -1; /*!< index in the dictionary; -1: none */
-    QString value; /*!< the value, or the line, as it stands */
+    QString value; /*!< the value, the line, or the part of it that is concerned, as it stands */
     int otherFile = -1; /*!< where the case began before; -1: nowhere */
     qint64 otherLine = 0;
     qint64 otherCase = 0; /*!< number of the case that began there */

@@ -15,10 +15,11 @@ constexpr std::size_t MostDistinct = 1'000'000;
 
 constexpr const char* kindNames[] = { "unknown-record-type", "ends-in-identification",
     "id-not-a-number", "too-long-line", "damaged-record", "text-beyond-record",
-    "control-characters", "other-encoding", "not-in-dictionary", "too-wide-value", "key-differs",
-    "special-without-code", "file-changed", "blank-id-item", "blank-identification", "not-a-number",
-    "unfit-number", "out-of-range", "outside-value-set", "missing-record", "too-many-records",
-    "level-without-parent", "duplicate-case", "scattered-case", "partly-saved-case" };
+    "control-characters", "other-encoding", "not-utf-8", "not-in-dictionary", "too-wide-value",
+    "key-differs", "special-without-code", "file-changed", "blank-id-item", "blank-identification",
+    "not-a-number", "unfit-number", "out-of-range", "outside-value-set", "missing-record",
+    "too-many-records", "level-without-parent", "duplicate-case", "scattered-case",
+    "partly-saved-case" };
 static_assert(sizeof(kindNames) / sizeof(kindNames[0]) == ProblemKindCount);
 
 #define TESSEL_SAME_PLACE(name)                                                                    \
@@ -31,6 +32,7 @@ TESSEL_SAME_PLACE(DamagedRecord);
 TESSEL_SAME_PLACE(TextBeyondRecord);
 TESSEL_SAME_PLACE(ControlCharacters);
 TESSEL_SAME_PLACE(OtherEncoding);
+TESSEL_SAME_PLACE(NotUtf8);
 TESSEL_SAME_PLACE(NotInDictionary);
 TESSEL_SAME_PLACE(TooWideValue);
 TESSEL_SAME_PLACE(KeyDiffers);
@@ -78,13 +80,20 @@ public:
             16, std::min(std::size_t(options.distinctLimit), MostDistinct / columns));
         limits.outsideCodes = std::size_t(std::max(1, options.distinctLimit));
         report.recordCounts.resize(dictionary.records.size());
+        for (const DataRecord& record : dictionary.records) {
+            for (int c = 0; c < record.columns.size(); ++c) {
+                counters[std::size_t(record.firstColumn + c)].setWidth(
+                    dictionary.variables[std::size_t(record.columns.at(c))].width);
+            }
+        }
         for (const int id : dictionary.ids)
             caseIdCount += dictionary.variables[std::size_t(id)].level == 1 ? 1 : 0;
     }
 
     void take(const DataBatch& batch);
     void takeRecord(const DataBatch& batch, const DataBatch::Record& record);
-    void takeOtherValue(const DataBatch& batch, const DataBatch::Record& record, int column, quint32 cell);
+    void takeOtherValue(
+        const DataBatch& batch, const DataBatch::Record& record, int column, quint32 cell);
     bool isNameless(const DataBatch& batch, const DataBatch::Record& record) const;
     void tellNameless(const DataBatch::Record& record);
     void takeTold(const DataBatch& batch, const DataBatch::Told& told);
@@ -236,8 +245,13 @@ void Checker::Job::takeTold(const DataBatch& batch, const DataBatch::Told& told)
     problem.file = told.file;
     problem.line = told.line;
     problem.variable = told.variable;
+    problem.record = told.record;
+    if (told.record < 0 && told.variable >= 0)
+        problem.record = dictionary.variables[std::size_t(told.variable)].record;
     if (told.caseNumber >= 0 && told.caseNumber == cases.caseCount() - 1)
         problem.caseKey = shown(cases.key());
+    else if (told.key.size > 0)
+        problem.caseKey = shown(batch.text(told.key));
     if (told.caseNumber >= 0)
         problem.caseNumber = told.caseNumber + 1;
     problem.value = shown(batch.text(told.text));

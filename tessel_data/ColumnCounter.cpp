@@ -151,13 +151,18 @@ void ColumnCounter::addOutside(const DataBatch& batch, quint32 cell, Limits& lim
     ++m_counts.outside;
     m_counts.outOfRange += state.isOutOfRange() ? 1 : 0;
     if (state.kind() == ValueKind::Number)
-        m_outsideNumbers.add(batch.numbers[cell], limits.outsideCodes, limits.outsideBytes);
+        m_outsideNumbers.add(batch.numbers[cell], 0, limits.outsideCodes, limits.outsideBytes);
     else if (state.kind() == ValueKind::Real)
         m_outsideNumbers.add(
-            bitsOf(batch.realOf(cell)), limits.outsideCodes, limits.outsideBytes);
+            bitsOf(batch.realOf(cell)), 0, limits.outsideCodes, limits.outsideBytes);
     else
-        m_outsideTexts.add(
-            std::string(batch.textOf(cell)), limits.outsideCodes, limits.outsideBytes);
+        addOutsideText(batch.textOf(cell), limits);
+}
+
+void ColumnCounter::addOutsideText(std::string_view text, Limits& limits)
+{
+    const std::size_t longest = std::max(m_width, text.size());
+    m_outsideTexts.add(std::string(text), longest, limits.outsideCodes, limits.outsideBytes);
 }
 
 // Those that come most often for certain are the first ones.

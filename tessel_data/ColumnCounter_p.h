@@ -6,6 +6,7 @@
 
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tessel {
@@ -50,6 +51,11 @@ public:
         std::size_t outsideBytes = 8'388'608; // left for those of all columns
     };
 
+    // Columns of a value; what its texts may take is planned by it.
+    void setWidth(int width)
+    {
+        m_width = std::size_t(width);
+    }
     void addNumber(qint64 number, const Limits& limits)
     {
         ++m_numbers;
@@ -68,9 +74,11 @@ private:
     void addSpecial(Special special);
     void addReal(double number, const Limits& limits);
     void addOutside(const DataBatch& batch, quint32 cell, Limits& limits);
+    void addOutsideText(std::string_view text, Limits& limits);
     QVector<OutsideCode> outsideCodes(const DataVariable& variable) const;
     void carrySum(qint64 number);
 
+    std::size_t m_width = 0;
     qint64 m_numbers = 0;
     qint64 m_lowest = std::numeric_limits<qint64>::max();
     qint64 m_highest = std::numeric_limits<qint64>::min();

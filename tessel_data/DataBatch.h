@@ -12,6 +12,9 @@
 
 namespace tessel {
 
+/*! How the texts of a file are encoded. */
+enum class LineEncoding { Unknown, Utf8, Windows1252 };
+
 /*! What a source tells of a line, a record or a case. */
 enum class LineProblem : quint8 {
     UnknownRecordType, /*!< rejected */
@@ -21,7 +24,8 @@ enum class LineProblem : quint8 {
     DamagedRecord, /*!< rejected: a row of a database that belongs nowhere or cannot be read */
     TextBeyondRecord, /*!< kept: text behind the record's last column is passed over */
     ControlCharacters, /*!< kept: NUL or another control character */
-    OtherEncoding, /*!< kept: another encoding than the lines before */
+    OtherEncoding, /*!< kept: speaks for another encoding than the lines before */
+    NotUtf8, /*!< kept: bytes that are no UTF-8, in a file that is; each became U+FFFD */
     NotInDictionary, /*!< a record or an item of a database that the dictionary given lacks */
     TooWideValue, /*!< kept: a value of a database that is wider than its item */
     KeyDiffers, /*!< kept: a case of a database whose identification items are not its key */
@@ -74,7 +78,13 @@ public:
         int variable = -1; /*!< that it concerns; -1: none */
         qint64 line = 0; /*!< 0: of the file, or of a row of a database that is in no case */
         qint64 caseNumber = -1; /*!< -1: not known */
-        TextRef text; /*!< the line; the first part of an endless one; names and values of a row */
+        /*!
+         * What is rejected, whole: the line, the first part of an endless one, or names and values
+         * of a row. Of what is kept the part that the problem is in.
+         */
+        TextRef text;
+        int record = -1; /*!< of the line; -1: not known, or that of the variable */
+        TextRef key = {}; /*!< of a rejected line, its identification; empty: not known */
     };
 
     /*! Empties the batch, and keeps its memory. */
@@ -172,6 +182,7 @@ struct SourceFile {
     qint64 lfLines = 0; /*!< lines that end so */
     qint64 crlfLines = 0;
     qint64 crLines = 0;
+    qint64 linesWithCr = 0; /*!< lines that hold a carriage return before their end */
     bool changedWhileRead = false; /*!< another program wrote to it, so the data may be torn */
     SourceCounts counts;
 };

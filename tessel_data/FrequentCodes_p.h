@@ -3,7 +3,6 @@
 #include <QtGlobal>
 
 #include <algorithm>
-#include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -15,8 +14,7 @@ namespace tessel {
  * for which there is no room takes the place of the rarest one, and its count. So a code that is
  * more frequent than that count is always here.
  */
-template <typename Code>
-class FrequentCodes {
+template <typename Code> class FrequentCodes {
     using Node = std::pair<const Code, std::size_t>; // a code and its place in m_counts
 
 public:
@@ -31,11 +29,12 @@ public:
         }
     };
 
-    // room: bytes that are left for new codes of this and other columns.
-    void add(const Code& code, std::size_t limit, std::size_t& room)
+    // longest: bytes of the longest code; room: bytes that are left for those of this and other
+    // columns.
+    void add(const Code& code, std::size_t longest, std::size_t limit, std::size_t& room)
     {
         const auto found = m_places.find(code);
-        raise(found != m_places.end() ? found->second : place(code, limit, room));
+        raise(found != m_places.end() ? found->second : place(code, longest, limit, room));
     }
     bool hasAll() const
     {
@@ -50,18 +49,9 @@ public:
 private:
     static constexpr std::size_t Fewest = 8; // for which there is always room
 
-    static std::size_t sizeOf(qint64 /*code*/)
+    std::size_t place(const Code& code, std::size_t longest, std::size_t limit, std::size_t& room)
     {
-        return NodeSize;
-    }
-    static std::size_t sizeOf(const std::string& code)
-    {
-        return NodeSize + code.capacity();
-    }
-
-    std::size_t place(const Code& code, std::size_t limit, std::size_t& room)
-    {
-        const std::size_t size = sizeOf(code);
+        const std::size_t size = NodeSize + longest; // as a longer one may take the place
         const std::size_t index = m_counts.size();
         if (index < Fewest || (index < limit && size <= room)) {
             room -= std::min(size, room);

@@ -12,6 +12,13 @@ LineReader::LineReader(Read read, qint64 longestLine)
 {
 }
 
+std::string_view LineReader::head()
+{
+    if (!m_hasBegun)
+        begin();
+    return { m_buffer.data(), std::size_t(m_end) };
+}
+
 bool LineReader::next(Line& line)
 {
     if (!m_hasBegun)

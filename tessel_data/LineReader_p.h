@@ -26,6 +26,8 @@ public:
 
     explicit LineReader(Read read, qint64 longestLine);
 
+    // The first bytes, up to a block, with their byte-order mark.
+    std::string_view head();
     // False at the end.
     bool next(Line& line);
 

@@ -4,6 +4,8 @@
 
 #include <QTextCodec>
 
+#include <algorithm>
+
 namespace tessel {
 
 namespace {
@@ -59,7 +61,7 @@ int utf8Size(const uchar* at, std::size_t left)
 
 } // namespace
 
-void LineText::set(std::string_view text)
+void LineText::scan(std::string_view text)
 {
     uchar high = 0;
     uchar controls = 0;
@@ -72,31 +74,84 @@ void LineText::set(std::string_view text)
     m_isAscii = high < 0x80;
     m_hasControls = controls != 0;
     m_encoding = LineEncoding::Unknown;
+    m_isOther = false;
+    m_hasBadBytes = false;
+}
+
+void LineText::set(std::string_view text)
+{
+    scan(text);
     if (m_isAscii)
         return;
-    m_encoding = placeUtf8() ? LineEncoding::Utf8 : LineEncoding::Windows1252;
-    if (m_encoding == LineEncoding::Windows1252)
+    m_encoding = LineEncoding::Utf8;
+    if (placeUtf8().badBytes > 0)
         decodeWindows1252();
 }
 
-bool LineText::placeUtf8()
+void LineText::setLine(std::string_view text, LineEncoding file, bool isStated)
 {
+    scan(text);
+    if (m_isAscii)
+        return;
+    m_encoding = LineEncoding::Utf8;
+    const Utf8Shape shape = placeUtf8();
+    const bool isUtf8 = shape.badBytes == 0;
+    const bool hasNoUtf8 = shape.characters == 0;
+    m_isOther = !isStated
+        && ((file == LineEncoding::Windows1252 && isUtf8)
+            || (file == LineEncoding::Utf8 && hasNoUtf8));
+    if (file == LineEncoding::Windows1252 || (hasNoUtf8 && !isStated))
+        decodeWindows1252();
+    else if (!isUtf8)
+        replaceBadBytes();
+}
+
+LineText::Utf8Shape LineText::placeUtf8()
+{
+    Utf8Shape shape;
     m_places.clear();
     const auto* bytes = reinterpret_cast<const uchar*>(m_text.data());
     std::size_t at = 0;
     while (at < m_text.size()) {
         m_places.push_back(quint32(at));
         const int size = utf8Size(bytes + at, m_text.size() - at);
-        if (size == 0)
-            return false;
-        at += std::size_t(size);
+        shape.badBytes += size == 0 ? 1 : 0;
+        shape.characters += size > 1 ? 1 : 0;
+        at += std::size_t(std::max(size, 1));
     }
     m_places.push_back(quint32(at));
-    return true;
+    return shape;
+}
+
+// Their columns stay one byte each.
+void LineText::replaceBadBytes()
+{
+    m_decoded.clear();
+    for (std::size_t column = 0; column + 1 < m_places.size(); ++column) {
+        const std::size_t start = m_places[column];
+        const std::string_view character = m_text.substr(start, m_places[column + 1] - start);
+        m_places[column] = quint32(m_decoded.size());
+        if (character.size() == 1 && uchar(character.front()) >= 0x80)
+            m_decoded += BadByte;
+        else
+            m_decoded += character;
+    }
+    m_places.back() = quint32(m_decoded.size());
+    m_text = m_decoded;
+    m_hasBadBytes = true;
+}
+
+int LineText::columnAt(std::size_t place) const
+{
+    if (m_isAscii)
+        return int(place);
+    const auto next = std::upper_bound(m_places.begin(), m_places.end(), quint32(place));
+    return int(next - m_places.begin()) - 1;
 }
 
 void LineText::decodeWindows1252()
 {
+    m_encoding = LineEncoding::Windows1252;
     static const QString characters = charactersBeforeUtf8();
     m_decoded.clear();
     m_places.clear();

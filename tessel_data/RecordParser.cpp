@@ -40,12 +40,30 @@ inline bool readPlain(std::string_view text, qint64& number)
     return true;
 }
 
+bool isControl(char character)
+{
+    return uchar(character) < 0x20;
+}
+
+bool isHigh(char character)
+{
+    return uchar(character) >= 0x80;
+}
+
 ValueState stateOf(const CodeTable* codes, qint64 number)
 {
     return codes ? codes->stateOf(number) : ValueState(ValueKind::Number);
 }
 
 } // namespace
+
+// From the first character of a kind to behind the last one; the text has one.
+RecordParser::Part RecordParser::partOf(std::string_view text, bool (*isKind)(char))
+{
+    const auto first = std::find_if(text.begin(), text.end(), isKind);
+    const auto last = std::find_if(text.rbegin(), text.rend(), isKind);
+    return { std::size_t(first - text.begin()), std::size_t(last.base() - text.begin()) };
+}
 
 int unreadableId(const DataBatch& batch, quint32 firstCell, int idCount)
 {
@@ -87,15 +105,19 @@ RecordParser::RecordParser(const DataDictionary& dictionary)
         m_firstLevelIds += dictionary.variables[std::size_t(id)].level == 1 ? 1 : 0;
 }
 
-void RecordParser::beginFile()
+void RecordParser::beginFile(LineEncoding encoding)
 {
-    m_encoding = LineEncoding::Unknown;
+    m_encoding = encoding;
+    m_isEncodingStated = encoding != LineEncoding::Unknown;
+    m_linesWithCr = 0;
     m_isInCase = false;
 }
 
 void RecordParser::setCasesGiven(bool areGiven)
 {
     m_areCasesGiven = areGiven;
+    if (areGiven)
+        m_encoding = LineEncoding::Utf8; // as the texts of a database are, mostly
 }
 
 void RecordParser::beginCase(qint64 number)
@@ -107,24 +129,24 @@ void RecordParser::beginCase(qint64 number)
 RecordParser::Outcome RecordParser::parse(
     std::string_view line, qint64 number, int file, DataBatch& batch)
 {
-    if (!line.empty() && line[0] == '~')
-        return Outcome::Deleted;
     if (isBlank(line))
         return Outcome::Blank;
-    m_line.set(line);
-    const qint64 givenCase = m_areCasesGiven ? m_caseNumber : -1;
-    DataBatch::Told told { LineProblem::UnknownRecordType, file, -1, number, givenCase, {} };
-    const int record = recordOf();
-    if (record < 0) {
-        told.text = batch.keep(m_line.text());
-        batch.told.push_back(told);
-        return Outcome::Rejected;
-    }
+    decode(line);
+    if (line[0] == '~')
+        return Outcome::Deleted;
+    DataBatch::Told told;
+    told.file = file;
+    told.line = number;
+    told.caseNumber = m_areCasesGiven ? m_caseNumber : -1;
+    told.record = recordOf();
+    const TextRef text = told.text = batch.keep(m_line.text());
+    if (told.record < 0)
+        return reject(LineProblem::UnknownRecordType, batch, told);
+    const int record = told.record;
     const Plan& plan = m_plans[std::size_t(record)];
     const auto firstCell = quint32(batch.states.size());
-    if (!isAcceptable(plan, record, batch, told))
+    if (!isAcceptable(plan, batch, told))
         return Outcome::Rejected;
-    const TextRef text = told.text;
     if (!m_areCasesGiven && !continuesCase(plan, batch, firstCell)) {
         ++m_caseNumber;
         batch.cases.push_back({ m_caseNumber, quint32(batch.records.size()), file, number,
@@ -134,6 +156,15 @@ RecordParser::Outcome RecordParser::parse(
     if (!m_line.isAscii() || m_line.hasControlCharacters() || m_line.columnCount() > plan.width)
         tellOddities(plan, batch, told);
     return Outcome::Record;
+}
+
+void RecordParser::decode(std::string_view line)
+{
+    m_line.setLine(line, m_encoding, m_isEncodingStated);
+    if (m_encoding == LineEncoding::Unknown)
+        m_encoding = m_line.encoding();
+    if (m_line.hasControlCharacters() && line.find('\r') != std::string_view::npos)
+        ++m_linesWithCr;
 }
 
 int RecordParser::recordOf() const
@@ -149,27 +180,56 @@ int RecordParser::recordOf() const
 }
 
 // Reads the record's values; false, with its values taken back, when the line has no place.
-bool RecordParser::isAcceptable(
-    const Plan& plan, int record, DataBatch& batch, DataBatch::Told& told)
+bool RecordParser::isAcceptable(const Plan& plan, DataBatch& batch, DataBatch::Told told)
 {
-    const auto cells = quint32(batch.states.size());
-    told.text = batch.keep(m_line.text());
-    const auto reject = [&](LineProblem problem) {
-        batch.states.resize(cells);
-        batch.numbers.resize(cells);
-        batch.bytes.resize(told.text.start + told.text.size);
-        told.problem = problem;
-        batch.told.push_back(told);
+    if (m_line.columnCount() < plan.firstIdsEnd) {
+        reject(LineProblem::EndsInIdentification, batch, told);
         return false;
-    };
-    if (m_line.columnCount() < plan.firstIdsEnd)
-        return reject(LineProblem::EndsInIdentification);
+    }
+    const auto cells = quint32(batch.states.size());
     readColumns(plan, batch, told.text.start);
     const int id = unreadableId(batch, cells, plan.idCount);
     if (id < 0)
         return true;
-    told.variable = m_dictionary.records[std::size_t(record)].columns.at(id);
-    return reject(LineProblem::IdNotANumber);
+    batch.states.resize(cells);
+    batch.numbers.resize(cells);
+    batch.bytes.resize(told.text.start + told.text.size);
+    told.variable = plan.columns[std::size_t(id)].variable;
+    reject(LineProblem::IdNotANumber, batch, told);
+    return false;
+}
+
+// What its bytes are is told first, as that may be why it is rejected.
+RecordParser::Outcome RecordParser::reject(
+    LineProblem problem, DataBatch& batch, DataBatch::Told told)
+{
+    if (!m_areCasesGiven)
+        told.key = readableKey(batch, told.text.start);
+    tellEncoding(nullptr, batch, told);
+    told.problem = problem;
+    batch.told.push_back(told);
+    return Outcome::Rejected;
+}
+
+// Identification of the line, which is no record; empty when any of it is blank or no number.
+TextRef RecordParser::readableKey(DataBatch& batch, quint32 line)
+{
+    if (m_plans.empty() || m_firstLevelIds == 0)
+        return {};
+    const Plan& plan = m_plans.front(); // all have the identification items of the first level
+    const quint32 firstCell = batch.addCells(std::size_t(m_firstLevelIds));
+    bool isReadable = true;
+    for (int c = 0; c < m_firstLevelIds; ++c) {
+        const quint32 cell = firstCell + quint32(c);
+        readColumn(plan.columns[std::size_t(c)], batch, cell, line);
+        const ValueKind kind = batch.states[cell].kind();
+        isReadable = isReadable && (kind == ValueKind::Number || kind == ValueKind::Text);
+    }
+    if (isReadable)
+        makeKey(plan, batch, firstCell);
+    batch.states.resize(firstCell);
+    batch.numbers.resize(firstCell);
+    return isReadable ? batch.keep(m_nextKey) : TextRef();
 }
 
 // line: where the line stands among the texts of the batch.
@@ -248,6 +308,8 @@ bool RecordParser::continuesCase(const Plan& plan, const DataBatch& batch, quint
         m_nextRawKey.append(m_line.columns(column.start, column.width));
         m_nextRawKey += '\n';
     }
+    if (m_firstLevelIds == 0)
+        return false; // nothing says which records belong together
     const bool isSame = m_isInCase && m_nextRawKey == m_rawKey;
     if (isSame)
         return true;
@@ -286,21 +348,64 @@ void RecordParser::makeKey(const Plan& plan, const DataBatch& batch, quint32 fir
 void RecordParser::tellOddities(const Plan& plan, DataBatch& batch, DataBatch::Told told)
 {
     told.caseNumber = m_caseNumber;
-    const auto tell = [&](LineProblem problem) {
-        told.problem = problem;
-        batch.told.push_back(told);
-    };
+    const std::string_view text = m_line.text();
     if (m_line.hasControlCharacters())
-        tell(LineProblem::ControlCharacters);
-    if (m_line.columnCount() > plan.width
-        && !isBlank(m_line.columns(plan.width, m_line.columnCount())))
-        tell(LineProblem::TextBeyondRecord);
-    if (m_line.encoding() == LineEncoding::Unknown)
-        return;
-    if (m_encoding == LineEncoding::Unknown)
-        m_encoding = m_line.encoding();
-    else if (m_encoding != m_line.encoding())
-        tell(LineProblem::OtherEncoding);
+        tellPart(LineProblem::ControlCharacters, partOf(text, isControl), &plan, batch, told);
+    const std::string_view beyond = m_line.columns(plan.width, m_line.columnCount());
+    if (!isBlank(beyond)) {
+        DataBatch::Told rest = told;
+        rest.problem = LineProblem::TextBeyondRecord;
+        const std::size_t start = beyond.find_first_not_of(' ');
+        rest.text.start += quint32(beyond.data() - text.data()) + quint32(start);
+        rest.text.size = quint32(sizeWithoutTrailingBlanks(beyond.substr(start)));
+        batch.told.push_back(rest);
+    }
+    tellEncoding(&plan, batch, told);
+}
+
+void RecordParser::tellEncoding(const Plan* plan, DataBatch& batch, const DataBatch::Told& told)
+{
+    const std::string_view text = m_line.text();
+    if (m_line.hasBadBytes()) {
+        tellPart(LineProblem::NotUtf8,
+            { text.find(LineText::BadByte),
+                text.rfind(LineText::BadByte) + LineText::BadByte.size() },
+            plan, batch, told);
+    } else if (m_line.isOther()) {
+        tellPart(LineProblem::OtherEncoding, partOf(text, isHigh), plan, batch, told);
+    }
+}
+
+// Tells the item that the part begins in, up to the end of the part, or the words of the part.
+void RecordParser::tellPart(
+    LineProblem problem, Part part, const Plan* plan, DataBatch& batch, DataBatch::Told told)
+{
+    const std::string_view text = m_line.text();
+    const Column* const item = plan ? itemAt(*plan, m_line.columnAt(part.begin)) : nullptr;
+    told.variable = item ? item->variable : -1;
+    if (item) {
+        const std::string_view columns = m_line.columns(item->start, item->width);
+        part.begin = std::size_t(columns.data() - text.data());
+        part.end = std::max(part.end, part.begin + columns.size());
+    } else {
+        while (part.begin > 0 && text[part.begin - 1] != ' ')
+            --part.begin;
+        part.end = std::min(text.find(' ', part.end), text.size());
+    }
+    const auto size = sizeWithoutTrailingBlanks(text.substr(part.begin, part.end - part.begin));
+    told.problem = problem;
+    told.text = { told.text.start + quint32(part.begin), quint32(size) };
+    batch.told.push_back(told);
+}
+
+// Null where there is none. Subitems come behind the item that they are part of.
+const RecordParser::Column* RecordParser::itemAt(const Plan& plan, int place)
+{
+    const auto found =
+        std::find_if(plan.columns.begin(), plan.columns.end(), [place](const Column& column) {
+            return place >= column.start && place < column.start + column.width;
+        });
+    return found == plan.columns.end() ? nullptr : &*found;
 }
 
 } // namespace tessel

@@ -33,8 +33,9 @@ public:
 
     // Adds the line to the batch, as a record or as what is told of it.
     Outcome parse(std::string_view line, qint64 number, int file, DataBatch& batch);
-    // The next record begins a case whatever its identification is.
-    void beginFile();
+    // The next record begins a case whatever its identification is. An encoding that is known of
+    // the file holds for all its lines; else the first line that is not ASCII decides.
+    void beginFile(LineEncoding encoding);
     void beginCase(qint64 number);
     // Lines after the first of a case of a database belong to it whatever they say.
     void setCasesGiven(bool areGiven);
@@ -48,9 +49,10 @@ public:
     {
         return m_encoding;
     }
-    void setEncoding(LineEncoding encoding)
+    // How many of them hold a carriage return.
+    qint64 linesWithCr() const
     {
-        m_encoding = encoding;
+        return m_linesWithCr;
     }
 
 private:
@@ -71,8 +73,17 @@ private:
         int firstIdsEnd = 0; // where the numbers of its identification end
     };
 
+    // Bytes of a line.
+    struct Part {
+        std::size_t begin;
+        std::size_t end;
+    };
+
+    void decode(std::string_view line);
     int recordOf() const;
-    bool isAcceptable(const Plan& plan, int record, DataBatch& batch, DataBatch::Told& told);
+    bool isAcceptable(const Plan& plan, DataBatch& batch, DataBatch::Told told);
+    Outcome reject(LineProblem problem, DataBatch& batch, DataBatch::Told told);
+    TextRef readableKey(DataBatch& batch, quint32 line);
     void readColumns(const Plan& plan, DataBatch& batch, quint32 line);
     void readColumn(const Column& column, DataBatch& batch, quint32 cell, quint32 line);
     void readText(
@@ -80,6 +91,11 @@ private:
     bool continuesCase(const Plan& plan, const DataBatch& batch, quint32 firstCell);
     void makeKey(const Plan& plan, const DataBatch& batch, quint32 firstCell);
     void tellOddities(const Plan& plan, DataBatch& batch, DataBatch::Told told);
+    void tellEncoding(const Plan* plan, DataBatch& batch, const DataBatch::Told& told);
+    void tellPart(
+        LineProblem problem, Part part, const Plan* plan, DataBatch& batch, DataBatch::Told told);
+    static Part partOf(std::string_view text, bool (*isKind)(char));
+    static const Column* itemAt(const Plan& plan, int place);
 
     const DataDictionary& m_dictionary;
     std::vector<Plan> m_plans;
@@ -95,6 +111,8 @@ private:
     bool m_isInCase = false;
     bool m_areCasesGiven = false;
     LineEncoding m_encoding = LineEncoding::Unknown;
+    bool m_isEncodingStated = false;
+    qint64 m_linesWithCr = 0;
 };
 
 } // namespace tessel

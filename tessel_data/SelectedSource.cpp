@@ -152,8 +152,10 @@ void SelectedSource::Job::selectTold(DataBatch& batch) const
                              return !isRejected(told.problem) && !isOfFile && !hasRecord(told);
                          }),
         batch.told.end());
-    for (DataBatch::Told& told : batch.told)
+    for (DataBatch::Told& told : batch.told) {
         told.caseNumber = caseNumber(told.caseNumber);
+        told.record = told.record < 0 ? -1 : recordNumbers[std::size_t(told.record)];
+    }
 }
 
 qint64 SelectedSource::Job::caseNumber(qint64 before) const

@@ -79,6 +79,9 @@ private slots:
     void shrinkingFile();
     void growingFile();
     void assumedEncodingIsTold();
+    void dataEncoding();
+    void carriageReturnsAreTold();
+    void foreignFileIsTold();
     void dictionaryProblemsAreTold();
     void dictionaryOptions_data();
     void dictionaryOptions();
@@ -119,7 +122,7 @@ void tst_CheckCommand::everyKindOfProblem()
     QCOMPARE(sortedLines(found),
         sortedLines(readFile(QStringLiteral(TESSEL_EXAMPLES "/census_problems.csv"))));
     QVERIFY2(
-        outcome.output.contains("46 lines read = 41 records + 1 deleted + 1 blank + 3 rejected"),
+        outcome.output.contains("47 lines read = 42 records + 1 deleted + 1 blank + 3 rejected"),
         outcome.output.constData());
 }
 
@@ -137,6 +140,16 @@ void tst_CheckCommand::problemsAsJson()
     const QJsonArray problems = file.value("problems").toArray();
     for (const QJsonValue& problem : problems)
         ++counts[problem.toObject().value("kind").toString()];
+    // A text that is none is null, as where there is no line.
+    for (const QJsonValue& problem : problems) {
+        const QJsonObject one = problem.toObject();
+        QCOMPARE(one.size(), 9);
+        QVERIFY(one.value("case").isNull() || !one.value("case").toString().isEmpty());
+        QVERIFY(one.value("line").toInt() > 0);
+        const bool isRepeated =
+            one.value("kind") == "duplicate-case" || one.value("kind") == "scattered-case";
+        QCOMPARE(one.value("firstLine").isNull(), !isRepeated);
+    }
     const QJsonArray kinds = check.value("problems").toArray();
     for (const QJsonValue& kind : kinds)
         QCOMPARE(kind.toObject().value("count").toInt(),
@@ -472,6 +485,49 @@ void tst_CheckCommand::assumedEncodingIsTold()
     const QString small = fileOf("small.dcf", smallDictionary());
     const Outcome outcome = runTessel({ "check", small, fileOf("d.dat", "01 1 \xE9\n") });
     QVERIFY2(outcome.errors.contains("d.dat: note: ") && outcome.errors.contains("windows-1252"),
+        outcome.errors.constData());
+}
+
+void tst_CheckCommand::dataEncoding()
+{
+    const QString small = fileOf("small.dcf", smallDictionary());
+    const QString data = fileOf("d.dat", "01 1\xC3\xA9\n");
+    const auto told = [&](const QString& encoding) {
+        return runTessel({ "check", small, data, "--data-encoding", encoding });
+    };
+    QVERIFY(told("utf-8").output.contains("d.dat: 1 line, UTF-8, LF"));
+    const Outcome windows = told("Windows-1252");
+    QVERIFY(windows.output.contains("d.dat: 1 line, windows-1252, LF"));
+    QVERIFY(!windows.errors.contains("note"));
+    QCOMPARE(told("latin1").status, 2);
+    QVERIFY(told("latin1").errors.contains("--data-encoding takes utf-8 or windows-1252"));
+    const Outcome useless =
+        runTessel({ "check", "../../examples/person.sav", "--data-encoding", "utf-8" });
+    QVERIFY(useless.errors.contains("note: --data-encoding is for CSPro text data"));
+    fileOf("d.dat",
+        "\xEF\xBB\xBF"
+        "01 1\xC3\xA9\n");
+    QVERIFY(told("windows-1252").errors.contains("read as UTF-8, not as --data-encoding says"));
+}
+
+// Of a file whose lines end in carriage returns, but for the last.
+void tst_CheckCommand::carriageReturnsAreTold()
+{
+    const QString small = fileOf("small.dcf", smallDictionary());
+    const Outcome outcome =
+        runTessel({ "check", small, fileOf("d.dat", "01 1\r02 2\r03 3\n04 1\n") });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("d.dat: note: has 1 line with carriage returns"),
+        outcome.errors.constData());
+}
+
+void tst_CheckCommand::foreignFileIsTold()
+{
+    const QString small = fileOf("small.dcf", smallDictionary());
+    const Outcome outcome =
+        runTessel({ "check", small, fileOf("d.dat", QByteArray("\x1F\x8B\x08\0", 4)) });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("d.dat: error: is compressed with gzip; unpack it"),
         outcome.errors.constData());
 }
 

@@ -93,6 +93,7 @@ void tst_DataBuildConfig::there_and_back()
     config.config().getDataBase()->setSourceFile(QStringLiteral("a.dcf"));
     config.data = QStringList { "a.dat", "b c.dat" };
     config.dictionary = QStringLiteral("other.dcf");
+    config.dataEncoding = QStringLiteral("utf-8");
     config.schema = QStringLiteral("north");
     config.repeats = QStringLiteral("tables");
     config.language = QStringLiteral("FR");
@@ -111,6 +112,7 @@ void tst_DataBuildConfig::there_and_back()
         QVERIFY(found.records.at(1).hasAllVariables);
         QCOMPARE(read.target(), QStringLiteral("/data/x.sqlite"));
         QCOMPARE(read.data, config.data);
+        QCOMPARE(read.dataEncoding, QStringLiteral("utf-8"));
         QCOMPARE(read.schema, QStringLiteral("north"));
         QCOMPARE(read.encoding, QStringLiteral("ISO-8859-7"));
         QVERIFY(read.hasAllLanguages);
@@ -198,6 +200,8 @@ void tst_DataBuildConfig::mistakes_data()
     row("no name", "\"entities\": [{}]", "'entities[0].name' is missing");
     row("text", "\"language\": 3", "'language' takes a text");
     row("flag", "\"allLanguages\": \"yes\"", "'allLanguages' takes true or false");
+    row("encoding", "\"dataEncoding\": \"latin1\"",
+        "'dataEncoding' takes utf-8 or windows-1252, not 'latin1'");
     row("texts", "\"data\": [1]", "'data' takes a list of texts");
     row("list of texts", "\"data\": \"x\"", "'data' takes a list of texts");
     row("object", "\"split\": []", "'split' takes an object");

@@ -1,5 +1,4 @@
 #include "DataRows.h"
-#include "PeakMemory.h"
 
 #include <tessel_data/CSProDbSource.h>
 #include <tessel_data/StatSource.h>
@@ -29,15 +28,6 @@ QString shownProblem(const DataProblem& problem, const DataDictionary& dictionar
     if (problem.otherFile >= 0)
         text += QStringLiteral(" (%1)").arg(problem.otherLine);
     return text;
-}
-
-// One record of lines without record types, an identification item of one column, and the items.
-QByteArray oneRecordDictionary(const QByteArray& items)
-{
-    return "[Dictionary]\nVersion=CSPro 7.7\nName=D\nRecordTypeStart=0\nRecordTypeLen=0\n\n"
-           "[Level]\nName=L\n\n[IdItems]\n\n[Item]\nName=ID\nStart=1\nLen=1\n\n"
-           "[Record]\nName=R\nRecordTypeValue=''\nMaxRecords=99999\n\n"
-        + items;
 }
 
 QString kindText(ProblemKind kind)
@@ -164,10 +154,6 @@ private slots:
     void columns();
     void samplesAndStrictness();
     void distinct();
-    void distinctSmallOnes();
-    void frequentOutsideCodes();
-    void exactReals();
-    void outsideTextsAreBounded();
     void largeSums();
     void bothZeros();
     void levels();
@@ -180,6 +166,7 @@ private slots:
     void countsThatLie();
     void longTexts();
     void tolerated();
+    void levelsOfRows();
     void generated();
     void manyVariables();
     void distinctOfManyVariables();
@@ -189,7 +176,6 @@ private slots:
 
 private:
     CheckReport check(const QByteArray& text, const CheckOptions& options = {});
-    CheckReport checkWith(const QByteArray& dictionary, const QByteArray& text);
 
     QTemporaryDir m_folder;
     DataDictionary m_dictionary;
@@ -205,16 +191,6 @@ CheckReport TestDataChecker::check(const QByteArray& text, const CheckOptions& o
 {
     CSProTextSource source(m_dictionary, { writeFile(m_folder, QStringLiteral("d.dat"), text) });
     Checker checker(source.dictionary(), options);
-    if (!runPipeline(source, checker))
-        qFatal("cancelled");
-    return checker.report();
-}
-
-CheckReport TestDataChecker::checkWith(const QByteArray& dictionary, const QByteArray& text)
-{
-    CSProTextSource source(DataDictionary::fromBytes(dictionary, QStringLiteral("own")),
-        { writeFile(m_folder, QStringLiteral("own.dat"), text) });
-    Checker checker(source.dictionary());
     if (!runPipeline(source, checker))
         qFatal("cancelled");
     return checker.report();
@@ -255,8 +231,27 @@ void TestDataChecker::problems_data()
     QTest::newRow("no identification at all") << QByteArray(
         "1    \n") << QStringList { "1 " + kind(ProblemKind::BlankIdentification) + " [] HOUSE" };
     QTest::newRow("rejected") << QByteArray("10101\n3zz\n1\n1zz01\n")
-                              << QStringList { "2 0 [] '3zz'", "3 1 [] '1'",
-                                     "4 2 [] PLACE '1zz01'" };
+                              << QStringList { "2 0 [] '3zz'", "3 1 [] HOUSE '1'",
+                                     "4 2 [] HOUSE PLACE '1zz01'" };
+    QTest::newRow("rejected, of a known case")
+        << QByteArray("10101\n30107\n") << QStringList { "2 0 [0107] '30107'" };
+    QTest::newRow("parts of lines")
+        << QByteArray("10101 3       a b  \n20101 33a\x01"
+                      "b\n20101 33\xC3\xA9\n20101 33\xE9\n")
+        << QStringList { "1 " + kind(ProblemKind::TextBeyondRecord) + " [0101] HOUSE 'a b'",
+               "2 " + kind(ProblemKind::ControlCharacters)
+                   + " [0101] PERSON NAME 'a\x01"
+                     "b'",
+               "4 " + kind(ProblemKind::OtherEncoding) + " [0101] PERSON NAME 'é'" };
+    QTest::newRow("other bytes of a rejected line")
+        << QByteArray("10101\n20101 33\xC3\xA9\n9xx01 ab\xE9 z\n")
+        << QStringList { "3 " + kind(ProblemKind::OtherEncoding) + " [] 'abé'",
+               "3 " + kind(ProblemKind::UnknownRecordType) + " [] '9xx01 abé z'" };
+    QTest::newRow("scattered, then repeated")
+        << QByteArray("20101 33\n10102\n10101\n10103\n10101\n")
+        << QStringList { "1 " + kind(ProblemKind::MissingRecord) + " [0101] HOUSE",
+               "3 " + kind(ProblemKind::ScatteredCase) + " [0101] (1)",
+               "5 " + kind(ProblemKind::DuplicateCase) + " [0101] (1)" };
 }
 
 void TestDataChecker::problems()
@@ -353,95 +348,6 @@ void TestDataChecker::distinct()
     QCOMPARE(report.columns.at(3).distinct, 699LL);
 }
 
-// Codes below 512 are counted in another way, and by the same limit.
-void TestDataChecker::distinctSmallOnes()
-{
-    QByteArray text;
-    for (int i = 0; i < 900; ++i)
-        text += "10101 1" + QByteArray::number(i % 2 ? i : 50'000 + i).rightJustified(5) + '\n';
-    CheckOptions options;
-    options.distinctLimit = 900; // 256 of them small
-    QVERIFY(check(text, options).columns.at(3).hasAllDistinct);
-    options.distinctLimit = 899;
-    const ColumnReport column = check(text, options).columns.at(3);
-    QVERIFY(!column.hasAllDistinct);
-    QCOMPARE(column.distinct, 899LL);
-}
-
-// A code that comes after more different ones than are counted.
-void TestDataChecker::frequentOutsideCodes()
-{
-    const QByteArray dictionary = oneRecordDictionary(
-        "[Item]\nName=V\nStart=2\nLen=7\nDecimal=2\n\n[ValueSet]\nName=V1\nValue=1.00\n\n");
-    QByteArray text;
-    for (int i = 0; i < 1500; ++i)
-        text += '1' + QByteArray::number(100'000 + i).rightJustified(7) + '\n';
-    text += QByteArray("17777.77\n").repeated(5000);
-    const ColumnReport column = checkWith(dictionary, text).columns.at(1);
-    QCOMPARE(column.outside, 6500LL);
-    QVERIFY(!column.hasAllOutsideCodes);
-    QCOMPARE(column.outsideCodes.at(0).code, QStringLiteral("7777.77"));
-    QCOMPARE(column.outsideCodes.at(0).count, 5000LL);
-    QVERIFY(column.outsideCodes.at(0).uncertain > 0);
-    const ColumnReport few = checkWith(dictionary, text.right(90)).columns.at(1);
-    QVERIFY(few.hasAllOutsideCodes);
-    QCOMPARE(few.outsideCodes.at(0).uncertain, 0LL);
-}
-
-// Doubles that differ in their last digit only are two values, and are told as such.
-void TestDataChecker::exactReals()
-{
-    DataDictionary dictionary;
-    DataVariable variable;
-    variable.type = DataVariable::Type::Real;
-    variable.record = 0;
-    dictionary.variables.push_back(variable);
-    DataRecord record;
-    record.columns.append(0);
-    dictionary.records.push_back(record);
-    DataBatch batch;
-    for (const double number : { 1234567890123456.0, 1234567890123457.0, 1234567890123457.0 }) {
-        const quint32 cell = batch.addCells(1);
-        batch.setReal(cell, ValueState(ValueKind::Real, Special::None, true), number);
-        batch.records.push_back({ 1, 0, 0, 0, cell, {} });
-    }
-    Checker checker(dictionary);
-    checker.take(batch);
-    checker.finish(CSProTextSource(m_dictionary, {}));
-    const ColumnReport& column = checker.report().columns.front();
-    QCOMPARE(column.lowest, QStringLiteral("1234567890123456"));
-    QCOMPARE(column.highest, QStringLiteral("1234567890123457"));
-    QCOMPARE(column.outsideCodes.size(), 2);
-    QCOMPARE(column.outsideCodes.at(0).code, QStringLiteral("1234567890123457"));
-    QCOMPARE(column.outsideCodes.at(0).count, 2LL);
-    QCOMPARE(checker.report().samples.front().value, QStringLiteral("1234567890123456"));
-}
-
-// 500 columns of long texts, each of which is in no value set.
-void TestDataChecker::outsideTextsAreBounded()
-{
-    constexpr int columns = 500;
-    constexpr int width = 60;
-    QByteArray items;
-    for (int i = 0; i < columns; ++i) {
-        const QByteArray number = QByteArray::number(i);
-        items += "[Item]\nName=V" + number + "\nStart=" + QByteArray::number(2 + i * width)
-            + "\nLen=" + QByteArray::number(width)
-            + "\nDataType=Alpha\n\n[ValueSet]\nName=S" + number + "\nValue='a'\n\n";
-    }
-    QByteArray text;
-    for (int line = 0; line < 600; ++line) {
-        QByteArray cell = QByteArray(width - 5, 'x') + QByteArray::number(10'000 + line);
-        text += '1' + cell.repeated(columns) + '\n';
-    }
-    checkWith(oneRecordDictionary(items), text.left(text.indexOf('\n') + 1));
-    const auto before = peakMemory();
-    const CheckReport report = checkWith(oneRecordDictionary(items), text);
-    QVERIFY2(peakMemory() - before < 60'000, qPrintable(QString::number(peakMemory() - before)));
-    QCOMPARE(report.columns.at(columns).outside, 600LL);
-    QCOMPARE(report.columns.at(1).outsideCodes.size(), 5);
-}
-
 // The sum is more than 64 bits hold, and the last numbers count as well.
 void TestDataChecker::largeSums()
 {
@@ -490,30 +396,78 @@ void TestDataChecker::levels()
     const QByteArray dictionary =
         "[Dictionary]\nVersion=CSPro 7.7\nName=D\nRecordTypeStart=1\nRecordTypeLen=1\n\n"
         "[Level]\nName=L1\n\n[IdItems]\n\n[Item]\nName=H\nStart=2\nLen=1\n\n"
-        "[Record]\nName=HOUSE\nRecordTypeValue='1'\nRequired=No\n\n"
+        "[Record]\nName=HOUSE\nRecordTypeValue='1'\n\n"
         "[Item]\nName=ROOF\nStart=5\nLen=1\n\n"
         "[Level]\nName=L2\n\n[IdItems]\n\n[Item]\nName=W\nStart=3\nLen=1\n\n"
-        "[Record]\nName=WOMAN\nRecordTypeValue='2'\nRequired=No\n\n"
+        "[Record]\nName=WOMAN\nRecordTypeValue='2'\n\n"
         "[Item]\nName=KIDS\nStart=5\nLen=1\n\n"
         "[Level]\nName=L3\n\n[IdItems]\n\n[Item]\nName=B\nStart=4\nLen=1\n\n"
         "[Record]\nName=BIRTH\nRecordTypeValue='3'\n\n[Item]\nName=YEAR\nStart=5\nLen=1\n\n";
-    const DataDictionary levels =
-        DataDictionary::fromFile(writeFile(m_folder, QStringLiteral("levels.dcf"), dictionary));
-    CSProTextSource source(levels,
-        { writeFile(m_folder, QStringLiteral("levels.dat"),
-            "11  1\n211 2\n31111\n31121\n212 1\n31311\n22 11\n12  1\n23 11\n22111\n") });
+    const QString data = writeFile(m_folder, QStringLiteral("levels.dat"),
+        "11  1\n211 2\n31111\n31121\n212 1\n31311\n22 11\n12  1\n23 11\n22111\n");
     QStringList found;
-    CheckOptions options;
-    options.onProblem = [&](const DataProblem& problem) {
-        found.append(shownProblem(problem, levels));
+    const auto check = [&](const QByteArray& text) {
+        CSProTextSource source(DataDictionary::fromBytes(text, QStringLiteral("levels")), { data });
+        CheckOptions options;
+        options.onProblem = [&](const DataProblem& problem) {
+            found.append(shownProblem(problem, source.dictionary()));
+        };
+        Checker checker(source.dictionary(), options);
+        if (!runPipeline(source, checker))
+            qFatal("cancelled");
+        return checker.report();
     };
-    Checker checker(source.dictionary(), options);
-    QVERIFY(runPipeline(source, checker));
+    const CheckReport report = check(dictionary);
     const QString orphan = kindText(ProblemKind::LevelWithoutParent);
     QVERIFY2(found.contains(QStringLiteral("6 %1 [1] BIRTH").arg(orphan)),
         qPrintable(found.join(QLatin1Char('\n')))); // woman 3 has no record
     QVERIFY(found.contains(QStringLiteral("9 %1 [3] WOMAN").arg(orphan))); // no house
-    QVERIFY(checker.report().addsUp);
+    QVERIFY(report.addsUp);
+    // What need not be there is not missed.
+    QByteArray optional = dictionary;
+    optional.replace("='1'\n", "='1'\nRequired=No\n").replace("='2'\n", "='2'\nRequired=No\n");
+    QCOMPARE(check(optional).problemCount(ProblemKind::LevelWithoutParent), 0LL);
+}
+
+// Rows of a database have their row of the level above, even when that has no record.
+void TestDataChecker::levelsOfRows()
+{
+    DataDictionary dictionary;
+    for (int level = 1; level <= 3; ++level) {
+        DataVariable id;
+        id.name = QStringLiteral("ID%1").arg(level);
+        id.level = level;
+        dictionary.ids.append(int(dictionary.variables.size()));
+        dictionary.variables.push_back(id);
+        DataRecord record;
+        record.name = QStringLiteral("RECORD%1").arg(level);
+        record.level = level;
+        record.idCount = level;
+        record.columns = dictionary.ids;
+        dictionary.records.push_back(record);
+    }
+    DataBatch batch;
+    const TextRef uuid = batch.keep("uuid");
+    batch.cases.push_back({ 0, 0, 0, 1, batch.keep("1"), uuid, false });
+    for (const int record : { 0, 2 }) {
+        const quint32 cell = batch.addCells(std::size_t(record) + 1);
+        for (int c = 0; c <= record; ++c)
+            batch.set(cell + quint32(c), ValueState(ValueKind::Number), 1);
+        batch.records.push_back({ 1, 0, 0, record, cell, {} });
+    }
+    QStringList found;
+    CheckOptions options;
+    options.onProblem = [&](const DataProblem& problem) {
+        found.append(shownProblem(problem, dictionary));
+    };
+    dictionary.records[2].firstColumn = 3;
+    dictionary.records[1].firstColumn = 1;
+    Checker checker(dictionary, options);
+    checker.take(batch);
+    checker.finish(CSProTextSource(m_dictionary, {}));
+    QCOMPARE(found,
+        QStringList {
+            QStringLiteral("1 %1 [1] RECORD2").arg(kindText(ProblemKind::MissingRecord)) });
 }
 
 void TestDataChecker::levelWithoutRecords()

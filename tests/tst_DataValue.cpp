@@ -259,8 +259,8 @@ void TestDataValue::realTexts_data()
 void TestDataValue::realTexts()
 {
     QFETCH(double, number);
-    QTEST(realText(number), "text");
-    QCOMPARE(realText(number).toDouble(), number);
+    QTEST(tessel::realText(number), "text");
+    QCOMPARE(tessel::realText(number).toDouble(), number);
 }
 
 QTEST_GUILESS_MAIN(TestDataValue)

@@ -19,6 +19,7 @@ bool readConfig(const QString& path, BuildSettings& settings)
     settings.input.first = FileNames::path(config.config().getDataBase()->getSourceFile());
     settings.input.data = FileNames::paths(config.data);
     settings.input.dictionary = FileNames::path(config.dictionary);
+    settings.input.dataEncoding = config.dataEncoding;
     settings.target = config.target();
     settings.schema = config.schema;
     settings.repeats = config.repeats;
@@ -36,6 +37,7 @@ QByteArray configText(
     config.config().getDataBase()->setSourceFile(settings.input.first);
     config.data = settings.input.data;
     config.dictionary = settings.input.dictionary;
+    config.dataEncoding = settings.input.dataEncoding;
     config.setTarget(settings.target);
     config.schema = settings.schema;
     config.repeats = settings.repeats;

@@ -480,9 +480,9 @@ void addVariable(JsonWriter& json, const ColumnReport& column, const DataDiction
     json.beginObject(object);
     json.beginList("outsideCodes");
     for (const tessel::OutsideCode& outside : column.outsideCodes) {
-        json.add({ { QStringLiteral("code"), outside.code },
-            { QStringLiteral("count"), outside.count },
-            { QStringLiteral("uncertain"), outside.uncertain } });
+        json.add(
+            { { QStringLiteral("code"), outside.code }, { QStringLiteral("count"), outside.count },
+                { QStringLiteral("uncertain"), outside.uncertain } });
     }
     json.endList();
     json.endObject();
@@ -516,7 +516,7 @@ void writeJson(const CheckOutcome& outcome, const ByteSink& sink)
     addProblems(json, report);
     json.beginList("samples");
     for (const DataProblem& problem : report.samples)
-        json.add(ShownProblem(problem, dictionary, report.files).toJson());
+        json.beginText() += ShownProblem(problem, dictionary, report.files).json();
     json.endList();
     addRecords(json, report, dictionary);
     json.beginList("variables");

@@ -2,6 +2,7 @@
 
 #include "process/Console.h"
 #include "reading/ReadInput.h"
+#include "text/ShownText.h"
 
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/InputFile.h>
@@ -48,6 +49,14 @@ DictionaryFile readDictionary(const QString& path, const DataInput& input)
     return readInputDictionary(path, options).file;
 }
 
+tessel::LineEncoding encodingOf(const QString& name)
+{
+    if (name == QLatin1String("utf-8"))
+        return tessel::LineEncoding::Utf8;
+    return name == QLatin1String("windows-1252") ? tessel::LineEncoding::Windows1252
+                                                 : tessel::LineEncoding::Unknown;
+}
+
 OpenedData openCSPro(const DataInput& input)
 {
     if (input.kind == DataKind::CSProDb) { // what is none is told so, not as a dictionary
@@ -66,7 +75,9 @@ OpenedData openCSPro(const DataInput& input)
     dictionary.language = languageOf(dictionary, input.reading.language);
     if (input.kind == DataKind::CSProDb)
         return { std::make_unique<tessel::CSProDbSource>(input.first, dictionary), file.text() };
-    return { std::make_unique<tessel::CSProTextSource>(dictionary, input.data), file.text() };
+    return { std::make_unique<tessel::CSProTextSource>(
+                 dictionary, input.data, encodingOf(input.dataEncoding)),
+        file.text() };
 }
 
 OpenedData openStatFile(const DataInput& input)
@@ -132,6 +143,10 @@ QString checkDataInput(DataInput& input)
 OpenedData openData(const DataInput& input)
 {
     const bool isCSPro = input.kind == DataKind::Text || input.kind == DataKind::CSProDb;
+    if (input.kind != DataKind::Text && !input.dataEncoding.isEmpty()) {
+        Console::tell(input.first, 0, Console::Severity::Note,
+            QStringLiteral("--data-encoding is for CSPro text data and does nothing here"));
+    }
     try {
         return isCSPro ? openCSPro(input) : openStatFile(input);
     } catch (const tessel::DataError& error) {
@@ -140,14 +155,35 @@ OpenedData openData(const DataInput& input)
     }
 }
 
+bool isDataEncoding(const QString& name)
+{
+    return encodingOf(name) != tessel::LineEncoding::Unknown;
+}
+
 void tellAssumptions(const DataInput& input, const std::vector<tessel::SourceFile>& files)
 {
     if (input.kind != DataKind::Text) // their dictionary tells, or nothing has to be assumed
         return;
+    const auto tell = [](const tessel::SourceFile& file, const QString& text) {
+        Console::tell(file.path, 0, Console::Severity::Note, text);
+    };
     for (const tessel::SourceFile& file : files) {
-        if (file.encoding == QLatin1String("windows-1252") && !file.hasByteOrderMark) {
-            Console::tell(file.path, 0, Console::Severity::Note,
-                QStringLiteral("has texts that are not valid UTF-8 and were read as windows-1252"));
+        if (file.encoding == QLatin1String("windows-1252") && input.dataEncoding.isEmpty()) {
+            tell(file,
+                QStringLiteral("has texts that are not valid UTF-8 and was read as windows-1252; "
+                               "--data-encoding says what it is"));
+        }
+        if (file.hasByteOrderMark && input.dataEncoding == QLatin1String("windows-1252")) {
+            tell(file,
+                QStringLiteral("has a byte-order mark and was read as UTF-8, not as "
+                               "--data-encoding says"));
+        }
+        if (file.linesWithCr > 0) {
+            tell(file,
+                QStringLiteral("has %1 with carriage returns before the end, each read as one "
+                               "record; where carriage returns end the lines, convert them to "
+                               "line feeds")
+                    .arg(plural(file.linesWithCr, QStringLiteral("line"))));
         }
     }
 }

@@ -20,6 +20,7 @@ struct DataInput {
     DictionaryOptions reading; /*!< encoding and language of the dictionary */
     DataKind kind = DataKind::Text; /*!< of the first file; checkDataInput() finds it */
     tessel::ValueSetChoice valueSets = tessel::ValueSetChoice::First;
+    QString dataEncoding; /*!< of text data without a mark: see isDataEncoding(); empty: found */
 };
 
 /*! Data that are open. */
@@ -36,6 +37,9 @@ QString checkDataInput(DataInput& input);
 
 /*! Opens the data, which were checked. What is to be known of their dictionary is told. */
 OpenedData openData(const DataInput& input);
+
+/*! True for the names that DataInput::dataEncoding takes. */
+bool isDataEncoding(const QString& name);
 
 /*! Tells of \a files, which belong to \a input, what the reader of text data had to assume. */
 void tellAssumptions(const DataInput& input, const std::vector<tessel::SourceFile>& files);

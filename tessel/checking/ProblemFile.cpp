@@ -43,7 +43,7 @@ void ProblemFile::add(const ShownProblem& problem)
     if (m_isCsv)
         addCsv(problem);
     else
-        m_json.add(problem.toJson());
+        m_json.beginText() += problem.json();
 }
 
 void ProblemFile::addCsv(const ShownProblem& problem)

@@ -20,6 +20,7 @@ constexpr KindText kindTexts[] = {
     { ProblemKind::TextBeyondRecord, "Lines with text behind the last column of their record" },
     { ProblemKind::ControlCharacters, "Lines with control characters" },
     { ProblemKind::OtherEncoding, "Lines in another encoding than those before them" },
+    { ProblemKind::NotUtf8, "Lines with bytes that are no UTF-8" },
     { ProblemKind::NotInDictionary, "Records and items that the dictionary does not have" },
     { ProblemKind::TooWideValue, "Values wider than their item" },
     { ProblemKind::KeyDiffers, "Cases whose identification is not that of their key" },
@@ -55,9 +56,20 @@ QString pathOf(const std::vector<tessel::SourceFile>& files, int index)
     return index < 0 ? QString() : files[std::size_t(index)].path;
 }
 
-QJsonValue numberOrNull(qint64 number)
+// Appends a member with the comma before it.
+void append(QByteArray& json, const char* name, const QString& text)
 {
-    return number > 0 ? QJsonValue(number) : QJsonValue();
+    json.append(json.size() == 1 ? "\"" : ",\"").append(name).append("\":");
+    if (text.isNull())
+        json.append("null");
+    else
+        appendJsonString(json, text);
+}
+
+void append(QByteArray& json, const char* name, qint64 number)
+{
+    json.append(",\"").append(name).append("\":");
+    json.append(number > 0 ? QByteArray::number(number) : QByteArrayLiteral("null"));
 }
 
 } // namespace
@@ -83,13 +95,17 @@ ShownProblem::ShownProblem(const tessel::DataProblem& problem,
         variable = dictionary.variables[std::size_t(problem.variable)].name;
 }
 
-QJsonObject ShownProblem::toJson() const
+QByteArray ShownProblem::json() const
 {
-    return { { QStringLiteral("file"), file }, { QStringLiteral("line"), numberOrNull(line) },
-        { QStringLiteral("case"), textOrNull(caseKey) },
-        { QStringLiteral("record"), textOrNull(record) },
-        { QStringLiteral("variable"), textOrNull(variable) },
-        { QStringLiteral("value"), textOrNull(value) }, { QStringLiteral("kind"), kind },
-        { QStringLiteral("firstFile"), textOrNull(otherFile) },
-        { QStringLiteral("firstLine"), numberOrNull(otherLine) } };
+    QByteArray json("{");
+    append(json, "case", caseKey);
+    append(json, "file", file);
+    append(json, "firstFile", otherFile);
+    append(json, "firstLine", otherLine);
+    append(json, "kind", kind);
+    append(json, "line", line);
+    append(json, "record", record);
+    append(json, "value", value);
+    append(json, "variable", variable);
+    return json.append('}');
 }

@@ -3,7 +3,7 @@
 #include <tessel_data/CheckReport.h>
 #include <tessel_data/DataDictionary.h>
 
-#include <QJsonObject>
+#include <QByteArray>
 #include <QString>
 
 /*! What is wrong, for people, to stand before a number of problems. */
@@ -14,7 +14,8 @@ struct ShownProblem {
     ShownProblem(const tessel::DataProblem& problem, const tessel::DataDictionary& dictionary,
         const std::vector<tessel::SourceFile>& files);
 
-    QJsonObject toJson() const;
+    /*! As JSON, an object; there may be millions. */
+    QByteArray json() const;
 
     QString kind; /*!< see tessel::problemKindName() */
     QString file;
