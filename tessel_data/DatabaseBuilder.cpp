@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <set>
+#include <tuple>
 
 namespace tessel {
 
@@ -130,7 +132,9 @@ private:
     void addProblem(const DataProblem& problem);
     void addRejects(const DataBatch& batch);
     void addNullCharacters(const DataBatch& batch);
-    void addNullCharacters(const DataBatch& batch, const DataBatch::Record& record);
+    using Place = std::tuple<int, qint64, qint64, int>; // file, line, case, variable
+    void addNullCharacters(
+        const DataBatch& batch, const DataBatch::Record& record, const std::set<Place>& places);
     void addRecords();
     void addVariables();
     void addValues();
@@ -411,8 +415,13 @@ void DatabaseBuilder::Job::addRejects(const DataBatch& batch)
 // The target replaces them by their picture; what is changed so is told.
 void DatabaseBuilder::Job::addNullCharacters(const DataBatch& batch)
 {
+    std::set<Place> places; // told of by the source, as characters that no text should have
+    for (const DataBatch::Told& odd : batch.told) {
+        if (odd.problem == LineProblem::ControlCharacters)
+            places.emplace(odd.file, odd.line, odd.caseNumber, odd.variable);
+    }
     for (const DataBatch::Record& record : batch.records)
-        addNullCharacters(batch, record);
+        addNullCharacters(batch, record, places);
     for (const DataBatch::Told& told : batch.told) {
         if (!isRejected(told.problem) || batch.text(told.text).find('\0') == std::string_view::npos)
             continue;
@@ -426,7 +435,7 @@ void DatabaseBuilder::Job::addNullCharacters(const DataBatch& batch)
 }
 
 void DatabaseBuilder::Job::addNullCharacters(
-    const DataBatch& batch, const DataBatch::Record& record)
+    const DataBatch& batch, const DataBatch::Record& record, const std::set<Place>& places)
 {
     const QVector<int>& columns = dictionary.records[std::size_t(record.record)].columns;
     for (int c = 0; c < columns.size(); ++c) {
@@ -435,6 +444,9 @@ void DatabaseBuilder::Job::addNullCharacters(
             continue;
         const std::string_view text = batch.textOf(cell);
         if (text.find('\0') == std::string_view::npos)
+            continue;
+        ++report.nullCharacters;
+        if (places.count({ record.file, record.line, record.caseNumber, columns.at(c) }) != 0)
             continue;
         DataProblem problem;
         problem.kind = ProblemKind::ControlCharacters;
@@ -445,7 +457,6 @@ void DatabaseBuilder::Job::addNullCharacters(
         problem.variable = columns.at(c);
         problem.value = QString::fromUtf8(text.data(), int(text.size()));
         addProblem(problem);
-        ++report.nullCharacters;
     }
 }
 

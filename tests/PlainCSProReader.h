@@ -86,7 +86,7 @@ inline int number(const QStringList& section, const QString& key, int defaultVal
     return isNumber ? result : defaultValue;
 }
 
-inline bool isInteger(const QStringbool isInteger(const QString& code code)
+inline bool isInteger(const QString& code)
 {
     bool isNumber = false;
     code.toInt(&isNumber, 10);
@@ -270,7 +270,7 @@ private:
         attach(set);
     }
 
-    void readEntries(ValueSet & set, const QStringList& section)
+    void readEntries(ValueSet& set, const QStringList& section)
     {
         std::shared_ptr<Entry> pending;
         for (const QString& sectionLine : section) {
@@ -294,7 +294,7 @@ private:
             set.entries.push_back(pending);
     }
 
-    static void readValue(ValueSet & set, Entry & pending, QString rest)
+    static void readValue(ValueSet& set, Entry& pending, QString rest)
     {
         const int semicolon = rest.indexOf(QLatin1Char(';'));
         const int colon = rest.indexOf(QLatin1Char(':'));
@@ -316,7 +316,7 @@ private:
         }
     }
 
-    void readName(Entry & pending, const QString& rest)
+    void readName(Entry& pending, const QString& rest)
     {
         const int comma = rest.indexOf(QLatin1Char(','));
         pending.type = 0;
@@ -343,7 +343,7 @@ private:
             [&](const std::shared_ptr<Entry>& entry) { return test(entry->code); });
     }
 
-    bool keepsDecimals(ValueSet & set)
+    bool keepsDecimals(ValueSet& set)
     {
         if (decimalAnswer == 0)
             decimalButton = m_question();
@@ -361,7 +361,7 @@ private:
     }
 
     // Up to 16 entries a text comparator that is no order keeps the sort inside the list.
-    static void sort(ValueSet & set)
+    static void sort(ValueSet& set)
     {
         if (set.isNumeric) {
             std::sort(set.entries.begin(), set.entries.end(),
