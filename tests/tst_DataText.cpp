@@ -721,8 +721,8 @@ void TestDataText::dictionaryErrors_data()
                                   << QStringLiteral("it begins: \"Dear all,\", \"nothing here\"");
     QTest::newRow("SPSS") << QByteArray("$FL2@(#) and so on") << Code::NotThisFormat
                           << QStringLiteral("is no CSPro dictionary but an SPSS file");
-    QTest::newRow("no CSPro DB") << QByteArray("SQLite format 3\0 and so on", 28) << Code::Damaged
-                                 << QStringLiteral("is a damaged CSPro DB");
+    QTest::newRow("no CSPro DB") << QByteArrayLiteral("SQLite format 3\0 and so on")
+                                 << Code::Damaged << QStringLiteral("is a damaged CSPro DB");
     QTest::newRow("no records") << QByteArray("[Dictionary]\nName=D\n") << Code::NoDictionary
                                 << QStringLiteral("has no records");
 }
