@@ -34,6 +34,8 @@ QString testOf(const QString& name, const DatabaseColumn& column, const Database
     }
     if (column.type == Type::Digits) // a text in SQLite
         return name + QLatin1String(" = ") + sqlText(low);
+    if (low.isEmpty() && high.isEmpty())
+        return name + QLatin1String(" IS NOT NULL");
     if (low == high)
         return name + QLatin1String(" = ") + low;
     if (low.isEmpty())

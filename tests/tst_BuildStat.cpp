@@ -140,7 +140,7 @@ QVector<QStringList> missingOf(const SqliteRows& database)
                    : QVector<QStringList>();
 }
 
-// Three variables: one with single missing codes and labels, one with a range, one of texts.
+// Variables with labels, single missing codes and ranges of them, one of which is all numbers.
 bool writeSpss(const QString& path)
 {
     StatFileWriter writer;
@@ -158,10 +158,12 @@ bool writeSpss(const QString& path)
     readstat_variable_add_missing_double_range(high, 90, HUGE_VAL);
     readstat_variable_t* middle = writer.add("MIDDLE", READSTAT_TYPE_DOUBLE, "F8.0");
     readstat_variable_add_missing_double_range(middle, 5, 6.5);
+    readstat_variable_t* whole = writer.add("WHOLE", READSTAT_TYPE_DOUBLE, "F8.0", labels);
+    readstat_variable_add_missing_double_range(whole, -HUGE_VAL, HUGE_VAL);
     readstat_variable_t* text = writer.add("TEXT", READSTAT_TYPE_STRING, "A2", nullptr, 2);
     readstat_variable_add_missing_string_value(text, "x'");
-    const QVector<QVector<double>> rows { { 1, -2, 89, 5 }, { 99, -1, 90, 6.5 },
-        { 0.1, 7, 1e300, 4.9 }, { 3, 0, 0, 7 } };
+    const QVector<QVector<double>> rows { { 1, -2, 89, 5, 2 }, { 99, -1, 90, 6.5, 0 },
+        { 0.1, 7, 1e300, 4.9, -9 }, { 3, 0, 0, 7, 1 } };
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly)
         || readstat_begin_writing_sav(writer.get(), &file, rows.size()) != READSTAT_OK)
@@ -349,14 +351,20 @@ void tst_BuildStat::missingCodes()
     const SqliteRows database(path("t.sqlite"));
     const QString none;
     QCOMPARE(rowsOf(database),
-        (QVector<QStringList> { { "1", "-2", "89", "5", "x'" }, { "99", "-1", "90", "6.5", "y" },
-            { "0.10000000000000001", "7", "1.0000000000000001e+300", "4.9000000000000004", "y" },
-            { "3", "0", "0", "7", "y" } }));
+        (QVector<QStringList> { { "1", "-2", "89", "5", "2", "x'" },
+            { "99", "-1", "90", "6.5", "0", "y" },
+            { "0.10000000000000001", "7", "1.0000000000000001e+300", "4.9000000000000004", "-9",
+                "y" },
+            { "3", "0", "0", "7", "1", "y" } }));
     QCOMPARE(rowsOf(database, "_valid"),
-        (QVector<QStringList> { { "1", none, "89", none, none }, { none, none, none, none, "y" },
-            { none, none, none, "4.9000000000000004", "y" }, { "3", "0", "0", "7", "y" } }));
+        (QVector<QStringList> { { "1", none, "89", none, none, none },
+            { none, none, none, none, none, "y" },
+            { none, none, none, "4.9000000000000004", none, "y" },
+            { "3", "0", "0", "7", none, "y" } }));
     QCOMPARE(database.rows("SELECT CODED FROM t_labels"),
         (QVector<QStringList> { { "Yes" }, { "Refused" }, { "0.1" }, { "3.0" } }));
+    QCOMPARE(database.rows("SELECT WHOLE FROM t_labels"),
+        (QVector<QStringList> { { "No" }, { "0.0" }, { "-9.0" }, { "Yes" } }));
     QCOMPARE(database.value("SELECT count(*) FROM sqlite_master WHERE name LIKE 'tessel_missing%'"),
         QStringLiteral("0"));
 }
