@@ -112,6 +112,8 @@ public:
     QStringList names() const;
     static void addValue(const QString& condition, const QString& value,
         const DataVariable& variable, CodeTable& table);
+    static QString textOf(
+        const QString& condition, const QString& value, const DataVariable& variable);
     static qint64 numberOf(
         const QString& condition, const QString& value, const DataVariable& variable);
     static double realOf(
@@ -196,8 +198,7 @@ void CaseFilter::Job::addValue(
     if (isQuoted(value) && withoutQuotes(value).trimmed().isEmpty())
         return table.addBlank(Special::None, 0);
     if (variable.type == DataVariable::Type::Text)
-        return table.addText(
-            withoutTrailingBlanks(withoutQuotes(value)).toStdString(), Special::None, 0);
+        return table.addText(textOf(condition, value, variable).toStdString(), Special::None, 0);
     const int dots = value.indexOf(QLatin1String(".."));
     const QString low = dots < 0 ? value : value.left(dots).trimmed();
     const QString high = dots < 0 ? value : value.mid(dots + 2).trimmed();
@@ -215,6 +216,25 @@ void CaseFilter::Job::addValue(
     }
     if (!isInOrder)
         fail(condition, QStringLiteral("the range '%1' ends before it begins").arg(value));
+}
+
+QString CaseFilter::Job::textOf(
+    const QString& condition, const QString& value, const DataVariable& variable)
+{
+    if (!isQuoted(value) && value.contains(QLatin1String(".."))) {
+        fail(condition,
+            QStringLiteral("%1 is a text, which has no ranges; a text with '..' in it stands in "
+                           "quotes")
+                .arg(variable.name));
+    }
+    const QString text = withoutTrailingBlanks(withoutQuotes(value));
+    if (variable.width > 0 && text.toUcs4().size() > variable.width) {
+        fail(condition,
+            QStringLiteral("'%1' is no value of %2, a text of %3 columns")
+                .arg(text, variable.name)
+                .arg(variable.width));
+    }
+    return text;
 }
 
 qint64 CaseFilter::Job::numberOf(

@@ -2,6 +2,7 @@
 #include "DataRows.h"
 
 #include <tessel_data/CSProDbSource.h>
+#include <tessel_data/CaseFilter.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/SelectedSource.h>
 #include <tessel_data/StatSource.h>
@@ -163,6 +164,7 @@ private slots:
     void conditions();
     void conditionMistakes_data();
     void conditionMistakes();
+    void textConditions();
     void toldStays();
     void severalFiles();
     void every();
@@ -368,6 +370,29 @@ void tst_DataSelection::conditionMistakes()
     QFETCH(QString, mistake);
     QCOMPARE(mistakeOf([&] { SelectedSource(TextData().source(), where(condition)); }),
         QStringLiteral("condition '%1': %2").arg(condition, mistake));
+}
+
+// Texts have no ranges and no more characters than their item.
+void tst_DataSelection::textConditions()
+{
+    const DataDictionary dictionary = DataDictionary::fromBytes(
+        "[Dictionary]\nVersion=CSPro 7.7\n"
+        "Name=D\nRecordTypeStart=0\nRecordTypeLen=0\n\n[Level]\nName=L\n\n[IdItems]\n\n"
+        "[Item]\nName=TOWN\nLabel=Town\nStart=1\nLen=4\nDataType=Alpha\n\n[Record]\nName=R\n"
+        "Label=R\n\n[Item]\nName=V\nLabel=V\nStart=5\nLen=1\n",
+        QStringLiteral("d.dcf"));
+    const auto mistake = [&](const char* condition) {
+        return mistakeOf(
+            [&] { CaseFilter(dictionary, where(QString::fromUtf8(condition)), true); });
+    };
+    for (const char* fit : { "TOWN=ABCD,b", "TOWN=\"a..b\"", "TOWN=\"ab    \"",
+             "TOWN=\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F" })
+        QCOMPARE(mistake(fit), QString());
+    QCOMPARE(mistake("TOWN=A..C"),
+        QStringLiteral("condition 'TOWN=A..C': TOWN is a text, which has no ranges; a text with "
+                       "'..' in it stands in quotes"));
+    QCOMPARE(mistake("TOWN=ABCDE"),
+        QStringLiteral("condition 'TOWN=ABCDE': 'ABCDE' is no value of TOWN, a text of 4 columns"));
 }
 
 // What is told of a line goes with the line; what is rejected stays.
