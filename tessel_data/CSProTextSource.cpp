@@ -327,6 +327,11 @@ bool CSProTextSource::hasCases() const
     return true;
 }
 
+bool CSProTextSource::knowsPartlySaved() const
+{
+    return false;
+}
+
 bool CSProTextSource::hasWidths() const
 {
     return true;

@@ -32,6 +32,7 @@ public:
     const std::vector<SourceFile>& files() const override;
     bool hasCases() const override;
     bool hasWidths() const override;
+    bool knowsPartlySaved() const override;
 
 private:
     Q_DISABLE_COPY(CSProTextSource)

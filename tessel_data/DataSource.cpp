@@ -11,6 +11,11 @@ bool BatchSink::goesOn()
 
 DataSource::~DataSource() = default;
 
+bool DataSource::knowsPartlySaved() const
+{
+    return true;
+}
+
 bool DataSource::hasWidths() const
 {
     return false;

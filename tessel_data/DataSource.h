@@ -46,6 +46,8 @@ public:
     virtual bool hasCases() const = 0;
     /*! True when no value can be wider than its item, as in lines of columns. */
     virtual bool hasWidths() const;
+    /*! True when the source says of its cases whether they were saved before they were complete. */
+    virtual bool knowsPartlySaved() const;
 
     /*! Counts of all files together. */
     SourceCounts counts() const;

@@ -82,6 +82,7 @@ public:
         , counts(dictionary.records.size())
         , started(now())
         , digests(source.files())
+        , knowsPartlySaved(source.knowsPartlySaved())
     {
         report.rows.resize(plan.tables.size());
         for (int record = 0; record < int(dictionary.records.size()); ++record)
@@ -161,6 +162,7 @@ private:
     std::vector<qint64> recordRows = std::vector<qint64>(dictionary.records.size());
     QString started;
     FileDigests digests;
+    bool knowsPartlySaved;
 };
 
 PlanOptions DatabaseBuilder::Job::planOptions(
@@ -334,7 +336,10 @@ void DatabaseBuilder::Job::endCase()
     cases.number(openCase.line);
     cases.textOrNull(openCase.uuid);
     cases.number(openCase.records);
-    cases.number(openCase.isPartlySaved ? 1 : 0);
+    if (knowsPartlySaved)
+        cases.number(openCase.isPartlySaved ? 1 : 0);
+    else
+        cases.null();
     cases.null();
     cases.number(content.value());
     if (!openCase.hasIds)

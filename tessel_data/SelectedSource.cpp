@@ -217,6 +217,11 @@ bool SelectedSource::hasCases() const
     return m_job->source->hasCases();
 }
 
+bool SelectedSource::knowsPartlySaved() const
+{
+    return m_job->source->knowsPartlySaved();
+}
+
 bool SelectedSource::hasWidths() const
 {
     return m_job->source->hasWidths();

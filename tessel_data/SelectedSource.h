@@ -25,6 +25,7 @@ public:
     const std::vector<SourceFile>& files() const override;
     bool hasCases() const override;
     bool hasWidths() const override;
+    bool knowsPartlySaved() const override;
 
 private:
     Q_DISABLE_COPY(SelectedSource)
