@@ -154,8 +154,13 @@ QString readTarget(const QCommandLineParser& parser, BuildSettings& settings)
         settings.schema = parser.value(schemaOption());
     if (PostgresTarget::isConnection(target))
         return readServer(target, settings);
-    if (parser.isSet(schemaOption()))
+    if (parser.isSet(schemaOption()) && !PostgresTarget::isKeywordConnection(target))
         return QStringLiteral("--schema goes with --to postgresql://...");
+    if (PostgresTarget::isKeywordConnection(target)) {
+        return QStringLiteral(
+            "--to takes a server as postgresql://USER@HOST/DATABASE; a file whose "
+            "name begins with a keyword and '=' is written with ./ in front");
+    }
     if (target.contains(QLatin1String("://"))) {
         return QStringLiteral("--to takes an SQLite file or postgresql://..., not '%1...'")
             .arg(target.left(target.indexOf(QLatin1String("://")) + 3));

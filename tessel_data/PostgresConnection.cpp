@@ -74,6 +74,27 @@ QString nameOf(const Options& options)
     return name;
 }
 
+// Parts of a password that was written with characters which end it would be taken for other parts
+// of the address.
+QString addressMistake(const Options& options, const QString& connection)
+{
+    const QString rest = connection.section(QLatin1String("://"), 1);
+    const int at = rest.indexOf(QLatin1Char('@'));
+    const bool hasCredentials = at >= 0 && !rest.leftRef(at).contains(QLatin1Char('/'));
+    const QString address = rest.mid(hasCredentials ? at + 1 : 0).section(QLatin1Char('?'), 0, 0);
+    if (address.contains(QLatin1Char('@'))
+        || valueOf(options, "host").lastIndexOf(QLatin1Char('@')) > 0) {
+        return QStringLiteral("has an @ where none can be; write @ in a password as %40, and / as "
+                              "%2F");
+    }
+    const QStringList ports = valueOf(options, "port").split(QLatin1Char(','));
+    for (const QString& port : ports) {
+        if (!port.isEmpty() && port.toUShort() == 0)
+            return QStringLiteral("has a port that is no number from 1 to 65535");
+    }
+    return QString();
+}
+
 bool isIn(const char* keyword, std::initializer_list<const char*> keywords)
 {
     return std::any_of(keywords.begin(), keywords.end(),
@@ -135,7 +156,7 @@ PostgresConnection::PostgresConnection(const QString& connection)
 {
     QString message;
     const Options options = optionsOf(connection, message);
-    if (!options)
+    if (!options || !addressMistake(options, connection).isNull())
         return; // open() tells
     m_name = nameOf(options);
     for (const char* keyword : { "password", "sslpassword" }) {
@@ -153,17 +174,30 @@ PostgresConnection::~PostgresConnection()
 QString PostgresConnection::mistakeIn(const QString& connection)
 {
     QString message;
-    if (optionsOf(connection, message))
-        return QString();
+    if (const Options options = optionsOf(connection, message))
+        return addressMistake(options, connection);
     return QStringLiteral("is no connection that PostgreSQL takes")
         + (message.isEmpty() ? QString() : QLatin1String(": ") + message);
+}
+
+bool PostgresConnection::hasKeyword(const QString& text)
+{
+    const Options known(PQconndefaults());
+    const QByteArray keyword = text.section(QLatin1Char('='), 0, 0).trimmed().toUtf8();
+    for (const PQconninfoOption* option = known.get(); option && option->keyword; ++option) {
+        if (text.contains(QLatin1Char('=')) && keyword == option->keyword)
+            return true;
+    }
+    return false;
 }
 
 QString PostgresConnection::withoutPasswords(const QString& connection)
 {
     QString message;
     const Options options = optionsOf(connection, message);
-    return options ? addressOf(options) : QStringLiteral("postgresql://");
+    return options && addressMistake(options, connection).isNull()
+        ? addressOf(options)
+        : QStringLiteral("postgresql://");
 }
 
 QString PostgresConnection::safe(const char* message) const

@@ -27,6 +27,8 @@ public:
 
     // What is wrong with a connection string; null when nothing is.
     static QString mistakeIn(const QString& connection);
+    // Whether a text begins as a connection of keywords and values does.
+    static bool hasKeyword(const QString& text);
     // The same connection, as a URL.
     static QString withoutPasswords(const QString& connection);
 

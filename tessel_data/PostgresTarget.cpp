@@ -267,6 +267,11 @@ QString PostgresTarget::mistakeIn(const QString& connection)
     return PostgresConnection::mistakeIn(connection);
 }
 
+bool PostgresTarget::isKeywordConnection(const QString& text)
+{
+    return PostgresConnection::hasKeyword(text);
+}
+
 QString PostgresTarget::nameOf(const QString& connection)
 {
     return PostgresConnection(connection).name();

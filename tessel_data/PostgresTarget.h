@@ -26,6 +26,11 @@ public:
 
     /*! True for "postgresql://" and "postgres://", by which a connection is told from a file. */
     static bool isConnection(const QString& text);
+    /*!
+     * True for "KEYWORD=VALUE ..." with a keyword of libpq: a connection too, but none that is
+     * taken here, and no name of a file either, as it may hold a password.
+     */
+    static bool isKeywordConnection(const QString& text);
     /*! What is wrong with a connection, to stand behind its name; null when nothing is. */
     static QString mistakeIn(const QString& connection);
     /*! What \a connection is called in messages: without its password and further settings. */
