@@ -176,9 +176,8 @@ QString readShape(const QCommandLineParser& parser, BuildSettings& settings)
 {
     if (parser.isSet(repeatsOption()))
         settings.repeats = parser.value(repeatsOption());
-    else if (settings.repeats.isEmpty())
-        settings.repeats = QStringLiteral("columns");
-    if (!settings.hasRepeatTables() && settings.repeats != QLatin1String("columns"))
+    const bool isKnown = settings.hasRepeatTables() || settings.repeats == QLatin1String("columns");
+    if (!isKnown && (parser.isSet(repeatsOption()) || !settings.repeats.isEmpty()))
         return QStringLiteral("--repeats takes columns or tables, not '%1'").arg(settings.repeats);
     settings.hasAllLanguages = settings.hasAllLanguages || parser.isSet(languagesOption());
     if (parser.isSet(languagesOption())

@@ -132,5 +132,6 @@ QString readSelectionOptions(const QCommandLineParser& parser, SelectionRequest&
         mistake = readWhere(parser, request.selection);
     if (mistake.isNull())
         mistake = readShare(parser, request.selection);
+    request.hasSeed = request.hasSeed || parser.isSet(seed());
     return mistake.isNull() ? readSeed(parser, request.selection) : mistake;
 }

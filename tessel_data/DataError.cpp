@@ -2,11 +2,15 @@
 
 namespace tessel {
 
-DataError::DataError(Code errorCode, const QString& fileName, const QString& message)
+DataError::DataError(
+    Code errorCode, const QString& fileName, const QString& message, const QStringList& parts)
     : code(errorCode)
     , file(fileName)
     , text(message)
-    , m_what((fileName + QStringLiteral(": ") + message).toUtf8())
+    , items(parts)
+    , m_what((QStringList { fileName + QStringLiteral(": ") + message } + parts)
+                 .join(QLatin1String("\n  "))
+                 .toUtf8())
 {
 }
 

@@ -3,7 +3,7 @@
 #include <tessel_data/tessel_data_global.h>
 
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
 
 #include <exception>
 
@@ -28,15 +28,16 @@ public:
         DoesNotAddUp, /*!< what arrived is not what was read */
     };
 
-    /*! An error on \a file, whose \a text follows its name. */
-    DataError(Code code, const QString& file, const QString& text);
+    /*! An error on \a file, whose \a text follows its name, and \a items the text. */
+    DataError(Code code, const QString& file, const QString& text, const QStringList& items = {});
 
-    /*! File and text, in UTF-8. */
+    /*! File, text and items, in UTF-8. */
     const char* what() const noexcept override;
 
     Code code; /*!< kind of the failure */
     QString file; /*!< as it was given; "-" for standard input */
     QString text; /*!< what is wrong and what to do, for people; begins after the file's name */
+    QStringList items; /*!< what the text is about, one by one; mostly none */
 
 private:
     QByteArray m_what;

@@ -141,8 +141,8 @@ void DatabaseMerge::check()
         return;
     throw DataError(DataError::Code::UnfitDictionary, m_session.name(),
         QStringLiteral("cannot be added to, and is as it was; make it anew, or add with the "
-                       "dictionary and the options that it was made with:\n  ")
-            + unfit.join(QLatin1String("\n  ")));
+                       "dictionary and the options that it was made with"),
+        unfit);
 }
 
 // Tables that only look alike are of another program, or of another version of this one.
@@ -209,8 +209,10 @@ QStringList DatabaseMerge::checkColumns(const DatabaseTable& table)
         const int place = table.column(column.name);
         const bool isId = place >= 0 && table.columns.at(place).isId;
         if (!before.empty() && (isFixed || isId) && !find(before, column.name)) {
-            unfit.append(QStringLiteral("table %1 has no column %2, by which cases are known")
-                             .arg(table.name, column.name));
+            unfit.append(
+                (isId ? QStringLiteral("table %1 has no column %2, by which cases are known")
+                      : QStringLiteral("table %1 has no column %2"))
+                    .arg(table.name, column.name));
         }
     }
     return unfit;
@@ -435,6 +437,47 @@ void DatabaseMerge::numberNewCases()
             .arg(Added));
 }
 
+// Whether a file of the batch is one that came before, in another version: only when it has some of
+// the cases that came from its path. Tablets may give their files one name.
+void DatabaseMerge::comparePaths()
+{
+    m_session.run(
+        QStringLiteral("CREATE TEMP TABLE tessel_add_path (source_id %1 PRIMARY KEY, batch_source "
+                       "%1 NOT NULL, is_known %1 NOT NULL)")
+            .arg(m_integer));
+    m_session.run(
+        QStringLiteral("INSERT INTO tessel_add_path SELECT k.source_id, min(s.source_id), "
+                       "0 FROM %1 k JOIN %2 s ON s.path = k.path GROUP BY k.source_id")
+            .arg(kept(SystemTable::sources), staged(SystemTable::sources)));
+    const auto files = m_session.rows(
+        QStringLiteral("SELECT s.source_id, s.file, count(*) - count(m.case_id) - "
+                       "count(w.case_id), count(m.case_id) + count(w.case_id) FROM %1 c CROSS JOIN "
+                       "tessel_add_path p CROSS JOIN %2 s LEFT JOIN tessel_add_match m ON "
+                       "m.case_id = c.case_id LEFT JOIN tessel_add_withdrawn w ON w.case_id = "
+                       "c.case_id WHERE p.source_id = c.source_id AND s.source_id = "
+                       "p.batch_source GROUP BY s.source_id, s.file ORDER BY s.source_id")
+            .arg(kept(SystemTable::cases), staged(SystemTable::sources)));
+    for (const QStringList& file : files)
+        compareCases({ file.at(0), file.at(1), file.at(2).toLongLong(), file.at(3).toLongLong() });
+}
+
+void DatabaseMerge::compareCases(const KnownPath& path)
+{
+    if (path.present > 0) {
+        m_session.run(
+            QStringLiteral("UPDATE tessel_add_path SET is_known = 1 WHERE batch_source = %1")
+                .arg(path.source));
+    } else if (m_plan.addition == Addition::Withdrawing) {
+        throw DataError(DataError::Code::UnfitSelection, path.file,
+            QStringLiteral("holds none of the %1 cases that came from this path before, so that it "
+                           "seems to be another file; nothing is changed. Give the file another "
+                           "name to add it, or --overwrite to make the database of it alone")
+                .arg(path.absent));
+    }
+    if (path.absent > 0 && m_plan.addition == Addition::Cases)
+        m_changes.absent.append({ path.file, path.absent });
+}
+
 void DatabaseMerge::findWithdrawn()
 {
     const auto withdraw = [this](const QString& from, const QString& condition) {
@@ -456,11 +499,10 @@ void DatabaseMerge::findWithdrawn()
                     sameCase(
                         QStringLiteral("c"), QStringLiteral("d"), staged(SystemTable::deleted))));
     }
+    comparePaths();
     if (m_plan.addition == Addition::Withdrawing) {
         withdraw(QString(),
-            QStringLiteral("c.source_id IN (SELECT k.source_id FROM %1 k JOIN %2 s ON s.path = "
-                           "k.path)")
-                .arg(kept(SystemTable::sources), staged(SystemTable::sources)));
+            QStringLiteral("c.source_id IN (SELECT p.source_id FROM tessel_add_path p)"));
     }
     m_session.run(QStringLiteral("CREATE TEMP TABLE tessel_add_gone (case_id %1 PRIMARY KEY)")
                       .arg(m_integer));
@@ -549,22 +591,24 @@ void DatabaseMerge::addSources()
             {}));
 }
 
-// A file that comes again, or a newer version of it, says again what it said before: of the same
-// bytes and of a file that holds all of its cases everything, of others what is equal.
+// A file that comes again, or a newer version of it, says again what it said before: everything, or
+// what is equal where it may be another file of the same path.
 void DatabaseMerge::removeRepeated(
     const QString& table, const QString& condition, const QString& columns)
 {
-    const QString sources =
-        QStringLiteral("source_id IN (SELECT k.source_id FROM %1 k JOIN %2 s ON %3)");
-    const QString again = sources.arg(kept(SystemTable::sources), staged(SystemTable::sources),
-        m_plan.addition == Addition::Withdrawing
-            ? QStringLiteral("s.path = k.path OR s.sha256 = k.sha256")
-            : QStringLiteral("s.sha256 = k.sha256"));
-    const QString newer = sources.arg(kept(SystemTable::sources), staged(SystemTable::sources),
-        QStringLiteral("s.path = k.path"));
-    m_session.run(QStringLiteral("DELETE FROM %1 WHERE %2 AND (%3 OR (%4 AND (%5) IN (SELECT %5 "
-                                 "FROM %6)))")
-                      .arg(kept(table), condition, again, newer, columns, staged(table)));
+    const bool isWhole = m_plan.addition == Addition::Withdrawing;
+    const QString newer =
+        QStringLiteral("source_id IN (SELECT p.source_id FROM tessel_add_path p)");
+    const QString corrected = isWhole
+        ? newer
+        : QStringLiteral("source_id IN (SELECT p.source_id FROM tessel_add_path p WHERE p.is_known "
+                         "= 1)");
+    const QString same = QStringLiteral(
+        "source_id IN (SELECT k.source_id FROM %1 k JOIN %2 s ON s.sha256 = k.sha256)")
+                             .arg(kept(SystemTable::sources), staged(SystemTable::sources));
+    m_session.run(QStringLiteral("DELETE FROM %1 WHERE %2 AND (%3 OR %4 OR (%5 AND (%6) IN (SELECT "
+                                 "%6 FROM %7)))")
+                      .arg(kept(table), condition, corrected, same, newer, columns, staged(table)));
 }
 
 void DatabaseMerge::addProblems()
@@ -676,8 +720,10 @@ DatabaseChanges DatabaseMerge::run()
     const auto ofKind = [&](int kind) {
         return number(count + QStringLiteral("tessel_add_match WHERE kind = %1").arg(kind));
     };
-    m_changes = { ofKind(Added), ofKind(Changed), ofKind(Unchanged),
-        number(count + QStringLiteral("tessel_add_withdrawn")) };
+    m_changes.added = ofKind(Added);
+    m_changes.changed = ofKind(Changed);
+    m_changes.unchanged = ofKind(Unchanged);
+    m_changes.withdrawn = number(count + QStringLiteral("tessel_add_withdrawn"));
     removeGone();
     addCases();
     addRows();

@@ -60,6 +60,13 @@ private:
         const char* known;
         bool byContent; // only equal ones
     };
+    // A file of the batch at the path of one that came before.
+    struct KnownPath {
+        QString source; // its number in the batch
+        QString file;
+        qint64 absent; // cases that came from the path and are not in it
+        qint64 present;
+    };
 
     QString kept(const QString& table) const;
     QString staged(const QString& table) const;
@@ -86,6 +93,8 @@ private:
     void matchByUuid();
     void matchById(const Pass& pass);
     void numberNewCases();
+    void comparePaths();
+    void compareCases(const KnownPath& path);
     void findWithdrawn();
     void findTouched();
     void keepUuids();

@@ -53,7 +53,7 @@ bool DatabaseTarget::holdsNullCharacters() const
     return true;
 }
 
-QByteArray DatabaseTarget::openExisting()
+ExistingDatabase DatabaseTarget::openExisting()
 {
     throw DataError(DataError::Code::CannotWrite, name(),
         QStringLiteral("is of a kind that nothing is added to; make it anew"));

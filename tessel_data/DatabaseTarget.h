@@ -75,6 +75,19 @@ struct DatabaseChanges {
     qint64 changed = 0;
     qint64 unchanged = 0;
     qint64 withdrawn = 0;
+
+    /*! Cases that came from a file of the same path before and are not in it; they stay. */
+    struct Absent {
+        QString file; /*!< as it was given */
+        qint64 cases = 0;
+    };
+    QVector<Absent> absent; /*!< by file */
+};
+
+/*! What a database tells of how it was made. */
+struct ExistingDatabase {
+    QByteArray dictionary; /*!< that it was last filled with, its text */
+    QByteArray options; /*!< BuildOptions::options of its first build */
 };
 
 /*!
@@ -100,9 +113,9 @@ public:
     virtual bool holdsNullCharacters() const;
     /*!
      * Opens a database that is there, to be added to: before begin(), whose plan then says so.
-     * Until the end nobody else writes to it. Returns the dictionary that it was last filled with.
+     * Until the end nobody else writes to it.
      */
-    virtual QByteArray openExisting();
+    virtual ExistingDatabase openExisting();
     /*! Makes the tables of \a plan, which stays as long as the target. */
     virtual void begin(const DatabasePlan& plan) = 0;
     /*! Adds rows to table \a table of the plan; the number that the database took. */

@@ -49,7 +49,7 @@ public:
     {
     }
 
-    QByteArray openExisting();
+    ExistingDatabase openExisting();
     void begin(const DatabasePlan& databasePlan);
     qint64 append(int table, const DatabaseRows& rows);
     void markDuplicate(qint64 caseId, qint64 firstCaseId);
@@ -91,13 +91,18 @@ void PostgresTarget::Job::start()
     m_schema = std::make_unique<PostgresSchema>(server, options.schema);
 }
 
-QByteArray PostgresTarget::Job::openExisting()
+ExistingDatabase PostgresTarget::Job::openExisting()
 {
     start();
     m_schema->openFormer();
-    const auto last = server.query(
-        QStringLiteral("SELECT dictionary FROM tessel_sources ORDER BY source_id DESC LIMIT 1"));
-    return last.empty() ? QByteArray() : last.front().first().toUtf8();
+    const auto valueOf = [this](const char* sql) {
+        const std::vector<QStringList> found = server.query(QLatin1String(sql));
+        return found.empty() ? QByteArray() : found.front().first().toUtf8();
+    };
+    return {
+        valueOf("SELECT dictionary FROM tessel_sources ORDER BY source_id DESC LIMIT 1"),
+        valueOf("SELECT options FROM tessel_builds ORDER BY build_id LIMIT 1"),
+    };
 }
 
 void PostgresTarget::Job::begin(const DatabasePlan& databasePlan)
@@ -262,14 +267,14 @@ bool PostgresTarget::isConnection(const QString& text)
         || text.startsWith(QLatin1String("postgres://"));
 }
 
-QString PostgresTarget::mistakeIn(const QString& connection)
-{
-    return PostgresConnection::mistakeIn(connection);
-}
-
 bool PostgresTarget::isKeywordConnection(const QString& text)
 {
     return PostgresConnection::hasKeyword(text);
+}
+
+QString PostgresTarget::mistakeIn(const QString& connection)
+{
+    return PostgresConnection::mistakeIn(connection);
 }
 
 QString PostgresTarget::nameOf(const QString& connection)
@@ -297,7 +302,7 @@ bool PostgresTarget::holdsNullCharacters() const
     return false;
 }
 
-QByteArray PostgresTarget::openExisting()
+ExistingDatabase PostgresTarget::openExisting()
 {
     return m_job->openExisting();
 }

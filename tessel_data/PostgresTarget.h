@@ -41,7 +41,7 @@ public:
     SqlDialect dialect() const override;
     QString name() const override;
     bool holdsNullCharacters() const override;
-    QByteArray openExisting() override;
+    ExistingDatabase openExisting() override;
     void begin(const DatabasePlan& plan) override;
     qint64 append(int table, const DatabaseRows& rows) override;
     void markDuplicate(qint64 caseId, qint64 firstCaseId) override;

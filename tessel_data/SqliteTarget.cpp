@@ -7,6 +7,7 @@
 #include <tessel_data/SqlNames.h>
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -177,7 +178,7 @@ public:
     {
     }
 
-    QByteArray openExisting();
+    ExistingDatabase openExisting();
     void begin(const DatabasePlan& databasePlan);
     qint64 append(int table, const DatabaseRows& rows);
     void markDuplicate(qint64 caseId, qint64 firstCaseId);
@@ -319,11 +320,15 @@ void SqliteTarget::Job::open()
 }
 
 // The batch goes to temporary tables, which need no journal.
-QByteArray SqliteTarget::Job::openExisting()
+ExistingDatabase SqliteTarget::Job::openExisting()
 {
     if (!QFileInfo(path).isFile()) {
         throw DataError(DataError::Code::CannotWrite, path,
-            QStringLiteral("is not there to be added to; build it without --add first"));
+            QFileInfo(path).dir().exists()
+                ? QStringLiteral("is not there to be added to; build it without --add first")
+                : QStringLiteral(
+                    "is not there to be added to, nor is its folder; correct the name, "
+                    "or make the folder and build without --add first"));
     }
     m_isAdded = true;
     m_place = Place::Staged;
@@ -339,9 +344,14 @@ QByteArray SqliteTarget::Job::openExisting()
         throw DataError(DataError::Code::NotThisFormat, path,
             QStringLiteral("was not made by tessel build and cannot be added to"));
     }
-    const std::vector<QStringList> last = rows(QStringLiteral(
-        "SELECT dictionary FROM main.tessel_sources ORDER BY source_id DESC LIMIT 1"));
-    return last.empty() ? QByteArray() : last.front().first().toUtf8();
+    const auto valueOf = [this](const char* sql) {
+        const std::vector<QStringList> answer = rows(QLatin1String(sql));
+        return answer.empty() ? QByteArray() : answer.front().first().toUtf8();
+    };
+    return {
+        valueOf("SELECT dictionary FROM main.tessel_sources ORDER BY source_id DESC LIMIT 1"),
+        valueOf("SELECT options FROM main.tessel_builds ORDER BY build_id LIMIT 1"),
+    };
 }
 
 void SqliteTarget::Job::begin(const DatabasePlan& databasePlan)
@@ -516,7 +526,7 @@ QString SqliteTarget::name() const
     return m_job->path;
 }
 
-QByteArray SqliteTarget::openExisting()
+ExistingDatabase SqliteTarget::openExisting()
 {
     return m_job->openExisting();
 }

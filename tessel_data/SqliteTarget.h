@@ -24,7 +24,7 @@ public:
     /*! SQLite. */
     SqlDialect dialect() const override;
     QString name() const override;
-    QByteArray openExisting() override;
+    ExistingDatabase openExisting() override;
     void begin(const DatabasePlan& plan) override;
     qint64 append(int table, const DatabaseRows& rows) override;
     void markDuplicate(qint64 caseId, qint64 firstCaseId) override;

@@ -16,13 +16,21 @@ private slots:
     void blankIdentification();
     void partlyBlankIdentification();
     void rejects();
+    void correctedText();
+    void otherFileOfThePath();
     void csproDb();
+    void otherTablet_data();
+    void otherTablet();
     void uuidsMeetText();
     void otherIdentification();
     void newColumns();
     void newDictionary_data();
     void newDictionary();
-    void repeatTables();
+    void optionsOfTheFirst_data();
+    void optionsOfTheFirst();
+    void otherOptions_data();
+    void otherOptions();
+    void languagesOfTheFirst();
     void refused_data();
     void refused();
     void otherForm();
@@ -111,6 +119,7 @@ void tst_BuildAdd::textCases()
         (QStringList { "1|1|30", "1|2|31", "3|1|50" }));
     QCOMPARE(rows("SELECT case_id, source_id, line, records FROM cases ORDER BY 1"),
         (QStringList { "1|1|1|3", "2|1|4|1", "3|2|2|2", "4|2|4|1" }));
+    QCOMPARE(rows("SELECT DISTINCT partly_saved FROM cases"), QStringList("-")); // text tells not
     QCOMPARE(rows("SELECT table_name, row_count FROM tessel_records ORDER BY 1"),
         (QStringList { "HOUSE|4", "PERSON|3" }));
     QCOMPARE(rows("SELECT build_id, cases, new_cases, changed_cases, unchanged_cases, "
@@ -119,7 +128,6 @@ void tst_BuildAdd::textCases()
     const QStringList before = contents();
     QCOMPARE(changes(add(batch)), QByteArray("0 new, 0 changed, 0 deleted (3 as they were)"));
     QCOMPARE(contents(), before);
-    QCOMPARE(rows("SELECT DISTINCT partly_saved FROM cases"), QStringList("-")); // text tells not
 }
 
 void tst_BuildAdd::duplicates()
@@ -173,11 +181,40 @@ void tst_BuildAdd::rejects()
 {
     make("101011ann\n9lost\n10xx1no\n");
     QCOMPARE(add("101011ann\n9lost\n9more\n", "first.dat").status, 0);
-    const QStringList lines { "10xx1no", "9lost", "9more" };
+    const QStringList lines { "9lost", "9more" };
     QCOMPARE(rows("SELECT text FROM tessel_rejects ORDER BY 1"), lines);
     QCOMPARE(add("101011ann\n9lost\n9more\n", "other.dat").status, 0);
     QCOMPARE(rows("SELECT text FROM tessel_rejects ORDER BY 1"), lines);
     QCOMPARE(rows("SELECT value FROM tessel_problems WHERE case_id IS NULL ORDER BY 1"), lines);
+}
+
+// What was wrong with the former version of a file is not told of the new one.
+void tst_BuildAdd::correctedText()
+{
+    make("101011ann\n9lost\n10xx1no\n101021bob\n101031cat\n");
+    const Outcome outcome = add("101011ann\n101022bob\n", "first.dat");
+    QCOMPARE(changes(outcome), QByteArray("0 new, 1 changed, 0 deleted (1 as they were)"));
+    QVERIFY2(outcome.errors.contains("first.dat: note: 1 case that came from this file before is "
+                                     "not in it; it stays\n"),
+        outcome.errors.constData());
+    QCOMPARE(rows("SELECT text FROM tessel_rejects"), QStringList());
+    QCOMPARE(rows("SELECT kind FROM tessel_problems"), QStringList());
+    QCOMPARE(rows("SELECT NAME FROM HOUSE ORDER BY 1"), (QStringList { "ann", "bob", "cat" }));
+    QCOMPARE(add("101011ann\n101022bob\n101031cat\n", "first.dat").errors, QByteArray());
+}
+
+// A file without any of the former cases may be another one, which says nothing of the lines of the
+// first.
+void tst_BuildAdd::otherFileOfThePath()
+{
+    make("101011ann\n9lost\n101021bob\n");
+    const Outcome outcome = add("102011cat\n9more\n", "first.dat");
+    QCOMPARE(changes(outcome), QByteArray("1 new, 0 changed, 0 deleted (0 as they were)"));
+    QVERIFY2(outcome.errors.contains("note: 2 cases that came from this file before are not in it; "
+                                     "they stay\n"),
+        outcome.errors.constData());
+    QCOMPARE(
+        rows("SELECT text FROM tessel_rejects ORDER BY 1"), (QStringList { "9lost", "9more" }));
 }
 
 void tst_BuildAdd::csproDb()
@@ -206,9 +243,46 @@ void tst_BuildAdd::csproDb()
     QCOMPARE(changes(build({ "--add", path("other.csdb") })),
         QByteArray("1 new, 0 changed, 0 deleted (0 as they were)"));
     QCOMPARE(rows("SELECT count(*) FROM cases"), QStringList("6"));
-    // Nor is what a part leaves out.
-    QCOMPARE(changes(build({ "--add", db, "--where", "NUMBER=1" })),
-        QByteArray("0 new, 0 changed, 0 deleted (1 as they were)"));
+}
+
+void tst_BuildAdd::otherTablet_data()
+{
+    QTest::addColumn<QByteArray>("uuid");
+    QTest::addColumn<bool>("isDeleted");
+    QTest::addColumn<QByteArray>("told"); // empty: what is gone is withdrawn
+    QTest::newRow("other") << QByteArray("v1") << false
+                           << QByteArray("holds none of the 2 cases that came from this path "
+                                         "before");
+    QTest::newRow("same") << QByteArray("u1") << false << QByteArray();
+    QTest::newRow("deleted") << QByteArray("u1") << true << QByteArray();
+    QTest::newRow("other, deleted")
+        << QByteArray("v1") << true << QByteArray("holds none of the 2 cases");
+}
+
+// Tablets give their files one name: what another one lacks is not gone.
+void tst_BuildAdd::otherTablet()
+{
+    QFETCH(QByteArray, uuid);
+    QFETCH(bool, isDeleted);
+    QFETCH(QByteArray, told);
+    const QString db = path("s.csdb");
+    writeDb(db, { { "u1", "101011ann" }, { "u2", "101021bob" } });
+    QCOMPARE(build({ db }).status, 0);
+    const QStringList before = state();
+    writeDb(db, { { uuid, "102011ann", isDeleted }, { "v2", "102021gus" } });
+    const Outcome outcome = build({ "--add", db });
+    if (told.isEmpty()) {
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(rows("SELECT uuid FROM cases WHERE uuid <> 'u1'"), QStringList("v2"));
+        return;
+    }
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains(told), outcome.errors.constData());
+    QVERIFY2(outcome.errors.contains("another name"), outcome.errors.constData());
+    QCOMPARE(state(), before);
+    QVERIFY(QFile::rename(db, path("other.csdb")));
+    QCOMPARE(build({ "--add", path("other.csdb") }).status, 0);
+    QCOMPARE(rows("SELECT count(*) FROM cases WHERE uuid LIKE 'u%'"), QStringList("2"));
 }
 
 void tst_BuildAdd::uuidsMeetText()
@@ -311,21 +385,131 @@ void tst_BuildAdd::newDictionary()
     QCOMPARE(outcome.status, 1);
     QVERIFY2(outcome.errors.contains("the dictionary changed"), outcome.errors.constData());
     QVERIFY2(outcome.errors.contains(told), outcome.errors.constData());
+    QVERIFY2(outcome.errors.count("\n") > 1 && !outcome.errors.contains("\xE2\x90\x8A"),
+        outcome.errors.constData()); // a line each
     QCOMPARE(state(), before);
 }
 
-// What the first build chose holds for all.
-void tst_BuildAdd::repeatTables()
+void tst_BuildAdd::optionsOfTheFirst_data()
 {
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QStringList>("further"); // of the addition
+    QTest::newRow("variables") << QStringList { "--variables", "SEX,AGE" } << QStringList();
+    QTest::newRow("variables again")
+        << QStringList { "--variables", "SEX,AGE" } << QStringList { "--variables", "AGE,SEX" };
+    QTest::newRow("records") << QStringList { "--records", "PERSON" } << QStringList();
+    QTest::newRow("records of both") << QStringList { "--records", "PERSON", "--variables", "SEX" }
+                                     << QStringList { "--records", "PERSON" };
+    QTest::newRow("repeats") << QStringList { "--repeats", "tables" } << QStringList();
+    QTest::newRow("where") << QStringList { "--where", "PROVINCE=11..12" } << QStringList();
+    QTest::newRow("where again") << QStringList { "--where", "PROVINCE=11..12" }
+                                 << QStringList { "--where", "PROVINCE=11..12" };
+    QTest::newRow("sample") << QStringList { "--sample", "0.3", "--seed", "7" } << QStringList();
+    QTest::newRow("sample again") << QStringList { "--sample", "0.3", "--seed", "7" }
+                                  << QStringList { "--sample", "0.3" };
+}
+
+// They hold for what is added, so that two halves make the whole.
+void tst_BuildAdd::optionsOfTheFirst()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QStringList, further);
     const QString dictionary = QStringLiteral(TESSEL_EXAMPLES "/census.dcf");
-    const QString data = QStringLiteral(TESSEL_EXAMPLES "/census.dat");
-    QCOMPARE(build({ dictionary, data }).status, 0);
+    const QVector<QByteArray> cases = shuffledCases(3);
+    QByteArray first;
+    QByteArray second;
+    for (int c = 0; c < cases.size(); ++c)
+        (c % 2 == 0 ? first : second) += cases.at(c);
+    writeFile(path("first.dat"), first);
+    writeFile(path("second.dat"), second);
+    writeFile(path("both.dat"), first + second);
+    QCOMPARE(build(options + QStringList { dictionary, path("both.dat") }, "whole").status, 0);
+    QCOMPARE(build(options + QStringList { dictionary, path("first.dat") }).status, 0);
+    const Outcome outcome =
+        build(further + QStringList { "--add", dictionary, path("second.dat") });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    QCOMPARE(contents(censusIds), contents(censusIds, "whole"));
+}
+
+void tst_BuildAdd::otherOptions_data()
+{
+    QTest::addColumn<QStringList>("first");
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QByteArray>("told");
+    const auto row = [](const char* name, const QStringList& first, const QStringList& options,
+                         const QByteArray& told) {
+        QTest::newRow(name) << first << options << told;
+    };
+    const QByteArray without(" does not fit: the first build was made without it\n");
+    row("repeats", {}, { "--repeats", "tables" },
+        "--repeats tables does not fit: the first build was made with columns\n");
+    row("columns", { "--repeats", "tables" }, { "--repeats", "columns" },
+        "--repeats columns does not fit: the first build was made with tables\n");
+    row("languages", {}, { "--languages", "all" }, "--languages all" + without);
+    row("where", {}, { "--where", "PROVINCE=11" }, "--where PROVINCE=11" + without);
+    row("other where", { "--where", "PROVINCE=12" }, { "--where", "PROVINCE=11" },
+        "--where PROVINCE=11 does not fit: the first build was made with PROVINCE=12\n");
+    row("sample", {}, { "--sample", "0.5" }, "--sample 0.5" + without);
+    row("other sample", { "--sample", "0.2" }, { "--sample", "0.5" },
+        "--sample 0.5 does not fit: the first build was made with 0.2\n");
+    row("seed", { "--sample", "0.2" }, { "--sample", "0.2", "--seed", "4" },
+        "--seed 4 does not fit: the first build was made with 1\n");
+    row("every", { "--every", "2" }, { "--every", "3" },
+        "--every 3 does not fit: the first build was made with 2\n");
+    row("records", {}, { "--records", "PERSON" }, "--records PERSON" + without);
+    row("other records", { "--records", "PERSON" }, { "--records", "HOUSEHOLD,PERSON" },
+        "--records HOUSEHOLD,PERSON does not fit: the first build was made with PERSON\n");
+    row("variables", { "--variables", "SEX,AGE" }, { "--variables", "SEX" },
+        "--variables of PERSON does not fit: the first build was made with others\n");
+    row("no variable", { "--records", "PERSON" }, { "--variables", "SXE" },
+        "there is no variable 'SXE' in PERSON; did you mean SEX?\n");
+}
+
+void tst_BuildAdd::otherOptions()
+{
+    QFETCH(QStringList, first);
+    QFETCH(QStringList, options);
+    QFETCH(QByteArray, told);
+    const QStringList census { QStringLiteral(TESSEL_EXAMPLES "/census.dcf"),
+        QStringLiteral(TESSEL_EXAMPLES "/census.dat") };
+    QCOMPARE(build(census + first).status, 0);
     const QStringList before = state();
-    const Outcome outcome = build({ dictionary, data, "--add", "--repeats", "tables" });
+    const Outcome outcome = build(census + options + QStringList { "--add" });
     QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.errors.toUpper().contains("HOUSEHOLD.ASSET_1 WOULD GET NO VALUES"),
+    QVERIFY2(outcome.errors.contains("error: " + told), outcome.errors.constData());
+    QVERIFY2(outcome.errors.contains("is as it was: the options of its first build hold"),
         outcome.errors.constData());
     QCOMPARE(state(), before);
+}
+
+// Value tables keep the language that the first build chose.
+void tst_BuildAdd::languagesOfTheFirst()
+{
+    writeFile(path("d.dcf"),
+        plainSurvey()
+            .replace("[Level]", "[Languages]\nEN=English\nFR=French\n\n[Level]")
+            .replace("Tiles", "Tiles|Tuiles"));
+    writeFile(path("d.dat"), "101011ann\n");
+    const QStringList survey { path("d.dcf"), path("d.dat") };
+    QCOMPARE(build(survey + QStringList { "--language", "FR" }).status, 0);
+    const QStringList before = contents();
+    for (const QStringList& options : { QStringList(), QStringList { "--language", "fr" } }) {
+        const Outcome outcome = build(survey + options + QStringList { "--add" });
+        QVERIFY2(outcome.status == 0, outcome.errors.constData());
+        QCOMPARE(contents(), before);
+        QCOMPARE(rows("SELECT ROOF FROM HOUSE_labels"), QStringList("Tuiles"));
+    }
+    const Outcome outcome = build(survey + QStringList { "--language", "EN", "--add" });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("error: --language EN does not fit: the first build was made "
+                                     "with FR\n"),
+        outcome.errors.constData());
+    QCOMPARE(build(survey + QStringList { "--overwrite" }).status, 0);
+    QCOMPARE(build(survey + QStringList { "--language", "EN", "--add" }).status, 0);
+    QCOMPARE(build(survey + QStringList { "--language", "FR", "--add" }).status, 1);
+    QCOMPARE(build(survey + QStringList { "--languages", "all", "--overwrite" }).status, 0);
+    QCOMPARE(build(survey + QStringList { "--add" }).status, 0);
+    QCOMPARE(rows("SELECT label_fr FROM ROOF_VS1 ORDER BY code LIMIT 1"), QStringList("Tuiles"));
 }
 
 void tst_BuildAdd::refused_data()

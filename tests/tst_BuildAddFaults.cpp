@@ -10,6 +10,7 @@ class tst_BuildAddFaults : public QObject, private AddedBuilds {
 private slots:
     void initTestCase();
     void init();
+    void missingFolder();
     void killed();
     void locked();
     void alreadyMade();
@@ -76,6 +77,16 @@ void tst_BuildAddFaults::initTestCase()
 void tst_BuildAddFaults::init()
 {
     start(nullptr);
+}
+
+void tst_BuildAddFaults::missingFolder()
+{
+    make("101011ann\n");
+    const Outcome outcome = runTessel(
+        { "build", "--add", path("d.dcf"), path("first.dat"), "--to", path("none/t.sqlite") });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("nor is its folder; correct the name, or make the folder"),
+        outcome.errors.constData());
 }
 
 // A batch that is killed while it changes the database leaves the former state, and repeated the

@@ -19,6 +19,7 @@ class tst_BuildSettings : public QObject {
 private slots:
     void init();
     void conditions();
+    void noCases();
     void columns();
     void repeats();
     void sample();
@@ -74,6 +75,17 @@ void tst_BuildSettings::conditions()
     }
     QCOMPARE(
         part.value("SELECT count(*) FROM cases"), part.value("SELECT max(case_id) FROM cases"));
+}
+
+// A database without cases is made all the same.
+void tst_BuildSettings::noCases()
+{
+    const Outcome outcome = build("none", { "--where", "PROVINCE=98" });
+    QCOMPARE(outcome.status, 0);
+    QVERIFY2(outcome.errors.contains("census.dcf: warning: none of the cases is taken: --where "
+                                     "PROVINCE=98 leaves all out\n"),
+        outcome.errors.constData());
+    QVERIFY(!build("some", { "--where", "PROVINCE=11" }).errors.contains("leaves all out"));
 }
 
 void tst_BuildSettings::columns()

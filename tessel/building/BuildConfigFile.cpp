@@ -12,10 +12,16 @@ bool readConfig(const QString& path, BuildSettings& settings)
     QByteArray json;
     if (!readInput(path, json))
         return false;
+    const QString mistake = takeConfig(json, settings);
+    return mistake.isNull() || failInput(path, 0, mistake);
+}
+
+QString takeConfig(const QByteArray& json, BuildSettings& settings)
+{
     BuildConfig config;
     const QString mistake = config.readJson(json);
     if (!mistake.isNull())
-        return failInput(path, 0, mistake);
+        return mistake;
     settings.input.first = FileNames::path(config.config().getDataBase()->getSourceFile());
     settings.input.data = FileNames::paths(config.data);
     settings.input.dictionary = FileNames::path(config.dictionary);
@@ -27,7 +33,8 @@ bool readConfig(const QString& path, BuildSettings& settings)
     settings.input.reading.encoding = config.encoding.toLatin1();
     settings.hasAllLanguages = config.hasAllLanguages;
     settings.selected.selection = config.selection();
-    return true;
+    settings.selected.hasSeed = settings.selected.selection.sample > 0;
+    return QString();
 }
 
 QByteArray configText(

@@ -10,6 +10,7 @@ struct SelectionRequest {
     tessel::DataSelection selection;
     QStringList records; /*!< in place of those of the selection; empty: as there */
     QStringList variables; /*!< as above */
+    bool hasSeed = false; /*!< that of the selection was said */
 };
 
 /*!

@@ -43,6 +43,14 @@ bool failInput(const QString& path, int line, const QString& text)
     return false;
 }
 
+bool failInput(const QString& path, const QString& text, const QStringList& items)
+{
+    failInput(path, 0, text);
+    for (const QString& item : items)
+        failInput(path, 0, item);
+    return false;
+}
+
 bool readInput(const QString& path, QByteArray& bytes)
 {
     TInputFile file(path);
