@@ -364,7 +364,7 @@ void tst_BuildStat::missingCodes()
     QCOMPARE(database.rows("SELECT CODED FROM t_labels"),
         (QVector<QStringList> { { "Yes" }, { "Refused" }, { "0.1" }, { "3.0" } }));
     QCOMPARE(database.rows("SELECT WHOLE FROM t_labels"),
-        (QVector<QStringList> { { "No" }, { "0.0" }, { "-9.0" }, { "Yes" } }));
+        (QVector<QStringList> { { "No" }, { "0" }, { "-9" }, { "Yes" } }));
     QCOMPARE(database.value("SELECT count(*) FROM sqlite_master WHERE name LIKE 'tessel_missing%'"),
         QStringLiteral("0"));
 }
