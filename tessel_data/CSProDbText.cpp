@@ -32,21 +32,10 @@ void CSProDbText::readLine(std::string_view line)
 {
     SourceCounts& counts = m_run.counts();
     ++counts.lines;
-    switch (m_parser.parse(line, m_run.row, 0, m_run.batch())) {
-    case RecordParser::Outcome::Record:
-        ++counts.records;
+    const RecordParser::Outcome outcome = m_parser.parse(line, m_run.row, 0, m_run.batch());
+    countLine(outcome, counts);
+    if (outcome == RecordParser::Outcome::Record)
         compareKey();
-        break;
-    case RecordParser::Outcome::Deleted:
-        ++counts.deletedLines;
-        break;
-    case RecordParser::Outcome::Blank:
-        ++counts.blankLines;
-        break;
-    case RecordParser::Outcome::Rejected:
-        ++counts.rejectedLines;
-        break;
-    }
 }
 
 void CSProDbText::compareKey()

@@ -263,20 +263,7 @@ void CSProTextSource::Job::addLine(const LineReader::Line& line, int index, Data
             { LineProblem::EndlessLine, index, -1, counts.lines, -1, batch.keep(line.text) });
         return;
     }
-    switch (parser.parse(line.text, counts.lines, index, batch)) {
-    case RecordParser::Outcome::Record:
-        ++counts.records;
-        break;
-    case RecordParser::Outcome::Deleted:
-        ++counts.deletedLines;
-        break;
-    case RecordParser::Outcome::Blank:
-        ++counts.blankLines;
-        break;
-    case RecordParser::Outcome::Rejected:
-        ++counts.rejectedLines;
-        break;
-    }
+    countLine(parser.parse(line.text, counts.lines, index, batch), counts);
 }
 
 CSProTextSource::CSProTextSource(

@@ -126,6 +126,24 @@ void RecordParser::beginCase(qint64 number)
     m_isInCase = true;
 }
 
+void countLine(RecordParser::Outcome outcome, SourceCounts& counts)
+{
+    switch (outcome) {
+    case RecordParser::Outcome::Record:
+        ++counts.records;
+        break;
+    case RecordParser::Outcome::Deleted:
+        ++counts.deletedLines;
+        break;
+    case RecordParser::Outcome::Blank:
+        ++counts.blankLines;
+        break;
+    case RecordParser::Outcome::Rejected:
+        ++counts.rejectedLines;
+        break;
+    }
+}
+
 RecordParser::Outcome RecordParser::parse(
     std::string_view line, qint64 number, int file, DataBatch& batch)
 {

@@ -115,4 +115,7 @@ private:
     qint64 m_linesWithCr = 0;
 };
 
+// Adds to the counts what became of a line, but for the line itself.
+void countLine(RecordParser::Outcome outcome, SourceCounts& counts);
+
 } // namespace tessel

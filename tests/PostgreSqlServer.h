@@ -85,6 +85,13 @@ public:
             statements);
     }
 
+    // What it answers; an error as its message.
+    QByteArray answer(const QByteArray& statement) const
+    {
+        const Outcome outcome = ask(statement);
+        return outcome.status == 0 ? outcome.output.trimmed() : outcome.errors;
+    }
+
     // In an empty schema; tuples without padding.
     Outcome carryOut(const QByteArray& statements) const
     {

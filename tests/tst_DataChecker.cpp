@@ -155,7 +155,6 @@ private slots:
     void samplesAndStrictness();
     void distinct();
     void largeSums();
-    void bothZeros();
     void levels();
     void levelWithoutRecords();
     void blankDeeperItem();
@@ -366,29 +365,6 @@ void TestDataChecker::largeSums()
     QCOMPARE(column.highest, QStringLiteral("999999999999999999"));
     QCOMPARE(column.lowest, QStringLiteral("-31"));
     QCOMPARE(column.mean, 30e18 / 31);
-}
-
-// 0 and -0 are one value.
-void TestDataChecker::bothZeros()
-{
-    DataDictionary dictionary;
-    DataVariable variable;
-    variable.type = DataVariable::Type::Real;
-    variable.record = 0;
-    dictionary.variables.push_back(variable);
-    DataRecord record;
-    record.columns.append(0);
-    dictionary.records.push_back(record);
-    DataBatch batch;
-    for (const double number : { 0.0, -0.0, 1.0 }) {
-        const quint32 cell = batch.addCells(1);
-        batch.setReal(cell, ValueState(ValueKind::Real), number);
-        batch.records.push_back({ 1, 0, 0, 0, cell, {} });
-    }
-    Checker checker(dictionary);
-    checker.take(batch);
-    checker.finish(CSProTextSource(m_dictionary, {}));
-    QCOMPARE(checker.report().columns.front().distinct, 2LL);
 }
 
 void TestDataChecker::levels()

@@ -15,6 +15,29 @@ QByteArray oneRecordDictionary(const QByteArray& items)
         + items;
 }
 
+// Of one variable of an SPSS or Stata file, with values outside its set.
+CheckReport checkReals(const std::vector<double>& numbers)
+{
+    DataDictionary dictionary;
+    DataVariable variable;
+    variable.type = DataVariable::Type::Real;
+    variable.record = 0;
+    dictionary.variables.push_back(variable);
+    DataRecord record;
+    record.columns.append(0);
+    dictionary.records.push_back(record);
+    DataBatch batch;
+    for (const double number : numbers) {
+        const quint32 cell = batch.addCells(1);
+        batch.setReal(cell, ValueState(ValueKind::Real, Special::None, true), number);
+        batch.records.push_back({ 1, 0, 0, 0, cell, {} });
+    }
+    Checker checker(dictionary);
+    checker.take(batch);
+    checker.finish(CSProTextSource(dictionary, {}));
+    return checker.report();
+}
+
 } // namespace
 
 class TestDataCheckerLimits : public QObject {
@@ -24,6 +47,7 @@ private slots:
     void manyNodes();
     void distinctSmallOnes();
     void frequentOutsideCodes();
+    void bothZeros();
     void exactReals();
     void outsideTextsAreBounded();
     void withoutIdentification();
@@ -108,33 +132,24 @@ void TestDataCheckerLimits::frequentOutsideCodes()
     QCOMPARE(few.outsideCodes.at(0).uncertain, 0LL);
 }
 
+// 0 and -0 are one value.
+void TestDataCheckerLimits::bothZeros()
+{
+    QCOMPARE(checkReals({ 0.0, -0.0, 1.0 }).columns.front().distinct, 2LL);
+}
+
 // Doubles that differ in their last digit only are two values, and are told as such.
 void TestDataCheckerLimits::exactReals()
 {
-    DataDictionary dictionary;
-    DataVariable variable;
-    variable.type = DataVariable::Type::Real;
-    variable.record = 0;
-    dictionary.variables.push_back(variable);
-    DataRecord record;
-    record.columns.append(0);
-    dictionary.records.push_back(record);
-    DataBatch batch;
-    for (const double number : { 1234567890123456.0, 1234567890123457.0, 1234567890123457.0 }) {
-        const quint32 cell = batch.addCells(1);
-        batch.setReal(cell, ValueState(ValueKind::Real, Special::None, true), number);
-        batch.records.push_back({ 1, 0, 0, 0, cell, {} });
-    }
-    Checker checker(dictionary);
-    checker.take(batch);
-    checker.finish(CSProTextSource(dictionary, {}));
-    const ColumnReport& column = checker.report().columns.front();
+    const CheckReport report =
+        checkReals({ 1234567890123456.0, 1234567890123457.0, 1234567890123457.0 });
+    const ColumnReport& column = report.columns.front();
     QCOMPARE(column.lowest, QStringLiteral("1234567890123456"));
     QCOMPARE(column.highest, QStringLiteral("1234567890123457"));
     QCOMPARE(column.outsideCodes.size(), 2);
     QCOMPARE(column.outsideCodes.at(0).code, QStringLiteral("1234567890123457"));
     QCOMPARE(column.outsideCodes.at(0).count, 2LL);
-    QCOMPARE(checker.report().samples.front().value, QStringLiteral("1234567890123456"));
+    QCOMPARE(report.samples.front().value, QStringLiteral("1234567890123456"));
 }
 
 // 500 columns of long texts, each of which is in no value set.

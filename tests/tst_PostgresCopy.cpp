@@ -104,8 +104,7 @@ private:
     }
     QByteArray ask(const QByteArray& statement) const
     {
-        const Outcome outcome = m_server.ask(statement);
-        return outcome.status == 0 ? outcome.output.trimmed() : outcome.errors;
+        return m_server.answer(statement);
     }
     QByteArray state() const
     {

@@ -236,8 +236,7 @@ private:
     }
     QByteArray ask(const QByteArray& statement) const
     {
-        const Outcome outcome = m_server.ask(statement);
-        return outcome.status == 0 ? outcome.output.trimmed() : outcome.errors;
+        return m_server.answer(statement);
     }
     // Every table, view and index, and the rows of table person.
     QByteArray state() const
