@@ -165,6 +165,7 @@ void DictionaryResolver::addItem(const TCSProItem& item)
     variable.name = item.name;
     variable.itemName = item.dictionaryName;
     variable.label = item.label;
+    variable.occurrenceLabel = item.detail().occurrenceLabel;
     variable.type = !item.detail().contentType.isEmpty() ? DataVariable::Type::Binary
         : item.isAlpha != 0                              ? DataVariable::Type::Text
                                                          : DataVariable::Type::Number;
@@ -437,6 +438,13 @@ QString DataDictionary::labelText(const QString& text, int language) const
         return text;
     const QString chosen = text.section(QLatin1Char('|'), language, language);
     return chosen.isEmpty() ? text.section(QLatin1Char('|'), 0, 0) : chosen;
+}
+
+QString DataDictionary::fullLabel(const DataVariable& variable) const
+{
+    const QString label = labelText(variable.label);
+    const QString own = labelText(variable.occurrenceLabel);
+    return own.isEmpty() ? label : QStringLiteral("%1 (%2)").arg(label, own);
 }
 
 const DataVariable& DataDictionary::variable(int record, int column) const

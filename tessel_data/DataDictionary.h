@@ -43,6 +43,7 @@ struct DataVariable {
     QString name; /*!< unique in its record; occurrences end in "_" and their number */
     QString itemName; /*!< the item's own name */
     QString label;
+    QString occurrenceLabel; /*!< empty: none */
     Type type = Type::Number;
     int level = 1; /*!< from 1 */
     int record = -1; /*!< index of the record; -1: identification item */
@@ -101,6 +102,8 @@ public:
     QString labelText(const QString& label) const;
     /*! The same in language \a language, its index. */
     QString labelText(const QString& label, int language) const;
+    /*! The label of \a variable, of an occurrence followed by its own, in the chosen language. */
+    QString fullLabel(const DataVariable& variable) const;
     /*! Variable behind column \a column of record \a record. */
     const DataVariable& variable(int record, int column) const;
     /*! The codes of value set \a set as values of \a variable, by their places in the set. */

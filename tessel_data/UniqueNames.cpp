@@ -20,15 +20,20 @@ QString visibleText(const QString& text)
     return result;
 }
 
+QString UniqueNames::keyOf(const QString& name) const
+{
+    return m_differ == Qt::CaseSensitive ? name : name.toCaseFolded();
+}
+
 QString UniqueNames::take(const QString& wanted)
 {
-    const QString key = wanted.toCaseFolded();
+    const QString key = keyOf(wanted);
     QString name = wanted;
     int number = m_lastNumbers.value(key, 1);
-    while (m_lastNumbers.contains(name.toCaseFolded()))
+    while (m_lastNumbers.contains(keyOf(name)))
         name = wanted + QLatin1Char('_') + QString::number(++number);
     m_lastNumbers[key] = number;
-    m_lastNumbers.insert(name.toCaseFolded(), 1);
+    m_lastNumbers.insert(keyOf(name), 1);
     return name;
 }
 
