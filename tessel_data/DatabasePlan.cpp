@@ -504,6 +504,20 @@ DatabaseColumn DatabasePlanner::systemColumn(const QString& name, Type type) con
     return made;
 }
 
+// The label that all ranges but those of special values have in common, as it is written.
+QString quantityLabelOf(const DataValueSet& set)
+{
+    QString common;
+    for (const DataCode& code : set.codes) {
+        if (code.highCode.isNull() || code.special != Special::None)
+            continue;
+        if (!common.isNull() && code.label != common)
+            return QString();
+        common = code.label;
+    }
+    return common;
+}
+
 // Equal sets share a table; -1 for sets without codes.
 int DatabasePlanner::valueTableOf(int set, const DataVariable& variable)
 {
@@ -533,6 +547,8 @@ int DatabasePlanner::addValueTable(int set, const DataVariable& variable)
                 values.missingLabels.insert(code.code, code.label);
         }
     }
+    values.quantityLabel =
+        m_dictionary.labelText(quantityLabelOf(source), m_languages.first());
     fillEntries(values, m_dictionary.codesOf(set, variable), set);
     values.table = int(m_plan.tables.size());
     DatabaseTable table;

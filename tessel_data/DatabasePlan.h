@@ -86,6 +86,11 @@ struct DatabaseValueTable {
     DatabaseColumn::Type type = DatabaseColumn::Type::Integer;
     int decimals = 0;
     bool hasRanges = false; /*!< columns code_from and code_to in place of code */
+    /*!
+     * The label of its ranges, where they have one in common, such as "Age in years": it says what
+     * the numbers count, which stand for themselves; empty: none.
+     */
+    QString quantityLabel;
     QVector<int> sets; /*!< in the dictionary, those that it stands for */
     std::vector<Entry> entries; /*!< disjoint, in order; blanks last */
     /*! By kind of missing values, for example ".a", of which no column holds a code. */

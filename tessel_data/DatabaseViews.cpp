@@ -4,6 +4,7 @@
 
 #include <QLocale>
 
+#include <algorithm>
 #include <limits>
 
 namespace tessel {
@@ -82,8 +83,17 @@ QString labelOfNull(
         .arg(label, SystemTable::missing, sqlText(table.name), sqlText(column.name), row);
 }
 
+// True when no value but of a quantity has a label.
+bool hasOnlyQuantities(const DatabaseValueTable& values)
+{
+    return !values.quantityLabel.isEmpty()
+        && std::all_of(values.entries.begin(), values.entries.end(), [&](const auto& entry) {
+               return !entry.isBlank && entry.labels.first() == values.quantityLabel;
+           });
+}
+
 // A look-up for each row that asks for it: joins are limited in number, and columns that a query
-// does not name cost nothing. What is in no set stays as it is.
+// does not name cost nothing. What is in no set stays as it is, and so do quantities.
 QString labelled(
     const DatabasePlan& plan, const DatabaseTable& definition, const DatabaseColumn& column)
 {
@@ -91,14 +101,16 @@ QString labelled(
     if (column.valueTable < 0)
         return value;
     const DatabaseValueTable& values = plan.valueTables[std::size_t(column.valueTable)];
+    if (hasOnlyQuantities(values))
+        return value;
     const QString table = sqlIdentifier(plan.tables[std::size_t(values.table)].name);
     const QString look = values.hasRanges
-        ? QStringLiteral("(SELECT CASE WHEN v.code_to >= %1 THEN nullif(v.label, '') END FROM %2 v "
+        ? QStringLiteral("(SELECT CASE WHEN v.code_to >= %1 THEN nullif(v.label, %3) END FROM %2 v "
                          "WHERE v.code_from <= %1 ORDER BY v.code_from DESC LIMIT 1)")
-        : QStringLiteral("(SELECT nullif(v.label, '') FROM %2 v WHERE v.code = %1)");
+        : QStringLiteral("(SELECT nullif(v.label, %3) FROM %2 v WHERE v.code = %1)");
     return QLatin1String("CASE WHEN ") + value + QLatin1String(" IS NULL THEN ")
         + labelOfNull(plan, definition, column) + QLatin1String(" ELSE coalesce(")
-        + look.arg(value, table) + QLatin1String(", CAST(") + value
+        + look.arg(value, table, sqlText(values.quantityLabel)) + QLatin1String(", CAST(") + value
         + QLatin1String(" AS TEXT)) END");
 }
 

@@ -61,7 +61,8 @@ public:
         for (const TValueSetItem* entry : qAsConst(*set.items)) {
             if (isCode(item, set, *entry, cell)) {
                 const QString label = entry->label.section('|', 0, 0);
-                return label.isEmpty() && !cell.isNull() ? cell : label;
+                const bool isItsOwnLabel = label.isEmpty() || label == quantityOf(set);
+                return isItsOwnLabel && !cell.isNull() ? cell : label;
             }
         }
         return cell;
@@ -130,6 +131,17 @@ private:
         const double number = cell.toDouble();
         return high.isNull() ? code.toDouble() == number
                              : code.toDouble() <= number && number <= high.toDouble();
+    }
+    // Ranges of one label, such as "Age", hold numbers that need none.
+    static QString quantityOf(const TCSProValueSet& set)
+    {
+        QStringList labels;
+        for (const TValueSetItem* entry : qAsConst(*set.items)) {
+            if (!set.detail(entry).highCode.isNull() && !entry->special)
+                labels.append(entry->label.section('|', 0, 0));
+        }
+        labels.removeDuplicates();
+        return labels.size() == 1 ? labels.first() : QString();
     }
     static QString cellOf(const QString& line, const TCSProItem& item)
     {

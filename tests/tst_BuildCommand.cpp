@@ -34,6 +34,8 @@ private slots:
     void everyCell();
     void popstan();
     void views();
+    void quantities_data();
+    void quantities();
     void repeatTables();
     void problemsAndRejects();
     void hostile_data();
@@ -150,6 +152,44 @@ void tst_BuildCommand::views()
         (QVector<QStringList> { { "1" }, { "99" }, { QString() }, { "7" } }));
     QCOMPARE(database.rows("SELECT * FROM SEX_VS1"),
         (QVector<QStringList> { { "1", "One's", QString() }, { "99", "Gone", "missing" } }));
+}
+
+void tst_BuildCommand::quantities_data()
+{
+    QTest::addColumn<QByteArray>("values");
+    QTest::addColumn<QStringList>("labels"); // of 0, 7, 40, 98, 99 and none
+    QTest::addColumn<QString>("type");
+
+    QTest::newRow("a quantity stands for itself")
+        << QByteArray("Value=1:97;Years")
+        << QStringList { "0", "7", "40", "98", "Gone", QString() } << "text";
+    QTest::newRow("in several ranges")
+        << QByteArray("Value=1:10;Years\nValue=20:97;Years\nValue=0;None\nValue=98;Old")
+        << QStringList { "None", "7", "40", "Old", "Gone", QString() } << "text";
+    QTest::newRow("a code that cuts the range in two")
+        << QByteArray("Value=39;Thirty-nine\nValue=1:40;Years")
+        << QStringList { "0", "7", "40", "98", "Gone", QString() } << "text";
+    QTest::newRow("groups have their labels")
+        << QByteArray("Value=1:10;Young\nValue=11:97;Old")
+        << QStringList { "0", "Young", "Old", "98", "Gone", QString() } << "text";
+    QTest::newRow("a set of nothing else leaves numbers")
+        << QByteArray("Value=0:98;Years\n\n[ValueSet]\nLabel=Other\nName=OTHER")
+        << QStringList { "0", "7", "40", "98", "99", QString() } << "integer";
+}
+
+void tst_BuildCommand::quantities()
+{
+    QFETCH(QByteArray, values);
+    QFETCH(QStringList, labels);
+    QFETCH(QString, type);
+    const QByteArray dictionary = surveyOf("AGE", "Age").replace("Value=1;Age", values);
+    QCOMPARE(build(dictionary, "101 0\n102 7\n10340\n10498\n10599\n106\n").status, 0);
+    const SqliteRows database(target());
+    QStringList shown;
+    for (const QStringList& row : database.rows("SELECT AGE FROM AGE_labels"))
+        shown.append(row.first());
+    QCOMPARE(shown, labels);
+    QCOMPARE(database.value("SELECT typeof(AGE) FROM AGE_labels LIMIT 1"), type);
 }
 
 void tst_BuildCommand::repeatTables()
