@@ -62,8 +62,7 @@ void PostgresMerge::filled(const QString& table)
 void PostgresMerge::makeTable(const DatabaseTable& table)
 {
     run(QStringLiteral("CREATE TABLE %1 %2")
-            .arg(prefix(Place::Kept) + sqlIdentifier(table.name),
-                PostgresTables::definition(table)));
+            .arg(prefix(Place::Kept) + sqlIdentifier(table.name), m_tables.definition(table)));
     for (const PostgresTables::Index& index : m_tables.indexes()) {
         if (!index.isPlanned && m_plan.tables[std::size_t(index.table)].name == table.name)
             makeIndex(index);

@@ -1,6 +1,7 @@
 #include <tessel_data/PostgresSchema_p.h>
 
 #include <tessel_data/SqlNames.h>
+#include <tessel_data/TargetForm_p.h>
 
 #include <algorithm>
 
@@ -67,7 +68,7 @@ void PostgresSchema::openFormer()
         readRelations();
         readFormer();
     }
-    if (!m_formerTables.contains(SystemTable::sources)) {
+    if (m_formerTables.isEmpty()) {
         m_server.fail(QStringLiteral("schema %1 has no tables of a build to be added to; build "
                                      "without --add first, or give its --schema")
                           .arg(quoted(m_name)));
@@ -160,7 +161,10 @@ bool PostgresSchema::has(const QString& relation) const
 // A build tells of itself what it made; other tables in the schema are nobody's here.
 void PostgresSchema::readFormer()
 {
-    if (!has(SystemTable::builds) || !has(SystemTable::records))
+    QStringList names;
+    for (const Relation& relation : m_relations)
+        names.append(relation.name);
+    if (!areOfBuild(names))
         return;
     const auto add = [this](QStringList& list, const QString& name) {
         const QString known = catalogName(name);

@@ -29,7 +29,7 @@ public:
     explicit PostgresTables(const DatabasePlan& plan);
 
     // The columns in brackets.
-    static QString definition(const DatabaseTable& table);
+    QString definition(const DatabaseTable& table) const;
     const std::vector<Index>& indexes() const
     {
         return m_indexes;

@@ -8,37 +8,12 @@
 #include <tessel_data/PostgresSchema_p.h>
 #include <tessel_data/PostgresTables_p.h>
 #include <tessel_data/SqlNames.h>
+#include <tessel_data/TargetForm_p.h>
 
 #include <algorithm>
 #include <memory>
 
 namespace tessel {
-
-namespace {
-
-// Names until all is whole: those of the former build stay in use.
-QString workingName(const char* kind, std::size_t number)
-{
-    return QStringLiteral("tessel_build_%1%2").arg(QLatin1String(kind)).arg(number);
-}
-
-QString tableName(std::size_t table)
-{
-    return workingName("t", table);
-}
-
-QString indexName(std::size_t index)
-{
-    return workingName("i", index);
-}
-
-const QString& duplicatesName()
-{
-    static const QString name = QStringLiteral("tessel_build_duplicates");
-    return name;
-}
-
-} // namespace
 
 class PostgresTarget::Job {
 public:
@@ -61,6 +36,18 @@ public:
     DatabaseChanges changes;
 
 private:
+    QString workingName(const char* kind) const
+    {
+        return m_prefix + QLatin1String(kind);
+    }
+    QString tableName(std::size_t table) const
+    {
+        return workingName("t") + QString::number(table);
+    }
+    QString indexName(std::size_t index) const
+    {
+        return workingName("i") + QString::number(index);
+    }
     void start();
     void makeTables();
     void makeStagedTables();
@@ -72,6 +59,7 @@ private:
     bool merge(const GoesOn& goesOn);
 
     const DatabasePlan* m_plan = nullptr;
+    QString m_prefix; // of names until all is whole: those of the former build stay in use
     std::unique_ptr<PostgresTables> m_tables;
     std::unique_ptr<PostgresSchema> m_schema;
     std::unique_ptr<PostgresMerge> m_merge; // of an addition
@@ -87,7 +75,7 @@ void PostgresTarget::Job::start()
         "SET client_min_messages = error; SET standard_conforming_strings = on; BEGIN; "
         "SET LOCAL statement_timeout = 0; SET LOCAL lock_timeout = 0; "
         "SET LOCAL idle_in_transaction_session_timeout = 0; "
-        "SET LOCAL default_statistics_target = 30")); // of ANALYZE, the server's own comes later
+        "SET LOCAL default_statistics_target = 10")); // of ANALYZE, the server's own comes later
     m_schema = std::make_unique<PostgresSchema>(server, options.schema);
 }
 
@@ -95,19 +83,13 @@ ExistingDatabase PostgresTarget::Job::openExisting()
 {
     start();
     m_schema->openFormer();
-    const auto valueOf = [this](const char* sql) {
-        const std::vector<QStringList> found = server.query(QLatin1String(sql));
-        return found.empty() ? QByteArray() : found.front().first().toUtf8();
-    };
-    return {
-        valueOf("SELECT dictionary FROM tessel_sources ORDER BY source_id DESC LIMIT 1"),
-        valueOf("SELECT options FROM tessel_builds ORDER BY build_id LIMIT 1"),
-    };
+    return existingDatabase([this](const QString& query) { return server.query(query); });
 }
 
 void PostgresTarget::Job::begin(const DatabasePlan& databasePlan)
 {
     m_plan = &databasePlan;
+    m_prefix = freePrefix(*m_plan, QStringLiteral("tessel_build_"));
     m_tables = std::make_unique<PostgresTables>(*m_plan);
     for (const DatabaseTable& table : m_plan->tables)
         m_forms.emplace_back(table);
@@ -123,13 +105,13 @@ void PostgresTarget::Job::makeTables()
     m_schema->prepare(*m_plan, options.replaces);
     for (std::size_t t = 0; t < m_plan->tables.size(); ++t) {
         server.run(QStringLiteral("CREATE TABLE %1 %2")
-                       .arg(tableName(t), PostgresTables::definition(m_plan->tables[t])));
+                       .arg(tableName(t), m_tables->definition(m_plan->tables[t])));
         m_copy.addTable(tableName(t));
     }
     server.run(QStringLiteral("CREATE TABLE %1 (case_id BIGINT, first_case_id BIGINT, "
                               "place BIGINT)")
-                   .arg(duplicatesName()));
-    m_duplicates = m_copy.addTable(duplicatesName());
+                   .arg(workingName("duplicates")));
+    m_duplicates = m_copy.addTable(workingName("duplicates"));
 }
 
 void PostgresTarget::Job::makeStagedTables()
@@ -138,8 +120,7 @@ void PostgresTarget::Job::makeStagedTables()
     for (const DatabaseTable& table : m_plan->tables) {
         const QString name =
             m_merge->prefix(MergeSession::Place::Staged) + sqlIdentifier(table.name);
-        server.run(
-            QStringLiteral("CREATE TABLE %1 %2").arg(name, PostgresTables::definition(table)));
+        server.run(QStringLiteral("CREATE TABLE %1 %2").arg(name, m_tables->definition(table)));
         m_copy.addTable(name);
     }
     DatabaseMerge(*m_merge, *m_plan).check();
@@ -166,7 +147,7 @@ QString PostgresTarget::Job::markStatement() const
     return QStringLiteral("UPDATE %1 c SET duplicate_of = d.first_case_id FROM (SELECT DISTINCT ON "
                           "(case_id) case_id, first_case_id FROM %2 ORDER BY case_id, place) d "
                           "WHERE c.case_id = d.case_id")
-        .arg(tableName(std::size_t(m_plan->table(SystemTable::cases))), duplicatesName());
+        .arg(tableName(std::size_t(m_plan->table(SystemTable::cases))), workingName("duplicates"));
 }
 
 // Under their own names, in place of those of the former build.
@@ -202,7 +183,7 @@ QStringList PostgresTarget::Job::lastSteps() const
     QStringList steps;
     if (m_copy.rows(m_duplicates) > 0)
         steps.append(markStatement());
-    steps.append(QLatin1String("DROP TABLE ") + duplicatesName());
+    steps.append(QLatin1String("DROP TABLE ") + workingName("duplicates"));
     const auto& indexes = m_tables->indexes();
     for (std::size_t i = 0; i < indexes.size(); ++i)
         steps.append(indexes[i].statement(indexName(i), tableName(std::size_t(indexes[i].table))));

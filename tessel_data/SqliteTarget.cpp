@@ -5,6 +5,7 @@
 #include <tessel_data/DatabaseMerge_p.h>
 #include <tessel_data/DatabaseViews_p.h>
 #include <tessel_data/SqlNames.h>
+#include <tessel_data/TargetForm_p.h>
 
 #include <QByteArray>
 #include <QDir>
@@ -337,21 +338,14 @@ ExistingDatabase SqliteTarget::Job::openExisting()
     run(QStringLiteral("PRAGMA temp.journal_mode = OFF; PRAGMA temp.cache_size = -16384;"
                        "PRAGMA main.cache_size = -16384; BEGIN IMMEDIATE"));
     BuildFile::checkNotMade(path);
-    const std::vector<TableColumn> found = columns(Place::Kept, SystemTable::sources);
-    const bool isOurs = std::any_of(found.begin(), found.end(),
-        [](const TableColumn& column) { return column.name == QLatin1String("dictionary"); });
-    if (!isOurs) {
+    QStringList tables;
+    for (const QStringList& table : rows(QStringLiteral("SELECT name FROM sqlite_master")))
+        tables.append(table.first());
+    if (!areOfBuild(tables)) {
         throw DataError(DataError::Code::NotThisFormat, path,
             QStringLiteral("was not made by tessel build and cannot be added to"));
     }
-    const auto valueOf = [this](const char* sql) {
-        const std::vector<QStringList> answer = rows(QLatin1String(sql));
-        return answer.empty() ? QByteArray() : answer.front().first().toUtf8();
-    };
-    return {
-        valueOf("SELECT dictionary FROM main.tessel_sources ORDER BY source_id DESC LIMIT 1"),
-        valueOf("SELECT options FROM main.tessel_builds ORDER BY build_id LIMIT 1"),
-    };
+    return existingDatabase([this](const QString& query) { return rows(query); });
 }
 
 void SqliteTarget::Job::begin(const DatabasePlan& databasePlan)
@@ -377,12 +371,12 @@ void SqliteTarget::Job::begin(const DatabasePlan& databasePlan)
 
 QString SqliteTarget::Job::definition(const DatabaseTable& table, Place place) const
 {
-    const bool isKeyed = table.kind == Kind::Cases || !m_plan->hasCases;
+    const bool hasKey = isKeyed(*m_plan, table);
     QStringList columns;
     for (int c = 0; c < table.columns.size(); ++c) {
         const Column& column = table.columns.at(c);
         QString text = sqlIdentifier(column.name) + QLatin1Char(' ') + column.sqlType;
-        if (c == 0 && isKeyed && column.role != Column::Role::Value && table.kind != Kind::Repeat)
+        if (c == 0 && hasKey)
             text += QLatin1String(" PRIMARY KEY");
         else if (column.role != Column::Role::Value)
             text += QLatin1String(" NOT NULL");
@@ -399,7 +393,8 @@ void SqliteTarget::Job::prepareInsertion(int table)
     const DatabaseTable& definition = m_plan->tables[std::size_t(table)];
     Insertion& insertion = m_insertions[std::size_t(table)];
     insertion.module.table = &definition;
-    const QString batch = QStringLiteral("tessel_batch_%1").arg(table);
+    const QString batch =
+        freePrefix(*m_plan, QStringLiteral("tessel_batch_")) + QString::number(table);
     const int result = sqlite3_create_module_v2(
         m_database.get(), batch.toUtf8().constData(), &batchModule(), &insertion.module, nullptr);
     if (result != SQLITE_OK)

@@ -24,6 +24,7 @@ private slots:
     void uuidsMeetText();
     void otherIdentification();
     void newColumns();
+    void namedAsWorkingTables();
     void newDictionary_data();
     void newDictionary();
     void optionsOfTheFirst_data();
@@ -351,6 +352,33 @@ void tst_BuildAdd::newColumns()
     QCOMPARE(
         changes(add("101011ann\n")), QByteArray("0 new, 0 changed, 0 deleted (1 as they were)"));
     QCOMPARE(rows("SELECT LATER FROM HOUSE"), QStringList("-"));
+}
+
+// Tables that only a build or an addition needs give way.
+void tst_BuildAdd::namedAsWorkingTables()
+{
+    QByteArray records;
+    QByteArray lines;
+    char type = 'A';
+    for (const char* name : { "TESSEL_ADD_MATCH", "TESSEL_ADD_GONE", "tessel_add_x_path",
+             "TESSEL_BATCH_0", "TESSEL_BATCH_1", "TESSEL_BUILD_T3", "TESSEL_BUILD_DUPLICATES" }) {
+        records += "[Record]\nLabel=R\nName=" + QByteArray(name) + "\nRecordTypeValue='" + type
+            + "'\nRequired=No\nMaxRecords=9\nRecordLen=30\n\n" + item(QByteArray("V") + type, 6, 2);
+        lines += type++ + QByteArray("010112\n");
+    }
+    const QByteArray dictionary =
+        survey(item("ROOF", 6, 1) + roofs + item("NAME", 7, 5, "Alpha"), records);
+    make("101011ann\n" + lines + "101021bob\n", dictionary);
+    QCOMPARE(rows("SELECT VE FROM TESSEL_BATCH_1"), QStringList("12"));
+    const QByteArray changed = "101012ann\n" + QByteArray(lines).replace("12\n", "34\n");
+    QCOMPARE(changes(add(
+                 changed + "101021bob\n101031cat\n" + QByteArray(lines).replace("0101", "0103"))),
+        QByteArray("1 new, 1 changed, 0 deleted (1 as they were)"));
+    QCOMPARE(
+        rows("SELECT VA FROM TESSEL_ADD_MATCH ORDER BY case_id"), (QStringList { "34", "12" }));
+    QCOMPARE(build({ path("d.dcf"), path("d.dat") }, "whole").status, 0);
+    QCOMPARE(contents(), contents("PLACE, NUMBER", "whole"));
+    QCOMPARE(build({ path("d.dcf"), path("d.dat"), "--overwrite" }).status, 0);
 }
 
 void tst_BuildAdd::newDictionary_data()
