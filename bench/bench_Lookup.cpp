@@ -187,7 +187,7 @@ void frequenciesJson(benchmark::State& state, const Shape& shape)
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    const std::vector<Shape> shapes = {
+    std::vector<Shape> shapes = {
         { "sorted/50000", 50000, false },
         { "sorted/500000", 500000, false },
         { "sorted/5000000", 5000000, false },
@@ -195,7 +195,7 @@ int main(int argc, char** argv)
         { "shuffled/500000", 500000, true },
         { "shuffled/5000000", 5000000, true },
     };
-    for (Shape shape : shapes) {
+    for (Shape& shape : shapes) {
         const std::string label = shape.name;
         std::replace(shape.name.begin(), shape.name.end(), '/', '_');
         const auto inMilliseconds = [&](const char* what,

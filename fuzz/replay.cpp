@@ -42,7 +42,8 @@ int main(int argc, char** argv)
 {
     int count = 0;
     for (int i = 1; i < argc; ++i) {
-        for (const QString& file : filesOf(QFile::decodeName(argv[i]))) {
+        const QStringList files = filesOf(QFile::decodeName(argv[i]));
+        for (const QString& file : files) {
             if (!replay(file))
                 return 1;
             ++count;

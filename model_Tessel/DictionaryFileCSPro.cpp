@@ -69,8 +69,9 @@ bool failBinary(DictionaryFile& file)
 QStringList firstLines(const QString& text)
 {
     QStringList shown;
-    const QVector<QStringRef> lines = text.leftRef(ShownLines * 1024).split(QLatin1Char('\n'));
-    for (const QStringRef& line : lines.mid(0, ShownLines)) {
+    const QVector<QStringRef> lines =
+        text.leftRef(ShownLines * 1024).split(QLatin1Char('\n')).mid(0, ShownLines);
+    for (const QStringRef& line : lines) {
         const QStringRef trimmed = line.trimmed();
         shown.append(trimmed.size() > ShownColumns
                 ? trimmed.left(ShownColumns) + QLatin1String("...")

@@ -41,7 +41,8 @@ QString readNames(const QCommandLineParser& parser, const QString& option, QStri
 {
     const QStringList given = parser.values(option);
     for (const QString& list : given) {
-        for (const QString& name : list.split(QLatin1Char(','))) {
+        const QStringList parts = list.split(QLatin1Char(','));
+        for (const QString& name : parts) {
             if (name.trimmed().isEmpty())
                 return QStringLiteral("--%1 needs names with commas between them").arg(option);
             names.append(name.trimmed());

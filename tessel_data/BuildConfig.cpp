@@ -86,7 +86,8 @@ public:
     // What was not taken is not known.
     void finish()
     {
-        for (const QString& key : m_object.keys()) {
+        const QStringList keys = m_object.keys();
+        for (const QString& key : keys) {
             if (!m_known.contains(key)) {
                 fail(QStringLiteral("there is no setting '%1'%2")
                          .arg(pathOf(key), nearestNamesText(key, m_known)));

@@ -83,8 +83,8 @@ public:
         if (variable.type == DataVariable::Type::Binary || isPart || has(table, variable))
             return;
         const QString name = variable.itemName + QLatin1String(" of ") + record;
-        auto place = m_places.constFind(table + QLatin1Char('.') + name);
-        if (place == m_places.constEnd()) {
+        auto place = m_places.find(table + QLatin1Char('.') + name);
+        if (place == m_places.end()) {
             place = m_places.insert(table + QLatin1Char('.') + name, items.size());
             items.append({ table, name, {} });
         }

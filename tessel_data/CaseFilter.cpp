@@ -101,7 +101,8 @@ public:
             caseIds += dictionary.variables[std::size_t(id)].level == 1 ? 1 : 0;
         if (selection.where.trimmed().isEmpty())
             return;
-        for (const QString& part : splitOutsideQuotes(selection.where, QStringLiteral(" and ")))
+        const QStringList parts = splitOutsideQuotes(selection.where, QStringLiteral(" and "));
+        for (const QString& part : parts)
             addCondition(part.trimmed());
     }
 

@@ -179,8 +179,9 @@ QByteArray SqliteFile::changeCounter() const
 {
     sqlite3_file* file = nullptr;
     QByteArray counter(CounterSize, '\0');
-    const bool isRead =
-        sqlite3_file_control(m_database, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK
+    const int status = sqlite3_file_control(
+        m_database, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
+    const bool isRead = status == SQLITE_OK
         && file->pMethods->xRead(file, counter.data(), CounterSize, CounterPlace) == SQLITE_OK;
     return isRead ? counter : QByteArray();
 }

@@ -19,7 +19,7 @@ bool readConfig(const QString& path, BuildSettings& settings)
 QString takeConfig(const QByteArray& json, BuildSettings& settings)
 {
     BuildConfig config;
-    const QString mistake = config.readJson(json);
+    QString mistake = config.readJson(json);
     if (!mistake.isNull())
         return mistake;
     settings.input.first = FileNames::path(config.config().getDataBase()->getSourceFile());

@@ -32,8 +32,16 @@ struct Alike {
     qint64 count = 0;
 };
 
-QVector<Alike> alikes; // in the order of their first messages
-QHash<QString, int> alikesByKind; // index of them
+struct Alikes {
+    QVector<Alike> list; // in the order of their first messages
+    QHash<QString, int> byKind; // index of them
+};
+
+Alikes& alikes()
+{
+    static Alikes alikes;
+    return alikes;
+}
 
 QString severityName(Console::Severity severity)
 {
@@ -73,12 +81,13 @@ void write(const QString& place, Console::Severity severity, const QString& text
 // False when so many like it were told that this one is only counted.
 bool isTold(const QString& place, Console::Severity severity, const QString& kindOfFile)
 {
-    auto known = alikesByKind.find(kindOfFile);
-    if (known == alikesByKind.end()) {
-        known = alikesByKind.insert(kindOfFile, alikes.size());
-        alikes.append({ place, severity });
+    Alikes& told = alikes();
+    auto known = told.byKind.find(kindOfFile);
+    if (known == told.byKind.end()) {
+        known = told.byKind.insert(kindOfFile, told.list.size());
+        told.list.append({ place, severity });
     }
-    Alike& alike = alikes[*known];
+    Alike& alike = told.list[*known];
     const bool isTold = ++alike.count <= ToldAlike;
     if (isTold)
         alike.place = place;
@@ -97,15 +106,14 @@ void Console::tell(
 
 void Console::tellCounts()
 {
-    for (const Alike& alike : qAsConst(alikes)) {
+    for (const Alike& alike : qAsConst(alikes().list)) {
         if (alike.count > ToldAlike) {
             write(alike.place, alike.severity,
                 QStringLiteral("%1 more like this; --all-warnings shows them")
                     .arg(grouped(alike.count - ToldAlike)));
         }
     }
-    alikes.clear();
-    alikesByKind.clear();
+    alikes() = {};
 }
 
 int Console::wrongUsage(const QString& text)
