@@ -185,7 +185,8 @@ void CaseFilter::Job::addCondition(const QString& text)
         fail(text, QStringLiteral("a quote is not closed"));
     Condition condition;
     condition.column = columnOf(text, text.left(sign).trimmed());
-    for (const QString& value : splitOutsideQuotes(text.mid(sign + 1), QStringLiteral(",")))
+    const QStringList values = splitOutsideQuotes(text.mid(sign + 1), QStringLiteral(","));
+    for (const QString& value : values)
         addValue(text, value.trimmed(), variable(condition.column), condition.values);
     condition.values.finish();
     conditions.push_back(std::move(condition));

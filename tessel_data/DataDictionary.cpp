@@ -227,7 +227,7 @@ std::shared_ptr<const CodeTable> DictionaryResolver::codesOf(const DataVariable&
     auto table = std::make_shared<CodeTable>();
     int entry = 0;
     for (const int set : qAsConst(sets)) {
-        for (const DataCode& code : m_result.valueSets[std::size_t(set)].codes)
+        for (const DataCode& code : qAsConst(m_result.valueSets[std::size_t(set)].codes))
             addCode(*table, code, variable, entry++);
     }
     table->finish();

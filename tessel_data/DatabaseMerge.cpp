@@ -186,7 +186,8 @@ bool DatabaseMerge::isNarrow()
 void DatabaseMerge::widen(const DatabaseTable& table)
 {
     QStringList changes;
-    for (const QString& name : narrowColumns(table)) {
+    const QStringList names = narrowColumns(table);
+    for (const QString& name : names) {
         changes.append(QStringLiteral("ALTER COLUMN %1 TYPE %2")
                            .arg(sqlIdentifier(name), table.columns.at(table.column(name)).sqlType));
     }

@@ -19,7 +19,7 @@ public:
         , leftOut(files.size())
     {
         int taken = 0;
-        for (const SelectedColumns& record : columns)
+        for (const SelectedColumns& record : qAsConst(columns))
             recordNumbers.push_back(record.isTaken ? taken++ : -1);
     }
 

@@ -51,7 +51,7 @@ private:
             return QString::number(sqlite3_column_double(statement, column), 'g', 17);
         const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
         const QString value = QString::fromUtf8(text, sqlite3_column_bytes(statement, column));
-        return value.isNull() ? QStringLiteral("") : value;
+        return value.isNull() ? QLatin1String("") : value;
     }
 
     sqlite3* m_database = nullptr;

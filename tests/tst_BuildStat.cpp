@@ -423,7 +423,7 @@ void tst_BuildStat::corpus()
         const bool isThere = contents.codes.contains(contents.sets.at(v));
         QCOMPARE(variables.at(v),
             (QStringList { contents.names.at(v), contents.labels.at(v),
-                isThere ? contents.sets.at(v) : QStringLiteral("") }));
+                isThere ? contents.sets.at(v) : QLatin1String("") }));
     }
     for (auto set = contents.codes.begin(); set != contents.codes.end(); ++set) {
         auto found = database.rows("SELECT DISTINCT code, label, position FROM tessel_values WHERE "
