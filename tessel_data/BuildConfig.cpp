@@ -179,6 +179,47 @@ void readSplit(ObjectReader& reader, ConfigToolsSplit& split)
     }
 }
 
+// What stands beside the records of Config.h.
+void readOwn(ObjectReader& reader, BuildConfig& config)
+{
+    const auto text = [&](const char* key, QString& member) {
+        reader.text(QLatin1String(key), [&](const QString& found) { member = found; });
+    };
+    reader.texts(QStringLiteral("data"), [&](const QString& found) { config.data.append(found); });
+    text("dictionary", config.dictionary);
+    text("schema", config.schema);
+    text("repeats", config.repeats);
+    text("language", config.language);
+    text("encoding", config.encoding);
+    reader.flag(QStringLiteral("allLanguages"), [&](bool flag) { config.hasAllLanguages = flag; });
+    reader.text(QStringLiteral("dataEncoding"), [&](const QString& found) {
+        if (!found.isEmpty() && found != QLatin1String("utf-8")
+            && found != QLatin1String("windows-1252")) {
+            reader.fail(
+                QStringLiteral("'dataEncoding' takes utf-8 or windows-1252, not '%1'").arg(found));
+        }
+        config.dataEncoding = found;
+    });
+    reader.number(QStringLiteral("seed"), [&](double number) {
+        if (number < 0 || number > std::numeric_limits<quint32>::max()
+            || number != std::floor(number))
+            reader.fail(QStringLiteral("'seed' takes a whole number from 0 to 4294967295"));
+        else
+            config.seed = quint32(number);
+    });
+}
+
+// Null when it is one of this version.
+QString formMistake(const QJsonObject& object)
+{
+    if (!object.contains(versionKey()))
+        return QStringLiteral("holds no settings of a build: '%1' is missing").arg(versionKey());
+    if (object.value(versionKey()) != QJsonValue(Version))
+        return QStringLiteral("holds settings of another version; this program reads version %1")
+            .arg(Version);
+    return QString();
+}
+
 QJsonArray arrayOf(const ConfigEntities& entity)
 {
     return QJsonArray::fromStringList(*entity.getVariables());
@@ -321,19 +362,15 @@ QByteArray BuildConfig::json(bool isIndented) const
 QString BuildConfig::readJson(const QByteArray& json)
 {
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
+    const QJsonObject object = QJsonDocument::fromJson(json, &error).object();
     if (error.error != QJsonParseError::NoError) {
         return QStringLiteral("is no JSON: %1 in line %2")
             .arg(error.errorString())
             .arg(json.left(error.offset).count('\n') + 1);
     }
-    const QJsonObject object = document.object();
-    if (!object.contains(versionKey()))
-        return QStringLiteral("holds no settings of a build: '%1' is missing").arg(versionKey());
-    if (object.value(versionKey()) != QJsonValue(Version))
-        return QStringLiteral("holds settings of another version; this program reads version %1")
-            .arg(Version);
-    QString mistake;
+    QString mistake = formMistake(object);
+    if (!mistake.isNull())
+        return mistake;
     ObjectReader reader(object, QString(), mistake);
     reader.number(versionKey(), [](double) {});
     reader.object(QStringLiteral("dataBase"),
@@ -345,28 +382,7 @@ QString BuildConfig::readJson(const QByteArray& json)
     });
     reader.object(
         QStringLiteral("split"), [this](ObjectReader& inner) { readSplit(inner, m_split); });
-    reader.texts(QStringLiteral("data"), [this](const QString& text) { data.append(text); });
-    reader.text(QStringLiteral("dictionary"), [this](const QString& text) { dictionary = text; });
-    reader.text(QStringLiteral("dataEncoding"), [&](const QString& text) {
-        if (!text.isEmpty() && text != QLatin1String("utf-8")
-            && text != QLatin1String("windows-1252")) {
-            reader.fail(
-                QStringLiteral("'dataEncoding' takes utf-8 or windows-1252, not '%1'").arg(text));
-        }
-        dataEncoding = text;
-    });
-    reader.text(QStringLiteral("schema"), [this](const QString& text) { schema = text; });
-    reader.text(QStringLiteral("repeats"), [this](const QString& text) { repeats = text; });
-    reader.text(QStringLiteral("language"), [this](const QString& text) { language = text; });
-    reader.text(QStringLiteral("encoding"), [this](const QString& text) { encoding = text; });
-    reader.flag(QStringLiteral("allLanguages"), [this](bool flag) { hasAllLanguages = flag; });
-    reader.number(QStringLiteral("seed"), [&](double number) {
-        if (number < 0 || number > std::numeric_limits<quint32>::max()
-            || number != std::floor(number))
-            reader.fail(QStringLiteral("'seed' takes a whole number from 0 to 4294967295"));
-        else
-            seed = quint32(number);
-    });
+    readOwn(reader, *this);
     reader.finish();
     return mistake.isNull() ? QString() : QStringLiteral("cannot be used: ") + mistake;
 }

@@ -247,6 +247,7 @@ bool CSProDbTables::readLevel(std::size_t level)
     while (m_run.isWanted && table.values->step()) {
         hasRows = true;
         ++table.seen;
+        ++m_met;
         needNumber(*table.values, table);
         readRow(level);
     }
@@ -257,6 +258,7 @@ void CSProDbTables::readRow(std::size_t level)
 {
     const qint64 id = m_levels[level].table.values->integer(0);
     const qint64 rejectedBefore = m_run.counts().rejectedLines;
+    const qint64 metBefore = m_met;
     readIds(level);
     for (Table& table : m_levels[level].records) {
         (table.record >= 0 ? table.values : table.whole)->bind(1, id);
@@ -267,7 +269,7 @@ void CSProDbTables::readRow(std::size_t level)
         readLevel(level + 1);
     }
     if (m_run.counts().rejectedLines == rejectedBefore)
-        tellUnreadableId(level);
+        tellOfRow(level, m_met > metBefore);
 }
 
 // Keeps the identification items of a row of a level for the rows that belong to it.
@@ -301,18 +303,27 @@ void CSProDbTables::compareKey(const DataBatch& ids)
         m_run.tell(m_run.told(LineProblem::KeyDiffers), m_comparison.idsText(ids, 0));
 }
 
-// A row of a level without any record is told itself, as no record of it can be.
-void CSProDbTables::tellUnreadableId(std::size_t level)
+// A row of a level without any record is told itself, as no record of it can be: when its
+// identification is unreadable, and when nothing else would have it. The key of a case has that of
+// the first level.
+void CSProDbTables::tellOfRow(std::size_t level, bool hasOthers)
 {
     const std::vector<IdValue>& values = m_idValues[level];
     const auto found = std::find_if(values.begin(), values.end(),
         [](const IdValue& value) { return isUnreadable(value.state); });
-    if (found == values.end())
+    const bool isReadable = found == values.end();
+    if (!m_run.isWanted || (isReadable && (hasOthers || level == 0)))
         return;
-    const int id = m_levels[level].ids.at(int(found - values.begin()));
     m_cells.beginRow();
-    m_run.reject(m_run.told(LineProblem::IdNotANumber, id),
-        m_levels[level].table.name.toStdString() + ": " + idText(int(level) + 1));
+    const std::string text =
+        m_levels[level].table.name.toStdString() + ": " + idText(int(level) + 1);
+    if (isReadable) {
+        m_run.reject(m_run.told(LineProblem::DamagedRecord),
+            "a row with neither records nor rows below it: " + text);
+    } else {
+        const int id = m_levels[level].ids.at(int(found - values.begin()));
+        m_run.reject(m_run.told(LineProblem::IdNotANumber, id), text);
+    }
 }
 
 void CSProDbTables::readRecords(Table& table, int level)
@@ -320,6 +331,7 @@ void CSProDbTables::readRecords(Table& table, int level)
     SqliteQuery& rows = table.record >= 0 ? *table.values : *table.whole;
     while (m_run.isWanted && rows.step()) {
         ++table.seen;
+        ++m_met;
         m_cells.beginRow();
         if (table.record >= 0)
             addRow(table);

@@ -63,7 +63,7 @@ private:
     void readRow(std::size_t level);
     void readIds(std::size_t level);
     void compareKey(const DataBatch& ids);
-    void tellUnreadableId(std::size_t level);
+    void tellOfRow(std::size_t level, bool hasOthers);
     void readRecords(Table& table, int level);
     void addRow(const Table& table);
     quint32 addIds(DataBatch& batch, quint32 cell, int level) const;
@@ -86,6 +86,7 @@ private:
     std::vector<Level> m_levels;
     std::vector<std::vector<IdValue>> m_idValues; // of the current row of each level
     std::string m_key;
+    qint64 m_met = 0; // rows of all tables that belong to a case
 };
 
 } // namespace tessel

@@ -210,10 +210,10 @@ void CaseChecker::endCase()
     m_touches = 0;
 }
 
-void CaseChecker::finish()
+bool CaseChecker::finish(const CaseIndex::GoesOn& goesOn)
 {
     endCase();
-    m_index.finish([this](const CaseIndex::Group& group) {
+    const auto tellRepeated = [this](const CaseIndex::Group& group) {
         DataProblem repeated;
         repeated.kind = (group.first.singles & group.second.singles) != 0
             ? ProblemKind::DuplicateCase
@@ -226,7 +226,8 @@ void CaseChecker::finish()
         repeated.otherFile = group.first.file;
         repeated.otherLine = group.first.line;
         m_tell(repeated);
-    });
+    };
+    return m_index.finish(tellRepeated, goesOn);
 }
 
 } // namespace tessel

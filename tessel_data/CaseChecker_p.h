@@ -25,7 +25,8 @@ public:
     void addRecord(const DataBatch& batch, const DataBatch::Record& record);
     void endCase();
     // Tells of the cases that came more than once.
-    void finish();
+    // False when goesOn stopped it.
+    bool finish(const CaseIndex::GoesOn& goesOn);
 
     // Identification of the current case.
     const std::string& key() const

@@ -175,7 +175,7 @@ void CaseIndex::spill()
     m_entries.clear();
 }
 
-void CaseIndex::finish(const Report& report)
+bool CaseIndex::finish(const Report& report, const GoesOn& goesOn)
 {
     sortEntries();
     std::vector<Run> runs;
@@ -197,7 +197,9 @@ void CaseIndex::finish(const Report& report)
     }
     std::string key;
     Place first;
-    while (!heads.empty()) {
+    for (std::size_t asked = 1; !heads.empty(); ++asked) {
+        if (asked % RunBuffer == 0 && goesOn && !goesOn())
+            return false;
         const std::size_t head = heads.top();
         heads.pop();
         const char* const entry = runs[head].entry();
@@ -215,6 +217,7 @@ void CaseIndex::finish(const Report& report)
     }
     m_runSizes.clear();
     m_file.reset();
+    return true;
 }
 
 } // namespace tessel

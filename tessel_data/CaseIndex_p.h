@@ -29,6 +29,7 @@ public:
         Place second;
     };
     using Report = std::function<void(const Group&)>;
+    using GoesOn = std::function<bool()>;
 
     // keySize: bytes of most keys, longer ones cost a digest; memory: bytes to use.
     explicit CaseIndex(std::size_t keySize, std::size_t memory = 16'777'216);
@@ -36,7 +37,8 @@ public:
 
     void add(std::string_view key, const Place& place);
     // Reports each place after the first of its key, by key and then in the order of the source.
-    void finish(const Report& report);
+    // False when goesOn, which may be empty, stopped it.
+    bool finish(const Report& report, const GoesOn& goesOn = {});
 
 private:
     Q_DISABLE_COPY(CaseIndex)

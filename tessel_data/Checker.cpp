@@ -97,7 +97,8 @@ public:
     bool isNameless(const DataBatch& batch, const DataBatch::Record& record) const;
     void tellNameless(const DataBatch::Record& record);
     void takeTold(const DataBatch& batch, const DataBatch::Told& told);
-    void finish(const DataSource& source);
+    bool finish(const DataSource& source, const CaseIndex::GoesOn& goesOn);
+    void reportColumns();
     // True when a problem of this kind is shown or handed out; others are only counted.
     bool isWanted(ProblemKind kind) const;
     void tell(const DataProblem& problem);
@@ -273,9 +274,10 @@ void Checker::Job::tell(const DataProblem& problem)
         options.onProblem(problem);
 }
 
-void Checker::Job::finish(const DataSource& source)
+bool Checker::Job::finish(const DataSource& source, const CaseIndex::GoesOn& goesOn)
 {
-    cases.finish();
+    if (!cases.finish(goesOn))
+        return false;
     report.files = source.files();
     report.hasCases = source.hasCases();
     for (std::size_t i = 0; i < report.files.size(); ++i) {
@@ -293,6 +295,14 @@ void Checker::Job::finish(const DataSource& source)
     report.addsUp = report.counts.addUp() && records == report.counts.records
         && rejected == report.counts.rejectedLines
         && (!report.hasCases || cases.caseCount() == report.counts.cases);
+    reportColumns();
+    for (const std::vector<DataProblem>& ofKind : samples)
+        report.samples.insert(report.samples.end(), ofKind.begin(), ofKind.end());
+    return true;
+}
+
+void Checker::Job::reportColumns()
+{
     for (std::size_t r = 0; r < dictionary.records.size(); ++r) {
         const DataRecord& record = dictionary.records[r];
         for (int c = 0; c < record.columns.size(); ++c) {
@@ -304,8 +314,6 @@ void Checker::Job::finish(const DataSource& source)
             report.columns.push_back(std::move(column));
         }
     }
-    for (const std::vector<DataProblem>& ofKind : samples)
-        report.samples.insert(report.samples.end(), ofKind.begin(), ofKind.end());
 }
 
 Checker::Checker(const DataDictionary& dictionary, const CheckOptions& options)
@@ -322,7 +330,12 @@ void Checker::take(const DataBatch& batch)
 
 void Checker::finish(const DataSource& source)
 {
-    m_job->finish(source);
+    m_job->finish(source, {});
+}
+
+bool Checker::finishWhile(const DataSource& source, const std::function<bool()>& goesOn)
+{
+    return m_job->finish(source, goesOn);
 }
 
 const CheckReport& Checker::report() const

@@ -27,6 +27,7 @@ public:
 
     void take(const DataBatch& batch) override;
     void finish(const DataSource& source) override;
+    bool finishWhile(const DataSource& source, const std::function<bool()>& goesOn) override;
 
     /*! Complete after finish(). */
     const CheckReport& report() const;

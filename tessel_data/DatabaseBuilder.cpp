@@ -94,7 +94,7 @@ public:
     }
 
     void take(const DataBatch& batch);
-    void finish(const DataSource& source);
+    bool finish(const DataSource& source, const std::function<bool()>& goesOn);
 
     const DataDictionary& dictionary;
     DatabaseTarget& target;
@@ -465,11 +465,12 @@ void DatabaseBuilder::Job::addNullCharacters(
     }
 }
 
-void DatabaseBuilder::Job::finish(const DataSource& source)
+bool DatabaseBuilder::Job::finish(const DataSource& source, const std::function<bool()>& goesOn)
 {
     endCase();
     cases.flush();
-    checker.finish(source);
+    if (!checker.finishWhile(source, goesOn))
+        return false;
     report.check = checker.report();
     checkUnchanged(source);
     problems.flush();
@@ -483,6 +484,7 @@ void DatabaseBuilder::Job::finish(const DataSource& source)
     addValues();
     addSources(source);
     addBuild(read);
+    return true;
 }
 
 // A file that another program wrote to may have been read half.
@@ -689,7 +691,12 @@ void DatabaseBuilder::take(const DataBatch& batch)
 
 void DatabaseBuilder::finish(const DataSource& source)
 {
-    m_job->finish(source);
+    m_job->finish(source, {});
+}
+
+bool DatabaseBuilder::finishWhile(const DataSource& source, const std::function<bool()>& goesOn)
+{
+    return m_job->finish(source, goesOn);
 }
 
 const DatabasePlan& DatabaseBuilder::plan() const

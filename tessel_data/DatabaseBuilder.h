@@ -39,6 +39,7 @@ public:
     void take(const DataBatch& batch) override;
     /*! Writes what is known at the end; the target is not yet finished. */
     void finish(const DataSource& source) override;
+    bool finishWhile(const DataSource& source, const std::function<bool()>& goesOn) override;
 
     /*! What is built. */
     const DatabasePlan& plan() const;

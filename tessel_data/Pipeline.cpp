@@ -170,6 +170,12 @@ bool takeAll(BatchQueue& queue, DataConsumer& consumer, qint64 size, const DataP
 
 DataConsumer::~DataConsumer() = default;
 
+bool DataConsumer::finishWhile(const DataSource& source, const std::function<bool()>&)
+{
+    finish(source);
+    return true;
+}
+
 bool runPipeline(DataSource& source, DataConsumer& consumer, const DataProgress& progress)
 {
     BatchQueue queue;
@@ -178,8 +184,8 @@ bool runPipeline(DataSource& source, DataConsumer& consumer, const DataProgress&
         if (!takeAll(queue, consumer, source.size(), progress))
             return false;
     }
-    consumer.finish(source);
-    return true;
+    const qint64 size = source.size();
+    return consumer.finishWhile(source, [&] { return !progress || progress(size, size); });
 }
 
 } // namespace tessel

@@ -15,6 +15,8 @@ public:
     virtual void take(const DataBatch& batch) = 0;
     /*! Everything was read: \a source has its counts. Not called after a cancel or an error. */
     virtual void finish(const DataSource& source) = 0;
+    /*! finish() that asks \a goesOn now and then where it takes long; false when that said no. */
+    virtual bool finishWhile(const DataSource& source, const std::function<bool()>& goesOn);
 };
 
 /*!

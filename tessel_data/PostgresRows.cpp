@@ -177,6 +177,19 @@ void PostgresRows::append(PostgresBytes& bytes, const std::vector<qint64>& numbe
     bytes.endAt(out);
 }
 
+// Most values are small.
+inline char* PostgresRows::putWhole(char* out, std::size_t column, qint64 number) const
+{
+    const int bytes = m_fields[column].bytes;
+    if (bytes == int(sizeof(qint16)) && number == qint16(number))
+        return put(put(out, qint32(bytes)), qint16(number));
+    if (bytes == int(sizeof(qint32)) && number == qint32(number))
+        return put(put(out, qint32(bytes)), qint32(number));
+    if (bytes == int(sizeof(qint64)))
+        return putSized(out, number);
+    fail(column);
+}
+
 void PostgresRows::appendRow(PostgresBytes& bytes, const DatabaseRows& rows, std::size_t row)
 {
     const DatabaseRows::Row& place = rows.row(row);
@@ -217,19 +230,6 @@ char* PostgresRows::putCell(PostgresBytes& bytes, char* out, const DatabaseRows&
     if (kind == ValueKind::Text && field.type == Type::Text)
         return putText(bytes, out, batch.textOf(cell));
     return putOther(bytes, out, rows, row, column);
-}
-
-char* PostgresRows::putWhole(char* out, std::size_t column, qint64 number) const
-{
-    const int bytes = m_fields[column].bytes;
-    if (bytes == int(sizeof(qint64)))
-        return putSized(out, number);
-    out = put(out, qint32(bytes));
-    if (bytes == int(sizeof(qint16)) && number == qint16(number))
-        return put(out, qint16(number));
-    if (bytes == int(sizeof(qint32)) && number == qint32(number))
-        return put(out, qint32(number));
-    fail(column);
 }
 
 void PostgresRows::fail(std::size_t column) const

@@ -16,6 +16,7 @@ private slots:
     void longKeys();
     void longerThanExpected_data();
     void longerThanExpected();
+    void stopped();
 };
 
 void TestDataCaseIndex::repeated_data()
@@ -111,6 +112,21 @@ void TestDataCaseIndex::longerThanExpected()
     QVERIFY2(told.size() >= 16, told.toHex().constData());
     QVERIFY2(key.startsWith(told), told.toHex().constData());
     QVERIFY(!QString::fromUtf8(told).contains(QChar::ReplacementCharacter));
+}
+
+void TestDataCaseIndex::stopped()
+{
+    for (const int mostAsked : { 0, 1, 100 }) {
+        CaseIndex index(5, 20'000);
+        for (int i = 0; i < 20'000; ++i)
+            index.add(std::to_string(i % 10'000), { i + 1, i, 0, 0 });
+        int asked = 0;
+        int found = 0;
+        const bool isWhole = index.finish(
+            [&](const CaseIndex::Group&) { ++found; }, [&] { return ++asked <= mostAsked; });
+        QCOMPARE(isWhole, mostAsked == 100);
+        QCOMPARE(found == 10'000, isWhole);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestDataCaseIndex)

@@ -49,6 +49,12 @@ struct Checked {
     CheckReport report;
 };
 
+Checked checkedAll(const QString& file)
+{
+    CSProDbSource source(file);
+    return Checked(source);
+}
+
 } // namespace
 
 class TestDataDbRows : public QObject {
@@ -68,6 +74,7 @@ private slots:
     void keyDiffers();
     void keyDiffersInText();
     void specials();
+    void emptyRow();
 
 private:
     QString database(const char* name, const QByteArray& sql) const
@@ -304,6 +311,25 @@ void TestDataDbRows::specials()
         (QStringList { "special-without-code 1 [0101] ROOMS '1.0e+53'",
             "special-without-code 2 [0102] WEIGHT '1.0e+51'" }));
     QVERIFY(isTolerated(ProblemKind::SpecialWithoutCode));
+}
+
+// A row of a deeper level has its identification in its records only; that of a case is in its key.
+void TestDataDbRows::emptyRow()
+{
+    const QString file = m_folder.filePath(QStringLiteral("e.csdb"));
+    QVERIFY(QFile::copy(QStringLiteral(TESSEL_TEST_DATA "/levels_schema3.csdb"), file));
+    const Checked whole = checkedAll(file);
+    QCOMPARE(whole.of("damaged-record"), QStringList());
+    SqliteWriter(file, SqliteWriter::Existing::Keep)
+        .run("INSERT INTO `level-2` VALUES (77, 1, 9, 8);"
+             "INSERT INTO cases VALUES ('bare', '09Z', '', '', 0, 99.0, NULL);"
+             "INSERT INTO `level-1` VALUES (77, 'bare', 9, 'Z');");
+    const Checked checked = checkedAll(file);
+    QCOMPARE(checked.of("damaged-record"),
+        QStringList { "damaged-record 1 [01A]  'a row with neither records nor rows below it: "
+                      "level-2: household=1 part='A' woman_number=8 '" });
+    QCOMPARE(checked.report.counts.lines, whole.report.counts.lines + 1);
+    QVERIFY(checked.report.addsUp);
 }
 
 QTEST_GUILESS_MAIN(TestDataDbRows)
