@@ -2,6 +2,7 @@
 #include "CheckCommand.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
+#include "ConvertCommand.h"
 #include "DiffCommand.h"
 #include "ExportCommand.h"
 #include "FieldsCommand.h"
@@ -33,6 +34,7 @@ struct Command {
 constexpr Command commands[] = {
     { "build", "make a database of data and their dictionary", runBuild },
     { "check", "check data against their dictionary", runCheck },
+    { "convert", "make files of statistics programs of data and their dictionary", runConvert },
     { "diff", "compare two dictionaries", runDiff },
     { "export", "write a dictionary as DDI, SQL, CSV, JSON or a web page", runExport },
     { "fields", "list the fields of dictionaries", runFields },

@@ -26,9 +26,10 @@ bool exists(const QByteArray& path)
 
 } // namespace
 
-BuildFile::BuildFile(const QString& path, bool mayReplace)
+BuildFile::BuildFile(const QString& path, bool mayReplace, Kind kind)
     : m_path(path)
     , m_mayReplace(mayReplace)
+    , m_kind(kind)
 {
     findPlace();
     checkPlace();
@@ -89,11 +90,13 @@ void BuildFile::checkPlace() const
     }
     if (!m_mayReplace) {
         throw DataError(DataError::Code::TargetExists, m_path,
-            QStringLiteral("is there already; name another file, or replace it with --overwrite, "
-                           "or add to it with "
-                           "--add"));
+            m_kind == Kind::Database
+                ? QStringLiteral("is there already; name another file, or replace it with "
+                                 "--overwrite, or add to it with --add")
+                : QStringLiteral("is there already; name another folder, or replace it with "
+                                 "--overwrite"));
     }
-    if (status.st_size > 0)
+    if (status.st_size > 0 && m_kind == Kind::Database)
         checkUnused();
 }
 
@@ -185,10 +188,50 @@ void BuildFile::syncFolder() const
     ::close(folder);
 }
 
-void BuildFile::publish()
+void BuildFile::sync()
 {
     if (::fsync(m_file) != 0)
         fail(errno);
+}
+
+// Swaps it with what stands in its place; false where the file system does not, or nothing does.
+bool BuildFile::exchange()
+{
+    return ::renameat2(
+               AT_FDCWD, m_temporary.constData(), AT_FDCWD, m_place.constData(), RENAME_EXCHANGE)
+        == 0;
+}
+
+void BuildFile::place()
+{
+    m_hasFormer = m_mayReplace && exchange();
+    if (!m_hasFormer)
+        rename();
+    m_isPlaced = true;
+}
+
+void BuildFile::undo() noexcept
+{
+    if (m_isPlaced && m_hasFormer)
+        exchange();
+    else if (m_isPlaced)
+        ::unlink(m_place.constData());
+    m_isPlaced = m_hasFormer = false;
+}
+
+void BuildFile::finish() noexcept
+{
+    if (m_hasFormer)
+        ::unlink(m_temporary.constData());
+    m_isPlaced = m_hasFormer = false;
+    ::close(m_file);
+    m_file = -1;
+    syncFolder();
+}
+
+void BuildFile::publish()
+{
+    sync();
     rename();
     ::close(m_file);
     m_file = -1;
@@ -199,6 +242,7 @@ void BuildFile::remove() noexcept
 {
     if (m_file < 0)
         return;
+    undo();
     ::unlink(m_temporary.constData());
     ::close(m_file);
     m_file = -1;

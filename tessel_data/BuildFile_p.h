@@ -11,8 +11,11 @@ namespace tessel {
  */
 class BuildFile {
 public:
+    // What stands at its place, if it may be replaced.
+    enum class Kind { Database, AnyFile };
+
     // mayReplace: the file at its place may be there.
-    BuildFile(const QString& path, bool mayReplace);
+    BuildFile(const QString& path, bool mayReplace, Kind kind = Kind::Database);
     // Removes what was not published.
     ~BuildFile();
 
@@ -24,8 +27,20 @@ public:
     {
         return m_temporary;
     }
+    int descriptor() const
+    {
+        return m_file;
+    }
     // Has all of it on the disk, and then in its place at once.
     void publish();
+
+    // The same in steps, for several files that belong together. What stood in its place is kept
+    // until finish(), so that undo() brings it back.
+    void sync();
+    void place();
+    void undo() noexcept;
+    void finish() noexcept;
+
     void remove() noexcept;
 
 private:
@@ -39,6 +54,7 @@ private:
     void open();
     bool isStillOurs() const;
     void rename();
+    bool exchange();
     void syncFolder() const;
     [[noreturn]] void fail(int error) const;
 
@@ -47,6 +63,9 @@ private:
     QByteArray m_folder;
     QByteArray m_temporary;
     bool m_mayReplace;
+    Kind m_kind = Kind::Database;
+    bool m_isPlaced = false;
+    bool m_hasFormer = false; // under the temporary name
     int m_file = -1;
 };
 

@@ -349,6 +349,7 @@ DataDictionary DataDictionary::fromDescription(const TStatFileDescription& descr
 {
     using Type = DataVariable::Type;
     DataDictionary result;
+    result.description = std::make_shared<TStatFileDescription>(description);
     result.hasMissingKinds = description.kind == TStatFileKind::Stata;
     result.label = description.fileLabel;
     result.name = QFileInfo(description.path).completeBaseName();

@@ -124,6 +124,8 @@ public:
     std::vector<DataRecord> records;
     std::vector<DataValueSet> valueSets;
     QVector<CSProProblem> problems;
+    /*! Of an SPSS or Stata file, whose variables are those of \c variables; else null. */
+    std::shared_ptr<const TStatFileDescription> description;
 
 private:
     friend class DictionaryResolver;

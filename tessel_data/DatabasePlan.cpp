@@ -1,5 +1,6 @@
 #include <tessel_data/DatabasePlan.h>
 
+#include <tessel_data/RecordGroups_p.h>
 #include <tessel_data/SqlNames.h>
 
 #include <QHash>
@@ -238,23 +239,12 @@ public:
     void make();
 
 private:
-    // What becomes one table of a record: the places of its variables among the record's columns.
-    struct Group {
-        QString name;
-        QString label;
-        QVector<QVector<int>> places; // by occurrence
-        QStringList columnNames; // as wanted
-    };
-
     void reserveNames();
     void nameLabels();
     void addRecord(int record);
-    Group mainGroup(int record) const;
-    QVector<Group> repeatGroups(int record) const;
-    int rootOf(int variable) const;
-    void addGroup(int record, const Group& group, bool isRepeat);
-    int countOfPart(int record, const Group& group, int first, int own) const;
-    void addPart(int record, const Group& group, int first, int count, int part);
+    void addGroup(int record, const RecordGroup& group);
+    int countOfPart(int record, const RecordGroup& group, int first, int own) const;
+    void addPart(int record, const RecordGroup& group, int first, int count, int part);
     DatabaseColumn column(const DataVariable& variable, int index, const QString& name);
     DatabaseColumn ownColumn(const QString& name, Role role, const QString& label) const;
     DatabaseColumn systemColumn(const QString& name, Type type) const;
@@ -323,75 +313,17 @@ void DatabasePlanner::nameLabels()
     }
 }
 
-// The variable whose columns an item is part of, or itself.
-int DatabasePlanner::rootOf(int variable) const
-{
-    while (m_dictionary.variables[std::size_t(variable)].isSubItem
-        && m_dictionary.variables[std::size_t(variable)].parent >= 0)
-        variable = m_dictionary.variables[std::size_t(variable)].parent;
-    return variable;
-}
-
-DatabasePlanner::Group DatabasePlanner::mainGroup(int record) const
-{
-    const DataRecord& source = m_dictionary.records[std::size_t(record)];
-    Group group;
-    group.name = source.name;
-    group.label = m_dictionary.labelText(source.label, m_languages.first());
-    group.places.append(QVector<int>());
-    for (int c = 0; c < source.columns.size(); ++c) {
-        const DataVariable& variable = m_dictionary.variable(record, c);
-        if (m_options.hasRepeatTables && c >= source.idCount && variable.occurrence > 0)
-            continue;
-        group.places.first().append(c);
-        group.columnNames.append(variable.name);
-    }
-    return group;
-}
-
-// A repeated item with its subitems, or a repeated subitem alone.
-QVector<DatabasePlanner::Group> DatabasePlanner::repeatGroups(int record) const
-{
-    const DataRecord& source = m_dictionary.records[std::size_t(record)];
-    QVector<Group> groups;
-    QHash<QString, int> known;
-    for (int c = source.idCount; c < source.columns.size(); ++c) {
-        const DataVariable& variable = m_dictionary.variable(record, c);
-        if (variable.occurrence == 0)
-            continue;
-        const DataVariable& root =
-            m_dictionary.variables[std::size_t(rootOf(source.columns.at(c)))];
-        const DataVariable& item = root.occurrence > 0 ? root : variable;
-        if (!known.contains(item.itemName)) {
-            known.insert(item.itemName, groups.size());
-            groups.append(
-                { item.itemName, m_dictionary.labelText(item.label, m_languages.first()), {}, {} });
-        }
-        Group& group = groups[known.value(item.itemName)];
-        while (group.places.size() < item.occurrence)
-            group.places.append(QVector<int>());
-        group.places[item.occurrence - 1].append(c);
-        if (item.occurrence == 1) {
-            const int prefix = variable.itemName.size() + 2; // "_1"
-            group.columnNames.append(variable.itemName + variable.name.mid(prefix));
-        }
-    }
-    return groups;
-}
-
 void DatabasePlanner::addRecord(int record)
 {
-    addGroup(record, mainGroup(record), false);
-    if (!m_options.hasRepeatTables)
-        return;
-    const QVector<Group> groups = repeatGroups(record);
-    for (const Group& group : groups)
-        addGroup(record, group, true);
+    const QVector<RecordGroup> groups =
+        recordGroups(m_dictionary, record, m_options.hasRepeatTables, m_languages.first());
+    for (const RecordGroup& group : groups)
+        addGroup(record, group);
 }
 
-void DatabasePlanner::addGroup(int record, const Group& group, bool isRepeat)
+void DatabasePlanner::addGroup(int record, const RecordGroup& group)
 {
-    const int own = (m_plan.hasCases ? 2 : 1) + (isRepeat ? 1 : 0);
+    const int own = (m_plan.hasCases ? 2 : 1) + (group.isRepeat ? 1 : 0);
     const int count = group.places.first().size();
     int part = 0;
     for (int first = 0; part == 0 || first < count;) {
@@ -407,7 +339,7 @@ void DatabasePlanner::addGroup(int record, const Group& group, bool isRepeat)
 }
 
 // The columns from first on that one table takes, also when all of them are filled.
-int DatabasePlanner::countOfPart(int record, const Group& group, int first, int own) const
+int DatabasePlanner::countOfPart(int record, const RecordGroup& group, int first, int own) const
 {
     const QVector<int>& places = group.places.first();
     const int end = std::min(places.size(), first + mostSqlColumns(m_options.dialect) - own);
@@ -422,19 +354,16 @@ int DatabasePlanner::countOfPart(int record, const Group& group, int first, int 
     return end - first;
 }
 
-void DatabasePlanner::addPart(int record, const Group& group, int first, int count, int part)
+void DatabasePlanner::addPart(int record, const RecordGroup& group, int first, int count, int part)
 {
     const QString wanted =
         part == 1 ? group.name : QStringLiteral("%1_%2").arg(group.name).arg(part);
-    const bool isRepeat = m_options.hasRepeatTables && !group.places.first().isEmpty()
-        && group.places.first().first() >= m_dictionary.records[std::size_t(record)].idCount
-        && m_dictionary.variable(record, group.places.first().first()).occurrence > 0;
     DatabaseTable table;
-    table.name = part == 1 && !isRepeat
+    table.name = part == 1 && !group.isRepeat
         ? m_recordNames.at(record)
         : m_names.take(wanted, { SqlThing::Kind::Table, wanted, QString() });
     table.label = group.label;
-    table.kind = isRepeat ? Kind::Repeat : Kind::Record;
+    table.kind = group.isRepeat ? Kind::Repeat : Kind::Record;
     table.record = record;
     QVector<DatabaseColumn>& columns = table.columns;
     if (m_plan.hasCases)
@@ -443,7 +372,7 @@ void DatabasePlanner::addPart(int record, const Group& group, int first, int cou
     columns.append(ownColumn(QStringLiteral("row"), Role::Row,
         m_plan.hasCases ? QStringLiteral("Number of the row within its case")
                         : QStringLiteral("Number of the row in its file")));
-    if (isRepeat)
+    if (group.isRepeat)
         columns.append(ownColumn(QStringLiteral("occurrence"), Role::Occurrence,
             QStringLiteral("Number of the occurrence, from 1")));
     const int own = columns.size();

@@ -50,6 +50,21 @@ public:
     {
         return m_labelRows.value(record);
     }
+    // The items behind the columns of those rows, after case and number.
+    QVector<const TCSProItem*> itemsOf(const QString& record) const
+    {
+        QVector<const TCSProItem*> ids;
+        QVector<const TCSProItem*> own;
+        for (const TCSProItem* item : qAsConst(*m_reader.items)) {
+            const bool isOwn = item->record && item->record->name == record;
+            const bool isId = !m_reader.records->contains(item->record);
+            if (isOwn)
+                own.append(item);
+            else if (isId && item->detail().level <= std::max(1, levelOf(record)))
+                ids.append(item);
+        }
+        return ids + own;
+    }
     int rejected = 0;
 
     // Label of a value, or the value where its first set has none.
@@ -105,6 +120,14 @@ private:
         const QStringList place { QString::number(m_case), QString::number(row) };
         m_rows[record->name].append(place + ids + own);
         m_labelRows[record->name].append(place + idLabels + labels);
+    }
+    int levelOf(const QString& name) const
+    {
+        for (const TCSProRecord* record : qAsConst(*m_reader.records)) {
+            if (record->name == name)
+                return record->level;
+        }
+        return 1;
     }
     const TCSProRecord* recordOf(const QString& line) const
     {

@@ -1,6 +1,6 @@
 // What "tessel check" and "tessel build" are made of.
 #include "building/BuildRun.h"
-#include "building/Interruption.h"
+#include "process/Interruption.h"
 #include "checking/ProblemFile.h"
 
 #include <QDir>

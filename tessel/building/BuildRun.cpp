@@ -4,7 +4,7 @@
 #include "building/BuildTexts.h"
 #include "building/DictionaryChange.h"
 #include "building/FirstBuild.h"
-#include "building/Interruption.h"
+#include "process/Interruption.h"
 #include "process/Console.h"
 #include "process/Output.h"
 #include "process/Progress.h"

@@ -1,4 +1,4 @@
-#include "building/Interruption.h"
+#include "process/Interruption.h"
 
 #include <csignal>
 

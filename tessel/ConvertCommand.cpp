@@ -1,0 +1,217 @@
+#include "ConvertCommand.h"
+
+#include "CommandLine.h"
+#include "InputOptions.h"
+#include "SelectionOptions.h"
+#include "SpreadsheetOption.h"
+
+#include "checking/ProblemFile.h"
+#include "converting/ConvertRun.h"
+#include "process/Console.h"
+#include "process/FileNames.h"
+#include "process/Output.h"
+
+#include <QCommandLineParser>
+
+using tessel::ConversionFormat;
+
+namespace {
+
+QCommandLineOption toOption()
+{
+    return { QStringLiteral("to"), QStringLiteral("What is made: files of Stata or of SPSS."),
+        QStringLiteral("stata|spss") };
+}
+
+QCommandLineOption folderOption()
+{
+    return { { QStringLiteral("o"), QStringLiteral("output") },
+        QStringLiteral("Folder that the files go to; it is made when it is missing."),
+        QStringLiteral("folder") };
+}
+
+QCommandLineOption overwriteOption()
+{
+    return { QStringLiteral("overwrite"),
+        QStringLiteral("Replace files of the same names, once all new ones are whole.") };
+}
+
+QCommandLineOption planOption()
+{
+    return { QStringLiteral("plan"),
+        QStringLiteral("Print the files, variables and labels, and all that changes; make "
+                       "nothing.") };
+}
+
+QCommandLineOption strictOption()
+{
+    return { QStringLiteral("strict"),
+        QStringLiteral("Make nothing when anything is renamed, cut, rounded or left out.") };
+}
+
+QCommandLineOption repeatsOption()
+{
+    return { QStringLiteral("repeats"),
+        QStringLiteral("Repeated items as columns, or in files of their own."),
+        QStringLiteral("columns|tables") };
+}
+
+QCommandLineOption mergeOption()
+{
+    return { QStringLiteral("merge"),
+        QStringLiteral("Put the variables of records that a case has once on each row of the "
+                       "others.") };
+}
+
+QCommandLineOption missingOption()
+{
+    return { QStringLiteral("missing"),
+        QStringLiteral("Stata: missing codes become .a, .b and so on, or stay codes."),
+        QStringLiteral("kind|code") };
+}
+
+QCommandLineOption dictionaryOption()
+{
+    return { QStringLiteral("dictionary"),
+        QStringLiteral("Read a CSPro DB with this dictionary instead of its own."),
+        QStringLiteral("file") };
+}
+
+QCommandLineOption problemsOption()
+{
+    return { QStringLiteral("problems"),
+        QStringLiteral("Write all problems of the data to a file, as CSV or JSON by its name."),
+        QStringLiteral("file.csv|file.json") };
+}
+
+void describe(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(
+        QStringLiteral("Converts data and their dictionary into files of statistics programs, one\n"
+                       "for each record: CSPro text data (- is standard input), a CSPro DB, or an\n"
+                       "SPSS or Stata file.\n\n"
+                       "What the format cannot hold as it is, is told. All files are whole or not\n"
+                       "there.\n"
+                       "Exit status: 0 the files are made, 1 they are not, 2 wrong usage."));
+    parser.addOptions({ toOption(), folderOption(), overwriteOption(), planOption(), strictOption(),
+        repeatsOption(), mergeOption(), missingOption(), problemsOption(), spreadsheetOption(),
+        dictionaryOption() });
+    parser.addOptions(dictionaryTextOptions());
+    parser.addOption(dataEncodingOption());
+    parser.addOptions(selectionOptions());
+    parser.addPositionalArgument(QStringLiteral("source"),
+        QStringLiteral("CSPro dictionary (.dcf) and text files that it describes; or one file of "
+                       ".csdb, .sav, .zsav or .dta."),
+        QStringLiteral("SOURCE..."));
+}
+
+QString valueOf(const QCommandLineParser& parser, const QCommandLineOption& option)
+{
+    return parser.value(option.names().constLast());
+}
+
+bool isSet(const QCommandLineParser& parser, const QCommandLineOption& option)
+{
+    return parser.isSet(option.names().constLast());
+}
+
+QString readInput(const QCommandLineParser& parser, DataInput& input)
+{
+    input.data = FileNames::paths(parser.positionalArguments());
+    if (input.data.isEmpty())
+        return QStringLiteral("no file given");
+    input.first = input.data.takeFirst();
+    input.dictionary = FileNames::path(valueOf(parser, dictionaryOption()));
+    if (isSet(parser, dictionaryOption()) && input.dictionary.isEmpty())
+        return QStringLiteral("--dictionary needs the name of a file");
+    QString mistake = readDictionaryTextOptions(parser, input.reading);
+    if (mistake.isNull())
+        mistake = readDataEncoding(parser, input.dataEncoding);
+    return mistake.isNull() ? checkDataInput(input) : mistake;
+}
+
+QString readFormat(const QCommandLineParser& parser, ConversionFormat& format)
+{
+    const QString name = valueOf(parser, toOption());
+    if (name == QLatin1String("stata"))
+        format = ConversionFormat::Stata;
+    else if (name == QLatin1String("spss"))
+        format = ConversionFormat::Spss;
+    else
+        return isSet(parser, toOption())
+            ? QStringLiteral("--to takes stata or spss, not '%1'").arg(name)
+            : QStringLiteral("--to says what is made: stata or spss");
+    return QString();
+}
+
+// Null when one of two words is given or none, which is the first.
+QString readChoice(const QCommandLineParser& parser, const QCommandLineOption& option,
+    const QString& first, const QString& second, bool& isSecond)
+{
+    const QString value = isSet(parser, option) ? valueOf(parser, option) : first;
+    isSecond = value == second;
+    return isSecond || value == first ? QString()
+                                      : QStringLiteral("--%1 takes %2 or %3, not '%4'")
+                                            .arg(option.names().constLast(), first, second, value);
+}
+
+QString readShape(const QCommandLineParser& parser, ConvertSettings& settings)
+{
+    QString mistake = readFormat(parser, settings.options.format);
+    if (mistake.isNull()) {
+        mistake = readChoice(parser, repeatsOption(), QStringLiteral("columns"),
+            QStringLiteral("tables"), settings.options.hasRepeatTables);
+    }
+    if (mistake.isNull()) {
+        mistake = readChoice(parser, missingOption(), QStringLiteral("kind"),
+            QStringLiteral("code"), settings.options.keepsMissingCodes);
+    }
+    if (!mistake.isNull())
+        return mistake;
+    if (isSet(parser, missingOption()) && settings.options.format != ConversionFormat::Stata)
+        return QStringLiteral("--missing is for --to stata");
+    settings.options.isMerged = isSet(parser, mergeOption());
+    settings.isStrict = isSet(parser, strictOption());
+    settings.replacesFiles = isSet(parser, overwriteOption());
+    return QString();
+}
+
+QString readTargets(const QCommandLineParser& parser, ConvertSettings& settings)
+{
+    const QStringList inputs =
+        settings.input.data + QStringList { settings.input.first, settings.input.dictionary };
+    settings.folder = FileNames::path(valueOf(parser, folderOption()));
+    if (settings.folder.isEmpty() && !isSet(parser, planOption()))
+        return QStringLiteral("--output needs the name of a folder");
+    settings.problems = FileNames::path(valueOf(parser, problemsOption()));
+    if (isSet(parser, problemsOption()) && !ProblemFile::isName(settings.problems)) {
+        return QStringLiteral("--problems takes a name that ends in .csv or .json, not '%1'")
+            .arg(settings.problems);
+    }
+    const QString mistake =
+        Output::checkPath(QStringLiteral("--problems"), settings.problems, inputs);
+    return mistake.isNull() ? readSpreadsheetOption(parser, "--problems FILE.csv",
+               ProblemFile::isCsvName(settings.problems), settings.forSpreadsheet)
+                            : mistake;
+}
+
+QString readSettings(const QCommandLineParser& parser, ConvertSettings& settings)
+{
+    QString mistake = readInput(parser, settings.input);
+    if (mistake.isNull())
+        mistake = readShape(parser, settings);
+    if (mistake.isNull())
+        mistake = readTargets(parser, settings);
+    return mistake.isNull() ? readSelectionOptions(parser, settings.selected) : mistake;
+}
+
+} // namespace
+
+int runConvert(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    ConvertSettings settings;
+    if (const auto status = readCommandLine(arguments, parser, describe, readSettings, settings))
+        return *status;
+    return isSet(parser, planOption()) ? printConversionPlan(settings) : convert(settings);
+}

@@ -1,0 +1,136 @@
+#include "converting/ConvertRun.h"
+
+#include "checking/ProblemFile.h"
+#include "converting/ConvertTexts.h"
+#include "process/Console.h"
+#include "process/Interruption.h"
+#include "process/Progress.h"
+#include "reading/ReadInput.h"
+
+#include <tessel_data/Checker.h>
+#include <tessel_data/Converter.h>
+#include <tessel_data/DataError.h>
+#include <tessel_data/StatTarget.h>
+
+#include <optional>
+
+using namespace tessel;
+
+namespace {
+
+std::unique_ptr<ConversionTarget> targetOf(const ConvertSettings& settings)
+{
+    return std::make_unique<StatTarget>(
+        settings.folder, settings.options.format, settings.replacesFiles);
+}
+
+// The part of the data that the settings want. Null, with the status that the command ends with,
+// when that fails.
+std::unique_ptr<DataSource> openSource(ConvertSettings& settings, int& status)
+{
+    status = InputFailed;
+    OpenedData data = openData(settings.input);
+    if (!data.source)
+        return nullptr;
+    QString mistake;
+    settings.selected.selection.needsWholeItems = settings.options.hasRepeatTables;
+    auto source = selectedData(std::move(data.source), settings.selected, mistake);
+    if (!source) {
+        status = Console::wrongUsage(mistake);
+        return nullptr;
+    }
+    settings.options.hasCases = source->hasCases();
+    return source;
+}
+
+// All problems of the data, as a check finds them.
+class ProblemList {
+public:
+    ProblemList(const DataSource& source, const ConvertSettings& settings)
+    {
+        if (settings.problems.isEmpty())
+            return;
+        m_file.emplace(settings.problems, settings.forSpreadsheet);
+        CheckOptions options;
+        options.onProblem = [this, &source](const DataProblem& problem) {
+            m_file->add({ problem, source.dictionary(), source.files() });
+        };
+        m_checker.emplace(source.dictionary(), options);
+    }
+
+    DataConsumer* consumer()
+    {
+        return m_checker ? &*m_checker : nullptr;
+    }
+    bool finish()
+    {
+        return !m_file || m_file->finish();
+    }
+
+private:
+    std::optional<ProblemFile> m_file;
+    std::optional<Checker> m_checker;
+};
+
+bool fill(DataSource& source, const ConvertSettings& settings, const ConversionPlan& plan,
+    ConversionReport& report)
+{
+    ProblemList problems(source, settings);
+    const std::unique_ptr<ConversionTarget> target = targetOf(settings);
+    const Interruption interruption;
+    Progress progress(settings.folder, source.countsRows() ? WorkUnit::Rows : WorkUnit::Bytes);
+    ConversionRun run;
+    run.isStrict = settings.isStrict;
+    run.beside = problems.consumer();
+    run.progress = [&](qint64 done, qint64 size) {
+        progress.show(done, size);
+        return !Interruption::isWanted();
+    };
+    try {
+        if (!convertData(source, *target, plan, report, run)) {
+            return failInput(
+                settings.folder, 0, QStringLiteral("nothing is made: the conversion was stopped"));
+        }
+    } catch (const DataError& error) {
+        if (settings.isStrict && report.hasLosses())
+            tellReport(plan, report, Console::Severity::Error);
+        problems.finish();
+        return failInput(error.file, error.text, error.items);
+    }
+    return problems.finish();
+}
+
+} // namespace
+
+int convert(ConvertSettings settings)
+{
+    int status = InputFailed;
+    const std::unique_ptr<DataSource> source = openSource(settings, status);
+    if (!source)
+        return status;
+    const ConversionPlan plan(source->dictionary(), settings.options);
+    tellPlan(plan, settings.isStrict ? Console::Severity::Error : Console::Severity::Note);
+    if (settings.isStrict && plan.hasLosses()) {
+        failInput(settings.folder, 0,
+            QStringLiteral("nothing is made, as --strict wants nothing changed; --plan tells what "
+                           "would be"));
+        return InputFailed;
+    }
+    ConversionReport report;
+    if (!fill(*source, settings, plan, report))
+        return InputFailed;
+    tellAssumptions(settings.input, report.files);
+    tellReport(plan, report, Console::Severity::Warning);
+    return Console::show(conversionSummary(*source, settings, plan, report));
+}
+
+int printConversionPlan(ConvertSettings settings)
+{
+    int status = AllRead;
+    const std::unique_ptr<DataSource> source = openSource(settings, status);
+    if (!source)
+        return status;
+    const ConversionPlan plan(source->dictionary(), settings.options);
+    Console::show(conversionPlanText(plan));
+    return settings.isStrict && plan.hasLosses() ? InputFailed : AllRead;
+}

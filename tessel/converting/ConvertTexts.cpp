@@ -1,0 +1,337 @@
+#include "converting/ConvertTexts.h"
+
+#include "text/ShownText.h"
+
+#include <QMap>
+
+using namespace tessel;
+
+namespace {
+
+using Kind = ConversionNote::Kind;
+using Reason = ConversionNote::Reason;
+using Type = ConversionColumn::Type;
+
+StatProgram programOf(ConversionFormat format)
+{
+    return format == ConversionFormat::Spss ? StatProgram::Spss : StatProgram::Stata;
+}
+
+QString typeText(const ConversionColumn& column, ConversionFormat format)
+{
+    if (format == ConversionFormat::Spss)
+        return column.isText() ? QStringLiteral("A%1").arg(column.width) : column.format;
+    switch (column.type) {
+    case Type::Byte:
+        return QStringLiteral("byte");
+    case Type::Int:
+        return QStringLiteral("int");
+    case Type::Long:
+        return QStringLiteral("long");
+    case Type::Float:
+        return QStringLiteral("float");
+    case Type::Double:
+        return QStringLiteral("double");
+    case Type::Text:
+        return QStringLiteral("str");
+    case Type::LongText:
+        break;
+    }
+    return QStringLiteral("strL");
+}
+
+QString missingText(const ConversionColumn& column)
+{
+    QStringList texts;
+    for (const ConversionMissing& missing : column.missing) {
+        const QString code = column.isText() ? missing.text
+            : missing.low == missing.high
+            ? realText(missing.low)
+            : realText(missing.low) + QLatin1Char(':') + realText(missing.high);
+        texts.append(missing.tag == '\0'
+                ? code
+                : QStringLiteral("%1 is .%2").arg(code, QString(QLatin1Char(missing.tag))));
+    }
+    return texts.join(QLatin1String(", "));
+}
+
+QString columnLine(const ConversionPlan& plan, const ConversionColumn& column)
+{
+    QString line = QStringLiteral("  %1 %2").arg(column.name, typeText(column, plan.format));
+    if (plan.format == ConversionFormat::Stata && !column.format.isEmpty())
+        line += QLatin1Char(' ') + column.format;
+    if (!column.label.isEmpty())
+        line += QLatin1String("  ") + column.label;
+    if (column.labelSet >= 0) {
+        const ConversionLabelSet& set = plan.labelSets[std::size_t(column.labelSet)];
+        line += QStringLiteral(" (%1: %2)")
+                    .arg(plural(qint64(set.labels.size()), QStringLiteral("label")), set.name);
+    }
+    if (!column.missing.empty())
+        line += QStringLiteral(" (missing: %1)").arg(missingText(column));
+    return printable(line) + QLatin1Char('\n');
+}
+
+QString reasonText(Reason reason)
+{
+    switch (reason) {
+    case Reason::TooLong:
+        return QStringLiteral("it is too long");
+    case Reason::NotAllowed:
+        return QStringLiteral("it has characters that are not allowed");
+    case Reason::TextCodes:
+        return QStringLiteral("they are texts");
+    case Reason::DecimalCodes:
+        return QStringLiteral("they have decimals");
+    case Reason::LargeCodes:
+        return QStringLiteral("they are too large");
+    case Reason::RangeCodes:
+        return QStringLiteral("they are ranges");
+    case Reason::BlankCode:
+        return QStringLiteral("blanks are missing values");
+    case Reason::TooMany:
+        return QStringLiteral("there are too many");
+    case Reason::None:
+        break;
+    }
+    return QString();
+}
+
+QString quoted(const QString& text)
+{
+    return QLatin1Char('"') + shortened(text) + QLatin1Char('"');
+}
+
+// What a note says of its variable or file.
+QString noteSentence(const ConversionNote& note, ConversionFormat format)
+{
+    const QString codes = plural(note.count, QStringLiteral("code"));
+    const QString reason =
+        note.reason == Reason::None ? QString() : QLatin1String(": ") + reasonText(note.reason);
+    switch (note.kind) {
+    case Kind::FileRenamed:
+        return QStringLiteral("the file of record %1 is called so").arg(note.text) + reason;
+    case Kind::VariableRenamed:
+        return QStringLiteral("was %1: %2")
+            .arg(note.text, tessel::reasonText(note.nameReasons, programOf(format)));
+    case Kind::LabelSetRenamed:
+        return QStringLiteral("value labels %1 are called %2: %3")
+            .arg(note.text, note.newText, tessel::reasonText(note.nameReasons, programOf(format)));
+    case Kind::FileLabelCut:
+    case Kind::VariableLabelCut:
+        return QStringLiteral("label %1 becomes %2").arg(quoted(note.text), quoted(note.newText))
+            + reason;
+    case Kind::ValueLabelCut:
+        return QStringLiteral("value label %1 becomes %2")
+                   .arg(quoted(note.text), quoted(note.newText))
+            + reason;
+    case Kind::ValuesUnlabelled:
+        return QStringLiteral("%1 of %2 without label").arg(codes, note.text) + reason;
+    case Kind::FurtherValueSet:
+        return QStringLiteral("value set %1 is left out: only the first one of a variable is "
+                              "written")
+            .arg(note.text);
+    case Kind::MissingNotHeld:
+        return QStringLiteral("%1 of %2 not marked as missing").arg(codes, note.text) + reason;
+    case Kind::MissingMerged:
+        return QStringLiteral("all of %1 become %2").arg(note.text, note.newText);
+    case Kind::PrecisionAtRisk:
+        return QStringLiteral("numbers of %1 digits may be rounded").arg(note.count);
+    case Kind::TextAtRisk:
+        return QStringLiteral("longer texts are cut");
+    case Kind::NotesNotHeld:
+        return QStringLiteral("%1 left out").arg(plural(note.count, QStringLiteral("note")));
+    case Kind::NoVariables:
+        return QStringLiteral("record %1 has no variables, and no file").arg(note.text);
+    case Kind::MissingRecoded:
+        return QStringLiteral("%1 becomes %2").arg(note.text, note.newText);
+    case Kind::UnitChanged:
+        return QStringLiteral("%1 becomes %2, counted anew").arg(note.text, note.newText);
+    case Kind::FormatNotHeld:
+        return QStringLiteral("shown as %2 in place of %1").arg(note.text, note.newText);
+    case Kind::DisplayNotHeld:
+        return QStringLiteral("measures, widths and alignments of %1 left out")
+            .arg(plural(note.count, QStringLiteral("variable")));
+    case Kind::MergedOnce:
+        return QStringLiteral("variables of %1 that a case has once stand on each row")
+            .arg(plural(note.count, QStringLiteral("record")));
+    }
+    return QString();
+}
+
+QString noteLine(const ConversionNote& note, ConversionFormat format)
+{
+    QString line = note.isLoss() ? QStringLiteral("changed: ") : QStringLiteral("note: ");
+    if (!note.file.isEmpty())
+        line += note.file + QLatin1Char(' ');
+    if (!note.variable.isEmpty())
+        line += note.variable + QLatin1Char(' ');
+    return printable(line + noteSentence(note, format)) + QLatin1Char('\n');
+}
+
+// What a number of notes of one kind say together.
+QString kindText(Kind kind, qint64 count)
+{
+    const auto counted = [count](const char* one, const char* several) {
+        return QStringLiteral("%1 %2").arg(
+            grouped(count), count == 1 ? QLatin1String(one) : QLatin1String(several));
+    };
+    switch (kind) {
+    case Kind::FileRenamed:
+        return counted("file is renamed", "files are renamed");
+    case Kind::VariableRenamed:
+        return counted("variable is renamed", "variables are renamed");
+    case Kind::LabelSetRenamed:
+        return counted("set of value labels is renamed", "sets of value labels are renamed");
+    case Kind::FileLabelCut:
+        return counted("label of a file is cut", "labels of files are cut");
+    case Kind::VariableLabelCut:
+        return counted("label of a variable is cut", "labels of variables are cut");
+    case Kind::ValueLabelCut:
+        return counted("value label is cut", "value labels are cut");
+    case Kind::ValuesUnlabelled:
+        return counted("value set loses labels", "value sets lose labels");
+    case Kind::FurtherValueSet:
+        return counted("further value set is left out", "further value sets are left out");
+    case Kind::MissingNotHeld:
+        return counted("variable has codes that are no longer missing",
+            "variables have codes that are no longer missing");
+    case Kind::MissingMerged:
+        return counted("range of missing codes becomes one kind",
+            "ranges of missing codes become one kind each");
+    case Kind::PrecisionAtRisk:
+        return counted("variable may be rounded", "variables may be rounded");
+    case Kind::TextAtRisk:
+        return counted("variable may have cut texts", "variables may have cut texts");
+    case Kind::NotesNotHeld:
+        return counted("variable loses notes", "variables lose notes");
+    case Kind::NoVariables:
+        return counted(
+            "record without variables is left out", "records without variables are left out");
+    case Kind::MissingRecoded:
+        return counted("missing code is recoded", "missing codes are recoded");
+    case Kind::UnitChanged:
+        return counted("variable with dates is counted anew",
+            "variables with dates are counted "
+            "anew");
+    case Kind::FormatNotHeld:
+        return counted("variable is shown otherwise", "variables are shown otherwise");
+    case Kind::DisplayNotHeld:
+        return counted("file loses measures and widths", "files lose measures and widths");
+    case Kind::MergedOnce:
+        return counted("file has merged variables", "files have merged variables");
+    }
+    return QString();
+}
+
+struct Fault {
+    qint64 ConversionCounts::*count;
+    const char* text;
+};
+
+constexpr Fault faults[] = {
+    { &ConversionCounts::notNumbers, "that are no numbers became missing" },
+    { &ConversionCounts::roundedNumbers, "were rounded, as they have more digits than fit" },
+    { &ConversionCounts::unheldNumbers, "that are too large became missing" },
+    { &ConversionCounts::cutTexts, "were cut, as they are too long" },
+    { &ConversionCounts::nullCharacters, "hold a null character, which is written as U+2400" },
+};
+
+} // namespace
+
+QString conversionPlanText(const ConversionPlan& plan)
+{
+    QString text;
+    for (const ConversionFile& file : plan.files) {
+        QString line = QStringLiteral("file %1").arg(file.name);
+        if (!file.label.isEmpty())
+            line += QLatin1String("  ") + file.label;
+        text += printable(line) + QLatin1Char('\n');
+        for (const ConversionColumn& column : file.columns)
+            text += columnLine(plan, column);
+    }
+    for (const ConversionNote& note : plan.notes)
+        text += noteLine(note, plan.format);
+    return text;
+}
+
+void tellPlan(const ConversionPlan& plan, Console::Severity severity)
+{
+    QMap<Kind, qint64> counts;
+    for (const ConversionNote& note : plan.notes)
+        ++counts[note.kind];
+    for (auto kind = counts.constBegin(); kind != counts.constEnd(); ++kind) {
+        ConversionNote example;
+        example.kind = kind.key();
+        Console::tell(QStringLiteral("plan"), 0,
+            example.isLoss() ? severity : Console::Severity::Note,
+            kindText(kind.key(), *kind) + QStringLiteral("; --plan lists all"));
+    }
+}
+
+void tellReport(
+    const ConversionPlan& plan, const ConversionReport& report, Console::Severity severity)
+{
+    for (std::size_t f = 0; f < report.counts.size(); ++f) {
+        const ConversionFile& file = plan.files[f];
+        for (std::size_t c = 0; c < report.counts[f].size(); ++c) {
+            for (const Fault& fault : faults) {
+                const qint64 count = report.counts[f][c].*fault.count;
+                if (count == 0)
+                    continue;
+                Console::tell(file.name, 0, severity,
+                    QStringLiteral("%1: %2 %3")
+                        .arg(file.columns.at(int(c)).name, plural(count, QStringLiteral("value")),
+                            QLatin1String(fault.text)),
+                    QLatin1String(fault.text));
+            }
+        }
+    }
+    if (report.rejects > 0) {
+        Console::tell(QStringLiteral("data"), 0, severity,
+            QStringLiteral("%1 no place in any file; --problems lists them")
+                .arg(plural(
+                    report.rejects, QStringLiteral("line has"), QStringLiteral("lines have"))));
+    }
+    if (report.surplusRecords > 0) {
+        Console::tell(QStringLiteral("data"), 0, severity,
+            QStringLiteral("%1 in a case that has one already and not merged")
+                .arg(plural(report.surplusRecords, QStringLiteral("record is"),
+                    QStringLiteral("records are"))));
+    }
+}
+
+QString conversionSummary(const DataSource& source, const ConvertSettings& settings,
+    const ConversionPlan& plan, const ConversionReport& report)
+{
+    const SourceCounts& read = report.read;
+    QString text = printable(settings.folder) + QLatin1String(" is made.\n");
+    for (std::size_t f = 0; f < plan.files.size(); ++f) {
+        int widened = 0;
+        for (const ConversionCounts& counts : report.counts[f])
+            widened += counts.isWidened ? 1 : 0;
+        text += QStringLiteral("  %1: %2 rows, %3")
+                    .arg(printable(plan.files[f].name), QString::number(report.rows[f]),
+                        plural(plan.files[f].columns.size(), QStringLiteral("variable")));
+        if (widened > 0)
+            text += QStringLiteral(", %1 of a wider type than planned").arg(widened);
+        text += QLatin1Char('\n');
+    }
+    text += QStringLiteral("%1 %2 read = %3 rows + %4 rejects + %5 deleted + %6 blank%7\n")
+                .arg(QString::number(read.lines),
+                    source.countsRows() && !source.hasCases() ? QStringLiteral("rows")
+                                                              : QStringLiteral("lines"),
+                    QString::number(read.records), QString::number(report.rejects),
+                    QString::number(read.deletedLines), QString::number(read.blankLines),
+                    read.leftOutLines > 0 ? QStringLiteral(" + %1 left out").arg(read.leftOutLines)
+                                          : QString());
+    if (source.hasCases()) {
+        text +=
+            QStringLiteral("%1 cases read = %2 cases + %3 deleted%4\n")
+                .arg(QString::number(read.casesRead), QString::number(read.cases),
+                    QString::number(read.deletedCases),
+                    read.leftOutCases > 0 ? QStringLiteral(" + %1 left out").arg(read.leftOutCases)
+                                          : QString());
+    }
+    return text;
+}

@@ -1,0 +1,387 @@
+#include <tessel_data/ConversionCodes_p.h>
+
+#include <tessel_data/DatabaseTarget.h>
+
+#include <model_Tessel/StatDictionary.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessel {
+
+namespace {
+
+using Kind = ConversionNote::Kind;
+using Reason = ConversionNote::Reason;
+
+constexpr int MostKinds = 26; // of missing values in Stata
+constexpr std::size_t MostMissing = 3; // codes of a variable in SPSS
+constexpr int LongestMissingText = 8;
+constexpr double LowestLabelled = -2147483647; // of Stata, as of its long integers
+constexpr double HighestLabelled = 2147483620;
+
+// Behind the largest value of each type of Stata, whose own missing values stand there.
+constexpr double FirstOfByte = 102;
+constexpr double FirstOfInt = 32742;
+constexpr double FirstOfLong = 2147483622;
+
+bool isMissing(Special special)
+{
+    return special == Special::Missing || special == Special::NotApplicable
+        || special == Special::Refused;
+}
+
+bool isWhole(double number)
+{
+    return std::floor(number) == number;
+}
+
+double missingBaseOf(readstat_type_t type)
+{
+    if (type == READSTAT_TYPE_INT8)
+        return FirstOfByte;
+    return type == READSTAT_TYPE_INT16 ? FirstOfInt : FirstOfLong;
+}
+
+QString rangeText(double low, double high)
+{
+    return low == high ? realText(low) : realText(low) + QLatin1Char(':') + realText(high);
+}
+
+QString kindText(char tag)
+{
+    return QStringLiteral(".%1").arg(QLatin1Char(tag));
+}
+
+} // namespace
+
+ConversionCodes::ConversionCodes(
+    const DataDictionary& dictionary, const ConversionOptions& options, ConversionPlan& plan)
+    : m_dictionary(dictionary)
+    , m_options(options)
+    , m_plan(plan)
+    , m_setNames(limitsOf(options.format).program)
+{
+}
+
+ConversionNote& ConversionCodes::tell(
+    Kind kind, const ConversionColumn& column, const QString& text, Reason reason)
+{
+    ConversionNote note;
+    note.kind = kind;
+    note.reason = reason;
+    note.file = m_file;
+    note.variable = column.name;
+    note.text = text;
+    m_plan.notes.push_back(note);
+    return m_plan.notes.back();
+}
+
+void ConversionCodes::addLabelled(Codes& codes, const ConversionColumn& column, int set) const
+{
+    const DataVariable& variable = m_dictionary.variables[std::size_t(column.variable)];
+    const DataValueSet& source = m_dictionary.valueSets[std::size_t(set)];
+    const CodeTable table = m_dictionary.codesOf(set, variable);
+    const auto codeOf = [&](int entry, Special special) {
+        Code code;
+        code.entry = entry;
+        code.special = special;
+        code.label = m_dictionary.labelText(source.codes.at(entry).label);
+        return code;
+    };
+    const auto addNumber = [&](double low, double high, int entry, Special special) {
+        Code code = codeOf(entry, special);
+        code.low = converted(low, column.unit);
+        code.high = converted(high, column.unit);
+        code.text = rangeText(code.low, code.high);
+        codes.labelled.push_back(code);
+    };
+    for (const auto& segment : table.numbers()) {
+        addNumber(nearestDouble(segment.low, column.decimals),
+            nearestDouble(segment.high, column.decimals), segment.entry, segment.special);
+    }
+    for (const auto& segment : table.reals())
+        addNumber(segment.low, segment.high, segment.entry, segment.special);
+    for (const auto& [text, match] : table.texts()) {
+        codes.labelled.push_back(codeOf(match.entry, match.special));
+        codes.labelled.back().text = QString::fromUtf8(text.data(), int(text.size()));
+    }
+    for (int entry = 0; m_dictionary.hasMissingKinds && entry < source.codes.size(); ++entry) {
+        if (source.codes.at(entry).special != Special::Missing)
+            continue;
+        codes.labelled.push_back(codeOf(entry, Special::None));
+        codes.labelled.back().text = source.codes.at(entry).code;
+        codes.labelled.back().tag = source.codes.at(entry).code.at(1).toLatin1();
+    }
+    std::stable_sort(codes.labelled.begin(), codes.labelled.end(),
+        [](const Code& first, const Code& second) { return first.entry < second.entry; });
+    if (table.blank().isCode)
+        codes.blankLabel = codeOf(table.blank().entry, Special::None).label;
+}
+
+// An SPSS file tells them apart from its labels.
+void ConversionCodes::addMissing(Codes& codes, const ConversionColumn& column) const
+{
+    const bool isDescribed = m_dictionary.description != nullptr;
+    for (const Code& code : codes.labelled) {
+        if (!isDescribed && isMissing(code.special))
+            codes.missing.push_back(code);
+    }
+    if (!isDescribed)
+        return;
+    for (const TStatMissingRange& range :
+        m_dictionary.description->variables.at(column.variable).missingRanges) {
+        Code missing;
+        missing.low = converted(range.low.number, column.unit);
+        missing.high = converted(range.high.number, column.unit);
+        missing.text = codes.isText ? range.low.text : rangeText(missing.low, missing.high);
+        const bool isSplit = isStata() && missing.low < missing.high;
+        for (const Code& code : codes.labelled) {
+            if (isSplit && code.tag == '\0' && code.low >= missing.low && code.high <= missing.high)
+                codes.missing.push_back(code);
+            else if (!isSplit && !codes.isText && code.tag == '\0' && code.low == missing.low)
+                missing.label = code.label;
+        }
+        codes.missing.push_back(missing);
+    }
+}
+
+ConversionCodes::Codes ConversionCodes::codesOf(const ConversionColumn& column) const
+{
+    const DataVariable& variable = m_dictionary.variables[std::size_t(column.variable)];
+    Codes codes;
+    codes.isText = column.isText();
+    codes.name = variable.itemName;
+    if (!variable.valueSets.isEmpty()) {
+        const DataValueSet& set = m_dictionary.valueSets[std::size_t(variable.valueSets.first())];
+        const bool isNamed =
+            !m_dictionary.description || m_dictionary.description->kind == TStatFileKind::Stata;
+        if (isNamed && !set.name.isEmpty())
+            codes.name = set.name;
+        addLabelled(codes, column, variable.valueSets.first());
+    }
+    addMissing(codes, column);
+    return codes;
+}
+
+// The n-th missing code becomes the n-th kind.
+void ConversionCodes::setTags(const Codes& codes, ConversionColumn& column)
+{
+    int left = 0;
+    for (const Code& code : codes.missing) {
+        const bool isKnown = std::any_of(
+            column.missing.begin(), column.missing.end(), [&](const ConversionMissing& known) {
+                return known.low == code.low && known.high == code.high;
+            });
+        if (isKnown)
+            continue;
+        if (int(column.missing.size()) == MostKinds) {
+            ++left;
+            continue;
+        }
+        const char tag = char('a' + int(column.missing.size()));
+        column.missing.push_back({ code.low, code.high, QString(), tag });
+        tell(Kind::MissingRecoded, column, code.text).newText = kindText(tag);
+        if (code.low < code.high)
+            tell(Kind::MissingMerged, column, code.text).newText = kindText(tag);
+    }
+    if (left > 0)
+        tell(Kind::MissingNotHeld, column, codes.name, Reason::TooMany).count = left;
+}
+
+// At most three codes, or a range and a code; codes that follow each other make a range, too.
+void ConversionCodes::setMissing(const Codes& codes, ConversionColumn& column)
+{
+    std::vector<ConversionMissing> points;
+    for (const Code& code : codes.missing)
+        points.push_back({ code.low, code.high, QString(), '\0' });
+    const bool areCodes = std::all_of(points.begin(), points.end(),
+        [](const ConversionMissing& point) { return point.low == point.high; });
+    if (areCodes && points.size() <= MostMissing) {
+        column.missing = points;
+        return;
+    }
+    std::stable_sort(points.begin(), points.end(),
+        [](const auto& first, const auto& second) { return first.low < second.low; });
+    const double step = 1 / double(powerOfTen(column.decimals));
+    std::vector<ConversionMissing> runs;
+    for (const ConversionMissing& point : points) {
+        if (!runs.empty() && !m_dictionary.description && column.decimals == 0
+            && point.low == runs.back().high + step)
+            runs.back().high = point.high;
+        else
+            runs.push_back(point);
+    }
+    const auto widest =
+        std::max_element(runs.begin(), runs.end(), [](const auto& first, const auto& second) {
+            return first.high - first.low < second.high - second.low;
+        });
+    column.missing.push_back(*widest);
+    const bool isRange = widest->low < widest->high;
+    int left = 0;
+    for (auto run = runs.begin(); run != runs.end(); ++run) {
+        const std::size_t most = isRange ? 2 : MostMissing;
+        if (run == widest)
+            continue;
+        if (run->low == run->high && column.missing.size() < most)
+            column.missing.push_back(*run);
+        else
+            ++left;
+    }
+    if (left > 0)
+        tell(Kind::MissingNotHeld, column, codes.name, Reason::TooMany).count = left;
+}
+
+void ConversionCodes::setMissingTexts(const Codes& codes, ConversionColumn& column)
+{
+    int left = 0;
+    for (const Code& code : codes.missing) {
+        const bool isShort = code.text.toUtf8().size() <= LongestMissingText;
+        if (!isStata() && isShort && column.missing.size() < MostMissing)
+            column.missing.push_back({ 0, 0, code.text, '\0' });
+        else
+            ++left;
+    }
+    if (left > 0)
+        tell(Kind::MissingNotHeld, column, codes.name, Reason::TextCodes).count = left;
+}
+
+// Kinds of missing values get codes that no value of their type is.
+void ConversionCodes::setKinds(const Codes& codes, ConversionColumn& column)
+{
+    column.missingBase =
+        missingBaseOf(m_dictionary.description->variables.at(column.variable).type);
+    for (const Code& code : codes.labelled) {
+        if (code.tag != '\0') {
+            tell(Kind::MissingRecoded, column, code.text).newText =
+                realText(column.missingBase + (code.tag - 'a'));
+        }
+    }
+}
+
+bool ConversionCodes::isHeld(const Code& code, bool isText, Reason& reason) const
+{
+    if (isText)
+        reason = isStata() ? Reason::TextCodes : Reason::None;
+    else if (code.tag != '\0')
+        reason = Reason::None;
+    else if (code.low != code.high)
+        reason = Reason::RangeCodes;
+    else if (isStata() && !isWhole(code.low))
+        reason = Reason::DecimalCodes;
+    else if (isStata() && (code.low < LowestLabelled || code.low > HighestLabelled))
+        reason = Reason::LargeCodes;
+    else
+        reason = Reason::None;
+    return reason == Reason::None;
+}
+
+void ConversionCodes::tellSets(const Codes& codes, const ConversionColumn& column)
+{
+    const DataVariable& variable = m_dictionary.variables[std::size_t(column.variable)];
+    if (!codes.blankLabel.isEmpty()) {
+        tell(Kind::ValuesUnlabelled, column, codes.name, Reason::BlankCode);
+    }
+    for (int set = 1; set < variable.valueSets.size(); ++set) {
+        const DataValueSet& further =
+            m_dictionary.valueSets[std::size_t(variable.valueSets.at(set))];
+        if (!further.codes.isEmpty())
+            tell(Kind::FurtherValueSet, column, further.name);
+    }
+}
+
+// Codes that become kinds of missing values have their labels there, or their codes where they have
+// none.
+std::vector<ConversionLabel> ConversionCodes::labelsOf(
+    const Codes& codes, const ConversionColumn& column)
+{
+    std::vector<ConversionLabel> labels;
+    QHash<int, int> left; // by reason
+    for (const Code& code : codes.labelled) {
+        const bool isKind = std::any_of(
+            column.missing.begin(), column.missing.end(), [&](const ConversionMissing& missing) {
+                return missing.tag != '\0' && code.tag == '\0' && code.low == missing.low
+                    && code.high == missing.high;
+            });
+        Reason reason = Reason::None;
+        if (isKind)
+            continue;
+        if (!isHeld(code, codes.isText, reason))
+            ++left[int(reason)];
+        else
+            labels.push_back(
+                { code.low, codes.isText ? code.text : QString(), code.tag, code.label });
+    }
+    for (const ConversionMissing& missing : column.missing) {
+        if (missing.tag == '\0')
+            continue;
+        const auto code = std::find_if(codes.missing.begin(), codes.missing.end(),
+            [&](const Code& one) { return one.low == missing.low && one.high == missing.high; });
+        labels.push_back(
+            { 0, QString(), missing.tag, code->label.isEmpty() ? code->text : code->label });
+    }
+    for (auto reason = left.constBegin(); reason != left.constEnd(); ++reason)
+        tell(Kind::ValuesUnlabelled, column, codes.name, Reason(reason.key())).count = *reason;
+    return labels;
+}
+
+void ConversionCodes::addLabel(
+    ConversionLabelSet& set, const ConversionLabel& label, ConversionColumn column)
+{
+    const FittedText shown =
+        fitted(label.label, statValueLabelLimit(limitsOf(m_options.format).program));
+    if (shown.reason != Reason::None)
+        tell(Kind::ValueLabelCut, column, label.label, shown.reason).newText = shown.text;
+    set.labels.push_back(label);
+    set.labels.back().label = shown.text;
+}
+
+// Variables of one value set share its labels.
+int ConversionCodes::labelSet(const Codes& codes, const ConversionColumn& column)
+{
+    const std::vector<ConversionLabel> labels = labelsOf(codes, column);
+    if (labels.empty())
+        return -1;
+    QString key = codes.name + QLatin1Char('\n') + QString::number(column.missingBase);
+    for (const ConversionLabel& label : labels) {
+        key += QStringLiteral("\n%1 %2 %3 %4\n")
+                   .arg(QString::number(label.number, 'g', 17), QString::number(label.tag),
+                       QString::number(label.text.size()), QString::number(label.label.size()))
+            + label.text + label.label;
+    }
+    const auto known = m_sets.constFind(key);
+    if (known != m_sets.constEnd())
+        return *known;
+    ConversionLabelSet set;
+    const StatName name = m_setNames.take(codes.name);
+    set.name = name.name;
+    set.isText = codes.isText;
+    if (isStata() && name.isChanged()) {
+        ConversionNote& note = tell(Kind::LabelSetRenamed, column, codes.name);
+        note.newText = name.name;
+        note.nameReasons = name.reasons;
+    }
+    for (const ConversionLabel& label : labels)
+        addLabel(set, label, column);
+    m_plan.labelSets.push_back(set);
+    m_sets.insert(key, int(m_plan.labelSets.size()) - 1);
+    return int(m_plan.labelSets.size()) - 1;
+}
+
+void ConversionCodes::fill(ConversionColumn& column, const QString& file)
+{
+    m_file = file;
+    const Codes codes = codesOf(column);
+    if (codes.isText)
+        setMissingTexts(codes, column);
+    else if (isStata() && !m_options.keepsMissingCodes)
+        setTags(codes, column);
+    else if (!isStata() && !codes.missing.empty())
+        setMissing(codes, column);
+    if (m_dictionary.hasMissingKinds && !isStata() && !codes.isText)
+        setKinds(codes, column);
+    tellSets(codes, column);
+    column.labelSet = labelSet(codes, column);
+}
+
+} // namespace tessel

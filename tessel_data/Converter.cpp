@@ -1,0 +1,349 @@
+#include <tessel_data/Converter.h>
+
+#include <tessel_data/DataError.h>
+
+#include <algorithm>
+#include <numeric>
+
+namespace tessel {
+
+class Converter::Job {
+public:
+    Job(const DataSource& source, ConversionTarget& conversionTarget,
+        const ConversionPlan& conversionPlan);
+
+    void take(const DataBatch& batch);
+    void finish(const DataSource& source);
+
+    ConversionReport report;
+
+private:
+    void takeRecord(const DataBatch& batch, const DataBatch::Record& record);
+    void addOccurrences(int file, const DataBatch& batch, quint32 firstCell, qint64 number);
+    qint64 numberInCase(const DataBatch::Record& record);
+    void append(const DataBatch& batch);
+
+    void takeMerged(const DataBatch& batch);
+    void keep(const DataBatch& batch, const DataBatch::Record& record);
+    void takeCase(const DataBatch& batch, std::size_t first, std::size_t end);
+    void takeKept();
+
+    static void checkUnchanged(const DataSource& source);
+    void checkCounts(const SourceCounts& read) const;
+
+    const DataDictionary& m_dictionary;
+    ConversionTarget& m_target;
+    const ConversionPlan& m_plan;
+    bool m_hasCases;
+    bool m_isMerged = false;
+    std::vector<QVector<int>> m_filesOf; // by record
+    std::vector<ConversionRows> m_rows; // by file
+    std::vector<qint64> m_recordRows; // by record
+    std::vector<qint64> m_numbers; // of records of the current case, by record
+    qint64 m_case = -1;
+    std::vector<quint32> m_once; // merged: first cells of the case's records, by record
+    DataBatch m_kept; // merged: records of a case that goes on in the next batch
+};
+
+bool ConversionReport::hasLosses() const
+{
+    return rejects > 0 || surplusRecords > 0
+        || std::any_of(counts.begin(), counts.end(), [](const auto& columns) {
+               return std::any_of(columns.begin(), columns.end(),
+                   [](const ConversionCounts& count) { return count.hasLosses(); });
+           });
+}
+
+Converter::Job::Job(const DataSource& source, ConversionTarget& conversionTarget,
+    const ConversionPlan& conversionPlan)
+    : m_dictionary(source.dictionary())
+    , m_target(conversionTarget)
+    , m_plan(conversionPlan)
+    , m_hasCases(source.hasCases())
+    , m_filesOf(m_dictionary.records.size())
+    , m_recordRows(m_dictionary.records.size())
+    , m_numbers(m_dictionary.records.size())
+    , m_once(m_dictionary.records.size(), ConversionRows::NoCell)
+{
+    for (std::size_t f = 0; f < m_plan.files.size(); ++f) {
+        const ConversionFile& file = m_plan.files[f];
+        m_filesOf[std::size_t(file.records.first())].append(int(f));
+        m_rows.emplace_back(file);
+        m_isMerged = m_isMerged || file.records.size() > 1;
+    }
+    m_target.begin(m_plan);
+}
+
+void Converter::Job::take(const DataBatch& batch)
+{
+    for (const DataBatch::Told& told : batch.told)
+        report.rejects += isRejected(told.problem) ? 1 : 0;
+    if (m_isMerged)
+        return takeMerged(batch);
+    for (ConversionRows& rows : m_rows)
+        rows.begin(batch);
+    for (const DataBatch::Record& record : batch.records)
+        takeRecord(batch, record);
+    append(batch);
+}
+
+qint64 Converter::Job::numberInCase(const DataBatch::Record& record)
+{
+    if (!m_hasCases)
+        return record.line;
+    if (m_case != record.caseNumber) {
+        std::fill(m_numbers.begin(), m_numbers.end(), 0);
+        m_case = record.caseNumber;
+    }
+    return ++m_numbers[std::size_t(record.record)];
+}
+
+void Converter::Job::takeRecord(const DataBatch& batch, const DataBatch::Record& record)
+{
+    ++m_recordRows[std::size_t(record.record)];
+    const qint64 number = numberInCase(record);
+    for (const int file : qAsConst(m_filesOf[std::size_t(record.record)])) {
+        const ConversionFile& definition = m_plan.files[std::size_t(file)];
+        ConversionRows& rows = m_rows[std::size_t(file)];
+        rows.addRecord(record.firstCell);
+        for (int source = 1; source < definition.records.size(); ++source)
+            rows.addRecord(m_once[std::size_t(definition.records.at(source))]);
+        if (definition.isRepeat)
+            addOccurrences(file, batch, record.firstCell, number);
+        else
+            rows.addRow(number);
+    }
+}
+
+// An occurrence that is blank has no row.
+void Converter::Job::addOccurrences(
+    int file, const DataBatch& batch, quint32 firstCell, qint64 number)
+{
+    const ConversionFile& definition = m_plan.files[std::size_t(file)];
+    for (std::size_t occurrence = 0; occurrence < definition.cells.size(); ++occurrence) {
+        const QVector<int>& cells = definition.cells[occurrence];
+        for (int c = 0; c < cells.size(); ++c) {
+            const ConversionColumn& column = definition.columns.at(c);
+            if (column.isId || column.source != 0 || cells.at(c) < 0
+                || batch.states[firstCell + quint32(cells.at(c))].kind() == ValueKind::Blank)
+                continue;
+            m_rows[std::size_t(file)].addRow(number, int(occurrence));
+            break;
+        }
+    }
+}
+
+void Converter::Job::append(const DataBatch&)
+{
+    for (std::size_t file = 0; file < m_rows.size(); ++file) {
+        if (m_rows[file].count() > 0)
+            m_target.append(int(file), m_rows[file]);
+    }
+}
+
+// Records may follow in any order, so that a case is complete only when the next one begins.
+void Converter::Job::takeMerged(const DataBatch& batch)
+{
+    const auto& records = batch.records;
+    const std::size_t count = records.size();
+    std::size_t first = 0;
+    while (first < count && !m_kept.records.empty()
+        && records[first].caseNumber == m_kept.records.front().caseNumber)
+        keep(batch, records[first++]);
+    if (first == count)
+        return;
+    takeKept();
+    for (ConversionRows& rows : m_rows)
+        rows.begin(batch);
+    for (std::size_t end = first + 1; end < count; ++end) {
+        if (records[end].caseNumber == records[first].caseNumber)
+            continue;
+        takeCase(batch, first, end);
+        first = end;
+    }
+    append(batch);
+    for (; first < count; ++first)
+        keep(batch, records[first]);
+}
+
+void Converter::Job::keep(const DataBatch& batch, const DataBatch::Record& record)
+{
+    constexpr std::size_t mostCells = 20'000'000;
+    if (m_kept.states.size() > mostCells) {
+        throw DataError(DataError::Code::UnfitDictionary, m_target.name(),
+            QStringLiteral("nothing is made: a case has more records than can be merged; convert "
+                           "without merging"));
+    }
+    const int cells = m_dictionary.records[std::size_t(record.record)].columns.size();
+    DataBatch::Record kept = record;
+    kept.firstCell = m_kept.addCells(std::size_t(cells));
+    kept.text = {};
+    for (quint32 c = 0; c < quint32(cells); ++c) {
+        const ValueState state = batch.states[record.firstCell + c];
+        const bool hasText = state.kind() == ValueKind::Text
+            || state.kind() == ValueKind::NotANumber || state.kind() == ValueKind::Unfit;
+        if (hasText)
+            m_kept.setText(
+                kept.firstCell + c, state, m_kept.keep(batch.textOf(record.firstCell + c)));
+        else
+            m_kept.set(kept.firstCell + c, state, batch.numbers[record.firstCell + c]);
+    }
+    m_kept.records.push_back(kept);
+}
+
+// Of records that should be there once, the first one counts.
+void Converter::Job::takeCase(const DataBatch& batch, std::size_t first, std::size_t end)
+{
+    std::fill(m_once.begin(), m_once.end(), ConversionRows::NoCell);
+    for (std::size_t r = first; r < end; ++r) {
+        const DataBatch::Record& record = batch.records[r];
+        quint32& once = m_once[std::size_t(record.record)];
+        if (once == ConversionRows::NoCell)
+            once = record.firstCell;
+        else if (m_dictionary.records[std::size_t(record.record)].maximum <= 1
+            && m_dictionary.records[std::size_t(record.record)].level == 1)
+            ++report.surplusRecords;
+    }
+    for (std::size_t r = first; r < end; ++r)
+        takeRecord(batch, batch.records[r]);
+}
+
+void Converter::Job::takeKept()
+{
+    if (m_kept.records.empty())
+        return;
+    for (ConversionRows& rows : m_rows)
+        rows.begin(m_kept);
+    takeCase(m_kept, 0, m_kept.records.size());
+    append(m_kept);
+    m_kept.clear();
+}
+
+void Converter::Job::finish(const DataSource& source)
+{
+    takeKept();
+    checkUnchanged(source);
+    report.read = source.counts();
+    report.files = source.files();
+    report.rows = m_target.rows();
+    report.counts = m_target.counts();
+    checkCounts(report.read);
+}
+
+// A file that another program wrote to may have been read half.
+void Converter::Job::checkUnchanged(const DataSource& source)
+{
+    for (const SourceFile& file : source.files()) {
+        if (file.changedWhileRead) {
+            throw DataError(DataError::Code::Busy, file.path,
+                QStringLiteral("changed while it was read, so nothing is made of it; wait until "
+                               "no other program writes to it and convert it again"));
+        }
+    }
+}
+
+void Converter::Job::checkCounts(const SourceCounts& read) const
+{
+    const qint64 taken = std::accumulate(m_recordRows.begin(), m_recordRows.end(), qint64(0));
+    bool addsUp = read.addUp() && taken == read.records && report.rejects == read.rejectedLines;
+    for (std::size_t file = 0; file < m_plan.files.size(); ++file) {
+        const int record = m_plan.files[file].records.first();
+        addsUp = addsUp
+            && (m_plan.files[file].isRepeat
+                || report.rows[file] == m_recordRows[std::size_t(record)]);
+    }
+    if (!addsUp) {
+        throw DataError(DataError::Code::DoesNotAddUp, m_target.name(),
+            QStringLiteral("nothing is made: %1 lines were read, but %2 rows, %3 rejected, %4 "
+                           "deleted and %5 blank lines arrived and %6 were left out; this is an "
+                           "error of the program")
+                .arg(read.lines)
+                .arg(taken)
+                .arg(report.rejects)
+                .arg(read.deletedLines)
+                .arg(read.blankLines)
+                .arg(read.leftOutLines));
+    }
+}
+
+Converter::Converter(const DataSource& source, ConversionTarget& target, const ConversionPlan& plan)
+    : m_job(std::make_unique<Job>(source, target, plan))
+{
+}
+
+Converter::~Converter() = default;
+
+void Converter::take(const DataBatch& batch)
+{
+    m_job->take(batch);
+}
+
+void Converter::finish(const DataSource& source)
+{
+    m_job->finish(source);
+}
+
+const ConversionReport& Converter::report() const
+{
+    return m_job->report;
+}
+
+namespace {
+
+// Two consumers, one behind the other.
+class Both : public DataConsumer {
+public:
+    Both(DataConsumer& first, DataConsumer* second)
+        : m_first(first)
+        , m_second(second)
+    {
+    }
+
+    void take(const DataBatch& batch) override
+    {
+        m_first.take(batch);
+        if (m_second)
+            m_second->take(batch);
+    }
+    void finish(const DataSource& source) override
+    {
+        m_first.finish(source);
+        if (m_second)
+            m_second->finish(source);
+    }
+
+private:
+    DataConsumer& m_first;
+    DataConsumer* m_second;
+};
+
+} // namespace
+
+bool convertData(DataSource& source, ConversionTarget& target, const ConversionPlan& plan,
+    ConversionReport& report, const ConversionRun& run)
+{
+    try {
+        Converter converter(source, target, plan);
+        Both both(converter, run.beside);
+        if (!runPipeline(source, both, run.progress)) {
+            target.abandon();
+            return false;
+        }
+        report = converter.report();
+        if (run.isStrict && report.hasLosses()) {
+            throw DataError(DataError::Code::DoesNotAddUp, target.name(),
+                QStringLiteral("nothing is made, as the data have what the files cannot hold"));
+        }
+        const qint64 size = source.size();
+        const bool isDone =
+            target.finish([&] { return !run.progress || run.progress(size, size); });
+        report.rows = target.rows();
+        report.counts = target.counts();
+        return isDone;
+    } catch (...) {
+        target.abandon();
+        throw;
+    }
+}
+
+} // namespace tessel

@@ -1,0 +1,371 @@
+#include <tessel_data/StatFileWriter_p.h>
+
+#include <tessel_data/ConversionLimits_p.h>
+#include <tessel_data/DataError.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <unistd.h>
+
+namespace tessel {
+
+namespace {
+
+using Type = ConversionColumn::Type;
+using Role = ConversionColumn::Role;
+
+constexpr std::size_t BufferSize = 1 << 20;
+constexpr int StataVersion = 118; // of Stata 14 and later, the first in UTF-8
+constexpr int ShortText = 8; // bytes, in SPSS
+constexpr int Kinds = 26;
+
+readstat_type_t typeOf(Type type)
+{
+    switch (type) {
+    case Type::Byte:
+        return READSTAT_TYPE_INT8;
+    case Type::Int:
+        return READSTAT_TYPE_INT16;
+    case Type::Long:
+        return READSTAT_TYPE_INT32;
+    case Type::Float:
+        return READSTAT_TYPE_FLOAT;
+    case Type::Double:
+        return READSTAT_TYPE_DOUBLE;
+    case Type::Text:
+        return READSTAT_TYPE_STRING;
+    case Type::LongText:
+        break;
+    }
+    return READSTAT_TYPE_STRING_REF;
+}
+
+readstat_measure_t measureOf(ConversionColumn::Measure measure)
+{
+    using Measure = ConversionColumn::Measure;
+    switch (measure) {
+    case Measure::Nominal:
+        return READSTAT_MEASURE_NOMINAL;
+    case Measure::Ordinal:
+        return READSTAT_MEASURE_ORDINAL;
+    case Measure::Scale:
+        return READSTAT_MEASURE_SCALE;
+    case Measure::Unknown:
+        break;
+    }
+    return READSTAT_MEASURE_UNKNOWN;
+}
+
+readstat_alignment_t alignmentOf(ConversionColumn::Alignment alignment)
+{
+    using Alignment = ConversionColumn::Alignment;
+    switch (alignment) {
+    case Alignment::Left:
+        return READSTAT_ALIGNMENT_LEFT;
+    case Alignment::Center:
+        return READSTAT_ALIGNMENT_CENTER;
+    case Alignment::Right:
+        return READSTAT_ALIGNMENT_RIGHT;
+    case Alignment::Unknown:
+        break;
+    }
+    return READSTAT_ALIGNMENT_UNKNOWN;
+}
+
+quint32 kindBit(int kind)
+{
+    return quint32(1) << kind;
+}
+
+} // namespace
+
+StatFileWriter::StatFileWriter(const ConversionPlan& plan, const ConversionFile& file,
+    const std::vector<StatColumn>& columns, int descriptor, const QString& path)
+    : m_plan(plan)
+    , m_file(file)
+    , m_columns(columns)
+    , m_descriptor(descriptor)
+    , m_path(path)
+    , m_isStata(plan.format == ConversionFormat::Stata)
+    , m_writer(readstat_writer_init())
+    , m_written(columns.size())
+{
+    m_buffer.reserve(BufferSize);
+}
+
+void StatFileWriter::check(readstat_error_t error, const QString& about)
+{
+    if (error == READSTAT_OK)
+        return;
+    QString text = QStringLiteral("cannot be written: ");
+    if (!about.isEmpty())
+        text += about + QLatin1String(": ");
+    text += m_error != 0 ? QString::fromLocal8Bit(std::strerror(m_error))
+                         : QString::fromUtf8(readstat_error_message(error));
+    throw DataError(DataError::Code::CannotWrite, m_path, text);
+}
+
+bool StatFileWriter::flush()
+{
+    for (std::size_t done = 0; done < m_buffer.size();) {
+        const ssize_t written = ::write(m_descriptor, &m_buffer[done], m_buffer.size() - done);
+        if (written < 0 && errno != EINTR) {
+            m_error = errno;
+            return false;
+        }
+        done += written > 0 ? std::size_t(written) : 0;
+    }
+    m_buffer.clear();
+    return true;
+}
+
+ssize_t StatFileWriter::take(const char* bytes, std::size_t size)
+{
+    if (m_buffer.size() + size > BufferSize && !flush())
+        return -1;
+    m_buffer.append(bytes, size);
+    return ssize_t(size);
+}
+
+ssize_t StatFileWriter::onData(const void* data, size_t size, void* context)
+{
+    return static_cast<StatFileWriter*>(context)->take(static_cast<const char*>(data), size);
+}
+
+void StatFileWriter::addColumns()
+{
+    for (std::size_t c = 0; c < m_columns.size(); ++c)
+        addColumn(c);
+}
+
+void StatFileWriter::addColumn(std::size_t index)
+{
+    const ConversionColumn& column = m_file.columns.at(int(index));
+    const StatColumn& values = m_columns[index];
+    Column& written = m_written[index];
+    written.type = values.type();
+    written.missingBase = column.missingBase;
+    if (!m_isStata && values.kinds() != 0)
+        written.missingBase = values.missingBase();
+    const std::size_t width =
+        written.type == Type::Text ? std::size_t(values.textBytes()) : std::size_t(0);
+    readstat_variable_t* const variable = readstat_add_variable(
+        m_writer.get(), column.name.toUtf8().constData(), typeOf(written.type), width);
+    written.variable = variable;
+    readstat_variable_set_label(variable, column.label.toUtf8().constData());
+    if (!column.format.isEmpty() && (m_isStata || !column.isText()))
+        readstat_variable_set_format(variable, column.format.toUtf8().constData());
+    readstat_variable_set_measure(variable, measureOf(column.measure));
+    readstat_variable_set_alignment(variable, alignmentOf(column.alignment));
+    if (column.displayWidth > 0)
+        readstat_variable_set_display_width(variable, column.displayWidth);
+    if (!m_isStata)
+        setMissing(index);
+    if (readstat_label_set_t* const set = labelSet(index))
+        readstat_variable_set_label_set(variable, set);
+}
+
+void StatFileWriter::setMissing(std::size_t index)
+{
+    const ConversionColumn& column = m_file.columns.at(int(index));
+    readstat_variable_t* const variable = m_written[index].variable;
+    for (const ConversionMissing& missing : column.missing) {
+        readstat_error_t error = READSTAT_OK;
+        if (column.isText()) {
+            m_missingTexts.append(missing.text.toUtf8());
+            error = readstat_variable_add_missing_string_value(
+                variable, m_missingTexts.constLast().constData());
+        } else if (missing.low == missing.high) {
+            error = readstat_variable_add_missing_double_value(variable, missing.low);
+        } else {
+            error = readstat_variable_add_missing_double_range(variable, missing.low, missing.high);
+        }
+        check(error, column.name);
+    }
+    if (m_columns[index].kinds() != 0)
+        setKinds(index);
+}
+
+// Those that are there; more than three are a range.
+void StatFileWriter::setKinds(std::size_t index)
+{
+    constexpr std::size_t mostCodes = 3;
+    std::vector<double> codes;
+    for (int kind = 0; kind < Kinds; ++kind) {
+        if ((m_columns[index].kinds() & kindBit(kind)) != 0)
+            codes.push_back(m_written[index].missingBase + kind);
+    }
+    readstat_variable_t* const variable = m_written[index].variable;
+    if (codes.size() > mostCodes) {
+        check(readstat_variable_add_missing_double_range(variable, codes.front(), codes.back()));
+        return;
+    }
+    for (const double code : codes)
+        check(readstat_variable_add_missing_double_value(variable, code));
+}
+
+readstat_label_set_t* StatFileWriter::labelSet(std::size_t index)
+{
+    const ConversionColumn& column = m_file.columns.at(int(index));
+    const Column& written = m_written[index];
+    const ConversionLabelSet none;
+    const ConversionLabelSet& source =
+        column.labelSet < 0 ? none : m_plan.labelSets[std::size_t(column.labelSet)];
+    quint32 unlabelled = m_isStata ? 0 : m_columns[index].kinds();
+    for (const ConversionLabel& label : source.labels) {
+        if (label.tag != '\0')
+            unlabelled &= ~kindBit(label.tag - 'a');
+    }
+    if (column.labelSet < 0 && unlabelled == 0)
+        return nullptr;
+    const bool isLong = column.isText() && m_columns[index].textBytes() > ShortText;
+    readstat_label_set_t*& set =
+        m_labelSets[{ column.labelSet, written.missingBase, unlabelled, isLong }];
+    if (set)
+        return set;
+    const readstat_type_t type = source.isText ? READSTAT_TYPE_STRING
+        : m_isStata                            ? READSTAT_TYPE_INT32
+                                               : READSTAT_TYPE_DOUBLE;
+    const QString name = m_isStata ? source.name : QString::number(m_labelSets.size());
+    set = readstat_add_label_set(m_writer.get(), type, name.toUtf8().constData());
+    for (const ConversionLabel& label : source.labels) {
+        const QByteArray text = label.label.toUtf8();
+        if (source.isText)
+            readstat_label_string_value(set, label.text.toUtf8().constData(), text.constData());
+        else if (label.tag != '\0' && m_isStata)
+            readstat_label_tagged_value(set, label.tag, text.constData());
+        else if (label.tag != '\0')
+            readstat_label_double_value(
+                set, written.missingBase + (label.tag - 'a'), text.constData());
+        else if (m_isStata)
+            readstat_label_int32_value(set, qint32(label.number), text.constData());
+        else
+            readstat_label_double_value(set, label.number, text.constData());
+    }
+    for (int kind = 0; kind < Kinds; ++kind) {
+        const char text[] { '.', char('a' + kind), '\0' };
+        if ((unlabelled & kindBit(kind)) != 0)
+            readstat_label_double_value(set, written.missingBase + kind, text);
+    }
+    return set;
+}
+
+// libreadstat wants all of them before the first row.
+void StatFileWriter::addStringRefs(RowSpool& spool, qint64 rows)
+{
+    const bool hasAny = std::any_of(m_written.begin(), m_written.end(),
+        [](const Column& column) { return column.type == Type::LongText; });
+    if (!hasAny)
+        return;
+    spool.rewind();
+    RowSpool::Value value;
+    for (qint64 row = 0; row < rows; ++row) {
+        for (const Column& column : m_written) {
+            spool.read(value);
+            if (column.type == Type::LongText && value.kind == RowSpool::Value::Kind::Text)
+                readstat_add_string_ref(m_writer.get(), std::string(value.text).c_str());
+        }
+    }
+}
+
+void StatFileWriter::begin(qint64 rows)
+{
+    readstat_writer_t* const writer = m_writer.get();
+    check(readstat_set_data_writer(writer, onData));
+    check(readstat_writer_set_file_label(writer, m_file.label.toUtf8().constData()));
+    for (const QString& note : m_plan.fileNotes)
+        readstat_add_note(writer, note.toUtf8().constData());
+    if (m_isStata) {
+        check(readstat_writer_set_file_format_version(writer, StataVersion));
+        check(readstat_begin_writing_dta(writer, this, long(rows)));
+    } else {
+        check(readstat_writer_set_compression(writer, READSTAT_COMPRESS_ROWS));
+        check(readstat_begin_writing_sav(writer, this, long(rows)));
+    }
+    check(readstat_validate_metadata(writer));
+    for (std::size_t c = 0; c < m_written.size(); ++c)
+        check(readstat_validate_variable(writer, m_written[c].variable),
+            m_file.columns.at(int(c)).name);
+}
+
+void StatFileWriter::writeMissing(std::size_t index, char tag)
+{
+    readstat_writer_t* const writer = m_writer.get();
+    const Column& column = m_written[index];
+    readstat_error_t error = READSTAT_OK;
+    if (tag == '\0')
+        error = readstat_insert_missing_value(writer, column.variable);
+    else if (m_isStata)
+        error = readstat_insert_tagged_missing_value(writer, column.variable, tag);
+    else
+        error =
+            readstat_insert_double_value(writer, column.variable, column.missingBase + (tag - 'a'));
+    check(error, m_file.columns.at(int(index)).name);
+}
+
+void StatFileWriter::writeValue(std::size_t index, const RowSpool::Value& value)
+{
+    if (value.kind == RowSpool::Value::Kind::Missing)
+        return writeMissing(index, value.tag);
+    readstat_writer_t* const writer = m_writer.get();
+    const Column& column = m_written[index];
+    readstat_error_t error = READSTAT_OK;
+    switch (column.type) {
+    case Type::Byte:
+        error = readstat_insert_int8_value(writer, column.variable, std::int8_t(value.number));
+        break;
+    case Type::Int:
+        error = readstat_insert_int16_value(writer, column.variable, std::int16_t(value.number));
+        break;
+    case Type::Long:
+        error = readstat_insert_int32_value(writer, column.variable, std::int32_t(value.number));
+        break;
+    case Type::Float:
+        error = readstat_insert_float_value(
+            writer, column.variable, float(m_columns[index].numberOf(value)));
+        break;
+    case Type::Double:
+        error =
+            readstat_insert_double_value(writer, column.variable, m_columns[index].numberOf(value));
+        break;
+    case Type::Text:
+        error = readstat_insert_string_value(writer, column.variable, value.text.data());
+        break;
+    case Type::LongText:
+        error = readstat_insert_string_ref(
+            writer, column.variable, readstat_get_string_ref(writer, m_nextRef++));
+        break;
+    }
+    check(error, m_file.columns.at(int(index)).name);
+}
+
+bool StatFileWriter::write(RowSpool& spool, qint64 rows, const std::function<bool()>& goesOn)
+{
+    constexpr qint64 betweenAsking = 4096;
+    if (rows > std::numeric_limits<int>::max()) {
+        throw DataError(DataError::Code::CannotWrite, m_path,
+            QStringLiteral("cannot be written: it would have more than 2,147,483,647 rows"));
+    }
+    addColumns();
+    addStringRefs(spool, rows);
+    begin(rows);
+    spool.rewind();
+    RowSpool::Value value;
+    for (qint64 row = 0; row < rows; ++row) {
+        if (row % betweenAsking == 0 && !goesOn())
+            return false;
+        check(readstat_begin_row(m_writer.get()));
+        for (std::size_t c = 0; c < m_written.size(); ++c) {
+            spool.read(value);
+            writeValue(c, value);
+        }
+        check(readstat_end_row(m_writer.get()));
+    }
+    check(readstat_end_writing(m_writer.get()));
+    if (!flush())
+        check(READSTAT_ERROR_WRITE);
+    return true;
+}
+
+} // namespace tessel

@@ -1,0 +1,196 @@
+// Reads files that "tessel convert" made back cell by cell and compares them with a slice of their
+// own: the layout from the dictionary's reader, columns cut out of decoded lines.
+#include "RunTessel.h"
+#include "SlicedData.h"
+#include "StatContents.h"
+
+#include <QtTest>
+
+class tst_ConvertCommand : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void everyCell_data();
+    void everyCell();
+    void existingFiles();
+    void missingFolder();
+    void planMakesNothing();
+    void strict();
+
+private:
+    QString folder() const
+    {
+        return m_folder->filePath("out");
+    }
+    QStringList leftBehind() const
+    {
+        return QDir(folder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+    Outcome convert(const QStringList& sources, const QStringList& more) const
+    {
+        return runTessel(
+            QStringList { "convert" } + sources + QStringList { "-o", folder() } + more);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+namespace {
+
+QString example(const char* name)
+{
+    return QString(TESSEL_EXAMPLES "/") + name;
+}
+
+// The codes of an item's first value set that mean missing, in its order.
+QStringList missingCodes(const TCSProItem& item)
+{
+    QStringList codes;
+    if (!item.getHasValueSet())
+        return codes;
+    const TCSProValueSet& set = *item.getValueSet(0);
+    for (const TValueSetItem* entry : qAsConst(*set.items)) {
+        if (entry->special && entry->type <= 3 && !entry->code.trimmed().isEmpty())
+            codes.append(item.isAlpha ? entry->code.trimmed()
+                                      : StatContents::numberText(entry->code.toDouble()));
+    }
+    return codes;
+}
+
+// The labels that a file of the format can hold.
+QMap<QString, QString> expectedLabels(const TCSProItem& item, bool isStata)
+{
+    QMap<QString, QString> labels;
+    if (!item.getHasValueSet() || (item.isAlpha && isStata))
+        return labels;
+    const TCSProValueSet& set = *item.getValueSet(0);
+    const QStringList missing = isStata ? missingCodes(item) : QStringList();
+    for (const TValueSetItem* entry : qAsConst(*set.items)) {
+        const QString label = entry->label.section('|', 0, 0);
+        const QString code = entry->code.trimmed();
+        if (code.isEmpty() || !set.detail(entry).highCode.isNull())
+            continue;
+        const double number = code.toDouble();
+        const int kind = missing.indexOf(StatContents::numberText(number));
+        if (item.isAlpha)
+            labels.insert(code, label);
+        else if (kind >= 0)
+            labels.insert(QString(".") + QChar('a' + kind), label);
+        else if (!isStata || number == std::floor(number))
+            labels.insert(StatContents::numberText(number), label);
+    }
+    return labels;
+}
+
+// A cell of the slice as the file is to hold it.
+QString expectedCell(const QString& cell, const TCSProItem& item, bool isStata)
+{
+    if (cell.isNull() || item.isAlpha)
+        return cell;
+    const QString number = StatContents::numberText(cell.toDouble());
+    const int kind = isStata ? missingCodes(item).indexOf(number) : -1;
+    return kind < 0 ? number : QString(".") + QChar('a' + kind);
+}
+
+} // namespace
+
+void tst_ConvertCommand::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+}
+
+void tst_ConvertCommand::everyCell_data()
+{
+    QTest::addColumn<QString>("dictionary");
+    QTest::addColumn<QString>("data");
+    QTest::addColumn<QString>("format");
+    for (const char* format : { "stata", "spss" }) {
+        QTest::addRow("census %s", format)
+            << example("census.dcf") << example("census.dat") << format;
+    }
+}
+
+void tst_ConvertCommand::everyCell()
+{
+    QFETCH(QString, dictionary);
+    QFETCH(QString, data);
+    QFETCH(QString, format);
+    const bool isStata = format == "stata";
+    const Outcome outcome = convert({ dictionary, data }, { "--to", format });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    const Slice slice(dictionary, data);
+    for (const QString& record : slice.recordNames()) {
+        const StatContents found =
+            StatContents::read(folder() + '/' + record + (isStata ? ".dta" : ".sav"));
+        QCOMPARE(found.error, 0);
+        const QVector<const TCSProItem*> items = slice.itemsOf(record);
+        QCOMPARE(found.variables.size(), items.size());
+        const QVector<QStringList> rows = slice.rowsOf(record);
+        QCOMPARE(found.rows.size(), rows.size());
+        for (int i = 0; i < items.size(); ++i) {
+            const StatContents::Variable& variable = found.variables.at(i);
+            QCOMPARE(variable.name, items.at(i)->name);
+            QCOMPARE(found.labels.value(variable.set), expectedLabels(*items.at(i), isStata));
+            if (!isStata && missingCodes(*items.at(i)).size() <= 3)
+                QCOMPARE(variable.missing, missingCodes(*items.at(i)));
+            for (int r = 0; r < rows.size(); ++r) {
+                const QString expected = expectedCell(rows.at(r).at(i + 2), *items.at(i), isStata);
+                if (found.rows.at(r).at(i) != expected)
+                    QFAIL(qPrintable(QString("%1, row %2, %3: %4 in place of %5")
+                                         .arg(record, QString::number(r + 1), variable.name,
+                                             found.rows.at(r).at(i), expected)));
+            }
+        }
+    }
+}
+
+void tst_ConvertCommand::existingFiles()
+{
+    QVERIFY(QDir().mkpath(folder()));
+    QVERIFY(writeFile(folder() + "/PERSON.dta", "mine"));
+    const QStringList census { example("census.dcf"), example("census.dat") };
+    const Outcome refused = convert(census, { "--to", "stata" });
+    QCOMPARE(refused.status, 1);
+    QVERIFY2(
+        refused.errors.contains("PERSON.dta: error: is there already"), refused.errors.constData());
+    QCOMPARE(leftBehind(), QStringList { "PERSON.dta" });
+    QCOMPARE(readFile(folder() + "/PERSON.dta"), QByteArray("mine"));
+    const Outcome replaced = convert(census, { "--to", "stata", "--overwrite" });
+    QVERIFY2(replaced.status == 0, replaced.errors.constData());
+    QCOMPARE(leftBehind(), (QStringList { "HOUSEHOLD.dta", "LIVESTOCK.dta", "PERSON.dta" }));
+    QCOMPARE(StatContents::read(folder() + "/PERSON.dta").rows.size(), 4299);
+}
+
+void tst_ConvertCommand::missingFolder()
+{
+    const Outcome outcome = runTessel({ "convert", example("census.dcf"), example("census.dat"),
+        "--to", "spss", "-o", folder() + "/deep/er" });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("cannot be made"), outcome.errors.constData());
+    QVERIFY(!QFileInfo::exists(folder()));
+}
+
+void tst_ConvertCommand::planMakesNothing()
+{
+    const Outcome outcome =
+        convert({ example("census.dcf"), example("census.dat") }, { "--to", "stata", "--plan" });
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.output.contains("file PERSON.dta"));
+    QVERIFY(outcome.output.contains("changed: HOUSEHOLD.dta WATER_SOURCE"));
+    QVERIFY(!QFileInfo::exists(folder()));
+}
+
+void tst_ConvertCommand::strict()
+{
+    const QStringList census { example("census.dcf"), example("census.dat") };
+    const Outcome refused = convert(census, { "--to", "stata", "--strict" });
+    QCOMPARE(refused.status, 1);
+    QVERIFY(!QFileInfo::exists(folder()));
+    const Outcome taken = convert({ example("household.sav") }, { "--to", "spss", "--strict" });
+    QVERIFY2(taken.status == 0, taken.errors.constData());
+}
+
+QTEST_GUILESS_MAIN(tst_ConvertCommand)
+#include "tst_ConvertCommand.moc"
