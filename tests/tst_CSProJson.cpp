@@ -80,13 +80,17 @@ private:
         m_lines.append(parts.join(QLatin1String(" | ")));
     }
 
+    static QString joined(const QVector<QString>& texts)
+    {
+        return QStringList(texts.begin(), texts.end()).join(',');
+    }
     void addRecord(const TCSProRecord& record)
     {
         const bool isRequired = record.required != QLatin1String("No");
         add({ "record", record.name, record.label, record.note, record.recordTypeValue,
             isRequired ? "Yes" : "No", QString::number(record.maxRecords),
             QString::number(record.recordLen), QString::number(record.level),
-            record.occurrenceLabels.toList().join(',') });
+            joined(record.occurrenceLabels) });
     }
 
     void addItem(const TCSProItem& item)
@@ -99,7 +103,7 @@ private:
             item.isSubItem != 0 ? "subitem" : "",
             item.detail().parent ? item.detail().parent->name : QString(),
             QString::number(item.detail().level), item.detail().occurrenceLabel,
-            item.detail().occurrenceLabels.toList().join(','), item.detail().contentType });
+            joined(item.detail().occurrenceLabels), item.detail().contentType });
         add({ "codes of", item.name, item.missingCode, item.notApplicableCode,
             item.detail().refusedCode });
         for (const TCSProValueSet* valueSet : qAsConst(*item.valueSets))
