@@ -321,7 +321,8 @@ void tst_Config::csvFields()
     metadata.addCsvFields(name);
     QCOMPARE(name, QString("B"));
     QCOMPARE(metadata.getCsvFields(), QStringList({ "A", "B" }));
-    metadata.getCsvFields().append("C"); // to a copy
+    QStringList copied = metadata.getCsvFields();
+    copied.append("C");
     QCOMPARE(metadata.getCsvFields(), QStringList({ "A", "B" }));
 
     MetadataDataSource copy = metadata;

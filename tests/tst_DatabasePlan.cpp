@@ -84,7 +84,7 @@ void TestDatabasePlan::withoutCases()
     options.hasCases = false;
     const DatabasePlan plan = planOf(surveyDictionary(), options);
     QCOMPARE(plan.table(SystemTable::cases), -1);
-    QCOMPARE(columnsOf(plan, QStringLiteral("HOUSE")).first(), QStringLiteral("row INTEGER"));
+    QCOMPARE(columnsOf(plan, QStringLiteral("HOUSE")).constFirst(), QStringLiteral("row INTEGER"));
     QVERIFY(plan.indexes.empty());
 }
 
@@ -165,8 +165,8 @@ void TestDatabasePlan::wideTables()
     const DatabasePlan plan = planOf(dictionary);
     QCOMPARE(columnsOf(plan, QStringLiteral("PERSON")).size(), 2000);
     QCOMPARE(columnsOf(plan, QStringLiteral("PERSON_2")).size(), 2 + 2501 - 1998);
-    QCOMPARE(
-        columnsOf(plan, QStringLiteral("PERSON_2")).first(), QStringLiteral("case_id INTEGER"));
+    QCOMPARE(columnsOf(plan, QStringLiteral("PERSON_2")).constFirst(),
+        QStringLiteral("case_id INTEGER"));
     QCOMPARE(notesOf(plan),
         QStringList("table PERSON has 2501 columns, more than the database takes, and is in parts; "
                     "case_id and row tell which rows belong together"));
