@@ -19,7 +19,7 @@ QString boxText;
 void useProgram()
 {
     auto* timer = new QTimer(QCoreApplication::instance());
-    QObject::connect(timer, &QTimer::timeout, [isFirst = true]() mutable {
+    QObject::connect(timer, &QTimer::timeout, timer, [isFirst = true]() mutable {
         if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
             boxText = box->text();
             box->accept();
