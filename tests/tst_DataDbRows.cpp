@@ -72,6 +72,7 @@ private slots:
     void unreachable();
     void tooWide();
     void keyDiffers();
+    void keyDiffersInBlanks();
     void keyDiffersInText();
     void specials();
     void emptyRow();
@@ -284,6 +285,16 @@ void TestDataDbRows::keyDiffers()
     QCOMPARE(checked.of("key-differs"), QStringList { "key-differs 2 [0102]  'PLACE=1 NUMBER=7'" });
     QVERIFY(!checked.report.isClean());
     QVERIFY(checked.report.addsUp);
+}
+
+// A blank item is the same as blanks in the key, and as nothing else.
+void TestDataDbRows::keyDiffersInBlanks()
+{
+    const Checked checked = checkedAll(database("n.csdb",
+        surveyDb()
+            + "UPDATE cases SET key = '01' WHERE id = 'u1';"
+              "UPDATE `level-1` SET number = NULL WHERE `level-1-id` < 3;"));
+    QCOMPARE(checked.of("key-differs"), QStringList { "key-differs 2 [0102]  'PLACE=1 NUMBER='" });
 }
 
 // Once for each case.

@@ -180,6 +180,7 @@ private slots:
     void sameAsSqlite();
     void popstan();
     void comments();
+    void objects();
     void views();
     void exact();
     void hostile();
@@ -316,6 +317,32 @@ void tst_PostgresTarget::comments()
         QByteArray("b.cases_key\nb.cases_pkey\nb.cases_uuid\nb.person_case"));
     QCOMPARE(ask("SELECT count(*) FROM pg_class WHERE relname LIKE 'tessel\\_build\\_%';"),
         QByteArray("0"));
+}
+
+void tst_PostgresTarget::objects()
+{
+    const QString dictionary = writeFile(m_folder, "survey.dcf", surveyDictionary());
+    QCOMPARE(build({ dictionary, writeFile(m_folder, "one.dat", "10101 3\n") }).status, 0);
+    QCOMPARE(ask("SELECT replace(pg_get_indexdef(indexrelid), 'USING btree ', '') FROM pg_index "
+                 "JOIN pg_class ON oid = indrelid WHERE relnamespace = 'b'::regnamespace ORDER BY "
+                 "indexrelid::regclass::text;"),
+        QByteArray("CREATE UNIQUE INDEX age_vs1_code ON b.age_vs1 (code_from)\n"
+                   "CREATE INDEX cases_key ON b.cases (place, number)\n"
+                   "CREATE UNIQUE INDEX cases_pkey ON b.cases (case_id)\n"
+                   "CREATE INDEX cases_uuid ON b.cases (uuid) WHERE (uuid IS NOT NULL)\n"
+                   "CREATE INDEX house_case ON b.house (case_id)\n"
+                   "CREATE UNIQUE INDEX kind_vs1_code ON b.kind_vs1 (code)\n"
+                   "CREATE INDEX person_case ON b.person (case_id)\n"
+                   "CREATE UNIQUE INDEX rooms_vs1_code ON b.rooms_vs1 (code_from)\n"
+                   "CREATE UNIQUE INDEX rooms_vs2_code ON b.rooms_vs2 (code_from)"));
+    QCOMPARE(ask("SELECT attrelid::regclass, attname FROM pg_attribute JOIN pg_class c ON c.oid = "
+                 "attrelid WHERE relnamespace = 'b'::regnamespace AND attnotnull AND attnum > 0;"),
+        QByteArray("b.cases|case_id"));
+    QCOMPARE(ask("SELECT conrelid::regclass, conname FROM pg_constraint WHERE connamespace = "
+                 "'b'::regnamespace;"),
+        QByteArray("b.cases|cases_pkey"));
+    QCOMPARE(ask("SELECT viewname FROM pg_views WHERE schemaname = 'b' ORDER BY 1;"),
+        QByteArray("house_labels\nhouse_valid\nperson_labels\nperson_valid"));
 }
 
 void tst_PostgresTarget::views()

@@ -63,6 +63,7 @@ private slots:
     void countThatIsWrong();
     void existing();
     void example();
+    void objects();
 
 private:
     QString path(const char* name) const
@@ -284,6 +285,39 @@ void TestSqliteTarget::example()
     QCOMPARE(process.exitCode(), 1);
     const QByteArray told = process.readAllStandardOutput();
     QVERIFY2(told.contains("census.dcf cannot be read: "), told.constData());
+}
+
+// Tables, indexes and views, with all that SQLite keeps by them.
+void TestSqliteTarget::objects()
+{
+    CSProTextSource data = source();
+    SqliteTarget target(path("t.sqlite"));
+    BuildReport report;
+    QVERIFY(buildDatabase(data, target, BuildOptions(), report));
+    const SqliteRows database(path("t.sqlite"));
+    const auto listed = [&](const QString& sql) {
+        QStringList lines;
+        for (const QStringList& row : database.rows(sql))
+            lines.append(row.join(QLatin1Char(' ')));
+        return lines;
+    };
+    QCOMPARE(listed("SELECT name FROM sqlite_master WHERE type = 'view' ORDER BY 1"),
+        (QStringList { "HOUSE_labels", "HOUSE_valid", "PERSON_labels", "PERSON_valid" }));
+    QCOMPARE(listed("SELECT sql FROM sqlite_master WHERE type = 'index' AND sql IS NOT NULL ORDER "
+                    "BY name"),
+        (QStringList { "CREATE INDEX HOUSE_case ON HOUSE (case_id)",
+            "CREATE INDEX PERSON_case ON PERSON (case_id)",
+            "CREATE INDEX cases_key ON cases (PLACE, NUMBER)",
+            "CREATE INDEX cases_uuid ON cases (uuid) WHERE uuid IS NOT NULL" }));
+    // Of the keys, that of cases is the table's own order.
+    QCOMPARE(listed("SELECT m.name, c.name, c.pk, c.\"notnull\" FROM sqlite_master m JOIN "
+                    "pragma_table_info(m.name) c WHERE m.type = 'table' AND (c.pk > 0 OR "
+                    "c.\"notnull\" > 0) ORDER BY 1, 2"),
+        (QStringList { "HOUSE case_id 0 1", "HOUSE row 0 1", "PERSON case_id 0 1", "PERSON row 0 1",
+            "cases case_id 1 0" }));
+    QCOMPARE(listed("SELECT tbl_name FROM sqlite_master WHERE type = 'index' AND sql IS NULL ORDER "
+                    "BY 1"),
+        (QStringList { "AGE_VS1", "KIND_VS1", "ROOMS_VS1", "ROOMS_VS2" }));
 }
 
 QTEST_GUILESS_MAIN(TestSqliteTarget)
