@@ -13,6 +13,7 @@ private slots:
     void shuffledBatches();
     void textCases();
     void duplicates();
+    void severalFiles();
     void blankIdentification();
     void partlyBlankIdentification();
     void rejects();
@@ -153,6 +154,37 @@ void tst_BuildAdd::duplicates()
     QCOMPARE(rows(cases), marked);
     QCOMPARE(rows("SELECT NAME FROM HOUSE ORDER BY case_id"),
         (QStringList { "ann", "ann", "bob", "cat", "fay", "eve" }));
+}
+
+// What is told of a case names its file, line and number, and those of the first one.
+void tst_BuildAdd::severalFiles()
+{
+    const auto write = [this](const char* first, const char* second) {
+        writeFile(path("a.dat"), first);
+        writeFile(path("b.dat"), second);
+        return QStringList { path("d.dcf"), path("a.dat"), path("b.dat") };
+    };
+    writeFile(path("d.dcf"), plainSurvey());
+    QCOMPARE(build(write("101011ann\n101021bob\n", "101031cat\n101011dan\n9\n")).status, 0);
+    const QString problems = "SELECT kind, source_id, line, case_id, first_source_id, first_line, "
+                             "first_case_id FROM tessel_problems ORDER BY source_id, line";
+    const QStringList first { "duplicate-case|2|2|4|1|1|1", "unknown-record-type|2|3|-|-|-|-" };
+    QCOMPARE(rows(problems), first);
+    const QStringList batch = write("102011eve\n", "102021fay\n102011gus\n8\n");
+    QCOMPARE(changes(build(batch + QStringList { "--add" })),
+        QByteArray("3 new, 0 changed, 0 deleted (0 as they were)"));
+    QCOMPARE(rows(problems),
+        first + (QStringList { "duplicate-case|4|2|7|3|1|5", "unknown-record-type|4|3|-|-|-|-" }));
+    QCOMPARE(rows("SELECT source_id, build_id, lines FROM tessel_sources ORDER BY 1"),
+        (QStringList { "1|1|2", "2|1|3", "3|2|1", "4|2|3" }));
+    QCOMPARE(rows("SELECT count(DISTINCT sha256) FROM tessel_sources"), QStringList("4"));
+    QCOMPARE(rows("SELECT source_id, line, text, is_whole FROM tessel_rejects ORDER BY 1"),
+        (QStringList { "2|3|9|1", "4|3|8|1" }));
+    QCOMPARE(rows("SELECT build_id, problems, rejected_lines FROM tessel_builds ORDER BY 1"),
+        (QStringList { "1|2|1", "2|2|1" }));
+    QCOMPARE(rows("SELECT case_id, source_id, line, duplicate_of FROM cases ORDER BY 1"),
+        (QStringList {
+            "1|1|1|-", "2|1|2|-", "3|2|1|-", "4|2|2|1", "5|3|1|-", "6|4|1|-", "7|4|2|5" }));
 }
 
 // A blank identification names no case, so that none of them is replaced.
