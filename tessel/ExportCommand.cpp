@@ -5,17 +5,50 @@
 #include "process/FileNames.h"
 #include "writers/ExportWriters.h"
 #include "writers/FieldWriters.h"
+#include "writers/SetupWriters.h"
 #include "InputOptions.h"
 #include "reading/LabelledValues.h"
+#include "reading/ReadDataDictionary.h"
 #include "process/Output.h"
 #include "process/Supervisor.h"
 #include "SpreadsheetOption.h"
 
 #include <QCommandLineParser>
 
+#include <iterator>
+#include <optional>
+
 namespace {
 
-enum class Target { Ddi, Sql, Csv, Json, Html };
+enum class Target { Ddi, Sql, Csv, Json, Html, StataDo, SpssSyntax, RScript, Sas };
+
+struct TargetName {
+    Target target;
+    const char* name;
+};
+
+constexpr TargetName targetNames[] = { { Target::Ddi, "ddi" }, { Target::Sql, "sql" },
+    { Target::Csv, "csv" }, { Target::Json, "json" }, { Target::Html, "html" },
+    { Target::StataDo, "stata-do" }, { Target::SpssSyntax, "spss-syntax" },
+    { Target::RScript, "r-script" }, { Target::Sas, "sas" } };
+
+// All of them, as the help or a sentence has them.
+QString allTargets(const QString& separator, const QString& lastSeparator)
+{
+    QString text;
+    for (const TargetName& entry : targetNames) {
+        const bool isLast = &entry == std::end(targetNames) - 1;
+        if (!text.isEmpty())
+            text += isLast ? lastSeparator : separator;
+        text += QLatin1String(entry.name);
+    }
+    return text;
+}
+
+QString targetList()
+{
+    return allTargets(QStringLiteral(", "), QStringLiteral(" or "));
+}
 
 struct ExportOptions {
     QString file;
@@ -29,9 +62,10 @@ struct ExportOptions {
 const QCommandLineOption& targetOption()
 {
     static const QCommandLineOption option(QStringLiteral("to"),
-        QStringLiteral("What to write: DDI-Codebook 2.5 XML, SQL statements that make tables, or a "
-                       "codebook as CSV, JSON or a web page."),
-        QStringLiteral("ddi|sql|csv|json|html"));
+        QStringLiteral("What to write: DDI-Codebook 2.5 XML, SQL statements that make tables, a "
+                       "codebook as CSV, JSON or a web page, or a program for Stata, SPSS, R or "
+                       "SAS that reads the text data of a CSPro dictionary."),
+        allTargets(QStringLiteral("|"), QStringLiteral("|")));
     return option;
 }
 
@@ -55,7 +89,7 @@ void describe(QCommandLineParser& parser)
 {
     parser.setApplicationDescription(QStringLiteral(
         "Writes a CSPro dictionary, or the dictionary of an SPSS or Stata file, in a\nform that "
-        "other programs read.\n\n"
+        "other programs read, or as a program that reads its data.\n\n"
         "The result goes to standard output. What was not read as written, and names\n"
         "that had to change, are told on standard error.\n"
         "Exit status: 0 all was read, 1 the input failed, 2 wrong usage."));
@@ -70,19 +104,30 @@ void describe(QCommandLineParser& parser)
 
 bool readTarget(const QString& text, Target& target)
 {
-    if (text == QLatin1String("ddi"))
-        target = Target::Ddi;
-    else if (text == QLatin1String("sql"))
-        target = Target::Sql;
-    else if (text == QLatin1String("csv"))
-        target = Target::Csv;
-    else if (text == QLatin1String("json"))
-        target = Target::Json;
-    else if (text == QLatin1String("html"))
-        target = Target::Html;
-    else
-        return false;
-    return true;
+    for (const TargetName& entry : targetNames) {
+        if (text == QLatin1String(entry.name)) {
+            target = entry.target;
+            return true;
+        }
+    }
+    return false;
+}
+
+// Null for what is no program that reads data.
+std::optional<tessel::StatProgram> programOf(Target target)
+{
+    switch (target) {
+    case Target::StataDo:
+        return tessel::StatProgram::Stata;
+    case Target::SpssSyntax:
+        return tessel::StatProgram::Spss;
+    case Target::RScript:
+        return tessel::StatProgram::R;
+    case Target::Sas:
+        return tessel::StatProgram::Sas;
+    default:
+        return std::nullopt;
+    }
 }
 
 QString readSqlOptions(const QCommandLineParser& parser, ExportOptions& options)
@@ -109,10 +154,10 @@ QString readOptions(const QCommandLineParser& parser, ExportOptions& options)
         return QStringLiteral("one file is exported at a time, not %1").arg(files.size());
     options.file = files.constFirst();
     if (!parser.isSet(targetOption()))
-        return QStringLiteral("--to is missing; give ddi, sql, csv, json or html");
+        return QStringLiteral("--to is missing; give %1").arg(targetList());
     const QString target = parser.value(targetOption());
     if (!readTarget(target, options.target))
-        return QStringLiteral("--to takes ddi, sql, csv, json or html, not '%1'").arg(target);
+        return QStringLiteral("--to takes %1, not '%2'").arg(targetList(), target);
     QString mistake = readSqlOptions(parser, options);
     if (mistake.isNull()) {
         mistake = readSpreadsheetOption(
@@ -120,6 +165,8 @@ QString readOptions(const QCommandLineParser& parser, ExportOptions& options)
     }
     if (mistake.isNull())
         mistake = readInputOptions(parser, options.input);
+    if (mistake.isNull() && programOf(options.target) && !options.input.dictionary.asWritten)
+        mistake = QStringLiteral("--to %1 reads dictionaries as they are written").arg(target);
     return mistake.isNull() ? Output::readOption(parser, files, options.output) : mistake;
 }
 
@@ -159,7 +206,29 @@ void write(const Listing& listing, const ExportOptions& options, const ByteSink&
         return writeCodebook(listing, ListingFormat::Kind::Csv, options.forSpreadsheet, sink);
     case Target::Json:
         return writeCodebook(listing, ListingFormat::Kind::Json, false, sink);
+    default:
+        return; // a program, which is made of no listing
     }
+}
+
+QByteArray makeProgram(const tessel::DataDictionary& dictionary, const ExportOptions& options)
+{
+    const SetupPlan plan(dictionary, options.file, *programOf(options.target));
+    for (const SetupNote& note : plan.notes) {
+        Console::tell(
+            options.file, 0, Console::Severity::Note, noteText(note, plan.program), groupOf(note));
+    }
+    switch (plan.program) {
+    case tessel::StatProgram::Stata:
+        return writeStataDo(plan);
+    case tessel::StatProgram::Spss:
+        return writeSpssSyntax(plan);
+    case tessel::StatProgram::Sas:
+        return writeSas(plan);
+    case tessel::StatProgram::R:
+        break;
+    }
+    return writeRScript(plan);
 }
 
 // False, and told, when nothing can be exported.
@@ -173,6 +242,17 @@ bool readExported(const ExportOptions& options, Listing& listing)
                 "not all rows were read, so no column refers to a table of value labels"));
     }
     return true;
+}
+
+int exportProgram(const ExportOptions& options, Supervisor& supervisor)
+{
+    if (!supervisor.beginFile(0))
+        return InputFailed;
+    tessel::DataDictionary dictionary;
+    const bool isRead = readDataDictionary(options.file, options.input, dictionary);
+    supervisor.endFile();
+    return isRead && Output(options.output).write(makeProgram(dictionary, options)) ? AllRead
+                                                                                    : InputFailed;
 }
 
 int exportFile(const ExportOptions& options, Supervisor& supervisor)
@@ -198,6 +278,7 @@ int runExport(const QStringList& arguments)
     if (const auto status = readCommandLine(arguments, parser, describe, readOptions, options))
         return *status;
     return Supervisor({ options.file }).run([&](Supervisor& supervisor) {
-        return exportFile(options, supervisor);
+        return programOf(options.target) ? exportProgram(options, supervisor)
+                                         : exportFile(options, supervisor);
     });
 }

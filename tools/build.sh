@@ -4,7 +4,8 @@ root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 
 build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libreadstat-dev libsqlite3-dev libpq-dev
     libssl-dev)
-test_packages=(sqlite3 libxml2-utils postgresql pspp r-cran-haven) # they read what the command exports and builds
+# They read what the command exports and builds.
+test_packages=(sqlite3 libxml2-utils postgresql pspp r-cran-readr r-cran-haven)
 lint_packages=(clang clang-format clazy libbenchmark-dev)
 
 say() { printf '%s\n' "$*" >&2; }

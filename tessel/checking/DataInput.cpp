@@ -1,10 +1,10 @@
 #include "checking/DataInput.h"
 
 #include "process/Console.h"
+#include "reading/ReadDataDictionary.h"
 #include "reading/ReadInput.h"
 #include "text/ShownText.h"
 
-#include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/InputFile.h>
 
 #include <tessel_data/CSProDb.h>
@@ -32,16 +32,6 @@ bool isDbName(const QString& path)
         || path.endsWith(QLatin1String(".csdbe"), Qt::CaseInsensitive);
 }
 
-// The reader has told of a name that the dictionary does not have.
-int languageOf(const DataDictionary& dictionary, const QString& name)
-{
-    for (int i = 0; i < dictionary.languages.size(); ++i) {
-        if (dictionary.languages.at(i).name.compare(name, Qt::CaseInsensitive) == 0)
-            return i;
-    }
-    return 0;
-}
-
 DictionaryFile readDictionary(const QString& path, const DataInput& input)
 {
     InputOptions options;
@@ -64,15 +54,13 @@ OpenedData openCSPro(const DataInput& input)
     }
     const QString path = input.dictionary.isEmpty() ? input.first : input.dictionary;
     const DictionaryFile file = readDictionary(path, input);
-    const TCSProDataImport* const importer = file.csproImporter();
-    if (!importer) {
+    if (!file.csproImporter()) {
         if (file.hasDictionary())
             failInput(path, 0, QStringLiteral("is no CSPro dictionary"));
         return {};
     }
-    DataDictionary dictionary =
-        DataDictionary::fromReader(*importer->dictionary, path, input.valueSets);
-    dictionary.language = languageOf(dictionary, input.reading.language);
+    const DataDictionary dictionary =
+        dataDictionaryOf(file, path, input.valueSets, input.reading.language);
     if (input.kind == DataKind::CSProDb)
         return { std::make_unique<tessel::CSProDbSource>(input.first, dictionary), file.text() };
     return { std::make_unique<tessel::CSProTextSource>(
