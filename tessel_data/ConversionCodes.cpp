@@ -115,8 +115,13 @@ void ConversionCodes::addLabelled(Codes& codes, const ConversionColumn& column, 
     }
     std::stable_sort(codes.labelled.begin(), codes.labelled.end(),
         [](const Code& first, const Code& second) { return first.entry < second.entry; });
-    if (table.blank().isCode)
-        codes.blankLabel = codeOf(table.blank().entry, Special::None).label;
+    if (!table.blank().isCode)
+        return;
+    const Code blank = codeOf(table.blank().entry, table.blank().special);
+    if (codes.isText && !isStata())
+        codes.labelled.push_back(blank); // a text like any other
+    else
+        codes.blankLabel = blank.label;
 }
 
 // An SPSS file tells them apart from its labels.

@@ -206,8 +206,7 @@ void ConversionPlanner::addFile(int record, const RecordGroup& group, bool hasRo
     file.records.append(record);
     file.cells.resize(std::size_t(group.places.size()));
     m_names = StatNames(limitsOf(m_options.format).program);
-    if (group.isRepeat)
-        addIds(file, record);
+    addIds(file, record);
     if (hasRow) {
         addOwn(file, Role::Row, "ROW",
             m_options.hasCases ? "Number of the record within its case"
@@ -245,10 +244,13 @@ void ConversionPlanner::addOwn(ConversionFile& file, Role role, const char* name
         cells.append(-1);
 }
 
-// The first occurrence tells of all.
+// What is no identification; the first occurrence tells of all.
 void ConversionPlanner::addGroup(ConversionFile& file, const RecordGroup& group)
 {
+    const DataRecord& source = m_dictionary.records[std::size_t(file.records.first())];
     for (int i = 0; i < group.places.first().size(); ++i) {
+        if (group.places.first().at(i) < source.idCount)
+            continue;
         addValue(file, 0, group.places.first().at(i), group.columnNames.at(i));
         for (int occurrence = 1; occurrence < group.places.size(); ++occurrence) {
             file.cells[std::size_t(occurrence)].last() = group.places.at(occurrence).value(i, -1);

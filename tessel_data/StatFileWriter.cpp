@@ -154,8 +154,11 @@ void StatFileWriter::addColumn(std::size_t index)
         m_writer.get(), column.name.toUtf8().constData(), typeOf(written.type), width);
     written.variable = variable;
     readstat_variable_set_label(variable, column.label.toUtf8().constData());
-    if (!column.format.isEmpty() && (m_isStata || !column.isText()))
-        readstat_variable_set_format(variable, column.format.toUtf8().constData());
+    // Without a format libreadstat gives texts one of the width on the screen, which SPSS refuses.
+    const QString format = m_isStata || !column.isText()
+        ? column.format
+        : QStringLiteral("A%1").arg(values.textBytes());
+    readstat_variable_set_format(variable, format.toUtf8().constData());
     readstat_variable_set_measure(variable, measureOf(column.measure));
     readstat_variable_set_alignment(variable, alignmentOf(column.alignment));
     if (column.displayWidth > 0)
@@ -294,7 +297,10 @@ void StatFileWriter::writeMissing(std::size_t index, char tag)
     readstat_writer_t* const writer = m_writer.get();
     const Column& column = m_written[index];
     readstat_error_t error = READSTAT_OK;
-    if (tag == '\0')
+    readstat_string_ref_t none {};
+    if (column.type == Type::LongText)
+        error = readstat_insert_string_ref(writer, column.variable, &none);
+    else if (tag == '\0')
         error = readstat_insert_missing_value(writer, column.variable);
     else if (m_isStata)
         error = readstat_insert_tagged_missing_value(writer, column.variable, tag);

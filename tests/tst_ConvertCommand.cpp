@@ -106,9 +106,22 @@ void tst_ConvertCommand::everyCell_data()
     QTest::addColumn<QString>("dictionary");
     QTest::addColumn<QString>("data");
     QTest::addColumn<QString>("format");
-    for (const char* format : { "stata", "spss" }) {
-        QTest::addRow("census %s", format)
-            << example("census.dcf") << example("census.dat") << format;
+    const auto add = [](const QString& dictionary, const QString& data) {
+        for (const char* format : { "stata", "spss" }) {
+            const QString name = QFileInfo(dictionary).fileName() + ' ' + format;
+            QTest::newRow(qPrintable(name)) << dictionary << data << format;
+        }
+    };
+    add(example("census.dcf"), example("census.dat"));
+    if (!qEnvironmentVariableIsSet("TESSEL_CORPUS"))
+        return;
+    for (const char* folder : { "cspro", "cspro-json" }) {
+        const QDir corpus(qEnvironmentVariable("TESSEL_CORPUS") + '/' + folder);
+        for (const QString& name : corpus.entryList({ "*.dcf" })) {
+            const QString data = corpus.filePath(QFileInfo(name).completeBaseName() + ".dat");
+            if (QFile::exists(data))
+                add(corpus.filePath(name), data);
+        }
     }
 }
 
@@ -131,7 +144,7 @@ void tst_ConvertCommand::everyCell()
         QCOMPARE(found.rows.size(), rows.size());
         for (int i = 0; i < items.size(); ++i) {
             const StatContents::Variable& variable = found.variables.at(i);
-            QCOMPARE(variable.name, items.at(i)->name);
+            QCOMPARE(variable.name, items.at(i)->name.left(isStata ? 32 : 64));
             QCOMPARE(found.labels.value(variable.set), expectedLabels(*items.at(i), isStata));
             if (!isStata && missingCodes(*items.at(i)).size() <= 3)
                 QCOMPARE(variable.missing, missingCodes(*items.at(i)));

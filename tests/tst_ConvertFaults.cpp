@@ -1,0 +1,208 @@
+// What goes wrong while files are made: the error is told, former files stay, and nothing is left
+// behind.
+#include "RunTessel.h"
+#include "StatContents.h"
+
+#include <QStandardPaths>
+#include <QtTest>
+
+#include <csignal>
+#include <unistd.h>
+
+namespace {
+
+const QByteArray dictionary =
+    "[Dictionary]\nVersion=CSPro 7.7\nLabel=D\nName=D\nRecordTypeStart=1\nRecordTypeLen=1\n"
+    "Positions=Relative\nZeroFill=No\nDecimalChar=No\n\n[Level]\nLabel=Q\nName=Q\n\n[IdItems]\n\n"
+    "[Item]\nLabel=Place\nName=PLACE\nStart=2\nLen=2\nDataType=Numeric\n\n[Record]\nLabel=A\n"
+    "Name=A\nRecordTypeValue='1'\nRecordLen=900\n\n[Item]\nLabel=N\nName=N\nStart=4\nLen=2\n"
+    "DataType=Numeric\n\n[Item]\nLabel=T\nName=T\nStart=6\nLen=80\nDataType=Alpha\n\n[Record]\n"
+    "Label=B\nName=B\nRecordTypeValue='2'\nRecordLen=9\n\n[Item]\nLabel=M\nName=M\nStart=4\nLen=2\n"
+    "DataType=Numeric\n";
+
+QByteArray manyLines()
+{
+    QByteArray lines;
+    for (int i = 0; i < 100'000; ++i)
+        lines += "101 1abcdefghijklmnopqrstuvwxyz\n";
+    return lines;
+}
+
+} // namespace
+
+class tst_ConvertFaults : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void fullDisk_data();
+    void fullDisk();
+    void readOnlyFolder();
+    void folderIsAFile();
+    void cancelled();
+    void killed();
+    void damagedSource();
+    void strictData();
+    void problems();
+
+private:
+    QString path(const QString& name) const
+    {
+        return m_folder->filePath(name);
+    }
+    QStringList made() const
+    {
+        return QDir(path("out")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+    QStringList arguments(const QStringList& more = {}) const
+    {
+        return QStringList { "convert", path("d.dcf"), path("d.dat"), "--to", "stata", "-o",
+            path("out") }
+        + more;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void tst_ConvertFaults::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    writeFile(path("d.dcf"), dictionary);
+    writeFile(path("d.dat"), "101 1a\n201 2\n");
+}
+
+void tst_ConvertFaults::fullDisk_data()
+{
+    QTest::addColumn<QString>("blocks");
+    QTest::newRow("while rows are kept") << "500";
+    QTest::newRow("while files are written") << "6000";
+}
+
+// Rows of 33 bytes are kept in 30 and written in 29.
+void tst_ConvertFaults::fullDisk()
+{
+    QFETCH(QString, blocks);
+    QVERIFY(writeFile(path("d.dat"), manyLines() + manyLines()));
+    const QString format = blocks == "500" ? "stata" : "spss";
+    QStringList command = arguments();
+    command[4] = format;
+    if (format == "spss")
+        command.append("--merge");
+    const Outcome outcome = runProgram("bash",
+        QStringList {
+            "-c", "ulimit -f " + blocks + "; exec \"$@\"", "bash", QStringLiteral(TESSEL_PROGRAM) }
+            + command);
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("File too large"), outcome.errors.constData());
+    QVERIFY(!QFileInfo::exists(path("out")));
+}
+
+// The superuser may write everywhere, and becomes nobody for this.
+void tst_ConvertFaults::readOnlyFolder()
+{
+    const bool isRoot = ::geteuid() == 0;
+    const QString setpriv = isRoot ? QStandardPaths::findExecutable("setpriv") : QString();
+    if (isRoot && setpriv.isEmpty())
+        QSKIP("without setpriv the superuser cannot be refused a folder");
+    QVERIFY(QDir().mkpath(path("out")));
+    const auto all = QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther;
+    QVERIFY(QFile::setPermissions(m_folder->path(), all));
+    QVERIFY(QFile::setPermissions(path("out"), all));
+    const QStringList nobody { "--reuid=65534", "--regid=65534", "--clear-groups",
+        QStringLiteral(TESSEL_PROGRAM) };
+    const Outcome outcome =
+        isRoot ? runProgram(setpriv, nobody + arguments()) : runTessel(arguments());
+    QFile::setPermissions(m_folder->path(), all | QFile::WriteOwner);
+    QFile::setPermissions(path("out"), all | QFile::WriteOwner);
+    if (isRoot && outcome.status != 1)
+        QSKIP("nobody may not run the program from its folder");
+    QVERIFY2(outcome.errors.contains("Permission denied"), outcome.errors.constData());
+    QCOMPARE(made(), QStringList());
+}
+
+void tst_ConvertFaults::folderIsAFile()
+{
+    QVERIFY(writeFile(path("out"), "mine"));
+    const Outcome outcome = runTessel(arguments({ "--overwrite" }));
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("out: error: is no folder"), outcome.errors.constData());
+    QCOMPARE(readFile(path("out")), QByteArray("mine"));
+}
+
+void tst_ConvertFaults::cancelled()
+{
+    QProcess process;
+    QStringList command = arguments();
+    command[2] = "-";
+    process.start(QStringLiteral(TESSEL_PROGRAM), command);
+    QVERIFY(process.waitForStarted());
+    process.write(manyLines());
+    QTRY_VERIFY(process.bytesToWrite() == 0);
+    QTRY_COMPARE(made(), (QStringList { ".A.dta.tessel-build", ".B.dta.tessel-build" }));
+    ::kill(pid_t(process.processId()), SIGINT); // nothing more comes
+    QVERIFY(process.waitForFinished(60'000));
+    QCOMPARE(process.exitCode(), 1);
+    QVERIFY(process.readAllStandardError().contains("the conversion was stopped"));
+    QVERIFY(!QFileInfo::exists(path("out")));
+}
+
+// What a dead one leaves is taken over by the next.
+void tst_ConvertFaults::killed()
+{
+    QVERIFY(QDir().mkpath(path("out")));
+    QVERIFY(writeFile(path("out/A.dta"), "former"));
+    QProcess process;
+    QStringList command = arguments({ "--overwrite" });
+    command[2] = "-";
+    process.start(QStringLiteral(TESSEL_PROGRAM), command);
+    QVERIFY(process.waitForStarted());
+    QTRY_VERIFY(made().contains(".B.dta.tessel-build"));
+    ::kill(pid_t(process.processId()), SIGKILL);
+    QVERIFY(process.waitForFinished(60'000));
+    QCOMPARE(readFile(path("out/A.dta")), QByteArray("former"));
+    QTest::qWait(300); // until the child that worked has ended, too
+    const Outcome outcome = runTessel(arguments({ "--overwrite" }));
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    QCOMPARE(made(), (QStringList { "A.dta", "B.dta" }));
+    QCOMPARE(StatContents::read(path("out/A.dta")).rows.size(), 1);
+}
+
+void tst_ConvertFaults::damagedSource()
+{
+    const QByteArray whole = readFile(QStringLiteral(TESSEL_EXAMPLES "/person.sav"));
+    QVERIFY(writeFile(path("cut.sav"), whole.left(whole.size() / 2)));
+    const Outcome outcome =
+        runTessel({ "convert", path("cut.sav"), "--to", "stata", "-o", path("out") });
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("cut.sav: error:"), outcome.errors.constData());
+    QVERIFY(!QFileInfo::exists(path("out")));
+}
+
+// What only the data show fails at the end.
+void tst_ConvertFaults::strictData()
+{
+    QVERIFY(writeFile(path("d.dat"), "101 1a\n101xxb\n201 2\n"));
+    const Outcome outcome = runTessel(arguments({ "--strict" }));
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("A.dta: error: N: 1 value that are no numbers became missing"),
+        outcome.errors.constData());
+    QVERIFY(!QFileInfo::exists(path("out")));
+    QCOMPARE(runTessel(arguments()).status, 0);
+}
+
+void tst_ConvertFaults::problems()
+{
+    QVERIFY(writeFile(path("d.dat"), "101 1a\n101xxb\n901 2\n"));
+    const Outcome outcome = runTessel(arguments({ "--problems", path("p.csv") }));
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    const QByteArray found = readFile(path("p.csv"));
+    QVERIFY2(found.contains("not-a-number"), found.constData());
+    QVERIFY2(found.contains("unknown-record-type"), found.constData());
+    QVERIFY2(
+        outcome.errors.contains("1 line has no place in any file"), outcome.errors.constData());
+    QVERIFY2(outcome.output.contains("3 lines read = 2 rows + 1 rejects + 0 deleted + 0 blank"),
+        outcome.output.constData());
+}
+
+QTEST_GUILESS_MAIN(tst_ConvertFaults)
+#include "tst_ConvertFaults.moc"
