@@ -51,7 +51,8 @@ QStringList missingCodes(const TCSProItem& item)
         return codes;
     const TCSProValueSet& set = *item.getValueSet(0);
     for (const TValueSetItem* entry : qAsConst(*set.items)) {
-        if (entry->special && entry->type <= 3 && !entry->code.trimmed().isEmpty())
+        if (entry->special && entry->type <= 3
+            && (item.isAlpha || !entry->code.trimmed().isEmpty()))
             codes.append(item.isAlpha ? entry->code.trimmed()
                                       : StatContents::numberText(entry->code.toDouble()));
     }
@@ -69,7 +70,7 @@ QMap<QString, QString> expectedLabels(const TCSProItem& item, bool isStata)
     for (const TValueSetItem* entry : qAsConst(*set.items)) {
         const QString label = entry->label.section('|', 0, 0);
         const QString code = entry->code.trimmed();
-        if (code.isEmpty() || !set.detail(entry).highCode.isNull())
+        if ((code.isEmpty() && !item.isAlpha) || !set.detail(entry).highCode.isNull())
             continue;
         const double number = code.toDouble();
         const int kind = missing.indexOf(StatContents::numberText(number));

@@ -44,7 +44,7 @@ QString missingText(const ConversionColumn& column)
 {
     QStringList texts;
     for (const ConversionMissing& missing : column.missing) {
-        const QString code = column.isText() ? missing.text
+        const QString code = column.isText() ? shownCode(missing.text)
             : missing.low == missing.high
             ? realText(missing.low)
             : realText(missing.low) + QLatin1Char(':') + realText(missing.high);
