@@ -74,6 +74,8 @@ private slots:
     void keyDiffers();
     void keyDiffersInBlanks();
     void keyDiffersInText();
+    void keyDiffersInTextItem();
+    void caseOfPart();
     void specials();
     void emptyRow();
 
@@ -309,6 +311,35 @@ void TestDataDbRows::keyDiffersInText()
     QCOMPARE(Checked(source).of("key-differs"),
         (QStringList { "key-differs 1 [0101]  'PLACE=1 NUMBER=9'",
             "key-differs 2 [0102-x]  'PLACE=1 NUMBER=2'" }));
+}
+
+void TestDataDbRows::keyDiffersInTextItem()
+{
+    const QString file = m_folder.filePath(QStringLiteral("p.csdb"));
+    QVERIFY(QFile::copy(QStringLiteral(TESSEL_TEST_DATA "/levels_schema3.csdb"), file));
+    SqliteWriter(file, SqliteWriter::Existing::Keep)
+        .run("UPDATE cases SET key = '01B' WHERE id = 'v1';");
+    QCOMPARE(checkedAll(file).of("key-differs"),
+        QStringList { "key-differs 1 [01B]  'HOUSEHOLD=1 PART=A'" });
+}
+
+// The numbers of cases are those of the part, also where something is told of one.
+void TestDataDbRows::caseOfPart()
+{
+    const QString file =
+        database("c.csdb", surveyDb() + "UPDATE house SET rooms = 100 WHERE `house-id` = 2;");
+    DataSelection second;
+    second.where = QStringLiteral("NUMBER=2");
+    SelectedSource source(std::make_unique<CSProDbSource>(file), second);
+    QVector<qint64> cases;
+    CheckOptions options;
+    options.onProblem = [&](const DataProblem& problem) {
+        if (problem.kind == ProblemKind::TooWideValue)
+            cases.append(problem.caseNumber);
+    };
+    Checker checker(source.dictionary(), options);
+    QVERIFY(runPipeline(source, checker));
+    QCOMPARE(cases, QVector<qint64> { 1 });
 }
 
 // Which special value it is, its number tells.
