@@ -166,6 +166,7 @@ private slots:
     void conditionMistakes();
     void textConditions();
     void toldStays();
+    void toldRecord();
     void severalFiles();
     void every();
     void sampleIsKnown();
@@ -410,6 +411,26 @@ void tst_DataSelection::toldStays()
 }
 
 // Each file has counts of its own, and what is told of a line stays with its file.
+// Records are numbered as the part has them.
+void tst_DataSelection::toldRecord()
+{
+    TextData data;
+    data.add({ "10101 2  123A ", "20101 30Ann   beyond" });
+    DataSelection persons;
+    persons.chooseRecords(survey(), { QStringLiteral("PERSON") });
+    SelectedSource source(data.source(), persons);
+    QVector<int> records;
+    CheckOptions options;
+    options.onProblem = [&](const DataProblem& problem) {
+        if (problem.kind == ProblemKind::TextBeyondRecord)
+            records.append(problem.record);
+    };
+    Checker checker(source.dictionary(), options);
+    QVERIFY(runPipeline(source, checker));
+    QCOMPARE(source.dictionary().records.size(), std::size_t(1));
+    QCOMPARE(records, QVector<int> { 0 });
+}
+
 void tst_DataSelection::severalFiles()
 {
     TextData data;
