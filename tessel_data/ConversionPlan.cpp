@@ -129,6 +129,7 @@ ConversionNote& ConversionPlanner::tell(Kind kind, const QString& text, Reason r
 void ConversionPlanner::make()
 {
     m_plan.format = m_options.format;
+    m_plan.hasByteWidths = m_options.hasByteWidths;
     addNotes();
     for (int record = 0; record < int(m_dictionary.records.size()); ++record) {
         if (!m_dictionary.records[std::size_t(record)].columns.isEmpty()) {

@@ -164,6 +164,8 @@ struct ConversionOptions {
     bool isMerged = false; /*!< variables of records that a case has once on each row of others */
     bool keepsMissingCodes = false; /*!< Stata: missing codes stay what they are */
     bool hasCases = true; /*!< false: rows, as from SPSS and Stata */
+    /*! No value is wider than its item, and each character is a byte: see hasByteWidths(). */
+    bool hasByteWidths = false;
 };
 
 /*!
@@ -180,6 +182,7 @@ public:
     bool hasLosses() const;
 
     ConversionFormat format = ConversionFormat::Spss;
+    bool hasByteWidths = false; /*!< what is planned is wide enough for all data */
     std::vector<ConversionFile> files; /*!< in the order of the dictionary */
     std::vector<ConversionLabelSet> labelSets;
     QStringList fileNotes; /*!< of each file */

@@ -2,7 +2,11 @@
 
 #include <tessel_data/DataError.h>
 
+#include <QFile>
+#include <QFileInfo>
+
 #include <algorithm>
+#include <cstring>
 #include <numeric>
 
 namespace tessel {
@@ -318,6 +322,44 @@ private:
 };
 
 } // namespace
+
+namespace {
+
+bool isAscii(const char* bytes, std::size_t size)
+{
+    constexpr unsigned char highest = 0x80;
+    unsigned char all = 0;
+    for (std::size_t i = 0; i < size; ++i)
+        all |= static_cast<unsigned char>(bytes[i]);
+    return all < highest;
+}
+
+bool isAscii(const QString& path)
+{
+    constexpr qint64 piece = 1 << 18;
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return false;
+    QByteArray bytes(int(piece), '\0');
+    for (;;) {
+        const qint64 count = file.read(bytes.data(), piece);
+        if (count <= 0)
+            return count == 0;
+        const bool hasNull = std::memchr(bytes.constData(), 0, std::size_t(count)) != nullptr;
+        if (hasNull || !isAscii(bytes.constData(), std::size_t(count)))
+            return false;
+    }
+}
+
+} // namespace
+
+bool hasByteWidths(const DataSource& source)
+{
+    const std::vector<SourceFile>& files = source.files();
+    return source.hasWidths()
+        && std::all_of(
+            files.begin(), files.end(), [](const SourceFile& file) { return isAscii(file.path); });
+}
 
 bool convertData(DataSource& source, ConversionTarget& target, const ConversionPlan& plan,
     ConversionReport& report, const ConversionRun& run)

@@ -45,6 +45,12 @@ private:
     std::unique_ptr<Job> m_job;
 };
 
+/*!
+ * True when no value of \a source is wider than its item, and all of its files hold ASCII alone, so
+ * that widths are known before the first row. Reads the files, as far as they can be read again.
+ */
+TESSEL_DATA_EXPORT bool hasByteWidths(const DataSource& source);
+
 /*! How data are converted, beside the plan. */
 struct ConversionRun {
     bool isStrict = false; /*!< when anything is lost no file is made, and DataError thrown */

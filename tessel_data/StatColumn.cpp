@@ -2,6 +2,7 @@
 
 #include <tessel_data/ConversionLimits_p.h>
 #include <tessel_data/DatabaseTarget.h>
+#include <tessel_data/StatFileWriter_p.h>
 
 #include <model_Tessel/TrailingBlanks_p.h>
 
@@ -17,7 +18,6 @@ namespace {
 
 using Type = ConversionColumn::Type;
 
-constexpr qint64 MostExact = qint64(1) << 53;
 constexpr double LargestOfStata = 8.9884656743115785e307; // larger ones mean missing there
 constexpr int LongestPlainText = 2045; // of Stata, in bytes
 
@@ -66,9 +66,10 @@ std::size_t characterAt(std::string_view text, std::size_t place)
 
 } // namespace
 
-StatColumn::StatColumn(const ConversionColumn& column, ConversionFormat format)
+StatColumn::StatColumn(const ConversionColumn& column, ConversionFormat format, bool isSettled)
     : m_column(column)
     , m_isStata(format == ConversionFormat::Stata)
+    , m_isSettled(isSettled)
     , m_mostBytes(std::size_t(limitsOf(format).textBytes))
 {
     m_hasTags = std::any_of(column.missing.begin(), column.missing.end(),
@@ -92,14 +93,15 @@ bool StatColumn::isHeld(double number) const
     return std::isfinite(number) && number != -DBL_MAX;
 }
 
-void StatColumn::addMissing(RowSpool& spool, char tag)
+template <typename Sink> void StatColumn::addMissing(Sink& spool, char tag)
 {
     if (tag != '\0')
         m_kinds |= quint32(1) << (tag - 'a');
     spool.addMissing(tag);
 }
 
-void StatColumn::addExact(RowSpool& spool, qint64 number, Special special, ConversionCounts& counts)
+template <typename Sink>
+void StatColumn::addExact(Sink& spool, qint64 number, Special special, ConversionCounts& counts)
 {
     if (m_hasTags && special != Special::None) {
         if (const char tag = tagOf(nearestDouble(number, m_column.decimals)))
@@ -113,7 +115,8 @@ void StatColumn::addExact(RowSpool& spool, qint64 number, Special special, Conve
     addWhole(spool, number);
 }
 
-void StatColumn::addReal(RowSpool& spool, double number, Special special, ConversionCounts& counts)
+template <typename Sink>
+void StatColumn::addReal(Sink& spool, double number, Special special, ConversionCounts& counts)
 {
     const double value = converted(number, m_column.unit);
     if (m_hasTags && special != Special::None) {
@@ -137,7 +140,8 @@ void StatColumn::addReal(RowSpool& spool, double number, Special special, Conver
 }
 
 // A number with more digits than an exact one has here.
-void StatColumn::addUnfit(RowSpool& spool, std::string_view text, ConversionCounts& counts)
+template <typename Sink>
+void StatColumn::addUnfit(Sink& spool, std::string_view text, ConversionCounts& counts)
 {
     QByteArray digits(text.data(), int(text.size()));
     digits.replace(' ', "").replace(',', '.');
@@ -154,7 +158,8 @@ void StatColumn::addUnfit(RowSpool& spool, std::string_view text, ConversionCoun
     spool.addReal(number);
 }
 
-void StatColumn::addText(RowSpool& spool, std::string_view text, ConversionCounts& counts)
+template <typename Sink>
+void StatColumn::addText(Sink& spool, std::string_view text, ConversionCounts& counts)
 {
     if (text.find('\0') != std::string_view::npos) {
         ++counts.nullCharacters;
@@ -171,8 +176,9 @@ void StatColumn::addText(RowSpool& spool, std::string_view text, ConversionCount
     spool.addText(text);
 }
 
-void StatColumn::add(
-    RowSpool& spool, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
+template <typename Sink>
+void StatColumn::addOther(
+    Sink& spool, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
 {
     const ValueState state = batch.states[cell];
     switch (state.kind()) {
@@ -193,9 +199,17 @@ void StatColumn::add(
     addMissing(spool, batch.missingKind(cell));
 }
 
+// Texts that Stata keeps apart are known before the first row only by themselves.
+bool StatColumn::mayBeSettled(const ConversionColumn& column)
+{
+    return !column.isText() || column.width <= LongestPlainText;
+}
+
 Type StatColumn::type() const
 {
     const Type planned = m_column.type;
+    if (m_isSettled)
+        return planned;
     if (m_column.isText()) {
         if (!m_isStata)
             return Type::Text;
@@ -216,6 +230,8 @@ Type StatColumn::type() const
 // SPSS files of different rounds go together only when their texts have the same width.
 int StatColumn::textBytes() const
 {
+    if (m_isSettled)
+        return std::max(1, m_column.width);
     const int needed = std::max(1, int(m_bytes));
     if (m_isStata)
         return needed;
@@ -235,12 +251,12 @@ double StatColumn::missingBase() const
     return 0;
 }
 
-double StatColumn::numberOf(const RowSpool::Value& value) const
+double StatColumn::scaled(qint64 number) const
 {
-    if (value.kind == RowSpool::Value::Kind::Real)
-        return value.real;
-    return m_column.decimals == 0 ? double(value.number)
-                                  : nearestDouble(value.number, m_column.decimals);
+    return nearestDouble(number, m_column.decimals);
 }
+
+template void StatColumn::addOther(RowSpool&, const DataBatch&, quint32, ConversionCounts&);
+template void StatColumn::addOther(StatFileWriter&, const DataBatch&, quint32, ConversionCounts&);
 
 } // namespace tessel

@@ -7,17 +7,36 @@
 
 namespace tessel {
 
-/* A column of an SPSS or Stata file: takes its values into a spool and keeps in mind what it needs.
+/*
+ * A column of an SPSS or Stata file: makes its values ready for a sink, which is a RowSpool or a
+ * StatFileWriter, and keeps in mind what it needs.
  */
 class StatColumn {
 public:
-    StatColumn(const ConversionColumn& column, ConversionFormat format);
+    /* isSettled: what is planned is wide enough. */
+    StatColumn(const ConversionColumn& column, ConversionFormat format, bool isSettled = false);
 
-    void addNumber(RowSpool& spool, qint64 number)
+    /* True when a file may be begun before all values are there. */
+    static bool mayBeSettled(const ConversionColumn& column);
+
+    template <typename Sink> void addNumber(Sink& sink, qint64 number)
     {
-        addWhole(spool, number);
+        addWhole(sink, number);
     }
-    void add(RowSpool& spool, const DataBatch& batch, quint32 cell, ConversionCounts& counts);
+    template <typename Sink>
+    void add(Sink& sink, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
+    {
+        const ValueState state = batch.states[cell];
+        if (state == ValueState())
+            return sink.addMissing();
+        const qint64 number = batch.numbers[cell];
+        const bool isPlain = state.kind() == ValueKind::Number && number <= MostExact
+            && number >= -MostExact && !(m_hasTags && state.special() != Special::None);
+        if (isPlain)
+            addWhole(sink, number);
+        else
+            addOther(sink, batch, cell, counts);
+    }
 
     /* What the file needs, when all values are there. */
     ConversionColumn::Type type() const;
@@ -30,26 +49,39 @@ public:
     /* Their first code in an SPSS file. */
     double missingBase() const;
 
-    /* The number that a value of the spool stands for. */
-    double numberOf(const RowSpool::Value& value) const;
+    /* What a whole number stands for, which is scaled. */
+    double numberOf(qint64 number) const
+    {
+        return m_column.decimals == 0 ? double(number) : scaled(number);
+    }
 
 private:
-    void addWhole(RowSpool& spool, qint64 number)
+    template <typename Sink> void addWhole(Sink& sink, qint64 number)
     {
         m_low = std::min(m_low, number);
         m_high = std::max(m_high, number);
-        spool.addWhole(number);
+        sink.addWhole(number);
     }
-    void addMissing(RowSpool& spool, char tag);
-    void addExact(RowSpool& spool, qint64 number, Special special, ConversionCounts& counts);
-    void addReal(RowSpool& spool, double number, Special special, ConversionCounts& counts);
-    void addUnfit(RowSpool& spool, std::string_view text, ConversionCounts& counts);
-    void addText(RowSpool& spool, std::string_view text, ConversionCounts& counts);
+    template <typename Sink> void addMissing(Sink& sink, char tag);
+    template <typename Sink>
+    void addExact(Sink& sink, qint64 number, Special special, ConversionCounts& counts);
+    template <typename Sink>
+    void addReal(Sink& sink, double number, Special special, ConversionCounts& counts);
+    template <typename Sink>
+    void addUnfit(Sink& sink, std::string_view text, ConversionCounts& counts);
+    template <typename Sink>
+    void addText(Sink& sink, std::string_view text, ConversionCounts& counts);
+    template <typename Sink>
+    void addOther(Sink& sink, const DataBatch& batch, quint32 cell, ConversionCounts& counts);
+    double scaled(qint64 number) const;
+    static constexpr qint64 MostExact = qint64(1) << 53; // as a double
+
     char tagOf(double number) const;
     bool isHeld(double number) const;
 
     const ConversionColumn& m_column;
     bool m_isStata;
+    bool m_isSettled;
     std::size_t m_mostBytes; // of a text; 0: any number
     bool m_hasTags = false;
     qint64 m_low = std::numeric_limits<qint64>::max(); // of whole numbers, as they are scaled

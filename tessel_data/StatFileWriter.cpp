@@ -94,13 +94,11 @@ StatFileWriter::StatFileWriter(const ConversionPlan& plan, const ConversionFile&
     m_buffer.reserve(BufferSize);
 }
 
-void StatFileWriter::check(readstat_error_t error, const QString& about)
+void StatFileWriter::fail(readstat_error_t error, int column)
 {
-    if (error == READSTAT_OK)
-        return;
     QString text = QStringLiteral("cannot be written: ");
-    if (!about.isEmpty())
-        text += about + QLatin1String(": ");
+    if (column >= 0)
+        text += m_file.columns.at(column).name + QLatin1String(": ");
     text += m_error != 0 ? QString::fromLocal8Bit(std::strerror(m_error))
                          : QString::fromUtf8(readstat_error_message(error));
     throw DataError(DataError::Code::CannotWrite, m_path, text);
@@ -184,7 +182,7 @@ void StatFileWriter::setMissing(std::size_t index)
         } else {
             error = readstat_variable_add_missing_double_range(variable, missing.low, missing.high);
         }
-        check(error, column.name);
+        check(error, index);
     }
     if (m_columns[index].kinds() != 0)
         setKinds(index);
@@ -288,8 +286,7 @@ void StatFileWriter::begin(qint64 rows)
     }
     check(readstat_validate_metadata(writer));
     for (std::size_t c = 0; c < m_written.size(); ++c)
-        check(readstat_validate_variable(writer, m_written[c].variable),
-            m_file.columns.at(int(c)).name);
+        check(readstat_validate_variable(writer, m_written[c].variable), c);
 }
 
 void StatFileWriter::writeMissing(std::size_t index, char tag)
@@ -307,52 +304,171 @@ void StatFileWriter::writeMissing(std::size_t index, char tag)
     else
         error =
             readstat_insert_double_value(writer, column.variable, column.missingBase + (tag - 'a'));
-    check(error, m_file.columns.at(int(index)).name);
+    check(error, index);
+}
+
+void StatFileWriter::writeWhole(std::size_t index, qint64 number)
+{
+    readstat_writer_t* const writer = m_writer.get();
+    readstat_variable_t* const variable = m_written[index].variable;
+    switch (m_written[index].type) {
+    case Type::Byte:
+        return check(readstat_insert_int8_value(writer, variable, std::int8_t(number)), index);
+    case Type::Int:
+        return check(readstat_insert_int16_value(writer, variable, std::int16_t(number)), index);
+    case Type::Long:
+        return check(readstat_insert_int32_value(writer, variable, std::int32_t(number)), index);
+    default:
+        return writeReal(index, m_columns[index].numberOf(number));
+    }
+}
+
+void StatFileWriter::writeReal(std::size_t index, double number)
+{
+    readstat_writer_t* const writer = m_writer.get();
+    readstat_variable_t* const variable = m_written[index].variable;
+    if (m_written[index].type == Type::Float)
+        check(readstat_insert_float_value(writer, variable, float(number)), index);
+    else
+        check(readstat_insert_double_value(writer, variable, number), index);
+}
+
+void StatFileWriter::writeText(std::size_t index, const char* text)
+{
+    readstat_writer_t* const writer = m_writer.get();
+    const Column& column = m_written[index];
+    if (column.type == Type::LongText) {
+        check(readstat_insert_string_ref(
+                  writer, column.variable, readstat_get_string_ref(writer, m_nextRef++)),
+            index);
+    } else {
+        check(readstat_insert_string_value(writer, column.variable, text), index);
+    }
 }
 
 void StatFileWriter::writeValue(std::size_t index, const RowSpool::Value& value)
 {
-    if (value.kind == RowSpool::Value::Kind::Missing)
+    switch (value.kind) {
+    case RowSpool::Value::Kind::Missing:
         return writeMissing(index, value.tag);
-    readstat_writer_t* const writer = m_writer.get();
-    const Column& column = m_written[index];
-    readstat_error_t error = READSTAT_OK;
-    switch (column.type) {
-    case Type::Byte:
-        error = readstat_insert_int8_value(writer, column.variable, std::int8_t(value.number));
-        break;
-    case Type::Int:
-        error = readstat_insert_int16_value(writer, column.variable, std::int16_t(value.number));
-        break;
-    case Type::Long:
-        error = readstat_insert_int32_value(writer, column.variable, std::int32_t(value.number));
-        break;
-    case Type::Float:
-        error = readstat_insert_float_value(
-            writer, column.variable, float(m_columns[index].numberOf(value)));
-        break;
-    case Type::Double:
-        error =
-            readstat_insert_double_value(writer, column.variable, m_columns[index].numberOf(value));
-        break;
-    case Type::Text:
-        error = readstat_insert_string_value(writer, column.variable, value.text.data());
-        break;
-    case Type::LongText:
-        error = readstat_insert_string_ref(
-            writer, column.variable, readstat_get_string_ref(writer, m_nextRef++));
-        break;
+    case RowSpool::Value::Kind::Whole:
+        return writeWhole(index, value.number);
+    case RowSpool::Value::Kind::Real:
+        return writeReal(index, value.real);
+    case RowSpool::Value::Kind::Text:
+        return writeText(index, value.text.data());
     }
-    check(error, m_file.columns.at(int(index)).name);
+}
+
+void StatFileWriter::begin()
+{
+    addColumns();
+    begin(0);
+}
+
+void StatFileWriter::finish(qint64 rows)
+{
+    checkRows(rows);
+    m_writer->row_count = int(rows);
+    end();
+    setRows(rows);
+}
+
+void StatFileWriter::end()
+{
+    check(readstat_end_writing(m_writer.get()));
+    if (!flush())
+        check(READSTAT_ERROR_WRITE);
+}
+
+void StatFileWriter::setRows(qint64 rows)
+{
+    if (m_isStata)
+        setStataRows(rows);
+    else
+        setSpssRows(rows);
+}
+
+// The number stands in the head, and the places of what follows the rows in the map behind it.
+void StatFileWriter::setStataRows(qint64 rows)
+{
+    constexpr int places = 14;
+    constexpr int behindRows = 10;
+    write64(find("<N>"), rows);
+    qint64 map = find("<map>");
+    while (read64(map + qint64(sizeof(qint64))) + qint64(sizeof "<map>") - 1 != map)
+        map = find("<map>", map); // a label may say so, too
+    const qint64 bytes = rows * qint64(m_writer->row_len);
+    for (int i = behindRows; i < places; ++i) {
+        const qint64 place = map + i * qint64(sizeof(qint64));
+        write64(place, read64(place) + bytes);
+    }
+}
+
+// In 32 bits in the head, in 64 in a record of its own.
+void StatFileWriter::setSpssRows(qint64 rows)
+{
+    constexpr qint64 inHead = 80;
+    const qint32 number = qint32(rows);
+    write(inHead, reinterpret_cast<const char*>(&number), sizeof number);
+    const qint32 record[] = { 7, 16, 8, 2 };
+    const qint64 place = find(QByteArray(reinterpret_cast<const char*>(record), sizeof record));
+    write64(place + qint64(sizeof(qint64)), rows);
+}
+
+// Behind the first such mark from there on. It stands before the rows.
+qint64 StatFileWriter::find(const QByteArray& mark, qint64 from)
+{
+    constexpr std::size_t piece = 1 << 16;
+    QByteArray bytes;
+    std::vector<char> next(piece);
+    for (qint64 place = from;;) {
+        const ssize_t count = ::pread(m_descriptor, next.data(), next.size(), place);
+        if (count <= 0)
+            break;
+        bytes = bytes.right(mark.size() - 1) + QByteArray(next.data(), int(count));
+        place += count;
+        const int found = bytes.indexOf(mark);
+        if (found >= 0)
+            return place - bytes.size() + found + mark.size();
+    }
+    check(READSTAT_ERROR_WRITE);
+    return 0;
+}
+
+qint64 StatFileWriter::read64(qint64 place)
+{
+    qint64 number = 0;
+    if (::pread(m_descriptor, &number, sizeof number, place) != ssize_t(sizeof number))
+        check(READSTAT_ERROR_READ);
+    return number;
+}
+
+void StatFileWriter::write64(qint64 place, qint64 number)
+{
+    write(place, reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+void StatFileWriter::write(qint64 place, const char* bytes, std::size_t size)
+{
+    if (::pwrite(m_descriptor, bytes, size, place) != ssize_t(size)) {
+        m_error = errno;
+        check(READSTAT_ERROR_WRITE);
+    }
+}
+
+void StatFileWriter::checkRows(qint64 rows) const
+{
+    if (rows > std::numeric_limits<int>::max()) {
+        throw DataError(DataError::Code::CannotWrite, m_path,
+            QStringLiteral("cannot be written: it would have more than 2,147,483,647 rows"));
+    }
 }
 
 bool StatFileWriter::write(RowSpool& spool, qint64 rows, const std::function<bool()>& goesOn)
 {
     constexpr qint64 betweenAsking = 4096;
-    if (rows > std::numeric_limits<int>::max()) {
-        throw DataError(DataError::Code::CannotWrite, m_path,
-            QStringLiteral("cannot be written: it would have more than 2,147,483,647 rows"));
-    }
+    checkRows(rows);
     addColumns();
     addStringRefs(spool, rows);
     begin(rows);
@@ -368,9 +484,7 @@ bool StatFileWriter::write(RowSpool& spool, qint64 rows, const std::function<boo
         }
         check(readstat_end_row(m_writer.get()));
     }
-    check(readstat_end_writing(m_writer.get()));
-    if (!flush())
-        check(READSTAT_ERROR_WRITE);
+    end();
     return true;
 }
 

@@ -23,6 +23,38 @@ public:
     /* Writes all of the spool's rows; false when goesOn says so. */
     bool write(RowSpool& spool, qint64 rows, const std::function<bool()>& goesOn);
 
+    /* Row by row, where the columns are settled: the number of rows follows at the end. */
+    /* @{ */
+    void begin();
+    void beginRow()
+    {
+        check(readstat_begin_row(m_writer.get()));
+        m_column = 0;
+    }
+    void addMissing(char tag = '\0')
+    {
+        writeMissing(m_column++, tag);
+    }
+    void addWhole(qint64 number)
+    {
+        writeWhole(m_column++, number);
+    }
+    void addReal(double number)
+    {
+        writeReal(m_column++, number);
+    }
+    void addText(std::string_view text)
+    {
+        m_text = text;
+        writeText(m_column++, m_text.c_str());
+    }
+    void endRow()
+    {
+        check(readstat_end_row(m_writer.get()));
+    }
+    void finish(qint64 rows);
+    /* @} */
+
 private:
     struct Column {
         readstat_variable_t* variable = nullptr;
@@ -39,7 +71,29 @@ private:
     void begin(qint64 rows);
     void writeValue(std::size_t index, const RowSpool::Value& value);
     void writeMissing(std::size_t index, char tag);
-    void check(readstat_error_t error, const QString& about = QString());
+    void writeWhole(std::size_t index, qint64 number);
+    void writeReal(std::size_t index, double number);
+    void writeText(std::size_t index, const char* text);
+    void checkRows(qint64 rows) const;
+    void end();
+    void setRows(qint64 rows);
+    void setStataRows(qint64 rows);
+    void setSpssRows(qint64 rows);
+    qint64 read64(qint64 place);
+    void write64(qint64 place, qint64 number);
+    void write(qint64 place, const char* bytes, std::size_t size);
+    qint64 find(const QByteArray& mark, qint64 from = 0);
+    void check(readstat_error_t error)
+    {
+        if (error != READSTAT_OK)
+            fail(error, -1);
+    }
+    void check(readstat_error_t error, std::size_t index)
+    {
+        if (error != READSTAT_OK)
+            fail(error, int(index));
+    }
+    [[noreturn]] void fail(readstat_error_t error, int column);
     ssize_t take(const char* bytes, std::size_t size);
     bool flush();
     static ssize_t onData(const void* data, size_t size, void* context);
@@ -63,6 +117,8 @@ private:
     std::map<std::tuple<int, double, quint32, bool>, readstat_label_set_t*> m_labelSets;
     QByteArrayList m_missingTexts; // libreadstat keeps no copies
     int m_nextRef = 0;
+    std::size_t m_column = 0; // of the row that is written
+    std::string m_text;
     std::string m_buffer;
     int m_error = 0; // of writing
 };

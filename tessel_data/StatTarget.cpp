@@ -5,6 +5,8 @@
 #include <tessel_data/DataError.h>
 #include <tessel_data/StatFileWriter_p.h>
 
+#include <algorithm>
+
 namespace tessel {
 
 class StatTarget::Job {
@@ -28,14 +30,28 @@ public:
 
 private:
     void checkWidth(const ConversionFile& file) const;
-    void addRow(int file, const ConversionRows& rows, const ConversionRows::Row& row);
+    bool isSettled(const ConversionFile& file) const;
+    std::unique_ptr<StatFileWriter> writer(std::size_t file);
+    struct Place {
+        ConversionColumn::Role role;
+        int source;
+        int cell;
+    };
+
+    static std::vector<std::vector<Place>> placesOf(const ConversionFile& file);
+    template <typename Sink>
+    void addRow(
+        Sink& sink, std::size_t file, const ConversionRows& rows, const ConversionRows::Row& row);
     void countWidened();
 
     const bool m_mayReplace;
     const ConversionPlan* m_plan = nullptr;
     std::unique_ptr<ConvertedFiles> m_files;
-    std::vector<std::unique_ptr<RowSpool>> m_spools; // by file
+    // By file, one of both: rows are kept, or written at once where the columns are settled.
+    std::vector<std::unique_ptr<RowSpool>> m_spools;
+    std::vector<std::unique_ptr<StatFileWriter>> m_writers;
     std::vector<std::vector<StatColumn>> m_columns; // by file
+    std::vector<std::vector<std::vector<Place>>> m_places; // by file and occurrence
 };
 
 void StatTarget::Job::checkWidth(const ConversionFile& file) const
@@ -59,46 +75,89 @@ void StatTarget::Job::begin(const ConversionPlan& plan)
         names.append(file.name);
     }
     m_files = std::make_unique<ConvertedFiles>(m_folder, names, m_mayReplace);
-    for (const ConversionFile& file : plan.files) {
-        m_spools.push_back(std::make_unique<RowSpool>(m_folder));
-        std::vector<StatColumn> columns;
+    m_columns.resize(plan.files.size());
+    m_spools.resize(plan.files.size());
+    m_writers.resize(plan.files.size());
+    rowCounts.resize(plan.files.size());
+    for (std::size_t f = 0; f < plan.files.size(); ++f) {
+        const ConversionFile& file = plan.files[f];
+        const bool settled = isSettled(file);
+        m_places.push_back(placesOf(file));
         for (const ConversionColumn& column : file.columns)
-            columns.emplace_back(column, m_format);
-        m_columns.push_back(std::move(columns));
+            m_columns[f].emplace_back(column, m_format, settled);
         counts.emplace_back(std::size_t(file.columns.size()));
-        rowCounts.push_back(0);
+        if (settled) {
+            m_writers[f] = writer(f);
+            m_writers[f]->begin();
+        } else {
+            m_spools[f] = std::make_unique<RowSpool>(m_folder);
+        }
     }
+}
+
+bool StatTarget::Job::isSettled(const ConversionFile& file) const
+{
+    return m_plan->hasByteWidths
+        && std::all_of(file.columns.begin(), file.columns.end(), StatColumn::mayBeSettled);
+}
+
+std::unique_ptr<StatFileWriter> StatTarget::Job::writer(std::size_t file)
+{
+    const ConversionFile& definition = m_plan->files[file];
+    return std::make_unique<StatFileWriter>(*m_plan, definition, m_columns[file],
+        m_files->descriptor(file), ConvertedFiles::path(m_folder, definition.name));
 }
 
 void StatTarget::Job::append(int file, const ConversionRows& rows)
 {
-    for (std::size_t r = 0; r < rows.count(); ++r)
-        addRow(file, rows, rows.row(r));
+    StatFileWriter* const direct = m_writers[std::size_t(file)].get();
+    for (std::size_t r = 0; r < rows.count(); ++r) {
+        if (!direct) {
+            addRow(*m_spools[std::size_t(file)], std::size_t(file), rows, rows.row(r));
+            continue;
+        }
+        direct->beginRow();
+        addRow(*direct, std::size_t(file), rows, rows.row(r));
+        direct->endRow();
+    }
     rowCounts[std::size_t(file)] += qint64(rows.count());
 }
 
-void StatTarget::Job::addRow(int file, const ConversionRows& rows, const ConversionRows::Row& row)
+// Where the values of each column stand, without all that a plan knows besides.
+std::vector<std::vector<StatTarget::Job::Place>> StatTarget::Job::placesOf(
+    const ConversionFile& file)
+{
+    std::vector<std::vector<Place>> places;
+    for (const QVector<int>& cells : file.cells) {
+        places.emplace_back();
+        for (int c = 0; c < file.columns.size(); ++c)
+            places.back().push_back(
+                { file.columns.at(c).role, file.columns.at(c).source, cells.at(c) });
+    }
+    return places;
+}
+
+template <typename Sink>
+void StatTarget::Job::addRow(
+    Sink& sink, std::size_t file, const ConversionRows& rows, const ConversionRows::Row& row)
 {
     using Role = ConversionColumn::Role;
-    const ConversionFile& definition = rows.file();
-    const QVector<int>& cells = definition.cells[std::size_t(row.occurrence)];
+    const std::vector<Place>& places = m_places[file][std::size_t(row.occurrence)];
     const quint32* const firstCells = rows.firstCells(row);
-    std::vector<StatColumn>& columns = m_columns[std::size_t(file)];
-    std::vector<ConversionCounts>& columnCounts = counts[std::size_t(file)];
-    RowSpool& spool = *m_spools[std::size_t(file)];
-    for (int c = 0; c < definition.columns.size(); ++c) {
-        const ConversionColumn& column = definition.columns.at(c);
-        StatColumn& values = columns[std::size_t(c)];
-        const quint32 first = firstCells[column.source];
-        if (column.role == Role::Row)
-            values.addNumber(spool, row.number);
-        else if (column.role == Role::Occurrence)
-            values.addNumber(spool, row.occurrence + 1);
-        else if (cells.at(c) < 0 || first == ConversionRows::NoCell)
-            spool.addMissing();
+    StatColumn* column = m_columns[file].data();
+    ConversionCounts* count = counts[file].data();
+    for (const Place& place : places) {
+        const quint32 first = firstCells[place.source];
+        if (place.role == Role::Row)
+            column->addNumber(sink, row.number);
+        else if (place.role == Role::Occurrence)
+            column->addNumber(sink, row.occurrence + 1);
+        else if (place.cell < 0 || first == ConversionRows::NoCell)
+            sink.addMissing();
         else
-            values.add(
-                spool, rows.batch(), first + quint32(cells.at(c)), columnCounts[std::size_t(c)]);
+            column->add(sink, rows.batch(), first + quint32(place.cell), *count);
+        ++column;
+        ++count;
     }
 }
 
@@ -119,14 +178,14 @@ bool StatTarget::Job::finish(const std::function<bool()>& goesOn)
 {
     countWidened();
     for (std::size_t f = 0; f < m_plan->files.size(); ++f) {
-        const ConversionFile& file = m_plan->files[f];
-        StatFileWriter writer(*m_plan, file, m_columns[f], m_files->descriptor(f),
-            ConvertedFiles::path(m_folder, file.name));
-        if (!writer.write(*m_spools[f], rowCounts[f], goesOn)) {
+        if (m_writers[f]) {
+            m_writers[f]->finish(rowCounts[f]);
+        } else if (!writer(f)->write(*m_spools[f], rowCounts[f], goesOn)) {
             abandon();
             return false;
         }
         m_spools[f].reset();
+        m_writers[f].reset();
     }
     m_files->publish();
     return true;
@@ -134,6 +193,7 @@ bool StatTarget::Job::finish(const std::function<bool()>& goesOn)
 
 void StatTarget::Job::abandon() noexcept
 {
+    m_writers.clear();
     m_files.reset();
     m_spools.clear();
 }

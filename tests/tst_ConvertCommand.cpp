@@ -13,6 +13,8 @@ private slots:
     void init();
     void everyCell_data();
     void everyCell();
+    void sameFromPipe_data();
+    void sameFromPipe();
     void existingFiles();
     void missingFolder();
     void planMakesNothing();
@@ -157,6 +159,45 @@ void tst_ConvertCommand::everyCell()
                                              found.rows.at(r).at(i), expected)));
             }
         }
+    }
+}
+
+void tst_ConvertCommand::sameFromPipe_data()
+{
+    QTest::addColumn<QString>("format");
+    QTest::newRow("stata") << "stata";
+    QTest::newRow("spss") << "spss";
+}
+
+// Rows of a file in ASCII are written as they come, those of a pipe are kept before.
+void tst_ConvertCommand::sameFromPipe()
+{
+    QFETCH(QString, format);
+    const QByteArray dictionary =
+        readFile(example("census.dcf")).replace("Label=Person", "Label=<map><N>></N>");
+    QByteArray data;
+    for (const QByteArray& line : readFile(example("census.dat")).split('\n')) {
+        const bool isAscii = std::all_of(
+            line.begin(), line.end(), [](char byte) { return static_cast<uchar>(byte) < 0x80; });
+        if (isAscii && !line.isEmpty())
+            data += line + '\n';
+    }
+    const QString folder = m_folder->path();
+    QVERIFY(writeFile(folder + "/d.dcf", dictionary) && writeFile(folder + "/d.dat", data));
+    const Outcome fromFile = convert({ folder + "/d.dcf", folder + "/d.dat" }, { "--to", format });
+    QVERIFY2(fromFile.status == 0, fromFile.errors.constData());
+    const Outcome fromPipe = runTessel(
+        { "convert", folder + "/d.dcf", "-", "--to", format, "-o", folder + "/pipe" }, data);
+    QVERIFY2(fromPipe.status == 0, fromPipe.errors.constData());
+    QCOMPARE(leftBehind().size(), 3);
+    for (const QString& name : leftBehind()) {
+        const StatContents first = StatContents::read(this->folder() + '/' + name);
+        const StatContents second = StatContents::read(folder + "/pipe/" + name);
+        QCOMPARE(first.error, 0);
+        QVERIFY(first.rows.size() > 100);
+        QCOMPARE(first.label, second.label);
+        QCOMPARE(first.rows, second.rows);
+        QCOMPARE(first.labels, second.labels);
     }
 }
 

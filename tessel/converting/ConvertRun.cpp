@@ -108,6 +108,7 @@ int convert(ConvertSettings settings)
     const std::unique_ptr<DataSource> source = openSource(settings, status);
     if (!source)
         return status;
+    settings.options.hasByteWidths = hasByteWidths(*source);
     const ConversionPlan plan(source->dictionary(), settings.options);
     tellPlan(plan, settings.isStrict ? Console::Severity::Error : Console::Severity::Note);
     if (settings.isStrict && plan.hasLosses()) {
