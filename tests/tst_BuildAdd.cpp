@@ -14,6 +14,7 @@ private slots:
     void textCases();
     void duplicates();
     void severalFiles();
+    void repeatsKnownCase();
     void blankIdentification();
     void partlyBlankIdentification();
     void rejects();
@@ -24,6 +25,7 @@ private slots:
     void otherTablet();
     void uuidsMeetText();
     void otherIdentification();
+    void firstGoes();
     void newColumns();
     void namedAsWorkingTables();
     void newDictionary_data();
@@ -185,6 +187,17 @@ void tst_BuildAdd::severalFiles()
     QCOMPARE(rows("SELECT case_id, source_id, line, duplicate_of FROM cases ORDER BY 1"),
         (QStringList {
             "1|1|1|-", "2|1|2|-", "3|2|1|-", "4|2|2|1", "5|3|1|-", "6|4|1|-", "7|4|2|5" }));
+}
+
+// The first one is where the database has it, not where the batch has it again.
+void tst_BuildAdd::repeatsKnownCase()
+{
+    make("101021bob\n101011ann\n");
+    QCOMPARE(changes(add("101011ann\n101031cat\n101011dan\n")),
+        QByteArray("2 new, 0 changed, 0 deleted (1 as they were)"));
+    QCOMPARE(rows("SELECT kind, source_id, line, case_id, first_source_id, first_line, "
+                  "first_case_id FROM tessel_problems"),
+        QStringList("duplicate-case|2|3|4|1|2|2"));
 }
 
 // A blank identification names no case, so that none of them is replaced.
@@ -354,6 +367,23 @@ void tst_BuildAdd::otherIdentification()
         (QStringList { "1|u1|1|-", "2|u2|2|-" }));
     QCOMPARE(rows("SELECT NUMBER, NAME FROM HOUSE ORDER BY 1"), (QStringList { "1|ann", "2|bob" }));
     QCOMPARE(rows("SELECT count(*) FROM tessel_problems"), QStringList("0"));
+}
+
+// What is told of those that repeated it is told of the next one.
+void tst_BuildAdd::firstGoes()
+{
+    const QString db = path("s.csdb");
+    writeDb(db, { { "u1", "101011ann" }, { "u2", "101011bob" }, { "u3", "101011cat" } });
+    QCOMPARE(build({ db }).status, 0);
+    const QString problems =
+        "SELECT kind, case_id, first_case_id FROM tessel_problems ORDER BY case_id";
+    QCOMPARE(rows(problems), (QStringList { "duplicate-case|2|1", "duplicate-case|3|1" }));
+    writeDb(db, { { "u1", "101021ann" }, { "u2", "101011bob" }, { "u3", "101011cat" } });
+    QCOMPARE(changes(build({ "--add", db })),
+        QByteArray("0 new, 1 changed, 0 deleted (2 as they were)"));
+    QCOMPARE(rows("SELECT case_id, duplicate_of FROM cases ORDER BY 1"),
+        (QStringList { "1|-", "2|-", "3|2" }));
+    QCOMPARE(rows(problems), QStringList("duplicate-case|3|2"));
 }
 
 void tst_BuildAdd::newColumns()
