@@ -19,8 +19,8 @@ namespace {
 
 QCommandLineOption toOption()
 {
-    return { QStringLiteral("to"), QStringLiteral("What is made: files of Stata or of SPSS."),
-        QStringLiteral("stata|spss") };
+    return { QStringLiteral("to"), QStringLiteral("What is made: files of Stata, of SPSS, or CSV."),
+        QStringLiteral("stata|spss|csv") };
 }
 
 QCommandLineOption folderOption()
@@ -70,6 +70,11 @@ QCommandLineOption missingOption()
         QStringLiteral("kind|code") };
 }
 
+QCommandLineOption labelsOption()
+{
+    return { QStringLiteral("labels"), QStringLiteral("CSV: labels in place of codes.") };
+}
+
 QCommandLineOption dictionaryOption()
 {
     return { QStringLiteral("dictionary"),
@@ -94,8 +99,8 @@ void describe(QCommandLineParser& parser)
                        "there.\n"
                        "Exit status: 0 the files are made, 1 they are not, 2 wrong usage."));
     parser.addOptions({ toOption(), folderOption(), overwriteOption(), planOption(), strictOption(),
-        repeatsOption(), mergeOption(), missingOption(), problemsOption(), spreadsheetOption(),
-        dictionaryOption() });
+        repeatsOption(), mergeOption(), missingOption(), labelsOption(), problemsOption(),
+        spreadsheetOption(), dictionaryOption() });
     parser.addOptions(dictionaryTextOptions());
     parser.addOption(dataEncodingOption());
     parser.addOptions(selectionOptions());
@@ -137,10 +142,12 @@ QString readFormat(const QCommandLineParser& parser, ConversionFormat& format)
         format = ConversionFormat::Stata;
     else if (name == QLatin1String("spss"))
         format = ConversionFormat::Spss;
+    else if (name == QLatin1String("csv"))
+        format = ConversionFormat::Csv;
     else
         return isSet(parser, toOption())
-            ? QStringLiteral("--to takes stata or spss, not '%1'").arg(name)
-            : QStringLiteral("--to says what is made: stata or spss");
+            ? QStringLiteral("--to takes stata, spss or csv, not '%1'").arg(name)
+            : QStringLiteral("--to says what is made: stata, spss or csv");
     return QString();
 }
 
@@ -170,6 +177,9 @@ QString readShape(const QCommandLineParser& parser, ConvertSettings& settings)
         return mistake;
     if (isSet(parser, missingOption()) && settings.options.format != ConversionFormat::Stata)
         return QStringLiteral("--missing is for --to stata");
+    settings.hasLabels = isSet(parser, labelsOption());
+    if (settings.hasLabels && settings.options.format != ConversionFormat::Csv)
+        return QStringLiteral("--labels is for --to csv");
     settings.options.isMerged = isSet(parser, mergeOption());
     settings.isStrict = isSet(parser, strictOption());
     settings.replacesFiles = isSet(parser, overwriteOption());
@@ -190,8 +200,10 @@ QString readTargets(const QCommandLineParser& parser, ConvertSettings& settings)
     }
     const QString mistake =
         Output::checkPath(QStringLiteral("--problems"), settings.problems, inputs);
-    return mistake.isNull() ? readSpreadsheetOption(parser, "--problems FILE.csv",
-               ProblemFile::isCsvName(settings.problems), settings.forSpreadsheet)
+    const bool writesCsv = settings.options.format == ConversionFormat::Csv
+        || ProblemFile::isCsvName(settings.problems);
+    return mistake.isNull() ? readSpreadsheetOption(
+               parser, "--to csv or --problems FILE.csv", writesCsv, settings.forSpreadsheet)
                             : mistake;
 }
 

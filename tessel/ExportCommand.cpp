@@ -62,10 +62,10 @@ struct ExportOptions {
 const QCommandLineOption& targetOption()
 {
     static const QCommandLineOption option(QStringLiteral("to"),
-        QStringLiteral("What to write: DDI-Codebook 2.5 XML, SQL statements that make tables, a "
-                       "codebook as CSV, JSON or a web page, or a program for Stata, SPSS, R or "
-                       "SAS that reads the text data of a CSPro dictionary."),
-        allTargets(QStringLiteral("|"), QStringLiteral("|")));
+        QStringLiteral("What to write: ddi (DDI-Codebook 2.5 XML), sql (statements that make "
+                       "tables), a codebook as csv, json or html, or a program that reads the text "
+                       "data of a CSPro dictionary: stata-do, spss-syntax, r-script or sas."),
+        QStringLiteral("form"));
     return option;
 }
 

@@ -7,6 +7,9 @@ const ConversionLimits& limitsOf(ConversionFormat format)
 {
     static const ConversionLimits spss { ".sav", StatProgram::Spss, { 64, true }, 80, 32766, 0 };
     static const ConversionLimits stata { ".dta", StatProgram::Stata, { 80, false }, 0, 0, 32767 };
+    static const ConversionLimits csv { ".csv", StatProgram::R, {}, 0, 0, 0 };
+    if (format == ConversionFormat::Csv)
+        return csv;
     return format == ConversionFormat::Spss ? spss : stata;
 }
 

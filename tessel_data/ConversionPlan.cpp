@@ -90,6 +90,10 @@ private:
     void addGroup(ConversionFile& file, const RecordGroup& group);
     void addMerged(ConversionFile& file);
     bool isOnce(int record) const;
+    bool isDescribed() const
+    {
+        return m_dictionary.description != nullptr;
+    }
     void addValue(ConversionFile& file, int source, int place, const QString& name);
     void setShape(ConversionColumn& column, const DataVariable& variable);
     void setShown(ConversionColumn& column, const DataVariable& variable);
@@ -235,8 +239,9 @@ void ConversionPlanner::addOwn(ConversionFile& file, Role role, const char* name
     column.role = role;
     column.type = Type::Long;
     constexpr int width = 8;
-    column.format = m_options.format == ConversionFormat::Spss ? QStringLiteral("F8.0")
-                                                               : QStringLiteral("%8.0f");
+    if (m_options.format != ConversionFormat::Csv)
+        column.format = m_options.format == ConversionFormat::Spss ? QStringLiteral("F8.0")
+                                                                   : QStringLiteral("%8.0f");
     column.displayWidth = width;
     column.measure = Measure::Scale;
     column.alignment = Alignment::Right;
@@ -306,7 +311,10 @@ void ConversionPlanner::addValue(ConversionFile& file, int source, int place, co
     setShape(column, variable);
     setShown(column, variable);
     tellRisks(column, variable);
-    m_codes.fill(column, m_file);
+    if (m_options.format == ConversionFormat::Csv)
+        column.format = isDescribed() ? column.format : QString();
+    else
+        m_codes.fill(column, m_file);
     file.columns.append(column);
     for (QVector<int>& cells : file.cells)
         cells.append(place);
@@ -399,7 +407,8 @@ void ConversionPlanner::tellRisks(const ConversionColumn& column, const DataVari
     if (column.isText() && most > 0 && variable.width > most)
         tell(Kind::TextAtRisk, variable.name, Reason::TooLong);
     const int digits = variable.width - (variable.hasDecimalMark && variable.decimals > 0 ? 1 : 0);
-    if (variable.type == DataVariable::Type::Number && digits > ExactDigits)
+    if (variable.type == DataVariable::Type::Number && digits > ExactDigits
+        && m_options.format != ConversionFormat::Csv)
         tell(Kind::PrecisionAtRisk, variable.name, Reason::TooLong).count = digits;
 }
 
@@ -423,7 +432,7 @@ void ConversionPlanner::tellDescribed(const ConversionFile& file)
         shown += m_dictionary.description->kind == TStatFileKind::Spss ? 1 : 0;
     }
     m_variable.clear();
-    if (shown > 0 && m_options.format == ConversionFormat::Stata)
+    if (shown > 0 && m_options.format != ConversionFormat::Spss)
         tell(Kind::DisplayNotHeld, QString()).count = shown;
     const int own = m_dictionary.description->characteristics.size();
     if (own > 0)

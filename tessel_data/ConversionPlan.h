@@ -12,7 +12,7 @@
 namespace tessel {
 
 /*! Kind of the files that data are converted into. */
-enum class ConversionFormat { Spss, Stata };
+enum class ConversionFormat { Spss, Stata, Csv };
 
 /*! What a number of a column is counted from and in, in its source and in the file. */
 enum class ConversionUnit {

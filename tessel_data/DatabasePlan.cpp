@@ -1,5 +1,7 @@
 #include <tessel_data/DatabasePlan.h>
 
+#include <tessel_data/QuantityLabel_p.h>
+
 #include <tessel_data/RecordGroups_p.h>
 #include <tessel_data/SqlNames.h>
 
@@ -431,20 +433,6 @@ DatabaseColumn DatabasePlanner::systemColumn(const QString& name, Type type) con
     made.type = type;
     made.sqlType = plainTypeName(type, m_options.dialect);
     return made;
-}
-
-// The label that all ranges but those of special values have in common, as it is written.
-QString quantityLabelOf(const DataValueSet& set)
-{
-    QString common;
-    for (const DataCode& code : set.codes) {
-        if (code.highCode.isNull() || code.special != Special::None)
-            continue;
-        if (!common.isNull() && code.label != common)
-            return QString();
-        common = code.label;
-    }
-    return common;
 }
 
 // Equal sets share a table; -1 for sets without codes.

@@ -165,8 +165,9 @@ StatFormat formatOf(const DataVariable& variable, ConversionFormat target)
 StatFormat formatOf(
     const TStatVariableDescription& source, TStatFileKind kind, ConversionFormat target)
 {
-    const bool isSame = (kind == TStatFileKind::Spss) == (target == ConversionFormat::Spss);
-    if (source.isString())
+    const bool isSame = target == ConversionFormat::Csv
+        || (kind == TStatFileKind::Spss) == (target == ConversionFormat::Spss);
+    if (source.isString() && target != ConversionFormat::Csv)
         return textFormat(source.width(kind), target);
     if (!isSame)
         return target == ConversionFormat::Stata ? stataOfSpss(source) : spssOfStata(source);

@@ -9,6 +9,7 @@
 
 #include <tessel_data/Checker.h>
 #include <tessel_data/Converter.h>
+#include <tessel_data/CsvTarget.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/StatTarget.h>
 
@@ -18,8 +19,16 @@ using namespace tessel;
 
 namespace {
 
-std::unique_ptr<ConversionTarget> targetOf(const ConvertSettings& settings)
+std::unique_ptr<ConversionTarget> targetOf(
+    const ConvertSettings& settings, const DataDictionary& dictionary)
 {
+    if (settings.options.format == ConversionFormat::Csv) {
+        CsvOptions options;
+        options.hasLabels = settings.hasLabels;
+        options.forSpreadsheet = settings.forSpreadsheet;
+        options.mayReplace = settings.replacesFiles;
+        return std::make_unique<CsvTarget>(settings.folder, dictionary, options);
+    }
     return std::make_unique<StatTarget>(
         settings.folder, settings.options.format, settings.replacesFiles);
 }
@@ -76,7 +85,7 @@ bool fill(DataSource& source, const ConvertSettings& settings, const ConversionP
     ConversionReport& report)
 {
     ProblemList problems(source, settings);
-    const std::unique_ptr<ConversionTarget> target = targetOf(settings);
+    const std::unique_ptr<ConversionTarget> target = targetOf(settings, source.dictionary());
     const Interruption interruption;
     Progress progress(settings.folder, source.countsRows() ? WorkUnit::Rows : WorkUnit::Bytes);
     ConversionRun run;

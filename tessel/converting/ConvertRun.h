@@ -14,6 +14,7 @@ struct ConvertSettings {
     bool replacesFiles = false;
     bool isStrict = false; /*!< nothing is made when anything is lost */
     QString problems; /*!< file that all problems of the data go to; empty: none */
+    bool hasLabels = false; /*!< CSV: labels in place of codes */
     bool forSpreadsheet = false; /*!< CSV is written for spreadsheets */
 };
 

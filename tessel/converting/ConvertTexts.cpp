@@ -14,11 +14,15 @@ using Type = ConversionColumn::Type;
 
 StatProgram programOf(ConversionFormat format)
 {
+    if (format == ConversionFormat::Csv)
+        return StatProgram::R;
     return format == ConversionFormat::Spss ? StatProgram::Spss : StatProgram::Stata;
 }
 
 QString typeText(const ConversionColumn& column, ConversionFormat format)
 {
+    if (format == ConversionFormat::Csv)
+        return column.isText() ? QStringLiteral("text") : QStringLiteral("number");
     if (format == ConversionFormat::Spss)
         return column.isText() ? QStringLiteral("A%1").arg(column.width) : column.format;
     switch (column.type) {

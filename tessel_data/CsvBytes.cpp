@@ -1,0 +1,161 @@
+#include <tessel_data/CsvBytes_p.h>
+
+#include <tessel_data/DataError.h>
+#include <tessel_data/DataValue.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <unistd.h>
+
+namespace tessel {
+
+namespace {
+
+constexpr std::size_t Piece = 1 << 20; // bytes
+constexpr std::size_t MostOfNumber = 40; // bytes
+
+// Digits with at most one point among them, behind a minus.
+bool isNegativeNumber(std::string_view text)
+{
+    if (text.substr(0, 1) != "-")
+        return false;
+    text.remove_prefix(1);
+    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
+    return std::count(text.begin(), text.end(), '.') <= 1
+        && std::any_of(text.begin(), text.end(), isDigit)
+        && std::all_of(text.begin(), text.end(),
+            [&](char character) { return isDigit(character) || character == '.'; });
+}
+
+bool beginsWith(std::string_view text, std::string_view start)
+{
+    return text.substr(0, start.size()) == start;
+}
+
+// Some programs take the wide forms of the signs for the signs, and pass over a line end.
+bool isFormula(std::string_view text)
+{
+    if (text.empty() || isNegativeNumber(text))
+        return false;
+    if (std::string_view("=+-@\t\r\n").find(text[0]) != std::string_view::npos)
+        return true;
+    return beginsWith(text, u8"\uFF1D") || beginsWith(text, u8"\uFF0B")
+        || beginsWith(text, u8"\uFF0D") || beginsWith(text, u8"\uFF20");
+}
+
+bool needsQuotes(std::string_view text)
+{
+    bool isPlain = true; // all of it is looked at, many characters at once
+    for (const char character : text)
+        isPlain &= character != ',' && character != '"' && character != '\n' && character != '\r';
+    return !isPlain;
+}
+
+} // namespace
+
+CsvBytes::CsvBytes(int descriptor, const QString& path, bool forSpreadsheet)
+    : m_descriptor(descriptor)
+    , m_path(path)
+    , m_forSpreadsheet(forSpreadsheet)
+{
+    m_buffer.reserve(Piece + Piece / 4);
+    if (forSpreadsheet)
+        m_buffer += "\xEF\xBB\xBF";
+}
+
+void CsvBytes::append(std::string& cell, std::string_view text) const
+{
+    const bool isGuarded = m_forSpreadsheet && isFormula(text);
+    if (!needsQuotes(text)) {
+        if (isGuarded)
+            cell += '\'';
+        cell.append(text);
+        return;
+    }
+    cell += isGuarded ? "\"'" : "\"";
+    for (const char character : text) {
+        if (character == '"')
+            cell += '"';
+        cell += character;
+    }
+    cell += '"';
+}
+
+std::string CsvBytes::cellOf(std::string_view text) const
+{
+    std::string cell;
+    append(cell, text);
+    return cell;
+}
+
+void CsvBytes::addText(std::string_view text)
+{
+    separate();
+    append(m_buffer, text);
+}
+
+void CsvBytes::addNumber(qint64 number, int decimals)
+{
+    separate();
+    char text[MostOfNumber];
+    char* at = text;
+    quint64 size = quint64(number);
+    if (number < 0) {
+        *at++ = '-';
+        size = -size;
+    }
+    const auto power = quint64(powerOfTen(decimals));
+    at = std::to_chars(at, text + sizeof text, size / power).ptr;
+    if (decimals > 0) {
+        *at = '.';
+        quint64 part = size % power;
+        for (char* digit = at + decimals; digit > at; --digit, part /= 10)
+            *digit = char('0' + part % 10);
+        at += decimals + 1;
+    }
+    m_buffer.append(text, std::size_t(at - text));
+}
+
+// Whole ones without an exponent as far as a double tells them apart.
+void CsvBytes::addReal(double number)
+{
+    constexpr double mostWhole = 1e17;
+    if (std::floor(number) == number && std::abs(number) < mostWhole)
+        return addNumber(qint64(number), 0);
+    separate();
+    char text[MostOfNumber];
+    m_buffer.append(text, std::size_t(std::to_chars(text, text + sizeof text, number).ptr - text));
+}
+
+// A line of one empty cell would be none to a reader.
+void CsvBytes::endRow()
+{
+    if (size() == m_rowStart)
+        m_buffer += "\"\"";
+    m_buffer += "\r\n";
+    if (m_buffer.size() >= Piece)
+        flush();
+}
+
+void CsvBytes::flush()
+{
+    std::size_t done = 0;
+    while (done < m_buffer.size()) {
+        const ssize_t count = ::write(m_descriptor, m_buffer.data() + done, m_buffer.size() - done);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0) {
+            throw DataError(DataError::Code::CannotWrite, m_path,
+                QStringLiteral("cannot be written: ")
+                    + QString::fromLocal8Bit(std::strerror(errno)));
+        }
+        done += std::size_t(count);
+    }
+    m_written += qint64(m_buffer.size());
+    m_buffer.clear();
+}
+
+} // namespace tessel

@@ -1,0 +1,161 @@
+#include <tessel_data/CsvColumn_p.h>
+
+#include <tessel_data/QuantityLabel_p.h>
+
+#include <algorithm>
+
+namespace tessel {
+
+namespace {
+
+constexpr std::string_view nullPicture = "\xE2\x90\x80";
+
+qint64 charactersOf(std::string_view text)
+{
+    return std::count_if(
+        text.begin(), text.end(), [](char byte) { return (uchar(byte) & 0xC0) != 0x80; });
+}
+
+std::string withPictures(std::string_view text)
+{
+    std::string result;
+    for (const char character : text) {
+        if (character == '\0')
+            result.append(nullPicture);
+        else
+            result.push_back(character);
+    }
+    return result;
+}
+
+std::string bytesOf(const QString& text)
+{
+    const QByteArray bytes = text.toUtf8();
+    return withPictures({ bytes.constData(), std::size_t(bytes.size()) });
+}
+
+} // namespace
+
+CsvLabels::CsvLabels(
+    const DataDictionary& dictionary, const DataVariable& variable, const CsvBytes& csv)
+    : table(dictionary.codesOf(variable.valueSets.constFirst(), variable))
+{
+    const DataValueSet& set = dictionary.valueSets[std::size_t(variable.valueSets.constFirst())];
+    const QString quantity = quantityLabelOf(set);
+    for (const DataCode& code : set.codes) {
+        const QString label = dictionary.labelText(code.label);
+        cells.emplace_back();
+        if (!label.isEmpty() && (quantity.isEmpty() || code.label != quantity))
+            cells.back() = csv.cellOf(bytesOf(label));
+        const bool isKind =
+            dictionary.hasMissingKinds && code.special == Special::Missing && code.code.size() == 2;
+        if (isKind)
+            missing[code.code.at(1).toLatin1() - 'a'] = cells.back();
+    }
+}
+
+CsvColumn::CsvColumn(const ConversionColumn& column, const DataVariable* variable,
+    std::shared_ptr<const CsvLabels> labels)
+    : m_decimals(variable && variable->type == DataVariable::Type::Number ? column.decimals : 0)
+    , m_labels(std::move(labels))
+{
+}
+
+bool CsvColumn::addLabel(CsvBytes& out, const CodeTable::Match& match)
+{
+    const std::string* const cell = m_labels->cell(match);
+    if (cell)
+        out.addCell(*cell);
+    return cell != nullptr;
+}
+
+void CsvColumn::addBlank(CsvBytes& out, char missingKind)
+{
+    m_hasBlanks = true;
+    if (missingKind == '\0') {
+        if (!m_labels || !addLabel(out, m_labels->table.blank()))
+            out.addNothing();
+        return;
+    }
+    const std::string* const label = m_labels ? &m_labels->missing[missingKind - 'a'] : nullptr;
+    const char name[] = { '.', missingKind };
+    out.addCell(
+        label && !label->empty() ? std::string_view(*label) : std::string_view(name, sizeof name));
+}
+
+void CsvColumn::addText(CsvBytes& out, std::string_view text, ConversionCounts& counts)
+{
+    m_longest =
+        qint64(text.size()) > m_longest ? std::max(m_longest, charactersOf(text)) : m_longest;
+    if (text.find('\0') == std::string_view::npos)
+        return out.addText(text);
+    ++counts.nullCharacters;
+    out.addText(withPictures(text));
+}
+
+void CsvColumn::add(CsvBytes& out, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
+{
+    const ValueState state = batch.states[cell];
+    m_hasOthers |= state.isOutside();
+    switch (state.kind()) {
+    case ValueKind::Blank:
+        return addBlank(out, batch.missingKind(cell));
+    case ValueKind::Number:
+        if (!m_labels || !addLabel(out, m_labels->table.find(batch.numbers[cell])))
+            out.addNumber(batch.numbers[cell], m_decimals);
+        return;
+    case ValueKind::Real:
+        if (!m_labels || !addLabel(out, m_labels->table.find(batch.realOf(cell))))
+            out.addReal(batch.realOf(cell));
+        return;
+    case ValueKind::Text:
+        if (!m_labels || !addLabel(out, m_labels->table.find(batch.textOf(cell))))
+            addText(out, batch.textOf(cell), counts);
+        return;
+    case ValueKind::Unfit:
+    case ValueKind::NotANumber:
+        break;
+    }
+    m_hasOthers = true;
+    const std::string number = state.kind() == ValueKind::Unfit
+        ? decimalText(batch.textOf(cell), m_decimals)
+        : std::string();
+    if (!number.empty())
+        return out.addText(number);
+    ++counts.notNumbers;
+    addNothing(out);
+}
+
+std::string decimalText(std::string_view text, int decimals)
+{
+    std::string digits;
+    bool isNegative = false;
+    bool hasPoint = false;
+    for (const char character : text) {
+        if (character >= '0' && character <= '9') {
+            digits += character;
+        } else if ((character == '.' || character == ',') && !hasPoint) {
+            hasPoint = true;
+            digits += '.';
+        } else if (character == '-') {
+            isNegative = true;
+        } else if (character != ' ' && character != '+') {
+            return {};
+        }
+    }
+    if (!hasPoint && decimals > 0) {
+        const auto places = std::size_t(decimals);
+        if (digits.size() <= places)
+            digits.insert(0, places + 1 - digits.size(), '0');
+        digits.insert(digits.size() - places, 1, '.');
+    }
+    const std::size_t first = std::min(digits.find_first_not_of('0'), digits.size());
+    digits.erase(0, first);
+    if (digits.empty() || digits[0] == '.')
+        digits.insert(0, 1, '0');
+    if (digits.back() == '.')
+        digits.pop_back();
+    return isNegative ? '-' + digits : digits;
+}
+
+} // namespace tessel

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <tessel_data/ConversionTarget.h>
+#include <tessel_data/CsvBytes_p.h>
+#include <tessel_data/DataDictionary.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tessel {
+
+/* The labels of a value set as cells, which stand in place of its codes. */
+struct CsvLabels {
+    // The first set of the variable; cells are made as csv has them.
+    CsvLabels(const DataDictionary& dictionary, const DataVariable& variable, const CsvBytes& csv);
+
+    // The cell of a code; null for one without a label, and for a quantity.
+    const std::string* cell(const CodeTable::Match& match) const
+    {
+        return match.isCode && !cells[std::size_t(match.entry)].empty()
+            ? &cells[std::size_t(match.entry)]
+            : nullptr;
+    }
+
+    CodeTable table;
+    std::vector<std::string> cells; // by code of the set
+    std::string missing[26]; // of the kinds 'a' to 'z'
+};
+
+/* Writes the values of a column, and keeps what they say of it. */
+class CsvColumn {
+public:
+    // variable: null for a column that is no value; labels: null for codes.
+    CsvColumn(const ConversionColumn& column, const DataVariable* variable,
+        std::shared_ptr<const CsvLabels> labels);
+
+    void add(CsvBytes& out, const DataBatch& batch, quint32 cell, ConversionCounts& counts);
+    void addNothing(CsvBytes& out)
+    {
+        m_hasBlanks = true;
+        out.addNothing();
+    }
+
+    // A value was missing.
+    bool hasBlanks() const
+    {
+        return m_hasBlanks;
+    }
+    // A value was none of the codes.
+    bool hasOthers() const
+    {
+        return m_hasOthers;
+    }
+    // Characters of the longest text.
+    qint64 longest() const
+    {
+        return m_longest;
+    }
+
+private:
+    void addText(CsvBytes& out, std::string_view text, ConversionCounts& counts);
+    void addBlank(CsvBytes& out, char missingKind);
+    bool addLabel(CsvBytes& out, const CodeTable::Match& match);
+
+    int m_decimals;
+    std::shared_ptr<const CsvLabels> m_labels;
+    bool m_hasBlanks = false;
+    bool m_hasOthers = false;
+    qint64 m_longest = 0;
+};
+
+/* The decimal number that a text of more digits than fit stands for; empty: it is none. */
+std::string decimalText(std::string_view text, int decimals);
+
+} // namespace tessel

@@ -1,0 +1,192 @@
+#include <tessel_data/CsvTarget.h>
+
+#include <tessel_data/ConvertedFiles_p.h>
+#include <tessel_data/CsvColumn_p.h>
+#include <tessel_data/DataPackage_p.h>
+
+#include <QHash>
+#include <QPair>
+
+namespace tessel {
+
+class CsvTarget::Job {
+public:
+    Job(const QString& folder, const DataDictionary& dictionary, const CsvOptions& options)
+        : m_folder(folder)
+        , m_dictionary(dictionary)
+        , m_options(options)
+    {
+    }
+
+    void begin(const ConversionPlan& plan);
+    void append(int file, const ConversionRows& rows);
+    bool finish(const std::function<bool()>& goesOn);
+    void abandon() noexcept;
+
+    const QString m_folder;
+    std::vector<std::vector<ConversionCounts>> counts; // by file and column
+    std::vector<qint64> rowCounts; // by file
+
+private:
+    using Labels = std::shared_ptr<const CsvLabels>;
+
+    void beginFile(const ConversionFile& file);
+    Labels labelsOf(const DataVariable* variable, const CsvBytes& csv);
+    void addRow(int file, const ConversionRows& rows, const ConversionRows::Row& row);
+
+    const DataDictionary& m_dictionary;
+    const CsvOptions m_options;
+    const ConversionPlan* m_plan = nullptr;
+    std::unique_ptr<ConvertedFiles> m_files;
+    std::vector<CsvBytes> m_csv; // by file
+    std::vector<std::vector<CsvColumn>> m_columns; // by file
+    QHash<QPair<int, int>, Labels> m_labels; // by value set, and decimals or -1 for texts
+};
+
+void CsvTarget::Job::begin(const ConversionPlan& plan)
+{
+    m_plan = &plan;
+    QStringList names;
+    for (const ConversionFile& file : plan.files)
+        names.append(file.name);
+    names.append(DataPackage::fileName());
+    m_files = std::make_unique<ConvertedFiles>(m_folder, names, m_options.mayReplace);
+    for (const ConversionFile& file : plan.files)
+        beginFile(file);
+}
+
+void CsvTarget::Job::beginFile(const ConversionFile& file)
+{
+    m_csv.emplace_back(m_files->descriptor(m_csv.size()), ConvertedFiles::path(m_folder, file.name),
+        m_options.forSpreadsheet);
+    CsvBytes& csv = m_csv.back();
+    std::vector<CsvColumn> columns;
+    csv.beginRow();
+    for (const ConversionColumn& column : file.columns) {
+        const DataVariable* const variable =
+            column.variable < 0 ? nullptr : &m_dictionary.variables[std::size_t(column.variable)];
+        columns.emplace_back(column, variable, labelsOf(variable, csv));
+        const QByteArray name = column.name.toUtf8();
+        csv.addText({ name.constData(), std::size_t(name.size()) });
+    }
+    csv.endRow();
+    m_columns.push_back(std::move(columns));
+    counts.emplace_back(std::size_t(file.columns.size()));
+    rowCounts.push_back(0);
+}
+
+CsvTarget::Job::Labels CsvTarget::Job::labelsOf(const DataVariable* variable, const CsvBytes& csv)
+{
+    if (!m_options.hasLabels || !variable || variable->valueSets.isEmpty())
+        return nullptr;
+    const bool isNumber = variable->type == DataVariable::Type::Number;
+    Labels& labels =
+        m_labels[{ variable->valueSets.constFirst(), isNumber ? variable->decimals : -1 }];
+    if (!labels)
+        labels = std::make_shared<CsvLabels>(m_dictionary, *variable, csv);
+    return labels;
+}
+
+void CsvTarget::Job::append(int file, const ConversionRows& rows)
+{
+    for (std::size_t r = 0; r < rows.count(); ++r)
+        addRow(file, rows, rows.row(r));
+    rowCounts[std::size_t(file)] += qint64(rows.count());
+}
+
+void CsvTarget::Job::addRow(int file, const ConversionRows& rows, const ConversionRows::Row& row)
+{
+    using Role = ConversionColumn::Role;
+    const ConversionFile& definition = rows.file();
+    const int* const cells = definition.cells[std::size_t(row.occurrence)].constData();
+    const quint32* const firstCells = rows.firstCells(row);
+    const ConversionColumn* const described = definition.columns.constData();
+    std::vector<CsvColumn>& columns = m_columns[std::size_t(file)];
+    std::vector<ConversionCounts>& columnCounts = counts[std::size_t(file)];
+    CsvBytes& csv = m_csv[std::size_t(file)];
+    csv.beginRow();
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+        const quint32 first = firstCells[described[c].source];
+        if (described[c].role == Role::Row)
+            csv.addNumber(row.number, 0);
+        else if (described[c].role == Role::Occurrence)
+            csv.addNumber(row.occurrence + 1, 0);
+        else if (cells[c] < 0 || first == ConversionRows::NoCell)
+            columns[c].addNothing(csv);
+        else
+            columns[c].add(csv, rows.batch(), first + quint32(cells[c]), columnCounts[c]);
+    }
+    csv.endRow();
+}
+
+bool CsvTarget::Job::finish(const std::function<bool()>& goesOn)
+{
+    DataPackage package(m_dictionary, m_options);
+    for (std::size_t f = 0; f < m_csv.size(); ++f) {
+        m_csv[f].flush();
+        package.addFile(m_plan->files[f], m_columns[f], rowCounts[f], m_csv[f].size());
+    }
+    if (!goesOn()) {
+        abandon();
+        return false;
+    }
+    package.write(
+        m_files->descriptor(m_csv.size()), ConvertedFiles::path(m_folder, DataPackage::fileName()));
+    m_files->publish();
+    return true;
+}
+
+void CsvTarget::Job::abandon() noexcept
+{
+    m_files.reset();
+}
+
+CsvTarget::CsvTarget(
+    const QString& folder, const DataDictionary& dictionary, const CsvOptions& options)
+    : m_job(std::make_unique<Job>(folder, dictionary, options))
+{
+}
+
+CsvTarget::~CsvTarget() = default;
+
+ConversionFormat CsvTarget::format() const
+{
+    return ConversionFormat::Csv;
+}
+
+QString CsvTarget::name() const
+{
+    return m_job->m_folder;
+}
+
+void CsvTarget::begin(const ConversionPlan& plan)
+{
+    m_job->begin(plan);
+}
+
+void CsvTarget::append(int file, const ConversionRows& rows)
+{
+    m_job->append(file, rows);
+}
+
+const std::vector<std::vector<ConversionCounts>>& CsvTarget::counts() const
+{
+    return m_job->counts;
+}
+
+const std::vector<qint64>& CsvTarget::rows() const
+{
+    return m_job->rowCounts;
+}
+
+bool CsvTarget::finish(const std::function<bool()>& goesOn)
+{
+    return m_job->finish(goesOn);
+}
+
+void CsvTarget::abandon() noexcept
+{
+    m_job->abandon();
+}
+
+} // namespace tessel

@@ -1,0 +1,442 @@
+#include <tessel_data/DataPackage_p.h>
+
+#include <tessel_data/DataError.h>
+#include <tessel_data/QuantityLabel_p.h>
+
+#include <model_Tessel/StatDictionary.h>
+#include <model_Tessel/UtilStrings.h>
+
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+
+namespace tessel {
+
+namespace {
+
+QString profile(const char* name)
+{
+    return QStringLiteral("https://datapackage.org/profiles/2.0/%1.json").arg(QLatin1String(name));
+}
+
+// Small letters, digits, ".", "_" and "-", as names of packages and resources are.
+QString slugOf(const QString& name)
+{
+    QString slug;
+    for (const QChar character : name.toLower()) {
+        const ushort code = character.unicode();
+        const bool isPlain = (code >= 'a' && code <= 'z') || (code >= '0' && code <= '9')
+            || code == '.' || code == '_' || code == '-';
+        slug += isPlain ? character : QLatin1Char('-');
+    }
+    return slug.isEmpty() ? QStringLiteral("data") : slug;
+}
+
+QString shown(const QString& text)
+{
+    return QString(text).replace(QChar(u'\0'), QChar(u'\u2400'));
+}
+
+void insertText(QJsonObject& object, const char* key, const QString& text)
+{
+    if (!text.isEmpty())
+        object.insert(QLatin1String(key), shown(text));
+}
+
+QString nameOf(Special special)
+{
+    switch (special) {
+    case Special::Missing:
+        return QStringLiteral("missing");
+    case Special::NotApplicable:
+        return QStringLiteral("not applicable");
+    case Special::Refused:
+        return QStringLiteral("refused");
+    case Special::Default:
+        return QStringLiteral("default");
+    case Special::None:
+        break;
+    }
+    return QString();
+}
+
+bool isMissing(Special special)
+{
+    return special == Special::Missing || special == Special::NotApplicable
+        || special == Special::Refused;
+}
+
+QJsonObject dialect()
+{
+    return { { QStringLiteral("$schema"), profile("tabledialect") },
+        { QStringLiteral("header"), true }, { QStringLiteral("delimiter"), QStringLiteral(",") },
+        { QStringLiteral("lineTerminator"), QStringLiteral("\r\n") },
+        { QStringLiteral("quoteChar"), QStringLiteral("\"") },
+        { QStringLiteral("doubleQuote"), true } };
+}
+
+QJsonObject labelled(const QJsonValue& value, const QString& label)
+{
+    QJsonObject object { { QStringLiteral("value"), value } };
+    insertText(object, "label", label);
+    return object;
+}
+
+} // namespace
+
+// One code of a set that stands for values no earlier one stands for.
+struct DataPackage::Code {
+    int entry = 0;
+    Special special = Special::None;
+    QString low; // as cells are written
+    QString high; // of a range
+    qint64 number = 0;
+    double real = 0;
+    bool isBlank = false;
+};
+
+namespace {
+
+template <typename Code>
+std::vector<Code> codesIn(const CodeTable& table, const DataVariable& variable)
+{
+    std::vector<Code> codes;
+    for (const auto& segment : table.numbers()) {
+        codes.push_back({ segment.entry, segment.special,
+            numberText(segment.low, variable.decimals),
+            segment.low == segment.high ? QString() : numberText(segment.high, variable.decimals),
+            segment.low, 0, false });
+    }
+    for (const auto& segment : table.reals()) {
+        codes.push_back({ segment.entry, segment.special, realText(segment.low),
+            segment.low == segment.high ? QString() : realText(segment.high), qint64(segment.low),
+            segment.low, false });
+    }
+    for (const auto& [text, match] : table.texts()) {
+        codes.push_back({ match.entry, match.special,
+            QString::fromUtf8(text.data(), int(text.size())), QString(), 0, 0, false });
+    }
+    if (table.blank().isCode)
+        codes.push_back(
+            { table.blank().entry, table.blank().special, QString(), QString(), 0, 0, true });
+    std::stable_sort(codes.begin(), codes.end(),
+        [](const Code& first, const Code& second) { return first.entry < second.entry; });
+    return codes;
+}
+
+} // namespace
+
+DataPackage::DataPackage(const DataDictionary& dictionary, const CsvOptions& options)
+    : m_dictionary(dictionary)
+    , m_options(options)
+{
+}
+
+// Of the types of Stata some are whole; a number of SPSS may have decimals that are not shown.
+bool DataPackage::areWhole(const ConversionColumn& column) const
+{
+    const TStatFileDescription* const description = m_dictionary.description.get();
+    if (!description || description->kind != TStatFileKind::Stata)
+        return false;
+    const readstat_type_t type = description->variables.at(column.variable).type;
+    return type == READSTAT_TYPE_INT8 || type == READSTAT_TYPE_INT16 || type == READSTAT_TYPE_INT32;
+}
+
+QString DataPackage::typeOf(const ConversionColumn& column, const DataVariable* variable) const
+{
+    const bool hasLabels = m_options.hasLabels && variable && !variable->valueSets.isEmpty();
+    if (column.isText() || hasLabels)
+        return QStringLiteral("string");
+    if (variable && variable->type == DataVariable::Type::Real)
+        return areWhole(column) ? QStringLiteral("integer") : QStringLiteral("number");
+    return column.decimals > 0 ? QStringLiteral("number") : QStringLiteral("integer");
+}
+
+// What stands in a cell for a code.
+QString DataPackage::cellText(
+    const DataVariable& variable, const QString& code, const QString& label) const
+{
+    if (variable.valueSets.isEmpty())
+        return shown(code);
+    const QString quantity =
+        quantityLabelOf(m_dictionary.valueSets[std::size_t(variable.valueSets.constFirst())]);
+    const bool isLabel = m_options.hasLabels && !label.isEmpty()
+        && (quantity.isEmpty() || label != m_dictionary.labelText(quantity));
+    return shown(isLabel ? label : code);
+}
+
+// Of codes that are one value each; a range has no list of its values.
+QJsonArray DataPackage::missingValues(int index) const
+{
+    const DataVariable& variable = m_dictionary.variables[std::size_t(index)];
+    QString blankLabel;
+    std::vector<std::pair<QString, QString>> values; // and their labels
+    if (!variable.valueSets.isEmpty()) {
+        const int set = variable.valueSets.constFirst();
+        const QVector<DataCode>& source = m_dictionary.valueSets[std::size_t(set)].codes;
+        for (const Code& code : codesIn<Code>(m_dictionary.codesOf(set, variable), variable)) {
+            const QString label = m_dictionary.labelText(source.at(code.entry).label);
+            if (code.isBlank)
+                blankLabel = label;
+            else if (code.high.isNull()
+                && (isMissing(code.special) || isMissingInFile(index, code)))
+                values.emplace_back(code.low, label);
+        }
+    }
+    for (const QString& value : missingInFile(index)) {
+        const bool isKnown = std::any_of(values.begin(), values.end(),
+            [&value](const auto& known) { return known.first == value; });
+        if (!isKnown)
+            values.emplace_back(value, kindLabel(variable, value));
+    }
+    QJsonArray result;
+    const QString blank = blankLabel.isEmpty() ? QString() : cellText(variable, {}, blankLabel);
+    result.append(labelled(QString(), blank.isEmpty() ? blankLabel : QString()));
+    if (!blank.isEmpty())
+        result.append(labelled(blank, blankLabel));
+    for (const auto& [value, label] : values)
+        result.append(labelled(label.isEmpty() ? value : cellText(variable, value, label), label));
+    return result;
+}
+
+// The file of SPSS tells it apart from the labels.
+bool DataPackage::isMissingInFile(int index, const Code& code) const
+{
+    if (!m_dictionary.description)
+        return false;
+    const auto& ranges = m_dictionary.description->variables.at(index).missingRanges;
+    const bool isText = m_dictionary.variables[std::size_t(index)].type == DataVariable::Type::Text;
+    return std::any_of(ranges.begin(), ranges.end(), [&](const TStatMissingRange& range) {
+        return isText ? withoutTrailingBlanks(range.low.text) == code.low
+                      : range.low.number <= code.real && code.real <= range.high.number;
+    });
+}
+
+// Single values, and the kinds of Stata.
+QStringList DataPackage::missingInFile(int index) const
+{
+    QStringList values;
+    if (!m_dictionary.description)
+        return values;
+    const bool isText = m_dictionary.variables[std::size_t(index)].type == DataVariable::Type::Text;
+    for (const TStatMissingRange& range :
+        m_dictionary.description->variables.at(index).missingRanges) {
+        if (isText)
+            values.append(withoutTrailingBlanks(range.low.text));
+        else if (range.low.number == range.high.number)
+            values.append(realText(range.low.number));
+    }
+    for (char kind = 'a'; m_dictionary.hasMissingKinds && !isText && kind <= 'z'; ++kind)
+        values.append(QStringLiteral(".%1").arg(QLatin1Char(kind)));
+    return values;
+}
+
+QString DataPackage::kindLabel(const DataVariable& variable, const QString& kind) const
+{
+    if (!m_dictionary.hasMissingKinds || variable.valueSets.isEmpty())
+        return QString();
+    for (const DataCode& code :
+        m_dictionary.valueSets[std::size_t(variable.valueSets.constFirst())].codes) {
+        if (code.code == kind && code.special == Special::Missing)
+            return code.label;
+    }
+    return QString();
+}
+
+QJsonArray DataPackage::categories(int index, const QString& type) const
+{
+    const DataVariable& variable = m_dictionary.variables[std::size_t(index)];
+    QJsonArray values;
+    const int set = variable.valueSets.constFirst();
+    const QVector<DataCode>& source = m_dictionary.valueSets[std::size_t(set)].codes;
+    for (const Code& code : codesIn<Code>(m_dictionary.codesOf(set, variable), variable)) {
+        const QString label = m_dictionary.labelText(source.at(code.entry).label);
+        if (!code.high.isNull())
+            return {};
+        if (code.isBlank || isMissing(code.special) || isMissingInFile(index, code))
+            continue;
+        const QJsonValue value = type == QLatin1String("integer")
+            ? QJsonValue(code.number)
+            : QJsonValue(cellText(variable, code.low, label));
+        const bool isKnown = std::any_of(values.begin(), values.end(), [&](const auto& known) {
+            return known.toObject().value(QLatin1String("value")) == value;
+        });
+        if (!isKnown) // as two codes may have one label
+            values.append(labelled(value, label));
+    }
+    return values;
+}
+
+// Categories are all values that there may be, so data that have others have none.
+void DataPackage::addCodes(QJsonObject& field, int index, const CsvColumn& values)
+{
+    const DataVariable& variable = m_dictionary.variables[std::size_t(index)];
+    const QString type = field.value(QLatin1String("type")).toString();
+    if (type != QLatin1String("number") && variable.codes && !variable.valueSets.isEmpty()
+        && !values.hasOthers()) {
+        const QJsonArray list = categories(index, type);
+        if (!list.isEmpty())
+            field.insert(QStringLiteral("categories"), list);
+    }
+    const QJsonArray missing = missingValues(index);
+    if (missing.size() > 1 || missing.at(0).toObject().size() > 1)
+        field.insert(QStringLiteral("missingValues"), missing);
+    QJsonArray sets;
+    for (const int set : variable.valueSets)
+        sets.append(valueSetName(set));
+    if (!sets.isEmpty())
+        field.insert(QStringLiteral("tessel:valueSets"), sets);
+    const QJsonArray ranges = missingRanges(index);
+    if (!ranges.isEmpty())
+        field.insert(QStringLiteral("tessel:missingRanges"), ranges);
+}
+
+QJsonArray DataPackage::missingRanges(int index) const
+{
+    const DataVariable& variable = m_dictionary.variables[std::size_t(index)];
+    QJsonArray ranges;
+    const auto add = [&ranges](const QString& from, const QString& to) {
+        ranges.append(
+            QJsonObject { { QStringLiteral("from"), from }, { QStringLiteral("to"), to } });
+    };
+    if (!variable.valueSets.isEmpty()) {
+        const int set = variable.valueSets.constFirst();
+        for (const Code& code : codesIn<Code>(m_dictionary.codesOf(set, variable), variable)) {
+            if (isMissing(code.special) && !code.high.isNull())
+                add(code.low, code.high);
+        }
+    }
+    if (!m_dictionary.description || variable.type == DataVariable::Type::Text)
+        return ranges;
+    for (const TStatMissingRange& range :
+        m_dictionary.description->variables.at(index).missingRanges) {
+        if (range.low.number != range.high.number)
+            add(realText(range.low.number), realText(range.high.number));
+    }
+    return ranges;
+}
+
+QString DataPackage::valueSetName(int set)
+{
+    QString& name = m_sets[set];
+    if (name.isNull()) {
+        const QString& wanted = m_dictionary.valueSets[std::size_t(set)].name;
+        name = shown(m_setNames.take(wanted.isEmpty() ? QStringLiteral("values") : wanted));
+        QJsonObject object = valueSet(set);
+        object.insert(QStringLiteral("name"), name);
+        m_valueSets.append(object);
+    }
+    return name;
+}
+
+// All codes as the dictionary has them.
+QJsonObject DataPackage::valueSet(int set) const
+{
+    const DataValueSet& source = m_dictionary.valueSets[std::size_t(set)];
+    QJsonArray values;
+    for (const DataCode& code : source.codes) {
+        QJsonObject value { { QStringLiteral("value"), shown(code.code) } };
+        if (!code.highCode.isNull())
+            value.insert(QStringLiteral("to"), shown(code.highCode));
+        insertText(value, "label", m_dictionary.labelText(code.label));
+        insertText(value, "special", nameOf(code.special));
+        values.append(value);
+    }
+    QJsonObject object { { QStringLiteral("values"), values } };
+    insertText(object, "title", m_dictionary.labelText(source.label));
+    return object;
+}
+
+QJsonObject DataPackage::field(const ConversionColumn& column, const CsvColumn& values)
+{
+    const DataVariable* const variable =
+        column.variable < 0 ? nullptr : &m_dictionary.variables[std::size_t(column.variable)];
+    QJsonObject field { { QStringLiteral("name"), column.name },
+        { QStringLiteral("type"), typeOf(column, variable) },
+        { QStringLiteral("format"), QStringLiteral("default") } };
+    insertText(field, "title", column.label);
+    insertText(field, "tessel:format", column.format);
+    QJsonObject constraints;
+    if (column.isId && !values.hasBlanks())
+        constraints.insert(QStringLiteral("required"), true);
+    if (column.isText() && !m_options.hasLabels && column.width > 0
+        && values.longest() <= column.width)
+        constraints.insert(QStringLiteral("maxLength"), column.width);
+    if (!constraints.isEmpty())
+        field.insert(QStringLiteral("constraints"), constraints);
+    if (variable)
+        addCodes(field, column.variable, values);
+    return field;
+}
+
+// As the dictionary says it: a case has one row at most.
+QStringList DataPackage::primaryKey(const ConversionFile& file) const
+{
+    QStringList names;
+    bool hasRow = false;
+    for (const ConversionColumn& column : file.columns) {
+        const bool isRow = column.role != ConversionColumn::Role::Value;
+        hasRow = hasRow || column.role == ConversionColumn::Role::Row;
+        if ((column.isId && column.source == 0) || isRow)
+            names.append(column.name);
+    }
+    const DataRecord& record = m_dictionary.records[std::size_t(file.records.constFirst())];
+    return record.maximum == 1 || hasRow ? names : QStringList();
+}
+
+void DataPackage::addFile(
+    const ConversionFile& file, const std::vector<CsvColumn>& columns, qint64 rows, qint64 bytes)
+{
+    QJsonArray fields;
+    for (std::size_t c = 0; c < columns.size(); ++c)
+        fields.append(field(file.columns.at(int(c)), columns[c]));
+    QJsonObject schema { { QStringLiteral("$schema"), profile("tableschema") },
+        { QStringLiteral("fields"), fields },
+        { QStringLiteral("fieldsMatch"), QJsonArray { QStringLiteral("exact") } },
+        { QStringLiteral("missingValues"), QJsonArray { QString() } } };
+    const QStringList key = primaryKey(file);
+    if (!key.isEmpty())
+        schema.insert(QStringLiteral("primaryKey"), QJsonArray::fromStringList(key));
+    QJsonObject resource { { QStringLiteral("name"),
+                               m_resourceNames.take(
+                                   slugOf(file.name.section(QLatin1Char('.'), 0, -2))) },
+        { QStringLiteral("type"), QStringLiteral("table") }, { QStringLiteral("path"), file.name },
+        { QStringLiteral("scheme"), QStringLiteral("file") },
+        { QStringLiteral("format"), QStringLiteral("csv") },
+        { QStringLiteral("mediatype"), QStringLiteral("text/csv") },
+        { QStringLiteral("encoding"), QStringLiteral("utf-8") }, { QStringLiteral("bytes"), bytes },
+        { QStringLiteral("tessel:rows"), rows },
+        { QStringLiteral("tessel:record"), file.recordName },
+        { QStringLiteral("dialect"), dialect() }, { QStringLiteral("schema"), schema } };
+    insertText(resource, "title", file.label);
+    m_resources.append(resource);
+}
+
+void DataPackage::write(int descriptor, const QString& path) const
+{
+    QJsonObject package { { QStringLiteral("$schema"), profile("datapackage") },
+        { QStringLiteral("name"), slugOf(m_dictionary.name) },
+        { QStringLiteral("resources"), m_resources } };
+    insertText(package, "title", m_dictionary.labelText(m_dictionary.label));
+    if (!m_valueSets.isEmpty())
+        package.insert(QStringLiteral("tessel:valueSets"), m_valueSets);
+    const QByteArray text = QJsonDocument(package).toJson();
+    qint64 done = 0;
+    while (done < text.size()) {
+        const ssize_t count =
+            ::write(descriptor, text.constData() + done, std::size_t(text.size() - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0) {
+            throw DataError(DataError::Code::CannotWrite, path,
+                QStringLiteral("cannot be written: ")
+                    + QString::fromLocal8Bit(std::strerror(errno)));
+        }
+        done += count;
+    }
+}
+
+} // namespace tessel

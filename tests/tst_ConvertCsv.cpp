@@ -1,0 +1,450 @@
+// Has Python read the CSV files that "tessel convert" made as their datapackage.json says, and
+// compares them with a slice of their own.
+#include "ComparedRecords.h"
+#include "RunTessel.h"
+#include "StatContents.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+bool hasPython()
+{
+    return !QStandardPaths::findExecutable("python3").isEmpty();
+}
+
+QString specialOf(const TValueSetItem& entry)
+{
+    static const QStringList names { "", "missing", "not applicable", "refused", "default" };
+    return entry.special ? names.value(entry.type) : QString();
+}
+
+QString withoutNull(const QString& text)
+{
+    return QString(text).replace(QChar(0), QChar(0x2400));
+}
+
+QByteArray oneItem(const QByteArray& more, int length = 6)
+{
+    return "[Dictionary]\nVersion=CSPro 7.7\nLabel=Made\nName=MADE\nRecordTypeStart=0\n"
+           "RecordTypeLen=0\nPositions=Absolute\nZeroFill=No\nDecimalChar=No\n\n[Level]\n"
+           "Label=Level\nName=LEVEL\n\n[IdItems]\n\n[Record]\nLabel=R\nName=R\n"
+           "RecordTypeValue=''\nRecordLen=9\n\n[Item]\nLabel=N\nName=N\nStart=1\nLen="
+        + QByteArray::number(length) + "\n" + more + "\n";
+}
+
+} // namespace
+
+class tst_ConvertCsv : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void everyCell_data();
+    void everyCell();
+    void valueSetsAreWhole_data();
+    void valueSetsAreWhole();
+    void labels();
+    void statFiles_data();
+    void statFiles();
+    void dbs_data();
+    void dbs();
+    void numbers();
+    void texts();
+    void oneEmptyCell();
+    void spreadsheet();
+    void categoriesFollowTheData();
+    void missingKinds();
+    void manyColumns();
+    void nothingIsLeftBehind();
+    void usage_data();
+    void usage();
+
+private:
+    QString path(const QString& name) const
+    {
+        return m_folder->filePath("out/" + name);
+    }
+    Outcome convert(const QStringList& sources, const QStringList& more = {}) const
+    {
+        return runTessel(QStringList { "convert" } + sources
+            + QStringList { "--to", "csv", "-o", m_folder->filePath("out") } + more);
+    }
+    ReadRecords readBack();
+    QJsonObject package() const
+    {
+        return QJsonDocument::fromJson(readFile(path("datapackage.json"))).object();
+    }
+    QJsonObject field(const QString& name, int resource = 0) const;
+    QByteArray convertItem(const QByteArray& item, const QByteArray& data,
+        const QStringList& more = {}, int length = 6);
+
+    QScopedPointer<QTemporaryDir> m_folder;
+    QByteArray m_errors; // of Python
+};
+
+void tst_ConvertCsv::init()
+{
+    m_folder.reset(new QTemporaryDir);
+}
+
+ReadRecords tst_ConvertCsv::readBack()
+{
+    const Outcome outcome =
+        runProgram("python3", { TESSEL_TEST_DATA "/check_package.py", m_folder->filePath("out") });
+    m_errors = outcome.errors;
+    return parsedRecords(outcome.output);
+}
+
+QJsonObject tst_ConvertCsv::field(const QString& name, int resource) const
+{
+    const QJsonObject schema =
+        package().value("resources").toArray().at(resource).toObject().value("schema").toObject();
+    for (const QJsonValue& value : schema.value("fields").toArray()) {
+        if (value.toObject().value("name") == name)
+            return value.toObject();
+    }
+    return {};
+}
+
+// The CSV file of a record R without a header, of lines that one item describes.
+QByteArray tst_ConvertCsv::convertItem(
+    const QByteArray& item, const QByteArray& data, const QStringList& more, int length)
+{
+    const QString dictionary = m_folder->filePath("d.dcf");
+    const QString file = m_folder->filePath("d.dat");
+    if (!writeFile(dictionary, oneItem(item, length)) || !writeFile(file, data))
+        return "cannot be written";
+    const Outcome outcome = convert({ dictionary, file }, more + QStringList { "--overwrite" });
+    if (outcome.status != 0)
+        return outcome.errors;
+    const QByteArray csv = readFile(path("R.csv"));
+    return csv.mid(csv.indexOf('\n') + 1);
+}
+
+void tst_ConvertCsv::everyCell_data()
+{
+    addPairs();
+}
+
+void tst_ConvertCsv::everyCell()
+{
+    QFETCH(QString, base);
+    if (!hasPython())
+        QSKIP("python3 is not installed");
+    const Outcome outcome = convert({ base + ".dcf", base + ".dat" });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    const ReadRecords found = readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+    const Slice slice(base + ".dcf", base + ".dat");
+    TCSPro reader;
+    reader.setReading(CSProReading::AsWritten);
+    reader.loadFromFile(base + ".dcf");
+    int rows = 0;
+    for (const TCSProRecord* record : qAsConst(*reader.records)) {
+        const auto items = itemsOf(reader, *record);
+        const ReadRecord& read = found[record->name];
+        QCOMPARE(read.columns.size(), items.size());
+        QVector<QStringList> expected;
+        for (const QStringList& row : slice.rowsOf(record->name))
+            expected.append(row.mid(2));
+        QCOMPARE(sameRows(read.rows), sameRows(expected));
+        for (int i = 0; i < items.size(); ++i) {
+            const ReadColumn& column = read.columns.at(i);
+            QCOMPARE(column.name, items.at(i)->name);
+            QCOMPARE(column.label, fullLabelOf(*items.at(i)));
+            QCOMPARE(missingOf(column), expectedOf(*items.at(i), false).missing);
+        }
+        rows += read.rows.size();
+    }
+    QVERIFY(rows > 0);
+}
+
+void tst_ConvertCsv::valueSetsAreWhole_data()
+{
+    addPairs();
+}
+
+// Each set as the dictionary has it: ranges, special values, further sets.
+void tst_ConvertCsv::valueSetsAreWhole()
+{
+    QFETCH(QString, base);
+    QCOMPARE(convert({ base + ".dcf", base + ".dat" }).status, 0);
+    QHash<QString, QJsonArray> sets;
+    for (const QJsonValue& set : package().value("tessel:valueSets").toArray()) {
+        sets.insert(
+            set.toObject().value("name").toString(), set.toObject().value("values").toArray());
+    }
+    TCSPro reader;
+    reader.setReading(CSProReading::AsWritten);
+    reader.loadFromFile(base + ".dcf");
+    int resource = -1;
+    for (const TCSProRecord* record : qAsConst(*reader.records)) {
+        const auto items = itemsOf(reader, *record);
+        resource += items.isEmpty() ? 0 : 1;
+        for (const TCSProItem* item : items) {
+            const QJsonArray names =
+                field(item->name, resource).value("tessel:valueSets").toArray();
+            QCOMPARE(names.size(), item->valueSets->size());
+            for (int i = 0; i < names.size(); ++i) {
+                const TCSProValueSet& set = *item->getValueSet(i);
+                QJsonArray expected;
+                for (const TValueSetItem* entry : qAsConst(*set.items)) {
+                    QJsonObject value { { "value", entry->code } };
+                    if (!set.detail(entry).highCode.isNull())
+                        value.insert("to", set.detail(entry).highCode);
+                    const QString label = labelText(reader, entry->label);
+                    if (!label.isEmpty())
+                        value.insert("label", withoutNull(label));
+                    if (!specialOf(*entry).isEmpty())
+                        value.insert("special", specialOf(*entry));
+                    expected.append(value);
+                }
+                QCOMPARE(sets.value(names.at(i).toString()), expected);
+            }
+        }
+    }
+    QVERIFY(resource >= 0);
+}
+
+void tst_ConvertCsv::labels()
+{
+    if (!hasPython())
+        QSKIP("python3 is not installed");
+    const QString base = TESSEL_EXAMPLES "/census";
+    QCOMPARE(convert({ base + ".dcf", base + ".dat" }, { "--labels" }).status, 0);
+    const ReadRecords found = readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+    const Slice slice(base + ".dcf", base + ".dat");
+    for (const QString& record : slice.recordNames()) {
+        QVector<QStringList> expected;
+        for (const QStringList& row : slice.labelRowsOf(record))
+            expected.append(row.mid(2));
+        const auto rows = sameRows(found[record].rows);
+        expected = sameRows(expected);
+        QCOMPARE(rows.size(), expected.size());
+        for (int i = 0; i < rows.size(); ++i)
+            QCOMPARE(rows.at(i), expected.at(i));
+    }
+    QCOMPARE(field("SEX", 1).value("type").toString(), QString("string"));
+}
+
+void tst_ConvertCsv::statFiles_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("csv");
+    const QDir examples(QStringLiteral(TESSEL_EXAMPLES));
+    for (const char* name : { "household.sav", "person.sav", "household.dta", "person.dta" }) {
+        QTest::newRow(name) << examples.filePath(QString::fromLatin1(name))
+                            << QString::fromLatin1(name).section('.', 0, 0) + ".csv";
+    }
+}
+
+void tst_ConvertCsv::statFiles()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, csv);
+    if (!hasPython())
+        QSKIP("python3 is not installed");
+    const Outcome outcome = convert({ file });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    QVERIFY(QFile::exists(path(csv)));
+    const ReadRecords found = readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+    QCOMPARE(found.size(), 1);
+    const ReadRecord record = *found.begin();
+    const StatContents contents = StatContents::read(file);
+    QCOMPARE(contents.error, 0);
+    QCOMPARE(sameRows(record.rows), sameRows(contents.rows));
+    QCOMPARE(record.columns.size(), contents.variables.size());
+    for (int i = 0; i < record.columns.size(); ++i) {
+        QCOMPARE(record.columns.at(i).name, contents.variables.at(i).name);
+        QCOMPARE(record.columns.at(i).label, contents.variables.at(i).label);
+        QCOMPARE(field(contents.variables.at(i).name).value("tessel:format").toString(),
+            contents.variables.at(i).format);
+        for (const QString& missing : contents.variables.at(i).missing)
+            QVERIFY2(record.columns.at(i).missing.contains(missing), qPrintable(missing));
+    }
+}
+
+void tst_ConvertCsv::dbs_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("schema 2") << QString(TESSEL_TEST_DATA "/levels_schema2.csdb");
+    QTest::newRow("schema 3") << QString(TESSEL_TEST_DATA "/levels_schema3.csdb");
+}
+
+// The cases of both stand as text in a file, too.
+void tst_ConvertCsv::dbs()
+{
+    QFETCH(QString, file);
+    if (!hasPython())
+        QSKIP("python3 is not installed");
+    const QByteArray script = "import sqlite3, sys\n"
+                              "sys.stdout.write(sqlite3.connect('file:' + sys.argv[1] + "
+                              "'?mode=ro', uri=True).execute("
+                              "'SELECT dictionary FROM meta').fetchone()[0])\n";
+    const QString dictionary = m_folder->filePath("d.dcf");
+    QVERIFY(writeFile(dictionary, runProgram("python3", { "-c", script, file }).output));
+    const Outcome outcome = convert({ file });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    const ReadRecords found = readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+    QVERIFY(!found.isEmpty());
+    const Outcome text = runTessel({ "convert", dictionary, TESSEL_TEST_DATA "/data_levels.dat",
+        "--to", "csv", "-o", m_folder->filePath("text") });
+    QVERIFY2(text.status == 0, text.errors.constData());
+    for (const QString& name : QDir(path("")).entryList({ "*.csv" }))
+        QCOMPARE(readFile(path(name)), readFile(m_folder->filePath("text/" + name)));
+}
+
+void tst_ConvertCsv::numbers()
+{
+    QCOMPARE(convertItem("Decimal=2\n", "  1234\n    -5\n  1.5\n 12,25\n- 7\n     0\n   x\n"),
+        QByteArray("12.34\r\n-0.05\r\n1.50\r\n12.25\r\n-0.07\r\n0.00\r\n\"\"\r\n"));
+    QCOMPARE(field("N").value("type").toString(), QString("number"));
+    QCOMPARE(convertItem("", "000007\n -0012\n"), QByteArray("7\r\n-12\r\n"));
+    QCOMPARE(field("N").value("type").toString(), QString("integer"));
+    QCOMPARE(convertItem("", "00012345678901234567890\n", {}, 23),
+        QByteArray("12345678901234567890\r\n"));
+    QCOMPARE(convertItem("Decimal=3\n", "  -12345678901234567890\n                   .5", {}, 23),
+        QByteArray("-12345678901234567.890\r\n0.500\r\n"));
+}
+
+void tst_ConvertCsv::texts()
+{
+    const QByteArray line = "a,\"b\" \xE2\x90\xA4 c\n plain\n=1+1\n\xC3\xA9\n";
+    QCOMPARE(convertItem("DataType=Alpha\n", line, {}, 20),
+        QByteArray("\"a,\"\"b\"\" \n c\"\r\n plain\r\n=1+1\r\n\xC3\xA9\r\n"));
+    const QString dictionary = m_folder->filePath("d.dcf");
+    const Outcome outcome = [&] {
+        writeFile(m_folder->filePath("d.dat"), QByteArray("a\0b\n", 4));
+        return convert({ dictionary, m_folder->filePath("d.dat") }, { "--overwrite" });
+    }();
+    QVERIFY2(outcome.errors.contains("null character"), outcome.errors.constData());
+    QVERIFY(readFile(path("R.csv"))
+                .contains("a\xE2\x90\x80"
+                          "b\r\n"));
+    const QByteArray large(30'000, 'x');
+    QCOMPARE(convertItem("DataType=Alpha\n", large + '\n', {}, 30'000), large + "\r\n");
+}
+
+// An empty line would be no row.
+void tst_ConvertCsv::oneEmptyCell()
+{
+    if (!hasPython())
+        QSKIP("python3 is not installed");
+    QCOMPARE(convertItem("", "     1\n~\n     x\n     2\n"), QByteArray("1\r\n\"\"\r\n2\r\n"));
+    QCOMPARE(readBack().value("R").rows.size(), 3);
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+}
+
+void tst_ConvertCsv::spreadsheet()
+{
+    const QByteArray lines = "=1+1\n+5\n-5.5\n-x\n@a\n\xEF\xBC\x9D"
+                             "1\n\"=\n";
+    const QByteArray csv = convertItem("DataType=Alpha\n", lines, { "--spreadsheet" }, 8);
+    QCOMPARE(csv,
+        QByteArray("'=1+1\r\n'+5\r\n-5.5\r\n'-x\r\n'@a\r\n'\xEF\xBC\x9D"
+                   "1\r\n\"\"\"=\"\r\n"));
+    QVERIFY(readFile(path("R.csv")).startsWith("\xEF\xBB\xBFN\r\n"));
+    if (hasPython())
+        readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+}
+
+// Data that leave their value set have no categories, as these are all values there are.
+void tst_ConvertCsv::categoriesFollowTheData()
+{
+    const QByteArray set = "\n[ValueSet]\nLabel=S\nName=S\nValue=1;One\nValue=2;Two\nValue=9;None\n"
+                           "Name=MISSING,Special\n";
+    convertItem(set, "     1\n     9\n      \n");
+    QCOMPARE(field("N").value("categories").toArray(),
+        (QJsonArray { QJsonObject { { "value", 1 }, { "label", "One" } },
+            QJsonObject { { "value", 2 }, { "label", "Two" } } }));
+    QCOMPARE(field("N").value("missingValues").toArray(),
+        (QJsonArray { QJsonObject { { "value", "" } },
+            QJsonObject { { "value", "9" }, { "label", "None" } } }));
+    convertItem(set, "     1\n     3\n");
+    QVERIFY(!field("N").contains("categories"));
+    QVERIFY(field("N").contains("tessel:valueSets"));
+    QCOMPARE(convertItem(set, "     1\n     3\n     9\n", { "--labels" }),
+        QByteArray("One\r\n3\r\nNone\r\n"));
+    QCOMPARE(field("N").value("missingValues").toArray().at(1).toObject().value("value").toString(),
+        QString("None"));
+}
+
+void tst_ConvertCsv::missingKinds()
+{
+    QCOMPARE(convert({ QString(TESSEL_EXAMPLES "/person.dta") }).status, 0);
+    bool isFound = false;
+    const QJsonArray fields = package()
+                                  .value("resources")
+                                  .toArray()
+                                  .at(0)
+                                  .toObject()
+                                  .value("schema")
+                                  .toObject()
+                                  .value("fields")
+                                  .toArray();
+    for (const QJsonValue& value : fields) {
+        for (const QJsonValue& missing : value.toObject().value("missingValues").toArray())
+            isFound = isFound || missing.toObject().value("value").toString() == ".a";
+    }
+    QVERIFY(isFound);
+}
+
+void tst_ConvertCsv::manyColumns()
+{
+    QByteArray line;
+    for (int i = 0; i < 10'000; ++i)
+        line += char('0' + i % 10);
+    convertItem("Occurrences=10000\n", line + '\n' + line + '\n', {}, 1);
+    const QList<QByteArray> rows = readFile(path("R.csv")).split('\n');
+    QCOMPARE(rows.size(), 4);
+    for (int row = 1; row < 3; ++row) {
+        QCOMPARE(rows.at(row).count(','), 9999);
+        QCOMPARE(QByteArray(rows.at(row)).replace(",", "").trimmed(), line);
+    }
+}
+
+void tst_ConvertCsv::nothingIsLeftBehind()
+{
+    const QString base = TESSEL_EXAMPLES "/census";
+    QVERIFY(QDir().mkpath(path("")));
+    QVERIFY(writeFile(path("datapackage.json"), "mine"));
+    const Outcome outcome = convert({ base + ".dcf", base + ".dat" });
+    QCOMPARE(outcome.status, 1);
+    QCOMPARE(QDir(path("")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+        QStringList { "datapackage.json" });
+    QCOMPARE(readFile(path("datapackage.json")), QByteArray("mine"));
+}
+
+void tst_ConvertCsv::usage_data()
+{
+    QTest::addColumn<QStringList>("more");
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("labels of Stata")
+        << QStringList { "--to", "stata", "--labels" } << QByteArray("--labels is for --to csv");
+    QTest::newRow("spreadsheet of SPSS")
+        << QStringList { "--to", "spss", "--spreadsheet" }
+        << QByteArray("--spreadsheet goes with --to csv or --problems FILE.csv only");
+}
+
+void tst_ConvertCsv::usage()
+{
+    QFETCH(QStringList, more);
+    QFETCH(QByteArray, text);
+    const Outcome outcome =
+        runTessel(QStringList { "convert", TESSEL_EXAMPLES "/person.sav", "-o", path("") } + more);
+    QCOMPARE(outcome.status, 2);
+    QVERIFY2(outcome.errors.contains(text), outcome.errors.constData());
+}
+
+QTEST_GUILESS_MAIN(tst_ConvertCsv)
+#include "tst_ConvertCsv.moc"
