@@ -5,9 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cmath>
-#include <cstring>
 #include <unistd.h>
 
 namespace tessel {
@@ -15,7 +13,6 @@ namespace tessel {
 namespace {
 
 constexpr std::size_t Piece = 1 << 20; // bytes
-constexpr std::size_t MostOfNumber = 40; // bytes
 
 // Digits with at most one point among them, behind a minus.
 bool isNegativeNumber(std::string_view text)
@@ -60,63 +57,67 @@ CsvBytes::CsvBytes(int descriptor, const QString& path, bool forSpreadsheet)
     : m_descriptor(descriptor)
     , m_path(path)
     , m_forSpreadsheet(forSpreadsheet)
+    , m_buffer(Piece + Piece / 4, '\0')
 {
-    m_buffer.reserve(Piece + Piece / 4);
-    if (forSpreadsheet)
-        m_buffer += "\xEF\xBB\xBF";
+    if (forSpreadsheet) {
+        constexpr std::string_view mark = "\xEF\xBB\xBF";
+        std::memcpy(room(mark.size()), mark.data(), mark.size());
+        m_rowStart = m_size = mark.size();
+    }
 }
 
-void CsvBytes::append(std::string& cell, std::string_view text) const
+void CsvBytes::grow(std::size_t bytes)
 {
-    const bool isGuarded = m_forSpreadsheet && isFormula(text);
-    if (!needsQuotes(text)) {
-        if (isGuarded)
-            cell += '\'';
-        cell.append(text);
-        return;
-    }
-    cell += isGuarded ? "\"'" : "\"";
-    for (const char character : text) {
-        if (character == '"')
-            cell += '"';
-        cell += character;
-    }
-    cell += '"';
+    m_buffer.resize(2 * m_buffer.size() + bytes);
+}
+
+bool CsvBytes::isGuarded(std::string_view text) const
+{
+    return m_forSpreadsheet && isFormula(text);
 }
 
 std::string CsvBytes::cellOf(std::string_view text) const
 {
     std::string cell;
-    append(cell, text);
+    const bool isQuoted = needsQuotes(text);
+    if (isQuoted)
+        cell += '"';
+    if (isGuarded(text))
+        cell += '\'';
+    for (const char character : text) {
+        if (character == '"')
+            cell += '"';
+        cell += character;
+    }
+    if (isQuoted)
+        cell += '"';
     return cell;
 }
 
 void CsvBytes::addText(std::string_view text)
 {
-    separate();
-    append(m_buffer, text);
+    if (needsQuotes(text) || isGuarded(text))
+        addCell(cellOf(text));
+    else
+        addCell(text);
 }
 
-void CsvBytes::addNumber(qint64 number, int decimals)
+void CsvBytes::addScaled(qint64 number, int decimals)
 {
-    separate();
-    char text[MostOfNumber];
-    char* at = text;
+    char* const begin = room(MostOfNumber);
+    char* at = begin;
     quint64 size = quint64(number);
     if (number < 0) {
         *at++ = '-';
         size = -size;
     }
     const auto power = quint64(powerOfTen(decimals));
-    at = std::to_chars(at, text + sizeof text, size / power).ptr;
-    if (decimals > 0) {
-        *at = '.';
-        quint64 part = size % power;
-        for (char* digit = at + decimals; digit > at; --digit, part /= 10)
-            *digit = char('0' + part % 10);
-        at += decimals + 1;
-    }
-    m_buffer.append(text, std::size_t(at - text));
+    at = std::to_chars(at, begin + MostOfNumber, size / power).ptr;
+    *at = '.';
+    quint64 part = size % power;
+    for (char* digit = at + decimals; digit > at; --digit, part /= 10)
+        *digit = char('0' + part % 10);
+    endNumber(begin, at + decimals + 1);
 }
 
 // Whole ones without an exponent as far as a double tells them apart.
@@ -124,27 +125,29 @@ void CsvBytes::addReal(double number)
 {
     constexpr double mostWhole = 1e17;
     if (std::floor(number) == number && std::abs(number) < mostWhole)
-        return addNumber(qint64(number), 0);
-    separate();
-    char text[MostOfNumber];
-    m_buffer.append(text, std::size_t(std::to_chars(text, text + sizeof text, number).ptr - text));
+        return addNumber(qint64(number));
+    char* const at = room(MostOfNumber);
+    endNumber(at, std::to_chars(at, at + MostOfNumber, number).ptr);
 }
 
 // A line of one empty cell would be none to a reader.
 void CsvBytes::endRow()
 {
-    if (size() == m_rowStart)
-        m_buffer += "\"\"";
-    m_buffer += "\r\n";
-    if (m_buffer.size() >= Piece)
+    const bool isEmpty = m_size == m_rowStart + 1;
+    --m_size; // the last comma
+    const std::string_view end = isEmpty ? "\"\"\r\n" : "\r\n";
+    std::memcpy(room(end.size()), end.data(), end.size());
+    m_size += end.size();
+    m_rowStart = m_size;
+    if (m_size >= Piece)
         flush();
 }
 
 void CsvBytes::flush()
 {
     std::size_t done = 0;
-    while (done < m_buffer.size()) {
-        const ssize_t count = ::write(m_descriptor, m_buffer.data() + done, m_buffer.size() - done);
+    while (done < m_size) {
+        const ssize_t count = ::write(m_descriptor, m_buffer.data() + done, m_size - done);
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0) {
@@ -154,8 +157,8 @@ void CsvBytes::flush()
         }
         done += std::size_t(count);
     }
-    m_written += qint64(m_buffer.size());
-    m_buffer.clear();
+    m_written += qint64(m_size);
+    m_rowStart = m_size = 0;
 }
 
 } // namespace tessel

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <charconv>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -21,23 +23,38 @@ public:
     // A text as it stands in a cell.
     std::string cellOf(std::string_view text) const;
 
-    void beginRow()
-    {
-        m_isFirst = true;
-        m_rowStart = m_written + qint64(m_buffer.size());
-    }
+    // Cells of a row in their order, then endRow(). A comma stands behind each until the row ends.
     void addNothing()
     {
-        separate();
+        *room(1) = ',';
+        ++m_size;
     }
-    void addNumber(qint64 number, int decimals);
+    void addNumber(qint64 number)
+    {
+        char* const at = room(MostOfNumber);
+        if (quint64(number) < 10) { // nearly every code is one digit
+            at[0] = char('0' + number);
+            at[1] = ',';
+            m_size += 2;
+            return;
+        }
+        endNumber(at, std::to_chars(at, at + MostOfNumber, number).ptr);
+    }
+    void addNumber(qint64 number, int decimals)
+    {
+        if (decimals == 0)
+            addNumber(number);
+        else
+            addScaled(number, decimals);
+    }
     void addReal(double number);
     void addText(std::string_view text);
     // What cellOf() made.
     void addCell(std::string_view cell)
     {
-        separate();
-        m_buffer.append(cell);
+        std::memcpy(room(cell.size() + 1), cell.data(), cell.size());
+        m_size += cell.size();
+        m_buffer[m_size++] = ',';
     }
     void endRow();
     void flush();
@@ -45,24 +62,34 @@ public:
     // Of the file so far.
     qint64 size() const
     {
-        return m_written + qint64(m_buffer.size());
+        return m_written + qint64(m_size);
     }
 
 private:
-    void separate()
+    static constexpr std::size_t MostOfNumber = 48; // bytes, with the comma
+
+    // For so many bytes at the end.
+    char* room(std::size_t bytes)
     {
-        if (!m_isFirst)
-            m_buffer += ',';
-        m_isFirst = false;
+        if (m_size + bytes > m_buffer.size())
+            grow(bytes);
+        return &m_buffer[m_size];
     }
-    void append(std::string& cell, std::string_view text) const;
+    void endNumber(const char* begin, char* end)
+    {
+        *end = ',';
+        m_size += std::size_t(end - begin) + 1;
+    }
+    void addScaled(qint64 number, int decimals);
+    void grow(std::size_t bytes);
+    bool isGuarded(std::string_view text) const;
 
     int m_descriptor;
     QString m_path;
     bool m_forSpreadsheet;
-    bool m_isFirst = true;
-    qint64 m_rowStart = 0;
     qint64 m_written = 0;
+    std::size_t m_size = 0; // of what waits in the buffer
+    std::size_t m_rowStart = 0; // in the buffer, which holds whole rows
     std::string m_buffer;
 };
 

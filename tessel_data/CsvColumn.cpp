@@ -56,7 +56,9 @@ CsvLabels::CsvLabels(
 
 CsvColumn::CsvColumn(const ConversionColumn& column, const DataVariable* variable,
     std::shared_ptr<const CsvLabels> labels)
-    : m_decimals(variable && variable->type == DataVariable::Type::Number ? column.decimals : 0)
+    : m_role(column.role)
+    , m_source(column.source)
+    , m_decimals(variable && variable->type == DataVariable::Type::Number ? column.decimals : 0)
     , m_labels(std::move(labels))
 {
 }
@@ -93,10 +95,10 @@ void CsvColumn::addText(CsvBytes& out, std::string_view text, ConversionCounts& 
     out.addText(withPictures(text));
 }
 
-void CsvColumn::add(CsvBytes& out, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
+void CsvColumn::addRare(
+    CsvBytes& out, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
 {
     const ValueState state = batch.states[cell];
-    m_hasOthers |= state.isOutside();
     switch (state.kind()) {
     case ValueKind::Blank:
         return addBlank(out, batch.missingKind(cell));

@@ -35,7 +35,25 @@ public:
     CsvColumn(const ConversionColumn& column, const DataVariable* variable,
         std::shared_ptr<const CsvLabels> labels);
 
-    void add(CsvBytes& out, const DataBatch& batch, quint32 cell, ConversionCounts& counts);
+    // Number of the row and occurrence stand in columns of their own.
+    ConversionColumn::Role role() const
+    {
+        return m_role;
+    }
+    // Index among the records that a row is made of.
+    int source() const
+    {
+        return m_source;
+    }
+
+    void add(CsvBytes& out, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
+    {
+        const ValueState state = batch.states[cell];
+        m_hasOthers |= state.isOutside();
+        if (state.kind() == ValueKind::Number && !m_labels)
+            return out.addNumber(batch.numbers[cell], m_decimals);
+        addRare(out, batch, cell, counts);
+    }
     void addNothing(CsvBytes& out)
     {
         m_hasBlanks = true;
@@ -59,10 +77,13 @@ public:
     }
 
 private:
+    void addRare(CsvBytes& out, const DataBatch& batch, quint32 cell, ConversionCounts& counts);
     void addText(CsvBytes& out, std::string_view text, ConversionCounts& counts);
     void addBlank(CsvBytes& out, char missingKind);
     bool addLabel(CsvBytes& out, const CodeTable::Match& match);
 
+    ConversionColumn::Role m_role;
+    int m_source;
     int m_decimals;
     std::shared_ptr<const CsvLabels> m_labels;
     bool m_hasBlanks = false;

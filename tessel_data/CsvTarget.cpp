@@ -61,7 +61,6 @@ void CsvTarget::Job::beginFile(const ConversionFile& file)
         m_options.forSpreadsheet);
     CsvBytes& csv = m_csv.back();
     std::vector<CsvColumn> columns;
-    csv.beginRow();
     for (const ConversionColumn& column : file.columns) {
         const DataVariable* const variable =
             column.variable < 0 ? nullptr : &m_dictionary.variables[std::size_t(column.variable)];
@@ -100,17 +99,15 @@ void CsvTarget::Job::addRow(int file, const ConversionRows& rows, const Conversi
     const ConversionFile& definition = rows.file();
     const int* const cells = definition.cells[std::size_t(row.occurrence)].constData();
     const quint32* const firstCells = rows.firstCells(row);
-    const ConversionColumn* const described = definition.columns.constData();
     std::vector<CsvColumn>& columns = m_columns[std::size_t(file)];
     std::vector<ConversionCounts>& columnCounts = counts[std::size_t(file)];
     CsvBytes& csv = m_csv[std::size_t(file)];
-    csv.beginRow();
     for (std::size_t c = 0; c < columns.size(); ++c) {
-        const quint32 first = firstCells[described[c].source];
-        if (described[c].role == Role::Row)
-            csv.addNumber(row.number, 0);
-        else if (described[c].role == Role::Occurrence)
-            csv.addNumber(row.occurrence + 1, 0);
+        const quint32 first = firstCells[columns[c].source()];
+        if (columns[c].role() == Role::Row)
+            csv.addNumber(row.number);
+        else if (columns[c].role() == Role::Occurrence)
+            csv.addNumber(row.occurrence + 1);
         else if (cells[c] < 0 || first == ConversionRows::NoCell)
             columns[c].addNothing(csv);
         else

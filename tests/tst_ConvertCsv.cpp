@@ -151,9 +151,19 @@ void tst_ConvertCsv::everyCell()
         const ReadRecord& read = found[record->name];
         QCOMPARE(read.columns.size(), items.size());
         QVector<QStringList> expected;
-        for (const QStringList& row : slice.rowsOf(record->name))
-            expected.append(row.mid(2));
-        QCOMPARE(sameRows(read.rows), sameRows(expected));
+        for (QStringList row : slice.rowsOf(record->name)) {
+            row = row.mid(2);
+            for (int i = 0; i < items.size(); ++i) {
+                if (!items.at(i)->detail().contentType.isEmpty())
+                    row[i].clear(); // text does not hold it
+            }
+            expected.append(row);
+        }
+        expected = sameRows(expected);
+        const auto rowsRead = sameRows(read.rows);
+        QCOMPARE(rowsRead.size(), expected.size());
+        for (int i = 0; i < expected.size(); ++i)
+            QCOMPARE(rowsRead.at(i), expected.at(i));
         for (int i = 0; i < items.size(); ++i) {
             const ReadColumn& column = read.columns.at(i);
             QCOMPARE(column.name, items.at(i)->name);
@@ -267,8 +277,13 @@ void tst_ConvertCsv::statFiles()
         QCOMPARE(record.columns.at(i).label, contents.variables.at(i).label);
         QCOMPARE(field(contents.variables.at(i).name).value("tessel:format").toString(),
             contents.variables.at(i).format);
-        for (const QString& missing : contents.variables.at(i).missing)
-            QVERIFY2(record.columns.at(i).missing.contains(missing), qPrintable(missing));
+        QSet<QString> missing = missingOf(record.columns.at(i));
+        for (const QString& value : contents.variables.at(i).missing) {
+            const bool isListed = value.isEmpty() || value.contains(':')
+                ? true // blanks are missing anyway, and ranges are not listed one by one
+                : missing.contains(sameCell(value));
+            QVERIFY2(isListed, qPrintable(value));
+        }
     }
 }
 
@@ -305,14 +320,14 @@ void tst_ConvertCsv::dbs()
 
 void tst_ConvertCsv::numbers()
 {
-    QCOMPARE(convertItem("Decimal=2\n", "  1234\n    -5\n  1.5\n 12,25\n- 7\n     0\n   x\n"),
+    QCOMPARE(convertItem("Decimal=2\n", "  1234\n    -5\n   1.5\n 12,25\n-    7\n     0\n     x\n"),
         QByteArray("12.34\r\n-0.05\r\n1.50\r\n12.25\r\n-0.07\r\n0.00\r\n\"\"\r\n"));
     QCOMPARE(field("N").value("type").toString(), QString("number"));
     QCOMPARE(convertItem("", "000007\n -0012\n"), QByteArray("7\r\n-12\r\n"));
     QCOMPARE(field("N").value("type").toString(), QString("integer"));
     QCOMPARE(convertItem("", "00012345678901234567890\n", {}, 23),
         QByteArray("12345678901234567890\r\n"));
-    QCOMPARE(convertItem("Decimal=3\n", "  -12345678901234567890\n                   .5", {}, 23),
+    QCOMPARE(convertItem("Decimal=3\n", "  -12345678901234567890\n                     .5", {}, 23),
         QByteArray("-12345678901234567.890\r\n0.500\r\n"));
 }
 

@@ -90,7 +90,8 @@ def read(resource):
 
 package = json.load(open(os.path.join(folder, "datapackage.json"), encoding="utf-8"))
 sets = {s["name"]: s for s in package.get("tessel:valueSets", [])}
-check_names([package] + package["resources"], r"[a-z0-9._-]+", "package")
+check_names([package], r"[a-z0-9._-]+", "package")
+check_names(package["resources"], r"[a-z0-9._-]+", "resources")
 for resource in package["resources"]:
     schema = resource["schema"]
     rows = read(resource)
