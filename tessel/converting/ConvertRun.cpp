@@ -4,6 +4,7 @@
 #include "converting/ConvertTexts.h"
 #include "process/Console.h"
 #include "process/Interruption.h"
+#include "process/Output.h"
 #include "process/Progress.h"
 #include "reading/ReadInput.h"
 
@@ -12,6 +13,8 @@
 #include <tessel_data/CsvTarget.h>
 #include <tessel_data/DataError.h>
 #include <tessel_data/StatTarget.h>
+
+#include <QDir>
 
 #include <optional>
 
@@ -50,6 +53,28 @@ std::unique_ptr<DataSource> openSource(ConvertSettings& settings, int& status)
     }
     settings.options.hasCases = source->hasCases();
     return source;
+}
+
+// False, and told, when a file that is made would take the place of one that is read or of that of
+// the problems.
+bool sparesInputs(const ConvertSettings& settings, const ConversionPlan& plan)
+{
+    const QStringList others = settings.input.data
+        + QStringList { settings.input.first, settings.input.dictionary, settings.problems };
+    QStringList names;
+    for (const ConversionFile& file : plan.files)
+        names.append(file.name);
+    if (plan.format == ConversionFormat::Csv)
+        names.append(QStringLiteral("datapackage.json"));
+    for (const QString& name : qAsConst(names)) {
+        const QString path = QDir(settings.folder).filePath(name);
+        if (Output::checkPath(QString(), path, others).isNull())
+            continue;
+        return failInput(path, 0,
+            QStringLiteral("nothing is made: it is a file that the conversion reads or tells "
+                           "problems in; name another folder"));
+    }
+    return true;
 }
 
 // All problems of the data, as a check finds them.
@@ -119,6 +144,8 @@ int convert(ConvertSettings settings)
         return status;
     settings.options.hasByteWidths = hasByteWidths(*source);
     const ConversionPlan plan(source->dictionary(), settings.options);
+    if (!sparesInputs(settings, plan))
+        return InputFailed;
     tellPlan(plan, settings.isStrict ? Console::Severity::Error : Console::Severity::Note);
     if (settings.isStrict && plan.hasLosses()) {
         failInput(settings.folder, 0,

@@ -93,15 +93,19 @@ QByteArray shownLines(const QByteArray& bytes)
     return lines.join(QLatin1Char('\n')).toUtf8();
 }
 
+// Under another name, too, as a hard link gives it one.
 bool isSameFile(const QString& first, const QString& second)
 {
     if (first.isEmpty() || second.isEmpty())
         return false;
-    const QFileInfo one(first);
-    const QFileInfo other(second);
-    if (one.exists() && other.exists())
-        return one.canonicalFilePath() == other.canonicalFilePath();
-    return QDir::cleanPath(one.absoluteFilePath()) == QDir::cleanPath(other.absoluteFilePath());
+    struct stat one { };
+    struct stat other { };
+    const bool isOne = stat(QFile::encodeName(first).constData(), &one) == 0;
+    const bool isOther = stat(QFile::encodeName(second).constData(), &other) == 0;
+    if (isOne && isOther)
+        return isSame(one, other);
+    return QDir::cleanPath(QFileInfo(first).absoluteFilePath())
+        == QDir::cleanPath(QFileInfo(second).absoluteFilePath());
 }
 
 } // namespace
