@@ -52,6 +52,8 @@ public:
         m_hasOthers |= state.isOutside();
         if (state.kind() == ValueKind::Number && !m_labels)
             return out.addNumber(batch.numbers[cell], m_decimals);
+        if (state.kind() == ValueKind::Blank && state.special() != Special::Missing && !m_labels)
+            return addNothing(out);
         addRare(out, batch, cell, counts);
     }
     void addNothing(CsvBytes& out)
