@@ -184,7 +184,7 @@ void tst_ConvertFaults::strictData()
     QVERIFY(writeFile(path("d.dat"), "101 1a\n101xxb\n201 2\n"));
     const Outcome outcome = runTessel(arguments({ "--strict" }));
     QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.errors.contains("A.dta: error: N: 1 value that are no numbers became missing"),
+    QVERIFY2(outcome.errors.contains("A.dta: error: N: 1 value that is no number became missing"),
         outcome.errors.constData());
     QVERIFY(!QFileInfo::exists(path("out")));
     QCOMPARE(runTessel(arguments()).status, 0);

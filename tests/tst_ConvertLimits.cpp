@@ -42,6 +42,7 @@ private slots:
     void longNames();
     void longText_data();
     void longText();
+    void cutText();
     void manyVariables_data();
     void manyVariables();
     void noRows_data();
@@ -179,6 +180,24 @@ void tst_ConvertLimits::longText()
     QCOMPARE(found.rows.at(2), (QStringList { "3", "3", QString(), QString() }));
 }
 
+// SPSS holds no more, and half a character never.
+void tst_ConvertLimits::cutText()
+{
+    const QString letter(QChar(0x20AC)); // three bytes
+    const QByteArray line = "1011" + letter.repeated(12'000).toUtf8() + "\n1021short\n";
+    const QByteArray dictionary = survey(item("N", "N", 4, 1) + item("T", "T", 5, 12'000, "Alpha"));
+    const StatContents found = made(dictionary, line, "spss");
+    QVERIFY2(m_outcome.status == 0, m_outcome.errors.constData());
+    QCOMPARE(found.rows.at(0).at(2), letter.repeated(32'766 / 3));
+    QCOMPARE(found.rows.at(1).at(2), QString("short"));
+    QVERIFY2(m_outcome.errors.contains("R.sav: warning: T: 1 text was cut"),
+        m_outcome.errors.constData());
+    const StatContents stata = made(dictionary, line, "stata");
+    QCOMPARE(stata.rows.at(0).at(2), letter.repeated(12'000));
+    QCOMPARE(made(dictionary, line, "spss", { "--strict" }).variables.size(), 0);
+    QCOMPARE(m_outcome.status, 1);
+}
+
 void tst_ConvertLimits::manyVariables_data()
 {
     QTest::addColumn<QString>("format");
@@ -269,7 +288,7 @@ void tst_ConvertLimits::wideNumbers()
     }
     QCOMPARE(found.rows.at(0).at(16).toDouble(), 1e18);
     QVERIFY2(m_outcome.errors.contains("1 variable may be rounded"), m_outcome.errors.constData());
-    QVERIFY2(m_outcome.errors.contains("N18: 1 value were rounded"), m_outcome.errors.constData());
+    QVERIFY2(m_outcome.errors.contains("N18: 1 value was rounded"), m_outcome.errors.constData());
     const QVector<readstat_type_t> types { READSTAT_TYPE_INT8, READSTAT_TYPE_INT8,
         READSTAT_TYPE_INT16, READSTAT_TYPE_INT16, READSTAT_TYPE_INT32 };
     for (int i = 0; format == "stata" && i < types.size(); ++i)
@@ -293,7 +312,7 @@ void tst_ConvertLimits::missingKinds()
     QCOMPARE(kinds.labelsOf("N"),
         (QMap<QString, QString> {
             { "1", "One" }, { ".a", "Refused" }, { ".b", "Odd" }, { ".c", "Not asked" } }));
-    QVERIFY2(m_outcome.errors.contains("1 value that are no numbers became missing"),
+    QVERIFY2(m_outcome.errors.contains("1 value that is no number became missing"),
         m_outcome.errors.constData());
     const StatContents codes = made(dictionary, data, "stata", { "--missing", "code" });
     found.clear();

@@ -18,6 +18,7 @@ private slots:
     void thereAndBack_data();
     void thereAndBack();
     void dates();
+    void kindsBecomeCodes();
 
 private:
     QString path(const QString& name) const
@@ -194,6 +195,53 @@ void tst_ConvertStat::dates()
     const StatContents back = StatContents::read(made(path("out/d.dta"), "spss", "back"));
     for (int i = 0; i < 5; ++i)
         QCOMPARE(back.rows.at(0).at(i), StatContents::numberText(values[i]));
+}
+
+// Three kinds are three codes, more are a range; those without a label are called by their names,
+// and where a value is one of the codes others are taken.
+void tst_ConvertStat::kindsBecomeCodes()
+{
+    readstat_writer_t* writer = readstat_writer_init();
+    QByteArray bytes;
+    readstat_set_data_writer(writer, [](const void* data, size_t size, void* context) -> ssize_t {
+        static_cast<QByteArray*>(context)->append(static_cast<const char*>(data), int(size));
+        return ssize_t(size);
+    });
+    readstat_label_set_t* labels = readstat_add_label_set(writer, READSTAT_TYPE_INT32, "few");
+    readstat_label_int32_value(labels, 1, "One");
+    readstat_label_tagged_value(labels, 'b', "Refused");
+    readstat_variable_t* few = readstat_add_variable(writer, "few", READSTAT_TYPE_INT8, 0);
+    readstat_variable_set_label_set(few, labels);
+    readstat_variable_t* many = readstat_add_variable(writer, "many", READSTAT_TYPE_INT16, 0);
+    readstat_variable_t* taken = readstat_add_variable(writer, "taken", READSTAT_TYPE_DOUBLE, 0);
+    readstat_writer_set_file_format_version(writer, 118);
+    readstat_begin_writing_dta(writer, &bytes, 5);
+    const char kinds[] = { 'a', 'b', 'd', 'z' };
+    for (const char kind : kinds) {
+        readstat_begin_row(writer);
+        readstat_insert_tagged_missing_value(writer, few, kind == 'a' ? 'a' : 'b');
+        readstat_insert_tagged_missing_value(writer, many, kind);
+        readstat_insert_tagged_missing_value(writer, taken, 'c');
+        readstat_end_row(writer);
+    }
+    readstat_begin_row(writer);
+    readstat_insert_int8_value(writer, few, 1);
+    readstat_insert_missing_value(writer, many);
+    readstat_insert_double_value(writer, taken, 2147483630.0);
+    readstat_end_row(writer);
+    QCOMPARE(int(readstat_end_writing(writer)), int(READSTAT_OK));
+    readstat_writer_free(writer);
+    QVERIFY(writeFile(path("k.dta"), bytes));
+    const StatContents found = StatContents::read(made(path("k.dta"), "spss"));
+    QVERIFY2(m_outcome.status == 0, m_outcome.errors.constData());
+    QCOMPARE(found.rows.at(0), (QStringList { "102", "32742", "-2147483672" }));
+    QCOMPARE(found.rows.at(3), (QStringList { "103", "32767", "-2147483672" }));
+    QCOMPARE(found.rows.at(4), (QStringList { "1", QString(), "2147483630" }));
+    QCOMPARE(found.variables.at(0).missing, (QStringList { "102", "103" }));
+    QCOMPARE(found.variables.at(1).missing, QStringList { "32742:32767" });
+    QCOMPARE(found.labelsOf("few"),
+        (QMap<QString, QString> { { "1", "One" }, { "102", ".a" }, { "103", "Refused" } }));
+    QCOMPARE(found.labelsOf("many").value("32745"), QString(".d"));
 }
 
 QTEST_GUILESS_MAIN(tst_ConvertStat)

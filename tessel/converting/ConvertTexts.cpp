@@ -230,15 +230,21 @@ QString kindText(Kind kind, qint64 count)
 
 struct Fault {
     qint64 ConversionCounts::*count;
-    const char* text;
+    const char* one;
+    const char* several;
 };
 
 constexpr Fault faults[] = {
-    { &ConversionCounts::notNumbers, "that are no numbers became missing" },
-    { &ConversionCounts::roundedNumbers, "were rounded, as they have more digits than fit" },
-    { &ConversionCounts::unheldNumbers, "that are too large became missing" },
-    { &ConversionCounts::cutTexts, "were cut, as they are too long" },
-    { &ConversionCounts::nullCharacters, "hold a null character, which is written as U+2400" },
+    { &ConversionCounts::notNumbers, "value that is no number became missing",
+        "values that are no numbers became missing" },
+    { &ConversionCounts::roundedNumbers, "value was rounded, as it has more digits than fit",
+        "values were rounded, as they have more digits than fit" },
+    { &ConversionCounts::unheldNumbers, "value that is too large became missing",
+        "values that are too large became missing" },
+    { &ConversionCounts::cutTexts, "text was cut, as it is too long",
+        "texts were cut, as they are too long" },
+    { &ConversionCounts::nullCharacters, "text has a null character, which is written as U+2400",
+        "texts have a null character, which is written as U+2400" },
 };
 
 } // namespace
@@ -284,10 +290,9 @@ void tellReport(
                 if (count == 0)
                     continue;
                 Console::tell(file.name, 0, severity,
-                    QStringLiteral("%1: %2 %3")
-                        .arg(file.columns.at(int(c)).name, plural(count, QStringLiteral("value")),
-                            QLatin1String(fault.text)),
-                    QLatin1String(fault.text));
+                    QStringLiteral("%1: %2").arg(file.columns.at(int(c)).name,
+                        plural(count, QLatin1String(fault.one), QLatin1String(fault.several))),
+                    QLatin1String(fault.several));
             }
         }
     }
