@@ -5,6 +5,7 @@
 #include "SelectionOptions.h"
 #include "SpreadsheetOption.h"
 
+#include "building/BuildConfigFile.h"
 #include "checking/ProblemFile.h"
 #include "converting/ConvertRun.h"
 #include "process/Console.h"
@@ -89,6 +90,14 @@ QCommandLineOption problemsOption()
         QStringLiteral("file.csv|file.json") };
 }
 
+QCommandLineOption configOption()
+{
+    return { QStringLiteral("config"),
+        QStringLiteral("Take sources, choices and repeats of a file that 'tessel build' wrote; "
+                       "options of the command line go before it."),
+        QStringLiteral("file") };
+}
+
 void describe(QCommandLineParser& parser)
 {
     parser.setApplicationDescription(
@@ -104,6 +113,7 @@ void describe(QCommandLineParser& parser)
     parser.addOptions(dictionaryTextOptions());
     parser.addOption(dataEncodingOption());
     parser.addOptions(selectionOptions());
+    parser.addOption(configOption());
     parser.addPositionalArgument(QStringLiteral("source"),
         QStringLiteral("CSPro dictionary (.dcf) and text files that it describes; or one file of "
                        ".csdb, .sav, .zsav or .dta."),
@@ -122,11 +132,15 @@ bool isSet(const QCommandLineParser& parser, const QCommandLineOption& option)
 
 QString readInput(const QCommandLineParser& parser, DataInput& input)
 {
-    input.data = FileNames::paths(parser.positionalArguments());
-    if (input.data.isEmpty())
+    const QStringList files = FileNames::paths(parser.positionalArguments());
+    if (!files.isEmpty()) {
+        input.first = files.first();
+        input.data = files.mid(1);
+    }
+    if (input.first.isEmpty())
         return QStringLiteral("no file given");
-    input.first = input.data.takeFirst();
-    input.dictionary = FileNames::path(valueOf(parser, dictionaryOption()));
+    if (isSet(parser, dictionaryOption()))
+        input.dictionary = FileNames::path(valueOf(parser, dictionaryOption()));
     if (isSet(parser, dictionaryOption()) && input.dictionary.isEmpty())
         return QStringLiteral("--dictionary needs the name of a file");
     QString mistake = readDictionaryTextOptions(parser, input.reading);
@@ -155,7 +169,9 @@ QString readFormat(const QCommandLineParser& parser, ConversionFormat& format)
 QString readChoice(const QCommandLineParser& parser, const QCommandLineOption& option,
     const QString& first, const QString& second, bool& isSecond)
 {
-    const QString value = isSet(parser, option) ? valueOf(parser, option) : first;
+    const QString value = isSet(parser, option) ? valueOf(parser, option)
+        : isSecond                              ? second
+                                                : first;
     isSecond = value == second;
     return isSecond || value == first ? QString()
                                       : QStringLiteral("--%1 takes %2 or %3, not '%4'")
@@ -217,13 +233,36 @@ QString readSettings(const QCommandLineParser& parser, ConvertSettings& settings
     return mistake.isNull() ? readSelectionOptions(parser, settings.selected) : mistake;
 }
 
+struct ConvertCommandLine {
+    ConvertSettings settings;
+    bool hasConfig = true; // that of --config was read, where one is wanted
+};
+
+// Options of the command line go before what the file says.
+QString readOptions(const QCommandLineParser& parser, ConvertCommandLine& line)
+{
+    if (isSet(parser, configOption())) {
+        BuildSettings build;
+        line.hasConfig = readConfig(FileNames::path(valueOf(parser, configOption())), build);
+        if (!line.hasConfig)
+            return QString();
+        line.settings.input = build.input;
+        line.settings.selected = build.selected;
+        line.settings.options.hasRepeatTables = build.hasRepeatTables();
+    }
+    return readSettings(parser, line.settings);
+}
+
 } // namespace
 
 int runConvert(const QStringList& arguments)
 {
     QCommandLineParser parser;
-    ConvertSettings settings;
-    if (const auto status = readCommandLine(arguments, parser, describe, readSettings, settings))
+    ConvertCommandLine line;
+    if (const auto status = readCommandLine(arguments, parser, describe, readOptions, line))
         return *status;
-    return isSet(parser, planOption()) ? printConversionPlan(settings) : convert(settings);
+    if (!line.hasConfig)
+        return InputFailed;
+    return isSet(parser, planOption()) ? printConversionPlan(line.settings)
+                                       : convert(line.settings);
 }

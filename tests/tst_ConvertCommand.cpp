@@ -17,6 +17,7 @@ private slots:
     void sameFromPipe();
     void existingFiles();
     void missingFolder();
+    void settingsOfABuild();
     void planMakesNothing();
     void strict();
 
@@ -236,6 +237,27 @@ void tst_ConvertCommand::missingFolder()
     QCOMPARE(outcome.status, 1);
     QVERIFY2(outcome.errors.contains("cannot be made"), outcome.errors.constData());
     QVERIFY(!QFileInfo::exists(folder()));
+}
+
+void tst_ConvertCommand::settingsOfABuild()
+{
+    const QString config = m_folder->filePath("c.json");
+    const Outcome built = runTessel({ "build", example("census.dcf"), example("census.dat"), "--to",
+        m_folder->filePath("t.sqlite"), "--records", "PERSON", "--where", "PROVINCE=11",
+        "--repeats", "tables", "--save-config", config });
+    QVERIFY2(built.status == 0, built.errors.constData());
+    const Outcome outcome = convert({}, { "--config", config, "--to", "stata" });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    QCOMPARE(leftBehind(), (QStringList { "LANGUAGE.dta", "PERSON.dta" }));
+    const StatContents found = StatContents::read(folder() + "/PERSON.dta");
+    QVERIFY(!found.rows.isEmpty());
+    for (const QStringList& row : found.rows)
+        QCOMPARE(row.first(), QString("11"));
+    const Outcome columns =
+        convert({}, { "--config", config, "--to", "stata", "--repeats", "columns", "--overwrite" });
+    QVERIFY2(columns.status == 0, columns.errors.constData());
+    QVERIFY(StatContents::read(folder() + "/PERSON.dta").column("LANGUAGE_1") >= 0);
+    QCOMPARE(convert({}, { "--config", m_folder->filePath("none"), "--to", "stata" }).status, 1);
 }
 
 void tst_ConvertCommand::planMakesNothing()
