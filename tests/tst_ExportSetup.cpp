@@ -19,6 +19,7 @@ private slots:
     void psppReads_data();
     void psppReads();
     void rReadsOddNumbers();
+    void psppPassesOverLines();
     void wideNumbersKeepTheirDigits();
     void stataColumns_data();
     void stataColumns();
@@ -133,6 +134,22 @@ void tst_ExportSetup::rReadsOddNumbers()
     const Outcome outcome = runRScript(m_folder->path(), data);
     QVERIFY(outcome.errors.contains("2 lines are no UTF-8 and are read as Windows-1252"));
     QVERIFY(outcome.errors.contains("N: 4 values are no numbers and are missing"));
+}
+
+// Without record types a deleted line, and a blank one, look like others.
+void tst_ExportSetup::psppPassesOverLines()
+{
+    if (!hasR() || QStandardPaths::findExecutable("pspp").isEmpty())
+        QSKIP("PSPP, or R with its packages readr and haven, is not installed");
+    const QString dictionary = m_folder->filePath("d.dcf");
+    QVERIFY(writeFile(dictionary, oneItem("")));
+    QVERIFY(writeFile(m_folder->filePath("d.dat"),
+        "\xEF\xBB\xBF    12   1\r\n~   13   2\r\n\r\n       \r\n    14   3\r\n"));
+    write("spss-syntax", dictionary, "p.sps");
+    QStringList cells;
+    for (const QStringList& row : readByPspp().value("R").rows)
+        cells.append(row.value(1));
+    QCOMPARE(cells, (QStringList { "12", "14" }));
 }
 
 void tst_ExportSetup::wideNumbersKeepTheirDigits()

@@ -3,7 +3,6 @@
 namespace {
 
 constexpr int LongestLine = 32'767; // bytes
-constexpr int LongestString = 32'767;
 
 // In single quotes nothing is expanded; a label has no line breaks here.
 QString sasText(const QString& text)
