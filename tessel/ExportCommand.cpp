@@ -211,9 +211,10 @@ void write(const Listing& listing, const ExportOptions& options, const ByteSink&
     }
 }
 
-QByteArray makeProgram(const tessel::DataDictionary& dictionary, const ExportOptions& options)
+QByteArray makeProgram(const tessel::DataDictionary& dictionary, const ExportOptions& options,
+    tessel::StatProgram program)
 {
-    const SetupPlan plan(dictionary, options.file, *programOf(options.target));
+    const SetupPlan plan(dictionary, options.file, program);
     for (const SetupNote& note : plan.notes) {
         Console::tell(
             options.file, 0, Console::Severity::Note, noteText(note, plan.program), groupOf(note));
@@ -244,15 +245,16 @@ bool readExported(const ExportOptions& options, Listing& listing)
     return true;
 }
 
-int exportProgram(const ExportOptions& options, Supervisor& supervisor)
+int exportProgram(const ExportOptions& options, tessel::StatProgram program, Supervisor& supervisor)
 {
     if (!supervisor.beginFile(0))
         return InputFailed;
     tessel::DataDictionary dictionary;
     const bool isRead = readDataDictionary(options.file, options.input, dictionary);
     supervisor.endFile();
-    return isRead && Output(options.output).write(makeProgram(dictionary, options)) ? AllRead
-                                                                                    : InputFailed;
+    return isRead && Output(options.output).write(makeProgram(dictionary, options, program))
+        ? AllRead
+        : InputFailed;
 }
 
 int exportFile(const ExportOptions& options, Supervisor& supervisor)
@@ -278,7 +280,8 @@ int runExport(const QStringList& arguments)
     if (const auto status = readCommandLine(arguments, parser, describe, readOptions, options))
         return *status;
     return Supervisor({ options.file }).run([&](Supervisor& supervisor) {
-        return programOf(options.target) ? exportProgram(options, supervisor)
-                                         : exportFile(options, supervisor);
+        const auto program = programOf(options.target);
+        return program ? exportProgram(options, *program, supervisor)
+                       : exportFile(options, supervisor);
     });
 }

@@ -49,8 +49,9 @@ CsvLabels::CsvLabels(
             cells.back() = csv.cellOf(bytesOf(label));
         const bool isKind =
             dictionary.hasMissingKinds && code.special == Special::Missing && code.code.size() == 2;
-        if (isKind)
-            missing[code.code.at(1).toLatin1() - 'a'] = cells.back();
+        const int kind = isKind ? code.code.at(1).unicode() - 'a' : -1;
+        if (kind >= 0 && kind < KindsOfMissing)
+            missing[kind] = cells.back();
     }
 }
 

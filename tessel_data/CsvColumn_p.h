@@ -25,7 +25,8 @@ struct CsvLabels {
 
     CodeTable table;
     std::vector<std::string> cells; // by code of the set
-    std::string missing[26]; // of the kinds 'a' to 'z'
+    static constexpr int KindsOfMissing = 26;
+    std::string missing[KindsOfMissing]; // of the kinds 'a' to 'z'
 };
 
 /* Writes the values of a column, and keeps what they say of it. */

@@ -98,6 +98,8 @@ SetupType typeOf(const DataVariable& variable)
 
 } // namespace
 
+namespace {
+
 // Makes the plan.
 class SetupPlanner {
 public:
@@ -140,6 +142,8 @@ private:
     StatNames m_labelNames;
     QHash<QPair<int, int>, int> m_labels; // by value set, and decimals or -1 for texts
 };
+
+} // namespace
 
 QString SetupPlanner::renamed(const StatName& name, const QString& wanted, const QString& record)
 {
@@ -288,12 +292,10 @@ bool SetupPlanner::isLeftOut(const SetupLabels& labels, const SetupLabel& label,
         reason = Kind::LabelsOfTexts;
     else if (!labels.isText && label.isBlank && !can.labelsBlankNumbers)
         reason = Kind::LabelOfBlank;
-    else if (label.isBlank)
-        return false;
-    else if (labels.isText && isTooWide(label, labels.width))
+    else if (labels.isText && !label.isBlank && isTooWide(label, labels.width))
         reason = Kind::UnreadableCodes;
-    else if (label.isMissing && m_plan.program == StatProgram::Stata && !labels.isText)
-        return false; // it becomes a missing value, which any label goes with
+    else if (label.isBlank || (label.isMissing && m_plan.program == StatProgram::Stata))
+        return false; // a missing value in Stata may have any label
     else if (label.isRange() && !can.labelsRanges)
         reason = Kind::LabelsOfRanges;
     else if (label.low % unit != 0 && !can.labelsDecimals)

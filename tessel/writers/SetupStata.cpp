@@ -114,8 +114,7 @@ void StataWriter::addHeading()
         add(QStringLiteral("set maxvar %1").arg(most + 3));
     add(QLatin1String("* The data without a byte-order mark"));
     add(QLatin1String("tempfile data"));
-    add(QLatin1String(
-        "filefilter \"`file'\" \"`data'\", from(\"\\239d\\187d\\191d\") to(\"\") replace"));
+    add(QLatin1String(R"(filefilter "`file'" "`data'", from("\239d\187d\191d") to("") replace)"));
     add(QLatin1String("\n* Numbers without a point have the last DECIMALS digits behind it\n"
                       "capture program drop tessel_decimals\n"
                       "program define tessel_decimals\n"
