@@ -1,6 +1,7 @@
 #include <tessel_data/ConversionCodes_p.h>
 
 #include <tessel_data/DatabaseTarget.h>
+#include <tessel_data/FreeCodes_p.h>
 
 #include <model_Tessel/StatDictionary.h>
 
@@ -106,13 +107,8 @@ void ConversionCodes::addLabelled(Codes& codes, const ConversionColumn& column, 
         codes.labelled.push_back(codeOf(match.entry, match.special));
         codes.labelled.back().text = QString::fromUtf8(text.data(), int(text.size()));
     }
-    for (int entry = 0; m_dictionary.hasMissingKinds && entry < source.codes.size(); ++entry) {
-        if (source.codes.at(entry).special != Special::Missing)
-            continue;
-        codes.labelled.push_back(codeOf(entry, Special::None));
-        codes.labelled.back().text = source.codes.at(entry).code;
-        codes.labelled.back().tag = source.codes.at(entry).code.at(1).toLatin1();
-    }
+    if (m_dictionary.hasMissingKinds)
+        addKinds(codes, source);
     std::stable_sort(codes.labelled.begin(), codes.labelled.end(),
         [](const Code& first, const Code& second) { return first.entry < second.entry; });
     if (!table.blank().isCode)
@@ -122,6 +118,28 @@ void ConversionCodes::addLabelled(Codes& codes, const ConversionColumn& column, 
         codes.labelled.push_back(blank); // a text like any other
     else
         codes.blankLabel = blank.label;
+}
+
+// The first label of a kind counts.
+void ConversionCodes::addKinds(Codes& codes, const DataValueSet& source) const
+{
+    quint32 known = 0;
+    for (int entry = 0; entry < source.codes.size(); ++entry) {
+        const DataCode& kind = source.codes.at(entry);
+        if (kind.special != Special::Missing)
+            continue;
+        Code code;
+        code.entry = entry;
+        code.label = m_dictionary.labelText(kind.label);
+        code.text = kind.code;
+        code.tag = kind.code.at(1).toLatin1();
+        const quint32 bit = quint32(1) << (code.tag - 'a');
+        if ((known & bit) != 0)
+            ++codes.repeatedKinds;
+        else
+            codes.labelled.push_back(code);
+        known |= bit;
+    }
 }
 
 // An SPSS file tells them apart from its labels.
@@ -251,17 +269,24 @@ void ConversionCodes::setMissingTexts(const Codes& codes, ConversionColumn& colu
         tell(Kind::MissingNotHeld, column, codes.name, Reason::TextCodes).count = left;
 }
 
-// Kinds of missing values get codes that no value of their type is.
+// Kinds of missing values get codes that no value of their type is, and no code with a label.
 void ConversionCodes::setKinds(const Codes& codes, ConversionColumn& column)
 {
-    column.missingBase =
-        missingBaseOf(m_dictionary.description->variables.at(column.variable).type);
+    FreeCodes free(missingBaseOf(m_dictionary.description->variables.at(column.variable).type));
+    for (const Code& code : codes.labelled) {
+        if (code.tag == '\0')
+            free.take(code.low);
+    }
+    column.missingBase = free.first();
     for (const Code& code : codes.labelled) {
         if (code.tag != '\0') {
             tell(Kind::MissingRecoded, column, code.text).newText =
                 realText(column.missingBase + (code.tag - 'a'));
         }
     }
+    tell(Kind::KindsRecoded, column, QStringLiteral(".a to .z")).newText =
+        QStringLiteral("%1 to %2")
+            .arg(realText(column.missingBase), realText(column.missingBase + FreeCodes::Count - 1));
 }
 
 bool ConversionCodes::isHeld(const Code& code, bool isText, Reason& reason) const
@@ -286,6 +311,10 @@ void ConversionCodes::tellSets(const Codes& codes, const ConversionColumn& colum
     const DataVariable& variable = m_dictionary.variables[std::size_t(column.variable)];
     if (!codes.blankLabel.isEmpty()) {
         tell(Kind::ValuesUnlabelled, column, codes.name, Reason::BlankCode);
+    }
+    if (codes.repeatedKinds > 0) {
+        tell(Kind::ValuesUnlabelled, column, codes.name, Reason::Repeated).count =
+            codes.repeatedKinds;
     }
     for (int set = 1; set < variable.valueSets.size(); ++set) {
         const DataValueSet& further =

@@ -32,11 +32,13 @@ private:
         std::vector<Code> labelled;
         std::vector<Code> missing; // points go before ranges that they are in
         QString blankLabel;
+        int repeatedKinds = 0; // labels of kinds that have one already
         bool isText = false;
     };
 
     Codes codesOf(const ConversionColumn& column) const;
     void addLabelled(Codes& codes, const ConversionColumn& column, int set) const;
+    void addKinds(Codes& codes, const DataValueSet& source) const;
     void addMissing(Codes& codes, const ConversionColumn& column) const;
     void setTags(const Codes& codes, ConversionColumn& column);
     void setMissing(const Codes& codes, ConversionColumn& column);

@@ -123,6 +123,7 @@ struct ConversionNote {
         NotesNotHeld, /*!< those of variables */
         NoVariables, /*!< a record without variables, of which no file is made */
         MissingRecoded, /*!< codes become kinds of missing values, or kinds become codes */
+        KindsRecoded, /*!< the same of kinds without a label, when a variable has some */
         UnitChanged, /*!< dates count from another day, in another unit */
         FormatNotHeld, /*!< another format shows the values */
         DisplayNotHeld, /*!< measures, widths and alignments */
@@ -139,6 +140,7 @@ struct ConversionNote {
         RangeCodes,
         BlankCode,
         TooMany,
+        Repeated, /*!< they have a label already */
     };
 
     Kind kind = Kind::VariableRenamed;

@@ -96,6 +96,8 @@ struct ConversionCounts {
     qint64 unheldNumbers = 0; /*!< larger than the format takes: missing */
     qint64 cutTexts = 0;
     qint64 nullCharacters = 0; /*!< texts with some, written as U+2400 */
+    quint32 recodedKinds = 0; /*!< of missing values, that became codes: bit 0 for 'a' */
+    double missingBase = 0; /*!< the code of 'a', when there are some */
     bool isWidened = false; /*!< its type is larger than planned; nothing is lost */
 
     /*! True when something was lost. */

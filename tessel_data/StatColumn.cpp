@@ -71,9 +71,20 @@ StatColumn::StatColumn(const ConversionColumn& column, ConversionFormat format, 
     , m_isStata(format == ConversionFormat::Stata)
     , m_isSettled(isSettled)
     , m_mostBytes(std::size_t(limitsOf(format).textBytes))
+    , m_free(column.missingBase)
 {
     m_hasTags = std::any_of(column.missing.begin(), column.missing.end(),
         [](const ConversionMissing& missing) { return missing.tag != '\0'; });
+}
+
+void StatColumn::takeLabels(const ConversionLabelSet& labels)
+{
+    for (const ConversionLabel& label : labels.labels) {
+        if (label.tag != '\0')
+            m_labelledKinds |= quint32(1) << (label.tag - 'a');
+        else
+            m_free.take(label.number);
+    }
 }
 
 char StatColumn::tagOf(double number) const
@@ -129,13 +140,12 @@ void StatColumn::addReal(Sink& spool, double number, Special special, Conversion
     }
     if (m_column.unit != ConversionUnit::AsIs && converted(value, inverse(m_column.unit)) != number)
         ++counts.roundedNumbers;
+    m_free.take(value);
     const bool isWhole = m_column.decimals == 0 && std::abs(value) <= double(MostExact)
         && std::floor(value) == value && !(value == 0 && std::signbit(value));
     if (isWhole)
         return addWhole(spool, qint64(value));
     m_hasFractions = true;
-    m_lowReal = std::min(m_lowReal, value);
-    m_highReal = std::max(m_highReal, value);
     spool.addReal(value);
 }
 
@@ -153,8 +163,7 @@ void StatColumn::addUnfit(Sink& spool, std::string_view text, ConversionCounts& 
     }
     ++counts.roundedNumbers;
     m_hasFractions = true;
-    m_lowReal = std::min(m_lowReal, number);
-    m_highReal = std::max(m_highReal, number);
+    m_free.take(number);
     spool.addReal(number);
 }
 
@@ -236,19 +245,6 @@ int StatColumn::textBytes() const
     if (m_isStata)
         return needed;
     return std::max(needed, std::min(m_column.width, int(m_mostBytes)));
-}
-
-// Another one where values are among the planned codes.
-double StatColumn::missingBase() const
-{
-    constexpr double last = 'z' - 'a';
-    const double low = std::min(m_lowReal, m_low > m_high ? m_lowReal : double(m_low));
-    const double high = std::max(m_highReal, m_low > m_high ? m_highReal : double(m_high));
-    for (const double base : { m_column.missingBase, 2147483622.0, -2147483674.0, 9.0e15 - 26 }) {
-        if (low > base + last || high < base)
-            return base;
-    }
-    return 0;
 }
 
 double StatColumn::scaled(qint64 number) const

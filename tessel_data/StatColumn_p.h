@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tessel_data/ConversionTarget.h>
+#include <tessel_data/FreeCodes_p.h>
 #include <tessel_data/RowSpool_p.h>
 
 #include <limits>
@@ -15,6 +16,9 @@ class StatColumn {
 public:
     /* isSettled: what is planned is wide enough. */
     StatColumn(const ConversionColumn& column, ConversionFormat format, bool isSettled = false);
+
+    /* Codes that kinds of missing values cannot have. */
+    void takeLabels(const ConversionLabelSet& labels);
 
     /* True when a file may be begun before all values are there. */
     static bool mayBeSettled(const ConversionColumn& column);
@@ -46,8 +50,16 @@ public:
     {
         return m_kinds;
     }
-    /* Their first code in an SPSS file. */
-    double missingBase() const;
+    /* Those that are there or have a label. */
+    quint32 codedKinds() const
+    {
+        return m_kinds | m_labelledKinds;
+    }
+    /* The code of 'a' in an SPSS file; not a number when none is free. */
+    double missingBase() const
+    {
+        return m_free.first();
+    }
 
     /* What a whole number stands for, which is scaled. */
     double numberOf(qint64 number) const
@@ -86,11 +98,11 @@ private:
     bool m_hasTags = false;
     qint64 m_low = std::numeric_limits<qint64>::max(); // of whole numbers, as they are scaled
     qint64 m_high = std::numeric_limits<qint64>::min();
-    double m_lowReal = std::numeric_limits<double>::infinity();
-    double m_highReal = -std::numeric_limits<double>::infinity();
     bool m_hasFractions = false;
     std::size_t m_bytes = 0;
     quint32 m_kinds = 0;
+    quint32 m_labelledKinds = 0;
+    FreeCodes m_free; // in an SPSS file, for kinds
     std::string m_text;
 };
 

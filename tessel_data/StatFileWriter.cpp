@@ -144,8 +144,8 @@ void StatFileWriter::addColumn(std::size_t index)
     Column& written = m_written[index];
     written.type = values.type();
     written.missingBase = column.missingBase;
-    if (!m_isStata && values.kinds() != 0)
-        written.missingBase = values.missingBase();
+    if (!m_isStata && values.codedKinds() != 0)
+        written.missingBase = freeBase(index);
     const std::size_t width =
         written.type == Type::Text ? std::size_t(values.textBytes()) : std::size_t(0);
     readstat_variable_t* const variable = readstat_add_variable(
@@ -165,6 +165,17 @@ void StatFileWriter::addColumn(std::size_t index)
         setMissing(index);
     if (readstat_label_set_t* const set = labelSet(index))
         readstat_variable_set_label_set(variable, set);
+}
+
+double StatFileWriter::freeBase(std::size_t index) const
+{
+    const double base = m_columns[index].missingBase();
+    if (!std::isnan(base))
+        return base;
+    throw DataError(DataError::Code::CannotWrite, m_path,
+        QStringLiteral("cannot be written: %1 has so many values that no codes are free for its "
+                       "missing values; leave the variable out with --variables")
+            .arg(m_file.columns.at(int(index)).name));
 }
 
 void StatFileWriter::setMissing(std::size_t index)

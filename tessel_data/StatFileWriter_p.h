@@ -64,6 +64,7 @@ private:
 
     void addColumns();
     void addColumn(std::size_t index);
+    double freeBase(std::size_t index) const;
     void setMissing(std::size_t index);
     void setKinds(std::size_t index);
     readstat_label_set_t* labelSet(std::size_t index);

@@ -42,7 +42,8 @@ private:
     template <typename Sink>
     void addRow(
         Sink& sink, std::size_t file, const ConversionRows& rows, const ConversionRows::Row& row);
-    void countWidened();
+    void addColumns(std::size_t file, bool settled);
+    void countChanged();
 
     const bool m_mayReplace;
     const ConversionPlan* m_plan = nullptr;
@@ -83,8 +84,7 @@ void StatTarget::Job::begin(const ConversionPlan& plan)
         const ConversionFile& file = plan.files[f];
         const bool settled = isSettled(file);
         m_places.push_back(placesOf(file));
-        for (const ConversionColumn& column : file.columns)
-            m_columns[f].emplace_back(column, m_format, settled);
+        addColumns(f, settled);
         counts.emplace_back(std::size_t(file.columns.size()));
         if (settled) {
             m_writers[f] = writer(f);
@@ -92,6 +92,15 @@ void StatTarget::Job::begin(const ConversionPlan& plan)
         } else {
             m_spools[f] = std::make_unique<RowSpool>(m_folder);
         }
+    }
+}
+
+void StatTarget::Job::addColumns(std::size_t file, bool settled)
+{
+    for (const ConversionColumn& column : m_plan->files[file].columns) {
+        m_columns[file].emplace_back(column, m_format, settled);
+        if (column.labelSet >= 0)
+            m_columns[file].back().takeLabels(m_plan->labelSets[std::size_t(column.labelSet)]);
     }
 }
 
@@ -161,7 +170,7 @@ void StatTarget::Job::addRow(
     }
 }
 
-void StatTarget::Job::countWidened()
+void StatTarget::Job::countChanged()
 {
     for (std::size_t f = 0; f < m_columns.size(); ++f) {
         for (std::size_t c = 0; c < m_columns[f].size(); ++c) {
@@ -170,13 +179,17 @@ void StatTarget::Job::countWidened()
             counts[f][c].isWidened = column.isText()
                 ? column.width > 0 && values.textBytes() > column.width
                 : values.type() != column.type;
+            if (m_format != ConversionFormat::Spss)
+                continue;
+            counts[f][c].recodedKinds = values.codedKinds();
+            counts[f][c].missingBase = values.missingBase();
         }
     }
 }
 
 bool StatTarget::Job::finish(const std::function<bool()>& goesOn)
 {
-    countWidened();
+    countChanged();
     for (std::size_t f = 0; f < m_plan->files.size(); ++f) {
         if (m_writers[f]) {
             m_writers[f]->finish(rowCounts[f]);

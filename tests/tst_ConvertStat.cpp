@@ -234,8 +234,8 @@ void tst_ConvertStat::kindsBecomeCodes()
     QVERIFY(writeFile(path("k.dta"), bytes));
     const StatContents found = StatContents::read(made(path("k.dta"), "spss"));
     QVERIFY2(m_outcome.status == 0, m_outcome.errors.constData());
-    QCOMPARE(found.rows.at(0), (QStringList { "102", "32742", "-2147483672" }));
-    QCOMPARE(found.rows.at(3), (QStringList { "103", "32767", "-2147483672" }));
+    QCOMPARE(found.rows.at(0), (QStringList { "102", "32742", "2147483650" }));
+    QCOMPARE(found.rows.at(3), (QStringList { "103", "32767", "2147483650" }));
     QCOMPARE(found.rows.at(4), (QStringList { "1", QString(), "2147483630" }));
     QCOMPARE(found.variables.at(0).missing, (QStringList { "102", "103" }));
     QCOMPARE(found.variables.at(1).missing, QStringList { "32742:32767" });

@@ -95,6 +95,8 @@ QString reasonText(Reason reason)
         return QStringLiteral("blanks are missing values");
     case Reason::TooMany:
         return QStringLiteral("there are too many");
+    case Reason::Repeated:
+        return QStringLiteral("they have a label already");
     case Reason::None:
         break;
     }
@@ -149,6 +151,8 @@ QString noteSentence(const ConversionNote& note, ConversionFormat format)
         return QStringLiteral("record %1 has no variables, and no file").arg(note.text);
     case Kind::MissingRecoded:
         return QStringLiteral("%1 becomes %2").arg(note.text, note.newText);
+    case Kind::KindsRecoded:
+        return QStringLiteral("%1 without a label become codes of %2").arg(note.text, note.newText);
     case Kind::UnitChanged:
         return QStringLiteral("%1 becomes %2, counted anew").arg(note.text, note.newText);
     case Kind::FormatNotHeld:
@@ -214,6 +218,9 @@ QString kindText(Kind kind, qint64 count)
             "record without variables is left out", "records without variables are left out");
     case Kind::MissingRecoded:
         return counted("missing code is recoded", "missing codes are recoded");
+    case Kind::KindsRecoded:
+        return counted("variable gets codes for missing values without a label",
+            "variables get codes for missing values without a label");
     case Kind::UnitChanged:
         return counted("variable with dates is counted anew",
             "variables with dates are counted "
@@ -246,6 +253,36 @@ constexpr Fault faults[] = {
     { &ConversionCounts::nullCharacters, "text has a null character, which is written as U+2400",
         "texts have a null character, which is written as U+2400" },
 };
+
+// Those that are planned are told together.
+void tellKinds(const ConversionFile& file, const std::vector<ConversionCounts>& counts)
+{
+    int planned = 0;
+    for (std::size_t c = 0; c < counts.size(); ++c) {
+        const ConversionColumn& column = file.columns.at(int(c));
+        QStringList kinds;
+        for (int kind = 0; kind <= 'z' - 'a'; ++kind) {
+            if ((counts[c].recodedKinds & (quint32(1) << kind)) != 0)
+                kinds.append(QStringLiteral(".%1 %2").arg(QString(QLatin1Char(char('a' + kind))),
+                    realText(counts[c].missingBase + kind)));
+        }
+        if (kinds.isEmpty())
+            continue;
+        if (counts[c].missingBase == column.missingBase) {
+            ++planned;
+            continue;
+        }
+        Console::tell(file.name, 0, Console::Severity::Note,
+            QStringLiteral("%1: missing values became other codes than planned, as the data have "
+                           "those: %2")
+                .arg(column.name, kinds.join(QLatin1String(", "))));
+    }
+    if (planned > 0) {
+        Console::tell(file.name, 0, Console::Severity::Note,
+            QStringLiteral("kinds of missing values of %1 became the codes that are planned")
+                .arg(plural(planned, QStringLiteral("variable"))));
+    }
+}
 
 } // namespace
 
@@ -284,6 +321,7 @@ void tellReport(
 {
     for (std::size_t f = 0; f < report.counts.size(); ++f) {
         const ConversionFile& file = plan.files[f];
+        tellKinds(file, report.counts[f]);
         for (std::size_t c = 0; c < report.counts[f].size(); ++c) {
             for (const Fault& fault : faults) {
                 const qint64 count = report.counts[f][c].*fault.count;
