@@ -2,6 +2,8 @@
 
 #include <model_Tessel/StatBytes_p.h>
 
+#include <QByteArrayList>
+
 #include <cstdlib>
 
 namespace {
@@ -22,6 +24,7 @@ public:
     }
 
     bool isSound();
+    QVector<SpssExtension> extensions();
 
 private:
     enum Record {
@@ -41,12 +44,14 @@ private:
     void walkLabelledVariables();
     void walkExtension();
     void walkLongLabels(qint64 end);
+    void keep(int kind, quint64 size);
     void walkRows();
 
     StatBytes m_bytes;
     bool m_isCompressed = false;
     qint64 m_rows = -1;
     quint64 m_slots = 0; // of eight bytes in a row
+    QVector<SpssExtension> m_extensions;
 };
 
 // A number of bytes or things, which is never below 0.
@@ -143,6 +148,17 @@ void SpssWalk::walkExtension()
     if (kind == LongLabels)
         walkLongLabels(end);
     else
+        keep(kind, size);
+}
+
+void SpssWalk::keep(int kind, quint64 size)
+{
+    constexpr int firstAttributes = SpssExtension::FileAttributes;
+    const bool isKept = kind == SpssExtension::ResponseSets
+        || (kind >= firstAttributes && kind <= SpssExtension::FurtherResponseSets);
+    if (isKept && size <= StatBytes::Most)
+        m_extensions.append({ kind, m_bytes.read(size) });
+    else
         m_bytes.skip(size);
 }
 
@@ -174,9 +190,111 @@ bool SpssWalk::isSound()
     return m_bytes.isFine();
 }
 
+QVector<SpssExtension> SpssWalk::extensions()
+{
+    walkHeader();
+    while (walkRecord()) { }
+    return m_extensions;
+}
+
+// Names with their values in parentheses, each in quotes at the end of a line:
+// "a('1'\n'2'\n)b('x'\n)"; those of a variable behind its name and a colon, with a slash between
+// variables.
+class AttributeText {
+public:
+    explicit AttributeText(const SpssExtension& extension)
+        : m_text(extension.text)
+        , m_hasOwners(extension.kind == SpssExtension::VariableAttributes)
+    {
+    }
+
+    QVector<SpssAttribute> read();
+
+private:
+    QByteArray upTo(char mark);
+    bool takeValues(SpssAttribute& attribute);
+
+    const QByteArray& m_text;
+    bool m_hasOwners;
+    int m_place = 0;
+};
+
+// All that stands before the mark, which is passed over; null where there is none.
+QByteArray AttributeText::upTo(char mark)
+{
+    const int end = m_text.indexOf(mark, m_place);
+    if (end < 0)
+        return {};
+    const QByteArray found = m_text.mid(m_place, end - m_place);
+    m_place = end + 1;
+    return found;
+}
+
+// False where they do not end as they should.
+bool AttributeText::takeValues(SpssAttribute& attribute)
+{
+    bool isFirst = true;
+    while (m_place < m_text.size() && m_text.at(m_place) == '\'') {
+        const int end = m_text.indexOf("'\n", m_place + 1);
+        if (end < 0)
+            return false;
+        if (isFirst)
+            attribute.value = m_text.mid(m_place + 1, end - m_place - 1);
+        isFirst = false;
+        m_place = end + 2;
+    }
+    return m_place < m_text.size() && m_text.at(m_place++) == ')';
+}
+
+QVector<SpssAttribute> AttributeText::read()
+{
+    QVector<SpssAttribute> attributes;
+    QByteArray owner;
+    while (m_place < m_text.size()) {
+        const bool isNext = m_place == 0 || m_text.at(m_place) == '/';
+        if (m_hasOwners && isNext) {
+            m_place += m_text.at(m_place) == '/' ? 1 : 0;
+            owner = upTo(':');
+        }
+        SpssAttribute attribute { owner, upTo('('), {} };
+        if (attribute.name.isEmpty() || !takeValues(attribute))
+            break;
+        attributes.append(attribute);
+    }
+    return attributes;
+}
+
 } // namespace
 
 bool isSoundSpssFile(TStatInput& input)
 {
     return SpssWalk(input).isSound();
+}
+
+QVector<SpssExtension> spssExtensions(TStatInput& input)
+{
+    return SpssWalk(input).extensions();
+}
+
+QVector<SpssAttribute> spssAttributes(const SpssExtension& extension)
+{
+    const bool hasAttributes = extension.kind == SpssExtension::FileAttributes
+        || extension.kind == SpssExtension::VariableAttributes;
+    return hasAttributes ? AttributeText(extension).read() : QVector<SpssAttribute>();
+}
+
+// One in a line, "$name=..."; a label may have lines of its own.
+QVector<QByteArray> spssResponseSets(const SpssExtension& extension)
+{
+    QVector<QByteArray> names;
+    if (extension.kind != SpssExtension::ResponseSets
+        && extension.kind != SpssExtension::FurtherResponseSets)
+        return names;
+    const QByteArrayList lines = extension.text.split('\n');
+    for (const QByteArray& line : lines) {
+        const int end = line.indexOf('=');
+        if (line.startsWith('$') && end > 1)
+            names.append(line.left(end));
+    }
+    return names;
 }

@@ -10,6 +10,9 @@
  */
 class StatBytes {
 public:
+    // Bytes that are read at once.
+    static constexpr quint64 Most = quint64(16) * 1024 * 1024;
+
     explicit StatBytes(TStatInput& input)
         : m_input(input)
     {
@@ -57,7 +60,6 @@ public:
     // No more than a few megabytes: names and notes.
     QByteArray read(quint64 count)
     {
-        constexpr quint64 Most = quint64(16) * 1024 * 1024;
         if (!require(count <= Most && count <= quint64(m_input.size() - m_position)))
             return {};
         const QByteArray bytes = m_input.bytes(m_position, int(count));

@@ -165,6 +165,7 @@ private:
         int index, readstat_variable_t* variable, const char* setName, void* context);
     static int onValueLabel(
         const char* setName, readstat_value_t value, const char* label, void* context);
+    static int onWeight(readstat_variable_t* variable, void* context);
     static void onError(const char* text, void* context);
 
     void addMetadata(readstat_metadata_t* metadata);
@@ -174,6 +175,8 @@ private:
     int setOf(const QByteArray& name) const;
     QByteArray setNameOf(const char* setName) const;
     void addCharacteristics();
+    void addExtensions();
+    void addAttribute(const SpssAttribute& attribute, const QTextCodec& codec);
 
     TStatInput& m_input;
     TStatFileDescription m_result;
@@ -182,6 +185,7 @@ private:
     QByteArray m_setName; // of the label before
     int m_set = -1; // index of that set
     QHash<QByteArray, int> m_sets; // indexes by name
+    QHash<QString, int> m_places; // of variables by name, whose case does not count
     CallbackGuard m_guard;
 };
 
@@ -195,6 +199,7 @@ TStatFileDescription DescriptionReader::read(TStatFileKind kind, Scope scope)
         readstat_set_variable_handler(parser.get(), onVariable);
         if (scope == Scope::All)
             readstat_set_value_label_handler(parser.get(), onValueLabel);
+        readstat_set_fweight_handler(parser.get(), onWeight);
         readstat_set_error_handler(parser.get(), onError);
         const StatParse parse =
             kind == TStatFileKind::Spss ? readstat_parse_sav : readstat_parse_dta;
@@ -229,6 +234,13 @@ int DescriptionReader::onVariable(
     Q_UNUSED(index)
     auto* reader = static_cast<DescriptionReader*>(context);
     return reader->m_guard.run([&] { reader->addVariable(*variable, setName); });
+}
+
+int DescriptionReader::onWeight(readstat_variable_t* variable, void* context)
+{
+    auto* reader = static_cast<DescriptionReader*>(context);
+    reader->m_result.weight = readstat_variable_get_index(variable);
+    return READSTAT_HANDLER_OK;
 }
 
 int DescriptionReader::onValueLabel(
@@ -295,6 +307,10 @@ void DescriptionReader::join(TStatFileKind kind)
         m_result.notes.append(text);
     if (kind == TStatFileKind::Stata)
         addCharacteristics();
+    else if (m_result.outcome.error == READSTAT_OK)
+        addExtensions();
+    if (m_result.weight >= m_result.variables.size())
+        m_result.weight = -1;
     for (int index = 0; index < m_setNames.size(); ++index)
         m_result.variables[index].labelSet = setOf(m_setNames.at(index));
 }
@@ -314,6 +330,42 @@ void DescriptionReader::addCharacteristics()
     found.value(QStringLiteral("_dta")).copyTo(m_result);
     for (TStatVariableDescription& variable : m_result.variables)
         found.value(variable.name).copyTo(variable);
+}
+
+// What libreadstat passes over.
+void DescriptionReader::addExtensions()
+{
+    const QTextCodec* named = QTextCodec::codecForName(m_result.encoding.toUtf8());
+    const QTextCodec& codec = named ? *named : *QTextCodec::codecForName("UTF-8");
+    for (int index = 0; index < m_result.variables.size(); ++index)
+        m_places.insert(m_result.variables.at(index).name.toCaseFolded(), index);
+    const QVector<SpssExtension> all = spssExtensions(m_input);
+    for (const SpssExtension& extension : all) {
+        const QVector<SpssAttribute> attributes = spssAttributes(extension);
+        for (const SpssAttribute& attribute : attributes)
+            addAttribute(attribute, codec);
+        const QVector<QByteArray> sets = spssResponseSets(extension);
+        for (const QByteArray& name : sets)
+            m_result.responseSets.append(codec.toUnicode(name));
+    }
+    m_result.responseSets.removeDuplicates();
+}
+
+void DescriptionReader::addAttribute(const SpssAttribute& attribute, const QTextCodec& codec)
+{
+    const QString name = codec.toUnicode(attribute.name);
+    if (attribute.owner.isEmpty()) {
+        m_result.attributes.append(name);
+        return;
+    }
+    const auto variable = m_places.constFind(codec.toUnicode(attribute.owner).toCaseFolded());
+    if (variable == m_places.constEnd())
+        return;
+    TStatVariableDescription& owner = m_result.variables[*variable];
+    if (name.compare(QLatin1String("$@Role"), Qt::CaseInsensitive) != 0)
+        owner.attributes.append(name);
+    else if (attribute.value != "0")
+        owner.role = codec.toUnicode(attribute.value);
 }
 
 // Null where there is none. libreadstat does not end the names of damaged files with a null.

@@ -83,6 +83,8 @@ struct MODEL_TESSEL_EXPORT TStatVariableDescription {
     int labelSet = -1; /*!< index in \c labelSets of the file; -1: the file has no such set */
     QStringList notes; /*!< of Stata, by their numbers */
     QVector<TStatCharacteristic> characteristics; /*!< of Stata, in the order of the file */
+    QStringList attributes; /*!< names of an SPSS file's own, without its role */
+    QString role; /*!< of SPSS, as the file has it: "1" target, "2" both, ...; empty: input */
 
     /*! True for texts of any length. */
     bool isString() const;
@@ -131,6 +133,9 @@ struct TStatFileDescription {
     QStringList notes; /*!< notes or document lines, by their numbers */
     QVector<TStatCharacteristic> characteristics; /*!< of a Stata file itself, in its order */
     QVector<TStatVariableDescription> variables; /*!< in the order of the file */
+    int weight = -1; /*!< index of the variable that weights the rows, of SPSS; -1: none */
+    QStringList attributes; /*!< names of those of an SPSS file itself */
+    QStringList responseSets; /*!< names of multiple response sets of SPSS, "$" in front */
     QVector<TStatLabelSet> labelSets; /*!< in the order of the file, used or not */
     TStatOutcome outcome; /*!< of all that stands here */
     TStatOutcome variablesOutcome; /*!< of the same without the value labels */

@@ -178,6 +178,15 @@ private:
     const char* m_firstText = nullptr;
 };
 
+// The bytes of an SPSS file with a further record of texts at the end of its dictionary.
+inline QByteArray withSpssRecord(QByteArray bytes, int kind, const QByteArray& text)
+{
+    const qint32 end[] = { 999, 0 };
+    const qint32 head[] = { 7, kind, 1, text.size() };
+    const int place = bytes.indexOf(QByteArray(reinterpret_cast<const char*>(end), sizeof end));
+    return bytes.insert(place, QByteArray(reinterpret_cast<const char*>(head), sizeof head) + text);
+}
+
 // ---- samples
 
 // The sub-folder of TESSEL_CORPUS, which is kept apart from the sources.
