@@ -204,8 +204,8 @@ QString readShape(const QCommandLineParser& parser, ConvertSettings& settings)
 
 QString readTargets(const QCommandLineParser& parser, ConvertSettings& settings)
 {
-    const QStringList inputs =
-        settings.input.data + QStringList { settings.input.first, settings.input.dictionary };
+    const QStringList inputs = settings.input.data
+        + QStringList { settings.input.first, settings.input.dictionary, settings.config };
     settings.folder = FileNames::path(valueOf(parser, folderOption()));
     if (settings.folder.isEmpty() && !isSet(parser, planOption()))
         return QStringLiteral("--output needs the name of a folder");
@@ -243,7 +243,8 @@ QString readOptions(const QCommandLineParser& parser, ConvertCommandLine& line)
 {
     if (isSet(parser, configOption())) {
         BuildSettings build;
-        line.hasConfig = readConfig(FileNames::path(valueOf(parser, configOption())), build);
+        line.settings.config = FileNames::path(valueOf(parser, configOption()));
+        line.hasConfig = readConfig(line.settings.config, build);
         if (!line.hasConfig)
             return QString();
         line.settings.input = build.input;

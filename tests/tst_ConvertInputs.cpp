@@ -14,6 +14,7 @@ private slots:
     void kept();
     void dictionary();
     void problems();
+    void settings();
     void otherFiles();
 
 private:
@@ -104,6 +105,24 @@ void tst_ConvertInputs::problems()
             outcome.errors.constData());
         QVERIFY(!QFileInfo::exists(path(name)));
     }
+}
+
+void tst_ConvertInputs::settings()
+{
+    const Outcome saved = runTessel({ "build", path("s.sav"), "--to", path("d.db"), "--save-config",
+        path("out/datapackage.json") });
+    QVERIFY2(saved.status == 0, saved.errors.constData());
+    const QByteArray before = readFile(path("out/datapackage.json"));
+    QVERIFY(!before.isEmpty());
+    const QStringList command { "convert", path("s.sav"), "--to", "csv", "-o", path("out"),
+        "--config", path("out/datapackage.json"), "--overwrite" };
+    const Outcome outcome = runTessel(command);
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("datapackage.json: error: nothing is made"),
+        outcome.errors.constData());
+    QVERIFY(runTessel(command + QStringList { "--problems", path("out/datapackage.json") }).status
+        == 2);
+    QCOMPARE(readFile(path("out/datapackage.json")), before);
 }
 
 void tst_ConvertInputs::otherFiles()

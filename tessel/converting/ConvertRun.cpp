@@ -60,7 +60,8 @@ std::unique_ptr<DataSource> openSource(ConvertSettings& settings, int& status)
 bool sparesInputs(const ConvertSettings& settings, const ConversionPlan& plan)
 {
     const QStringList others = settings.input.data
-        + QStringList { settings.input.first, settings.input.dictionary, settings.problems };
+        + QStringList { settings.input.first, settings.input.dictionary, settings.config,
+              settings.problems };
     QStringList names;
     for (const ConversionFile& file : plan.files)
         names.append(file.name);

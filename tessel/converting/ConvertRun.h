@@ -10,6 +10,7 @@ struct ConvertSettings {
     DataInput input;
     SelectionRequest selected;
     tessel::ConversionOptions options;
+    QString config; /*!< file that settings were read from; empty: none */
     QString folder; /*!< that the files go to */
     bool replacesFiles = false;
     bool isStrict = false; /*!< nothing is made when anything is lost */
