@@ -1,6 +1,7 @@
 #include <tessel_data/ConversionPlan.h>
 
 #include <tessel_data/ConversionCodes_p.h>
+#include <tessel_data/ConversionExtras_p.h>
 #include <tessel_data/ConversionLimits_p.h>
 #include <tessel_data/RecordGroups_p.h>
 #include <tessel_data/StatFormats_p.h>
@@ -77,6 +78,7 @@ public:
         , m_options(options)
         , m_plan(plan)
         , m_codes(dictionary, options, plan)
+        , m_extras(dictionary, options, plan)
     {
     }
 
@@ -102,14 +104,13 @@ private:
     void tellRisks(const ConversionColumn& column, const DataVariable& variable);
     QString fileName(const QString& wanted);
     FittedText fileLabel(const RecordGroup& group, int record) const;
-    void addNotes();
-    void tellDescribed(const ConversionFile& file);
     ConversionNote& tell(Kind kind, const QString& text, Reason reason = Reason::None);
 
     const DataDictionary& m_dictionary;
     const ConversionOptions& m_options;
     ConversionPlan& m_plan;
     ConversionCodes m_codes;
+    ConversionExtras m_extras;
     UniqueNames m_fileNames;
     StatNames m_names { StatProgram::Spss }; // of the current file
     QString m_file;
@@ -134,7 +135,7 @@ void ConversionPlanner::make()
 {
     m_plan.format = m_options.format;
     m_plan.hasByteWidths = m_options.hasByteWidths;
-    addNotes();
+    m_extras.addFileNotes();
     for (int record = 0; record < int(m_dictionary.records.size()); ++record) {
         if (!m_dictionary.records[std::size_t(record)].columns.isEmpty()) {
             addRecord(record);
@@ -143,22 +144,6 @@ void ConversionPlanner::make()
         m_file.clear();
         m_variable.clear();
         tell(Kind::NoVariables, m_dictionary.records[std::size_t(record)].name);
-    }
-}
-
-// SPSS keeps them in lines.
-void ConversionPlanner::addNotes()
-{
-    if (!m_dictionary.description)
-        return;
-    const int most = limitsOf(m_options.format).noteBytes;
-    for (const QString& note : m_dictionary.description->notes) {
-        QString rest = withoutNulls(note);
-        do {
-            const QString line = statText(rest, { most, true });
-            m_plan.fileNotes.append(line);
-            rest = rest.mid(line.size());
-        } while (!rest.isEmpty());
     }
 }
 
@@ -221,7 +206,7 @@ void ConversionPlanner::addFile(int record, const RecordGroup& group, bool hasRo
         addOwn(file, Role::Occurrence, "OCCURRENCE", "Number of the occurrence, from 1");
     addGroup(file, group);
     addMerged(file);
-    tellDescribed(file);
+    m_extras.fill(file);
     m_plan.files.push_back(std::move(file));
 }
 
@@ -410,33 +395,6 @@ void ConversionPlanner::tellRisks(const ConversionColumn& column, const DataVari
     if (variable.type == DataVariable::Type::Number && digits > ExactDigits
         && m_options.format != ConversionFormat::Csv)
         tell(Kind::PrecisionAtRisk, variable.name, Reason::TooLong).count = digits;
-}
-
-// What the file that is read says and the other one has no place for.
-void ConversionPlanner::tellDescribed(const ConversionFile& file)
-{
-    if (file.records.size() > 1)
-        tell(Kind::MergedOnce, QString()).count = file.records.size() - 1;
-    if (!m_dictionary.description)
-        return;
-    int shown = 0;
-    for (const ConversionColumn& column : file.columns) {
-        if (column.variable < 0)
-            continue;
-        const TStatVariableDescription& source =
-            m_dictionary.description->variables.at(column.variable);
-        const int notes = source.notes.size() + source.characteristics.size();
-        m_variable = column.name;
-        if (notes > 0)
-            tell(Kind::NotesNotHeld, QString()).count = notes;
-        shown += m_dictionary.description->kind == TStatFileKind::Spss ? 1 : 0;
-    }
-    m_variable.clear();
-    if (shown > 0 && m_options.format != ConversionFormat::Spss)
-        tell(Kind::DisplayNotHeld, QString()).count = shown;
-    const int own = m_dictionary.description->characteristics.size();
-    if (own > 0)
-        tell(Kind::NotesNotHeld, QString()).count = own;
 }
 
 ConversionPlan::ConversionPlan(const DataDictionary& dictionary, const ConversionOptions& options)

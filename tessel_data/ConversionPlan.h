@@ -102,6 +102,8 @@ struct ConversionFile {
     QVector<ConversionColumn> columns;
     /*! By occurrence, one but for repeats: the cell of each column in its record; -1: none. */
     std::vector<QVector<int>> cells;
+    QStringList notes; /*!< of its records, variables and value sets, behind their names */
+    int weight = -1; /*!< index of the column that weights the rows; -1: none */
 };
 
 /*! What a person is told of something that a file cannot hold as it is. */
@@ -122,11 +124,16 @@ struct ConversionNote {
         TextAtRisk, /*!< texts may be longer than a file holds */
         NotesNotHeld, /*!< those of variables */
         NoVariables, /*!< a record without variables, of which no file is made */
+        WeightNotHeld, /*!< the rows had a weight */
+        AttributesNotHeld, /*!< those of SPSS, of the file or of a variable */
+        RoleNotHeld, /*!< of a variable of SPSS */
+        ResponseSetsNotHeld, /*!< multiple response sets */
         MissingRecoded, /*!< codes become kinds of missing values, or kinds become codes */
         KindsRecoded, /*!< the same of kinds without a label, when a variable has some */
         UnitChanged, /*!< dates count from another day, in another unit */
         FormatNotHeld, /*!< another format shows the values */
         DisplayNotHeld, /*!< measures, widths and alignments */
+        NotesMoved, /*!< notes of variables, records and value sets are notes of the file */
         MergedOnce, /*!< variables of records that a case has once are on each row of others */
     };
     /*! Why. */

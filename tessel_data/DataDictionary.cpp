@@ -132,6 +132,7 @@ DataDictionary DictionaryResolver::resolve()
 {
     m_result.name = m_source.name;
     m_result.label = m_source.label;
+    m_result.note = m_source.note();
     m_result.recordTypeStart = std::clamp(m_source.recordTypeStart - 1, 0, LastColumn);
     m_result.recordTypeWidth = std::clamp(m_source.recordTypeLen, 0, LastColumn);
     m_result.languages = m_source.languages();
@@ -150,6 +151,7 @@ void DictionaryResolver::addRecords()
         DataRecord record;
         record.name = source->name;
         record.label = source->label;
+        record.note = source->note;
         record.typeCode = withoutTrailingBlanks(source->recordTypeValue);
         record.level = std::max(1, source->level);
         record.isRequired = source->required.compare(QLatin1String("No"), Qt::CaseInsensitive) != 0;
@@ -165,6 +167,7 @@ void DictionaryResolver::addItem(const TCSProItem& item)
     variable.name = item.name;
     variable.itemName = item.dictionaryName;
     variable.label = item.label;
+    variable.note = item.detail().note;
     variable.occurrenceLabel = item.detail().occurrenceLabel;
     variable.type = !item.detail().contentType.isEmpty() ? DataVariable::Type::Binary
         : item.isAlpha != 0                              ? DataVariable::Type::Text
@@ -201,11 +204,17 @@ int DictionaryResolver::valueSet(const TCSProValueSet* source)
     const auto known = m_valueSets.constFind(source);
     if (known != m_valueSets.constEnd())
         return known.value();
-    DataValueSet set { source->name, source->label, {} };
+    DataValueSet set { source->name, source->label, {}, {} };
+    if (!source->note().isEmpty())
+        set.notes.append(source->note());
     set.codes.reserve(source->items->size());
-    for (const TValueSetItem* entry : qAsConst(*source->items))
+    for (const TValueSetItem* entry : qAsConst(*source->items)) {
         set.codes.append(
             { entry->code, source->detail(entry).highCode, entry->label, specialOf(*entry) });
+        const QString& note = source->detail(entry).note;
+        if (!note.isEmpty())
+            set.notes.append(entry->code.trimmed() + QLatin1String(": ") + note);
+    }
     const int index = int(m_result.valueSets.size());
     m_valueSets.insert(source, index);
     m_result.valueSets.push_back(std::move(set));
@@ -354,7 +363,7 @@ DataDictionary DataDictionary::fromDescription(const TStatFileDescription& descr
     result.label = description.fileLabel;
     result.name = QFileInfo(description.path).completeBaseName();
     for (const TStatLabelSet& source : description.labelSets) {
-        DataValueSet set { source.name, QString(), {} };
+        DataValueSet set { source.name, QString(), {}, {} };
         for (const TStatLabelledValue& labelled : source.labels)
             set.codes.append({ labelled.value.text, QString(), labelled.label,
                 labelled.value.tag != '\0' ? Special::Missing : Special::None });

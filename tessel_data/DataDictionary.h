@@ -6,6 +6,7 @@
 #include <model_Tessel/CSProStructure.h>
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 #include <memory>
@@ -33,6 +34,7 @@ struct DataValueSet {
     QString name;
     QString label;
     QVector<DataCode> codes; /*!< in the order of the dictionary */
+    QStringList notes; /*!< its own, and those of codes with the code in front */
 };
 
 /*! A field of a record, one for each occurrence, or an identification item. */
@@ -44,6 +46,7 @@ struct DataVariable {
     QString itemName; /*!< the item's own name */
     QString label;
     QString occurrenceLabel; /*!< empty: none */
+    QString note; /*!< of a CSPro dictionary; may have several lines */
     Type type = Type::Number;
     int level = 1; /*!< from 1 */
     int record = -1; /*!< index of the record; -1: identification item */
@@ -63,6 +66,7 @@ struct DataVariable {
 struct DataRecord {
     QString name;
     QString label;
+    QString note;
     QString typeCode; /*!< what the record type's columns hold, without trailing blanks */
     int level = 1; /*!< from 1 */
     bool isRequired = true; /*!< a case has at least one */
@@ -114,6 +118,7 @@ public:
     bool hasMissingKinds = false; /*!< blanks may be of the kinds ".a" to ".z" of Stata */
     QString name;
     QString label;
+    QString note; /*!< of a CSPro dictionary itself */
     int recordTypeStart = 0; /*!< column of the record type, from 0 */
     int recordTypeWidth = 0; /*!< 0: one record, which every line is */
     QVector<CSProLanguage> languages;

@@ -412,6 +412,7 @@ void DataPackage::addFile(
         { QStringLiteral("tessel:record"), file.recordName },
         { QStringLiteral("dialect"), dialect() }, { QStringLiteral("schema"), schema } };
     insertText(resource, "title", file.label);
+    insertText(resource, "description", file.notes.join(QLatin1Char('\n')));
     m_resources.append(resource);
 }
 
@@ -421,6 +422,9 @@ void DataPackage::write(int descriptor, const QString& path) const
         { QStringLiteral("name"), slugOf(m_dictionary.name) },
         { QStringLiteral("resources"), m_resources } };
     insertText(package, "title", m_dictionary.labelText(m_dictionary.label));
+    insertText(package, "description",
+        m_dictionary.description ? m_dictionary.description->notes.join(QLatin1Char('\n'))
+                                 : m_dictionary.note);
     if (!m_valueSets.isEmpty())
         package.insert(QStringLiteral("tessel:valueSets"), m_valueSets);
     const QByteArray text = QJsonDocument(package).toJson();

@@ -54,6 +54,13 @@ ConversionUnit inverse(ConversionUnit unit)
     return unit;
 }
 
+// In UTF-8, whose further bytes of a character are 10xxxxxx.
+std::size_t characterCount(std::string_view text)
+{
+    return std::size_t(
+        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
 // Where a character of UTF-8 begins at or before the place.
 std::size_t characterAt(std::string_view text, std::size_t place)
 {
@@ -182,6 +189,9 @@ void StatColumn::addText(Sink& spool, std::string_view text, ConversionCounts& c
         text = text.substr(0, characterAt(text, m_mostBytes));
     }
     m_bytes = std::max(m_bytes, text.size());
+    m_allBytes += qint64(text.size());
+    if (text.size() > std::size_t(m_column.width))
+        m_characters = std::max(m_characters, characterCount(text));
     spool.addText(text);
 }
 

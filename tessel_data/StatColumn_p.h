@@ -45,6 +45,16 @@ public:
     /* What the file needs, when all values are there. */
     ConversionColumn::Type type() const;
     int textBytes() const;
+    /* The most characters of a text that has more bytes than planned; 0: none has. */
+    int textCharacters() const
+    {
+        return int(m_characters);
+    }
+    /* Of all texts together. */
+    qint64 allTextBytes() const
+    {
+        return m_allBytes;
+    }
     /* Kinds of missing values that are there: bit 0 for 'a'. */
     quint32 kinds() const
     {
@@ -100,6 +110,8 @@ private:
     qint64 m_high = std::numeric_limits<qint64>::min();
     bool m_hasFractions = false;
     std::size_t m_bytes = 0;
+    std::size_t m_characters = 0;
+    qint64 m_allBytes = 0;
     quint32 m_kinds = 0;
     quint32 m_labelledKinds = 0;
     FreeCodes m_free; // in an SPSS file, for kinds

@@ -263,22 +263,50 @@ readstat_label_set_t* StatFileWriter::labelSet(std::size_t index)
     return set;
 }
 
+// Rows differ in size a thousandfold.
+qint64 StatFileWriter::rowsBetweenAsking() const
+{
+    constexpr std::size_t cells = 1 << 18;
+    return qint64(std::max<std::size_t>(1, cells / std::max<std::size_t>(1, m_written.size())));
+}
+
+void StatFileWriter::checkLongTexts() const
+{
+    qint64 bytes = 0;
+    for (const StatColumn& column : m_columns)
+        bytes += column.type() == Type::LongText ? column.allTextBytes() : 0;
+    if (m_longTextBound == 0 || bytes <= m_longTextBound)
+        return;
+    throw DataError(DataError::Code::UnfitSelection, m_path,
+        QStringLiteral("would have %1 MiB of texts in variables with texts of more than 2,045 "
+                       "bytes, which wait in memory, and %2 MiB are the most; choose other "
+                       "variables with --variables or a part of the rows, or another format")
+            .arg(bytes >> 20)
+            .arg(m_longTextBound >> 20));
+}
+
 // libreadstat wants all of them before the first row.
-void StatFileWriter::addStringRefs(RowSpool& spool, qint64 rows)
+bool StatFileWriter::addStringRefs(
+    RowSpool& spool, qint64 rows, const std::function<bool()>& goesOn)
 {
     const bool hasAny = std::any_of(m_written.begin(), m_written.end(),
         [](const Column& column) { return column.type == Type::LongText; });
     if (!hasAny)
-        return;
+        return true;
+    checkLongTexts();
+    const qint64 between = rowsBetweenAsking();
     spool.rewind();
     RowSpool::Value value;
     for (qint64 row = 0; row < rows; ++row) {
+        if (row % between == 0 && !goesOn())
+            return false;
         for (const Column& column : m_written) {
             spool.read(value);
             if (column.type == Type::LongText && value.kind == RowSpool::Value::Kind::Text)
                 readstat_add_string_ref(m_writer.get(), std::string(value.text).c_str());
         }
     }
+    return true;
 }
 
 void StatFileWriter::begin(qint64 rows)
@@ -286,8 +314,12 @@ void StatFileWriter::begin(qint64 rows)
     readstat_writer_t* const writer = m_writer.get();
     check(readstat_set_data_writer(writer, onData));
     check(readstat_writer_set_file_label(writer, m_file.label.toUtf8().constData()));
-    for (const QString& note : m_plan.fileNotes)
+    for (const QString& note : m_plan.fileNotes + m_file.notes)
         readstat_add_note(writer, note.toUtf8().constData());
+    if (m_file.weight >= 0) {
+        check(readstat_writer_set_fweight_variable(
+            writer, m_written[std::size_t(m_file.weight)].variable));
+    }
     if (m_isStata) {
         check(readstat_writer_set_file_format_version(writer, StataVersion));
         check(readstat_begin_writing_dta(writer, this, long(rows)));
@@ -478,15 +510,16 @@ void StatFileWriter::checkRows(qint64 rows) const
 
 bool StatFileWriter::write(RowSpool& spool, qint64 rows, const std::function<bool()>& goesOn)
 {
-    constexpr qint64 betweenAsking = 4096;
     checkRows(rows);
     addColumns();
-    addStringRefs(spool, rows);
+    if (!addStringRefs(spool, rows, goesOn))
+        return false;
+    const qint64 between = rowsBetweenAsking();
     begin(rows);
     spool.rewind();
     RowSpool::Value value;
     for (qint64 row = 0; row < rows; ++row) {
-        if (row % betweenAsking == 0 && !goesOn())
+        if (row % between == 0 && !goesOn())
             return false;
         check(readstat_begin_row(m_writer.get()));
         for (std::size_t c = 0; c < m_written.size(); ++c) {

@@ -20,6 +20,11 @@ public:
     StatFileWriter(const ConversionPlan& plan, const ConversionFile& file,
         const std::vector<StatColumn>& columns, int descriptor, const QString& path);
 
+    /* How many bytes of long texts of Stata may wait in memory. */
+    void setLongTextBound(qint64 bytes)
+    {
+        m_longTextBound = bytes;
+    }
     /* Writes all of the spool's rows; false when goesOn says so. */
     bool write(RowSpool& spool, qint64 rows, const std::function<bool()>& goesOn);
 
@@ -68,7 +73,9 @@ private:
     void setMissing(std::size_t index);
     void setKinds(std::size_t index);
     readstat_label_set_t* labelSet(std::size_t index);
-    void addStringRefs(RowSpool& spool, qint64 rows);
+    bool addStringRefs(RowSpool& spool, qint64 rows, const std::function<bool()>& goesOn);
+    void checkLongTexts() const;
+    qint64 rowsBetweenAsking() const;
     void begin(qint64 rows);
     void writeValue(std::size_t index, const RowSpool::Value& value);
     void writeMissing(std::size_t index, char tag);
@@ -112,6 +119,7 @@ private:
     int m_descriptor;
     QString m_path;
     bool m_isStata;
+    qint64 m_longTextBound = 0; // 0: any number
     std::unique_ptr<readstat_writer_t, WriterDeleter> m_writer;
     std::vector<Column> m_written;
     // By set of the plan, first code of missing kinds, those without a label, and length of texts.

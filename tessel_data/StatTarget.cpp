@@ -27,6 +27,7 @@ public:
     const ConversionFormat m_format;
     std::vector<std::vector<ConversionCounts>> counts; // by file and column
     std::vector<qint64> rowCounts; // by file
+    qint64 longTextBound = qint64(1) << 30; // bytes
 
 private:
     void checkWidth(const ConversionFile& file) const;
@@ -113,8 +114,10 @@ bool StatTarget::Job::isSettled(const ConversionFile& file) const
 std::unique_ptr<StatFileWriter> StatTarget::Job::writer(std::size_t file)
 {
     const ConversionFile& definition = m_plan->files[file];
-    return std::make_unique<StatFileWriter>(*m_plan, definition, m_columns[file],
+    auto writer = std::make_unique<StatFileWriter>(*m_plan, definition, m_columns[file],
         m_files->descriptor(file), ConvertedFiles::path(m_folder, definition.name));
+    writer->setLongTextBound(longTextBound);
+    return writer;
 }
 
 void StatTarget::Job::append(int file, const ConversionRows& rows)
@@ -177,7 +180,7 @@ void StatTarget::Job::countChanged()
             const ConversionColumn& column = m_plan->files[f].columns.at(int(c));
             const StatColumn& values = m_columns[f][c];
             counts[f][c].isWidened = column.isText()
-                ? column.width > 0 && values.textBytes() > column.width
+                ? column.width > 0 && values.textCharacters() > column.width
                 : values.type() != column.type;
             if (m_format != ConversionFormat::Spss)
                 continue;
@@ -217,6 +220,11 @@ StatTarget::StatTarget(const QString& folder, ConversionFormat format, bool mayR
 }
 
 StatTarget::~StatTarget() = default;
+
+void StatTarget::setLongTextBound(qint64 bytes)
+{
+    m_job->longTextBound = bytes;
+}
 
 ConversionFormat StatTarget::format() const
 {

@@ -16,6 +16,12 @@ public:
     StatTarget(const QString& folder, ConversionFormat format, bool mayReplace);
     ~StatTarget() override;
 
+    /*!
+     * How many bytes the variables of a Stata file may have that hold texts of more than 2,045
+     * bytes, as these wait in memory: 1 GiB, or \a bytes; 0: any number.
+     */
+    void setLongTextBound(qint64 bytes);
+
     ConversionFormat format() const override;
     QString name() const override;
     void begin(const ConversionPlan& plan) override;

@@ -41,6 +41,7 @@ private slots:
     void folderIsAFile();
     void cancelled();
     void killed();
+    void killedInNewFolder();
     void damagedSource();
     void strictData();
     void problems();
@@ -167,6 +168,27 @@ void tst_ConvertFaults::killed()
     QCOMPARE(StatContents::read(path("out/A.dta")).rows.size(), 1);
 }
 
+// The folder that it made, too; another run may go on only when the dead one has really ended.
+void tst_ConvertFaults::killedInNewFolder()
+{
+    QProcess process;
+    QStringList command = arguments();
+    command[2] = "-";
+    process.start(QStringLiteral(TESSEL_PROGRAM), command);
+    QVERIFY(process.waitForStarted());
+    QTRY_VERIFY(made().contains(".B.dta.tessel-build"));
+    const Outcome refused = runTessel(arguments());
+    QCOMPARE(refused.status, 1);
+    QVERIFY2(refused.errors.contains("is being made by another build"), refused.errors.constData());
+    ::kill(pid_t(process.processId()), SIGKILL);
+    QVERIFY(process.waitForFinished(60'000));
+    QVERIFY(made().contains(".A.dta.tessel-build"));
+    bool isMade = false;
+    QTRY_VERIFY_WITH_TIMEOUT(isMade || (isMade = runTessel(arguments()).status == 0), 20'000);
+    QCOMPARE(made(), (QStringList { "A.dta", "B.dta" }));
+    QCOMPARE(StatContents::read(path("out/A.dta")).rows.size(), 1);
+}
+
 void tst_ConvertFaults::damagedSource()
 {
     const QByteArray whole = readFile(QStringLiteral(TESSEL_EXAMPLES "/person.sav"));
@@ -200,7 +222,7 @@ void tst_ConvertFaults::problems()
     QVERIFY2(found.contains("unknown-record-type"), found.constData());
     QVERIFY2(
         outcome.errors.contains("1 line has no place in any file"), outcome.errors.constData());
-    QVERIFY2(outcome.output.contains("3 lines read = 2 rows + 1 rejects + 0 deleted + 0 blank"),
+    QVERIFY2(outcome.output.contains("3 lines read = 2 rows + 1 reject + 0 deleted + 0 blank"),
         outcome.output.constData());
 }
 

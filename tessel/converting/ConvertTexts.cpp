@@ -149,6 +149,16 @@ QString noteSentence(const ConversionNote& note, ConversionFormat format)
         return QStringLiteral("%1 left out").arg(plural(note.count, QStringLiteral("note")));
     case Kind::NoVariables:
         return QStringLiteral("record %1 has no variables, and no file").arg(note.text);
+    case Kind::WeightNotHeld:
+        return QStringLiteral("weight %1 left out: the rows count alike").arg(note.text);
+    case Kind::AttributesNotHeld:
+        return QStringLiteral("%1 left out: %2")
+            .arg(plural(note.count, QStringLiteral("attribute")), note.text);
+    case Kind::RoleNotHeld:
+        return QStringLiteral("role left out");
+    case Kind::ResponseSetsNotHeld:
+        return QStringLiteral("%1 left out: %2")
+            .arg(plural(note.count, QStringLiteral("multiple response set")), note.text);
     case Kind::MissingRecoded:
         return QStringLiteral("%1 becomes %2").arg(note.text, note.newText);
     case Kind::KindsRecoded:
@@ -160,6 +170,11 @@ QString noteSentence(const ConversionNote& note, ConversionFormat format)
     case Kind::DisplayNotHeld:
         return QStringLiteral("measures, widths and alignments of %1 left out")
             .arg(plural(note.count, QStringLiteral("variable")));
+    case Kind::NotesMoved:
+        return QStringLiteral("%1 among the notes of the file, behind the name")
+            .arg(
+                plural(note.count, QStringLiteral("note of a variable, record or value set stands"),
+                    QStringLiteral("notes of variables, records and value sets stand")));
     case Kind::MergedOnce:
         return QStringLiteral("variables of %1 that a case has once stand on each row")
             .arg(plural(note.count, QStringLiteral("record")));
@@ -212,10 +227,18 @@ QString kindText(Kind kind, qint64 count)
     case Kind::TextAtRisk:
         return counted("variable may have cut texts", "variables may have cut texts");
     case Kind::NotesNotHeld:
-        return counted("variable loses notes", "variables lose notes");
+        return counted("variable or file loses notes", "variables or files lose notes");
     case Kind::NoVariables:
         return counted(
             "record without variables is left out", "records without variables are left out");
+    case Kind::WeightNotHeld:
+        return counted("file loses its weight", "files lose their weights");
+    case Kind::AttributesNotHeld:
+        return counted("variable or file loses attributes", "variables or files lose attributes");
+    case Kind::RoleNotHeld:
+        return counted("variable loses its role", "variables lose their roles");
+    case Kind::ResponseSetsNotHeld:
+        return counted("file loses multiple response sets", "files lose multiple response sets");
     case Kind::MissingRecoded:
         return counted("missing code is recoded", "missing codes are recoded");
     case Kind::KindsRecoded:
@@ -229,6 +252,9 @@ QString kindText(Kind kind, qint64 count)
         return counted("variable is shown otherwise", "variables are shown otherwise");
     case Kind::DisplayNotHeld:
         return counted("file loses measures and widths", "files lose measures and widths");
+    case Kind::NotesMoved:
+        return counted("file has notes of variables among its own",
+            "files have notes of variables among their own");
     case Kind::MergedOnce:
         return counted("file has merged variables", "files have merged variables");
     }
@@ -357,26 +383,27 @@ QString conversionSummary(const DataSource& source, const ConvertSettings& setti
         int widened = 0;
         for (const ConversionCounts& counts : report.counts[f])
             widened += counts.isWidened ? 1 : 0;
-        text += QStringLiteral("  %1: %2 rows, %3")
-                    .arg(printable(plan.files[f].name), QString::number(report.rows[f]),
-                        plural(plan.files[f].columns.size(), QStringLiteral("variable")));
+        text +=
+            QStringLiteral("  %1: %2, %3")
+                .arg(printable(plan.files[f].name), plural(report.rows[f], QStringLiteral("row")),
+                    plural(plan.files[f].columns.size(), QStringLiteral("variable")));
         if (widened > 0)
             text += QStringLiteral(", %1 of a wider type than planned").arg(widened);
         text += QLatin1Char('\n');
     }
-    text += QStringLiteral("%1 %2 read = %3 rows + %4 rejects + %5 deleted + %6 blank%7\n")
-                .arg(QString::number(read.lines),
-                    source.countsRows() && !source.hasCases() ? QStringLiteral("rows")
-                                                              : QStringLiteral("lines"),
-                    QString::number(read.records), QString::number(report.rejects),
+    const QString unit =
+        source.countsRows() && !source.hasCases() ? QStringLiteral("row") : QStringLiteral("line");
+    text += QStringLiteral("%1 read = %2 + %3 + %4 deleted + %5 blank%6\n")
+                .arg(plural(read.lines, unit), plural(read.records, QStringLiteral("row")),
+                    plural(report.rejects, QStringLiteral("reject")),
                     QString::number(read.deletedLines), QString::number(read.blankLines),
                     read.leftOutLines > 0 ? QStringLiteral(" + %1 left out").arg(read.leftOutLines)
                                           : QString());
     if (source.hasCases()) {
         text +=
-            QStringLiteral("%1 cases read = %2 cases + %3 deleted%4\n")
-                .arg(QString::number(read.casesRead), QString::number(read.cases),
-                    QString::number(read.deletedCases),
+            QStringLiteral("%1 read = %2 + %3 deleted%4\n")
+                .arg(plural(read.casesRead, QStringLiteral("case")),
+                    plural(read.cases, QStringLiteral("case")), QString::number(read.deletedCases),
                     read.leftOutCases > 0 ? QStringLiteral(" + %1 left out").arg(read.leftOutCases)
                                           : QString());
     }
