@@ -44,11 +44,6 @@ double missingBaseOf(readstat_type_t type)
     return type == READSTAT_TYPE_INT16 ? FirstOfInt : FirstOfLong;
 }
 
-QString rangeText(double low, double high)
-{
-    return low == high ? realText(low) : realText(low) + QLatin1Char(':') + realText(high);
-}
-
 QString kindText(char tag)
 {
     return QStringLiteral(".%1").arg(QLatin1Char(tag));
@@ -190,7 +185,7 @@ ConversionCodes::Codes ConversionCodes::codesOf(const ConversionColumn& column) 
 // The n-th missing code becomes the n-th kind.
 void ConversionCodes::setTags(const Codes& codes, ConversionColumn& column)
 {
-    int left = 0;
+    std::vector<Code> left;
     for (const Code& code : codes.missing) {
         const bool isKnown = std::any_of(
             column.missing.begin(), column.missing.end(), [&](const ConversionMissing& known) {
@@ -199,7 +194,7 @@ void ConversionCodes::setTags(const Codes& codes, ConversionColumn& column)
         if (isKnown)
             continue;
         if (int(column.missing.size()) == MostKinds) {
-            ++left;
+            left.push_back(code);
             continue;
         }
         const char tag = char('a' + int(column.missing.size()));
@@ -208,65 +203,106 @@ void ConversionCodes::setTags(const Codes& codes, ConversionColumn& column)
         if (code.low < code.high)
             tell(Kind::MissingMerged, column, code.text).newText = kindText(tag);
     }
-    if (left > 0)
-        tell(Kind::MissingNotHeld, column, codes.name, Reason::TooMany).count = left;
+    tellUnmarked(left, codes, column, Reason::TooMany);
+}
+
+// The one of the most codes, of equal ones that whose first code comes first in the dictionary.
+ConversionMissing ConversionCodes::longestRun(
+    const Codes& codes, const ConversionColumn& column) const
+{
+    struct Run {
+        double low;
+        double high;
+        std::size_t first; // place in the dictionary
+    };
+    std::vector<Run> points;
+    for (const Code& code : codes.missing)
+        points.push_back({ code.low, code.high, points.size() });
+    std::stable_sort(points.begin(), points.end(),
+        [](const Run& first, const Run& second) { return first.low < second.low; });
+    const bool mayJoin = !m_dictionary.description && column.decimals == 0;
+    std::vector<Run> runs;
+    for (const Run& point : points) {
+        if (mayJoin && !runs.empty() && point.low == runs.back().high + 1)
+            runs.back() = { runs.back().low, point.high, std::min(runs.back().first, point.first) };
+        else
+            runs.push_back(point);
+    }
+    const Run longest =
+        *std::max_element(runs.begin(), runs.end(), [](const Run& first, const Run& second) {
+            const double firstSize = first.high - first.low;
+            const double secondSize = second.high - second.low;
+            return firstSize < secondSize
+                || (firstSize == secondSize && first.first > second.first);
+        });
+    return { longest.low, longest.high, QString(), '\0' };
 }
 
 // At most three codes, or a range and a code; codes that follow each other make a range, too.
 void ConversionCodes::setMissing(const Codes& codes, ConversionColumn& column)
 {
-    std::vector<ConversionMissing> points;
-    for (const Code& code : codes.missing)
-        points.push_back({ code.low, code.high, QString(), '\0' });
-    const bool areCodes = std::all_of(points.begin(), points.end(),
-        [](const ConversionMissing& point) { return point.low == point.high; });
-    if (areCodes && points.size() <= MostMissing) {
-        column.missing = points;
-        return;
-    }
-    std::stable_sort(points.begin(), points.end(),
-        [](const auto& first, const auto& second) { return first.low < second.low; });
-    const double step = 1 / double(powerOfTen(column.decimals));
-    std::vector<ConversionMissing> runs;
-    for (const ConversionMissing& point : points) {
-        if (!runs.empty() && !m_dictionary.description && column.decimals == 0
-            && point.low == runs.back().high + step)
-            runs.back().high = point.high;
-        else
-            runs.push_back(point);
-    }
-    const auto widest =
-        std::max_element(runs.begin(), runs.end(), [](const auto& first, const auto& second) {
-            return first.high - first.low < second.high - second.low;
-        });
-    column.missing.push_back(*widest);
-    const bool isRange = widest->low < widest->high;
-    int left = 0;
-    for (auto run = runs.begin(); run != runs.end(); ++run) {
-        const std::size_t most = isRange ? 2 : MostMissing;
-        if (run == widest)
+    const bool areFew = codes.missing.size() <= MostMissing
+        && std::all_of(codes.missing.begin(), codes.missing.end(),
+            [](const Code& code) { return code.low == code.high; });
+    const ConversionMissing run = longestRun(codes, column);
+    const bool hasRange = !areFew && run.low < run.high;
+    if (hasRange)
+        column.missing.push_back(run);
+    std::vector<Code> left;
+    for (const Code& code : codes.missing) {
+        if (hasRange && code.low >= run.low && code.high <= run.high)
             continue;
-        if (run->low == run->high && column.missing.size() < most)
-            column.missing.push_back(*run);
+        if (code.low == code.high && column.missing.size() < (hasRange ? 2 : MostMissing))
+            column.missing.push_back({ code.low, code.high, QString(), '\0' });
         else
-            ++left;
+            left.push_back(code);
     }
-    if (left > 0)
-        tell(Kind::MissingNotHeld, column, codes.name, Reason::TooMany).count = left;
+    tellUnmarked(left, codes, column, Reason::TooMany);
 }
 
 void ConversionCodes::setMissingTexts(const Codes& codes, ConversionColumn& column)
 {
-    int left = 0;
+    std::vector<Code> left;
     for (const Code& code : codes.missing) {
         const bool isShort = code.text.toUtf8().size() <= LongestMissingText;
         if (!isStata() && isShort && column.missing.size() < MostMissing)
             column.missing.push_back({ 0, 0, code.text, '\0' });
         else
-            ++left;
+            left.push_back(code);
     }
-    if (left > 0)
-        tell(Kind::MissingNotHeld, column, codes.name, Reason::TextCodes).count = left;
+    tellUnmarked(left, codes, column, Reason::TextCodes);
+}
+
+void ConversionCodes::tellUnmarked(const std::vector<Code>& left, const Codes& codes,
+    const ConversionColumn& column, Reason reason)
+{
+    constexpr std::size_t mostNamed = 5;
+    if (left.empty())
+        return;
+    QStringList named;
+    for (std::size_t i = 0; i < std::min(left.size(), mostNamed); ++i)
+        named.append(
+            codes.isText ? QLatin1Char('"') + left[i].text + QLatin1Char('"') : left[i].text);
+    if (left.size() > mostNamed)
+        named.append(QStringLiteral("..."));
+    ConversionNote& note = tell(Kind::MissingNotHeld, column, codes.name, reason);
+    note.count = int(left.size());
+    note.newText = named.join(QLatin1String(", "));
+}
+
+// An SPSS text is as wide as its longest code, so that the code keeps its label.
+void ConversionCodes::widen(const Codes& codes, ConversionColumn& column) const
+{
+    const int most = limitsOf(m_options.format).textBytes;
+    const auto take = [&](const QString& text) {
+        const int bytes = text.toUtf8().size();
+        if (bytes <= most)
+            column.width = std::max(column.width, bytes);
+    };
+    for (const Code& code : codes.labelled)
+        take(code.text);
+    for (const Code& code : codes.missing)
+        take(code.text);
 }
 
 // Kinds of missing values get codes that no value of their type is, and no code with a label.
@@ -291,8 +327,12 @@ void ConversionCodes::setKinds(const Codes& codes, ConversionColumn& column)
 
 bool ConversionCodes::isHeld(const Code& code, bool isText, Reason& reason) const
 {
-    if (isText)
-        reason = isStata() ? Reason::TextCodes : Reason::None;
+    if (isText && isStata())
+        reason = Reason::TextCodes;
+    else if (isText)
+        reason = code.text.toUtf8().size() > limitsOf(m_options.format).textBytes
+            ? Reason::LargeCodes
+            : Reason::None;
     else if (code.tag != '\0')
         reason = Reason::None;
     else if (code.low != code.high)
@@ -414,6 +454,8 @@ void ConversionCodes::fill(ConversionColumn& column, const QString& file)
         setMissing(codes, column);
     if (m_dictionary.hasMissingKinds && !isStata() && !codes.isText)
         setKinds(codes, column);
+    if (codes.isText && !isStata())
+        widen(codes, column);
     tellSets(codes, column);
     column.labelSet = labelSet(codes, column);
 }

@@ -41,7 +41,11 @@ private:
     void addKinds(Codes& codes, const DataValueSet& source) const;
     void addMissing(Codes& codes, const ConversionColumn& column) const;
     void setTags(const Codes& codes, ConversionColumn& column);
+    ConversionMissing longestRun(const Codes& codes, const ConversionColumn& column) const;
     void setMissing(const Codes& codes, ConversionColumn& column);
+    void tellUnmarked(const std::vector<Code>& left, const Codes& codes,
+        const ConversionColumn& column, ConversionNote::Reason reason);
+    void widen(const Codes& codes, ConversionColumn& column) const;
     void setMissingTexts(const Codes& codes, ConversionColumn& column);
     void setKinds(const Codes& codes, ConversionColumn& column);
     void tellSets(const Codes& codes, const ConversionColumn& column);

@@ -7,6 +7,7 @@
 #include <tessel_data/StatFormats_p.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace tessel {
 
@@ -219,7 +220,14 @@ void ConversionPlanner::addIds(ConversionFile& file, int record)
 void ConversionPlanner::addOwn(ConversionFile& file, Role role, const char* name, const char* label)
 {
     ConversionColumn column;
-    column.name = m_names.take(QLatin1String(name)).name;
+    const StatName taken = m_names.take(QLatin1String(name));
+    column.name = m_variable = taken.name;
+    if (taken.isChanged()) {
+        ConversionNote& note = tell(Kind::VariableRenamed, QLatin1String(name));
+        note.newText = taken.name;
+        note.nameReasons = taken.reasons;
+    }
+    m_variable.clear();
     column.label = QLatin1String(label);
     column.role = role;
     column.type = Type::Long;
@@ -395,6 +403,20 @@ void ConversionPlanner::tellRisks(const ConversionColumn& column, const DataVari
     if (variable.type == DataVariable::Type::Number && digits > ExactDigits
         && m_options.format != ConversionFormat::Csv)
         tell(Kind::PrecisionAtRisk, variable.name, Reason::TooLong).count = digits;
+}
+
+QString rangeText(double low, double high)
+{
+    const double endless = std::numeric_limits<double>::infinity();
+    if (low == high)
+        return realText(low);
+    if (low == -endless && high == endless)
+        return QStringLiteral("all numbers");
+    if (low == -endless)
+        return realText(high) + QLatin1String(" and lower");
+    if (high == endless)
+        return realText(low) + QLatin1String(" and higher");
+    return realText(low) + QLatin1Char(':') + realText(high);
 }
 
 ConversionPlan::ConversionPlan(const DataDictionary& dictionary, const ConversionOptions& options)

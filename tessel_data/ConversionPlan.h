@@ -43,6 +43,9 @@ struct ConversionLabelSet {
     std::vector<ConversionLabel> labels;
 };
 
+/*! A code, or a range of them, as people read it; it may have no end. */
+TESSEL_DATA_EXPORT QString rangeText(double low, double high);
+
 /*! Values that mean missing. */
 struct ConversionMissing {
     double low = 0; /*!< of numbers, as the file counts them; the same twice is one value */
@@ -75,7 +78,7 @@ struct ConversionColumn {
     int displayWidth = 0; /*!< 0: as the format says */
     Measure measure = Measure::Unknown;
     Alignment alignment = Alignment::Unknown;
-    int width = 0; /*!< of a text: the dictionary's, in characters; data may need more bytes */
+    int width = 0; /*!< of a text: the dictionary's, in characters, or more bytes of a code */
     int decimals = 0; /*!< of exact numbers, which are scaled by 10 to them */
     bool isId = false;
     int variable = -1; /*!< index in the dictionary; -1: none */

@@ -95,6 +95,7 @@ struct ConversionCounts {
     qint64 roundedNumbers = 0; /*!< with more digits than a double holds */
     qint64 unheldNumbers = 0; /*!< larger than the format takes: missing */
     qint64 cutTexts = 0;
+    qint64 datesAsTimes = 0; /*!< beyond one day where times are due */
     qint64 nullCharacters = 0; /*!< texts with some, written as U+2400 */
     quint32 recodedKinds = 0; /*!< of missing values, that became codes: bit 0 for 'a' */
     double missingBase = 0; /*!< the code of 'a', when there are some */
@@ -103,7 +104,9 @@ struct ConversionCounts {
     /*! True when something was lost. */
     bool hasLosses() const
     {
-        return notNumbers + roundedNumbers + unheldNumbers + cutTexts + nullCharacters > 0;
+        return notNumbers + roundedNumbers + unheldNumbers + cutTexts + nullCharacters
+            + datesAsTimes
+            > 0;
     }
 };
 

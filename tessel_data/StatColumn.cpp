@@ -77,6 +77,7 @@ StatColumn::StatColumn(const ConversionColumn& column, ConversionFormat format, 
     : m_column(column)
     , m_isStata(format == ConversionFormat::Stata)
     , m_isSettled(isSettled)
+    , m_mostPlain(column.decimals == 0 ? MostExact : MostDecimal)
     , m_mostBytes(std::size_t(limitsOf(format).textBytes))
     , m_free(column.missingBase)
 {
@@ -111,6 +112,13 @@ bool StatColumn::isHeld(double number) const
     return std::isfinite(number) && number != -DBL_MAX;
 }
 
+// True when its double, written with the same decimals, has the same digits.
+bool StatColumn::isGivenBack(qint64 number) const
+{
+    const QByteArray digits = QByteArray::number(numberOf(number), 'f', m_column.decimals);
+    return QByteArray(digits).replace(".", "").toLongLong() == number;
+}
+
 template <typename Sink> void StatColumn::addMissing(Sink& spool, char tag)
 {
     if (tag != '\0')
@@ -125,11 +133,8 @@ void StatColumn::addExact(Sink& spool, qint64 number, Special special, Conversio
         if (const char tag = tagOf(nearestDouble(number, m_column.decimals)))
             return addMissing(spool, tag);
     }
-    if (number > MostExact || number < -MostExact) {
-        const bool isExact = m_column.decimals == 0 && double(number) < double(LLONG_MAX)
-            && qint64(double(number)) == number;
-        counts.roundedNumbers += isExact ? 0 : 1;
-    }
+    if (number > m_mostPlain || number < -m_mostPlain)
+        counts.roundedNumbers += isGivenBack(number) ? 0 : 1;
     addWhole(spool, number);
 }
 
@@ -147,6 +152,9 @@ void StatColumn::addReal(Sink& spool, double number, Special special, Conversion
     }
     if (m_column.unit != ConversionUnit::AsIs && converted(value, inverse(m_column.unit)) != number)
         ++counts.roundedNumbers;
+    constexpr double day = 86400;
+    if (m_column.unit == ConversionUnit::TimeToSeconds && (value < 0 || value >= day))
+        ++counts.datesAsTimes;
     m_free.take(value);
     const bool isWhole = m_column.decimals == 0 && std::abs(value) <= double(MostExact)
         && std::floor(value) == value && !(value == 0 && std::signbit(value));

@@ -34,8 +34,8 @@ public:
         if (state == ValueState())
             return sink.addMissing();
         const qint64 number = batch.numbers[cell];
-        const bool isPlain = state.kind() == ValueKind::Number && number <= MostExact
-            && number >= -MostExact && !(m_hasTags && state.special() != Special::None);
+        const bool isPlain = state.kind() == ValueKind::Number && number <= m_mostPlain
+            && number >= -m_mostPlain && !(m_hasTags && state.special() != Special::None);
         if (isPlain)
             addWhole(sink, number);
         else
@@ -96,7 +96,9 @@ private:
     template <typename Sink>
     void addOther(Sink& sink, const DataBatch& batch, quint32 cell, ConversionCounts& counts);
     double scaled(qint64 number) const;
+    bool isGivenBack(qint64 number) const;
     static constexpr qint64 MostExact = qint64(1) << 53; // as a double
+    static constexpr qint64 MostDecimal = 1'000'000'000'000'000; // scaled: 15 digits
 
     char tagOf(double number) const;
     bool isHeld(double number) const;
@@ -104,6 +106,7 @@ private:
     const ConversionColumn& m_column;
     bool m_isStata;
     bool m_isSettled;
+    qint64 m_mostPlain; // all up to it are exact
     std::size_t m_mostBytes; // of a text; 0: any number
     bool m_hasTags = false;
     qint64 m_low = std::numeric_limits<qint64>::max(); // of whole numbers, as they are scaled

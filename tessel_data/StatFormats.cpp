@@ -104,15 +104,15 @@ QString timeKind(const QString& format)
 StatFormat spssOfStata(const TStatVariableDescription& source)
 {
     const QString kind = timeKind(source.format);
+    const QString plain = QString(source.format).remove(QLatin1Char('-'));
     const QString shown = source.format.section(QLatin1String("tc"), 1);
-    const bool isTime = kind == QLatin1String("c") && shown.startsWith(QLatin1String("HH:MM"));
+    const bool isTime = kind == QLatin1String("c") && shown == QLatin1String("HH:MM:SS");
     if (kind == QLatin1String("d")) {
-        return dateFormat(
-            "DATE11", ConversionUnit::DaysToSeconds, 11, source.format.endsWith(QLatin1Char('d')));
+        return dateFormat("DATE11", ConversionUnit::DaysToSeconds, 11,
+            plain == QLatin1String("%td") || plain == QLatin1String("%d"));
     }
     if (isTime) {
-        return dateFormat(
-            "TIME8", ConversionUnit::TimeToSeconds, 8, shown == QLatin1String("HH:MM:SS"));
+        return dateFormat("TIME8", ConversionUnit::TimeToSeconds, 8);
     }
     if (kind == QLatin1String("c")) {
         return dateFormat(
@@ -167,7 +167,8 @@ StatFormat formatOf(
 {
     const bool isSame = target == ConversionFormat::Csv
         || (kind == TStatFileKind::Spss) == (target == ConversionFormat::Spss);
-    if (source.isString() && target != ConversionFormat::Csv)
+    const bool keepsFormat = isSame && target == ConversionFormat::Stata;
+    if (source.isString() && target != ConversionFormat::Csv && !keepsFormat)
         return textFormat(source.width(kind), target);
     if (!isSame)
         return target == ConversionFormat::Stata ? stataOfSpss(source) : spssOfStata(source);

@@ -48,10 +48,8 @@ QString missingText(const ConversionColumn& column)
 {
     QStringList texts;
     for (const ConversionMissing& missing : column.missing) {
-        const QString code = column.isText() ? shownCode(missing.text)
-            : missing.low == missing.high
-            ? realText(missing.low)
-            : realText(missing.low) + QLatin1Char(':') + realText(missing.high);
+        const QString code =
+            column.isText() ? shownCode(missing.text) : rangeText(missing.low, missing.high);
         texts.append(missing.tag == '\0'
                 ? code
                 : QStringLiteral("%1 is .%2").arg(code, QString(QLatin1Char(missing.tag))));
@@ -138,7 +136,9 @@ QString noteSentence(const ConversionNote& note, ConversionFormat format)
                               "written")
             .arg(note.text);
     case Kind::MissingNotHeld:
-        return QStringLiteral("%1 of %2 not marked as missing").arg(codes, note.text) + reason;
+        return QStringLiteral("%1 of %2 not marked as missing (%3)")
+                   .arg(codes, note.text, note.newText)
+            + reason;
     case Kind::MissingMerged:
         return QStringLiteral("all of %1 become %2").arg(note.text, note.newText);
     case Kind::PrecisionAtRisk:
@@ -276,6 +276,9 @@ constexpr Fault faults[] = {
         "values that are too large became missing" },
     { &ConversionCounts::cutTexts, "text was cut, as it is too long",
         "texts were cut, as they are too long" },
+    { &ConversionCounts::datesAsTimes,
+        "value is beyond one day and shown as a time from the first day of 1960 on",
+        "values are beyond one day and shown as times from the first day of 1960 on" },
     { &ConversionCounts::nullCharacters, "text has a null character, which is written as U+2400",
         "texts have a null character, which is written as U+2400" },
 };
