@@ -19,6 +19,10 @@ private slots:
     void psppReads_data();
     void psppReads();
     void rReadsOddNumbers();
+    void rKeepsLinesWithNull();
+    void rTellsOneAsOne();
+    void stataLooksAtWholeLines();
+    void stataForgetsLabels();
     void psppPassesOverLines();
     void wideNumbersKeepTheirDigits();
     void stataColumns_data();
@@ -134,6 +138,76 @@ void tst_ExportSetup::rReadsOddNumbers()
     const Outcome outcome = runRScript(m_folder->path(), data);
     QVERIFY(outcome.errors.contains("2 lines are no UTF-8 and are read as Windows-1252"));
     QVERIFY(outcome.errors.contains("N: 4 values are no numbers and are missing"));
+}
+
+// A NUL is one character of its line.
+void tst_ExportSetup::rKeepsLinesWithNull()
+{
+    if (!hasR())
+        QSKIP("R with its packages readr and haven is not installed");
+    const QString dictionary = m_folder->filePath("d.dcf");
+    QVERIFY(writeFile(dictionary, oneItem("DataType=Alpha\n")));
+    const QString data = m_folder->filePath("d.dat");
+    for (const QByteArray& last : { QByteArray("last  \xC3\xA9"
+                                               "006\n"),
+             QByteArray("last  0006\n") }) {
+        QVERIFY(writeFile(data,
+            QByteArray("first 0001\n") + QByteArray("a\0b   0002\n", 11)
+                + QByteArray("\0\0\0\0\0\0"
+                             "0003\n",
+                    11)
+                + "mid   0004\n" + last));
+        write("r-script", dictionary, "p.R");
+        QStringList cells;
+        QStringList ids;
+        for (const QStringList& row : readByR(data).value("R").rows) {
+            ids.append(row.value(0));
+            cells.append(row.value(1));
+        }
+        QCOMPARE(cells, (QStringList { "first", "a?b", "??????", "mid", "last" }));
+        QCOMPARE(ids.mid(0, 4), (QStringList { "1", "2", "3", "4" }));
+    }
+    QVERIFY(runRScript(m_folder->path(), data).errors.contains("7 NULs are read as \"?\""));
+}
+
+void tst_ExportSetup::rTellsOneAsOne()
+{
+    if (!hasR())
+        QSKIP("R with its packages readr and haven is not installed");
+    const QString dictionary = m_folder->filePath("d.dcf");
+    QVERIFY(writeFile(dictionary, oneItem("")));
+    const QString data = m_folder->filePath("d.dat");
+    QVERIFY(writeFile(data, QByteArray("   1\0    1\n    \xE9 0002\n", 22)));
+    write("r-script", dictionary, "p.R");
+    const QByteArray errors = runRScript(m_folder->path(), data).errors;
+    QVERIFY2(errors.contains("1 NUL is read as \"?\""), errors.constData());
+    QVERIFY2(errors.contains("1 line is no UTF-8 and is read as Windows-1252"), errors.constData());
+    QVERIFY2(!errors.contains("1 values"), errors.constData());
+}
+
+// A character that a column boundary cuts is none in either column: all of a line is looked at, and
+// before columns are read.
+void tst_ExportSetup::stataLooksAtWholeLines()
+{
+    const QByteArray program = exportTo("stata-do", TESSEL_EXAMPLES "/census.dcf").output;
+    const int look = program.indexOf("max(codes) > 127");
+    const int run =
+        program.indexOf("\nmata: tessel_lines(st_local(\"file\"), st_local(\"data\"))\n");
+    QVERIFY(look > 0);
+    QVERIFY(run > look);
+    QVERIFY(run < program.indexOf("\ninfix "));
+    QVERIFY(!program.contains("ustrlen"));
+    // the mark is one at the start only
+    QVERIFY(!program.contains("filefilter"));
+    QVERIFY(program.contains("number == 1 && substr(line, 1, 3) == char((239, 187, 191))"));
+}
+
+// Records may have the same value sets, and labels stay when other data are read.
+void tst_ExportSetup::stataForgetsLabels()
+{
+    const QByteArray program = exportTo("stata-do", TESSEL_EXAMPLES "/census.dcf").output;
+    QVERIFY(program.count("\ninfix ") > 1);
+    QCOMPARE(program.count("\nclear\ninfix "), program.count("\ninfix "));
 }
 
 // Without record types a deleted line, and a blank one, look like others.

@@ -30,12 +30,23 @@ QString vector(const QStringList& parts)
 }
 
 const char functions[] = R"(
+counted <- function(count, one, several) paste(count, if (count == 1) one else several)
+
 # The lines without a byte-order mark and carriage returns. What is not UTF-8 is Windows-1252.
 read_data_lines <- function(file) {
-  lines <- readr::read_lines(file, progress = FALSE)
+  bytes <- readr::read_file_raw(file)
+  nulls <- grepRaw(as.raw(0), bytes, fixed = TRUE, all = TRUE)
+  if (length(nulls) > 0) {
+    message(file, ": ", counted(length(nulls), "NUL is", "NULs are"), " read as \"?\"")
+    bytes[nulls] <- charToRaw("?")
+  }
+  lines <- if (length(bytes) > 0) readr::read_lines(bytes, progress = FALSE) else character()
   odd <- !validUTF8(lines)
   if (any(odd)) {
-    message(file, ": ", sum(odd), " lines are no UTF-8 and are read as Windows-1252")
+    message(
+      file, ": ", counted(sum(odd), "line is no UTF-8 and is", "lines are no UTF-8 and are"),
+      " read as Windows-1252"
+    )
     lines[odd] <- iconv(lines[odd], "windows-1252", "UTF-8", sub = "?")
   }
   lines <- sub("\r$", "", sub("^\ufeff", "", lines))
@@ -65,7 +76,11 @@ read_number <- function(text, name, decimals) {
   is_number <- grepl("^[-+]?([0-9]+[.]?[0-9]*|[.][0-9]+)$", plain)
   odd <- sum(!is_number & grepl("[^ ]", text))
   if (odd > 0) {
-    warning(name, ": ", odd, " values are no numbers and are missing", call. = FALSE)
+    warning(
+      name, ": ",
+      counted(odd, "value is no number and is missing", "values are no numbers and are missing"),
+      call. = FALSE
+    )
   }
   number <- rep(NA_real_, length(text))
   number[is_number] <- as.numeric(plain[is_number])

@@ -54,6 +54,47 @@ QString storageOf(const SetupVariable& variable)
     return variable.width <= longDigits ? QStringLiteral("long") : QStringLiteral("double");
 }
 
+// Mata, as macros would take characters of the data for code.
+const char dataLines[] = R"(
+* The data without a byte-order mark. It stops at a line with a NUL or other characters than ASCII:
+* these take several bytes, which are no columns
+capture mata: mata drop tessel_lines()
+mata:
+void tessel_lines(string scalar from, string scalar to)
+{
+    real scalar source, target, number
+    real rowvector codes
+    string matrix line
+
+    source = fopen(from, "r")
+    target = fopen(to, "w")
+    number = 0
+    while ((line = fget(source)) != J(0, 0, "")) {
+        number = number + 1
+        if (number == 1 && substr(line, 1, 3) == char((239, 187, 191))) {
+            line = substr(line, 4, .)
+        }
+        if (line != "" && substr(line, 1, 1) != "~") {
+            codes = ascii(line)
+            if (min(codes) == 0 || max(codes) > 127) {
+                fclose(source)
+                fclose(target)
+                errprintf("line %s holds a NUL or other ", strofreal(number, "%18.0f"))
+                errprintf("characters than ASCII, so columns are not found\n")
+                exit(459)
+            }
+        }
+        fput(target, line)
+    }
+    fclose(source)
+    fclose(target)
+}
+end
+
+tempfile data
+mata: tessel_lines(st_local("file"), st_local("data"))
+)";
+
 class StataWriter {
 public:
     explicit StataWriter(const SetupPlan& plan)
@@ -98,8 +139,8 @@ void StataWriter::addHeading()
             QStringLiteral(
                 "Each record type is saved as a file of its name, over one that is there."),
             QStringLiteral(
-                "Columns are bytes: at a line with other characters than ASCII in a text "
-                "the program stops."),
+                "Columns are bytes: at a line with a NUL or other characters than ASCII the "
+                "program stops."),
             QStringLiteral("Texts lose blanks at their ends, and what is no number is missing.") });
     for (const QString& line : lines)
         add(QLatin1String("* ") + setupComment(line));
@@ -112,9 +153,6 @@ void StataWriter::addHeading()
         most = std::max(most, record.variables.size());
     if (most + 3 > std::size_t(DefaultVariables)) // those of the program itself among them
         add(QStringLiteral("set maxvar %1").arg(most + 3));
-    add(QLatin1String("* The data without a byte-order mark"));
-    add(QLatin1String("tempfile data"));
-    add(QLatin1String(R"(filefilter "`file'" "`data'", from("\239d\187d\191d") to("") replace)"));
     add(QLatin1String("\n* Numbers without a point have the last DECIMALS digits behind it\n"
                       "capture program drop tessel_decimals\n"
                       "program define tessel_decimals\n"
@@ -127,18 +165,8 @@ void StataWriter::addHeading()
                       "    order `number', after(`name')\n"
                       "    drop `name'\n"
                       "    rename `number' `name'\n"
-                      "end\n"
-                      "\n* Characters other than ASCII take several bytes, which are no columns\n"
-                      "capture program drop tessel_ascii\n"
-                      "program define tessel_ascii\n"
-                      "    args name\n"
-                      "    capture assert ustrlen(`name') == strlen(`name')\n"
-                      "    if _rc {\n"
-                      "        display as error \"`name' holds other characters than ASCII, so "
-                      "columns are not found\"\n"
-                      "        exit 459\n"
-                      "    }\n"
-                      "end"));
+                      "end\n"));
+    m_text += QLatin1String(dataLines);
 }
 
 void StataWriter::addRecord(const SetupRecord& record)
@@ -165,6 +193,7 @@ void StataWriter::addColumns(const QString& type, const QString& name, int start
 
 void StataWriter::addReading(const SetupRecord& record)
 {
+    add(QLatin1String("clear")); // value labels too
     add(QLatin1String("infix ///"));
     addColumns(QStringLiteral("str1"), record.firstName, 1, 1);
     if (m_plan.typeWidth > 0) {
@@ -200,9 +229,7 @@ void StataWriter::addChecks(const SetupRecord& record)
     if (m_plan.needsLine(record))
         own += QLatin1Char(' ') + record.lineName;
     for (const SetupVariable& variable : record.variables) {
-        if (variable.type == SetupType::Text)
-            add(QStringLiteral("tessel_ascii %1").arg(variable.name));
-        else if (variable.type == SetupType::Decimals)
+        if (variable.type == SetupType::Decimals)
             add(QStringLiteral("tessel_decimals %1 %2")
                     .arg(variable.name, QString::number(variable.decimals)));
     }
