@@ -464,8 +464,7 @@ int DatabasePlanner::addValueTable(int set, const DataVariable& variable)
                 values.missingLabels.insert(code.code, code.label);
         }
     }
-    values.quantityLabel =
-        m_dictionary.labelText(quantityLabelOf(source), m_languages.first());
+    values.quantityLabel = m_dictionary.labelText(quantityLabelOf(source), m_languages.first());
     fillEntries(values, m_dictionary.codesOf(set, variable), set);
     values.table = int(m_plan.tables.size());
     DatabaseTable table;

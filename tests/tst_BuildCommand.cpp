@@ -161,8 +161,8 @@ void tst_BuildCommand::quantities_data()
     QTest::addColumn<QString>("type");
 
     QTest::newRow("a quantity stands for itself")
-        << QByteArray("Value=1:97;Years")
-        << QStringList { "0", "7", "40", "98", "Gone", QString() } << "text";
+        << QByteArray("Value=1:97;Years") << QStringList { "0", "7", "40", "98", "Gone", QString() }
+        << "text";
     QTest::newRow("in several ranges")
         << QByteArray("Value=1:10;Years\nValue=20:97;Years\nValue=0;None\nValue=98;Old")
         << QStringList { "None", "7", "40", "Old", "Gone", QString() } << "text";
