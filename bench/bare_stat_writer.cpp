@@ -6,6 +6,7 @@
 #include <readstat.h>
 
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <deque>
@@ -88,7 +89,7 @@ readstat_error_t insert(readstat_writer_t* writer, const readstat_variable_t* va
 {
     if (variable->type == READSTAT_TYPE_STRING)
         return readstat_insert_string_value(writer, variable, cell.text);
-    if (cell.number != cell.number)
+    if (std::isnan(cell.number))
         return readstat_insert_missing_value(writer, variable);
     switch (variable->type) {
     case READSTAT_TYPE_INT8:

@@ -216,6 +216,7 @@ ConversionMissing ConversionCodes::longestRun(
         std::size_t first; // place in the dictionary
     };
     std::vector<Run> points;
+    points.reserve(codes.missing.size());
     for (const Code& code : codes.missing)
         points.push_back({ code.low, code.high, points.size() });
     std::stable_sort(points.begin(), points.end(),
@@ -327,19 +328,18 @@ void ConversionCodes::setKinds(const Codes& codes, ConversionColumn& column)
 
 bool ConversionCodes::isHeld(const Code& code, bool isText, Reason& reason) const
 {
+    const bool isNumber = code.tag == '\0';
     if (isText && isStata())
         reason = Reason::TextCodes;
     else if (isText)
         reason = code.text.toUtf8().size() > limitsOf(m_options.format).textBytes
             ? Reason::LargeCodes
             : Reason::None;
-    else if (code.tag != '\0')
-        reason = Reason::None;
-    else if (code.low != code.high)
+    else if (isNumber && code.low != code.high)
         reason = Reason::RangeCodes;
-    else if (isStata() && !isWhole(code.low))
+    else if (isNumber && isStata() && !isWhole(code.low))
         reason = Reason::DecimalCodes;
-    else if (isStata() && (code.low < LowestLabelled || code.low > HighestLabelled))
+    else if (isNumber && isStata() && (code.low < LowestLabelled || code.low > HighestLabelled))
         reason = Reason::LargeCodes;
     else
         reason = Reason::None;

@@ -121,7 +121,7 @@ std::size_t RowSpool::readSome(char* bytes, std::size_t size)
 void RowSpool::refill()
 {
     const std::size_t left = m_end - m_at;
-    std::memmove(&m_buffer[0], &m_buffer[m_at], left);
+    std::memmove(m_buffer.data(), &m_buffer[m_at], left);
     m_at = 0;
     m_end = left;
     while (m_end < m_buffer.size()) {

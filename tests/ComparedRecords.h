@@ -28,8 +28,10 @@ struct Expected {
 
 inline void addRange(QSet<QString>& values, const QString& low, const QString& high)
 {
-    for (double value = low.toDouble(); value <= high.toDouble(); ++value)
-        values.insert(QString::number(value, 'g', 15));
+    const double first = low.toDouble();
+    const auto more = qint64(high.toDouble() - first);
+    for (qint64 i = 0; i <= more; ++i)
+        values.insert(QString::number(first + double(i), 'g', 15));
 }
 
 inline bool isBehindRange(const TCSProValueSet& set, const TValueSetItem* code)

@@ -311,8 +311,9 @@ void tst_ConvertCsv::dbs()
     const ReadRecords found = readBack();
     QVERIFY2(m_errors.isEmpty(), m_errors.constData());
     QVERIFY(!found.isEmpty());
-    const Outcome text = runTessel({ "convert", dictionary, TESSEL_TEST_DATA "/data_levels.dat",
-        "--to", "csv", "-o", m_folder->filePath("text") });
+    const QString lines = QStringLiteral(TESSEL_TEST_DATA "/data_levels.dat");
+    const Outcome text = runTessel(
+        { "convert", dictionary, lines, "--to", "csv", "-o", m_folder->filePath("text") });
     QVERIFY2(text.status == 0, text.errors.constData());
     for (const QString& name : QDir(path("")).entryList({ "*.csv" }))
         QCOMPARE(readFile(path(name)), readFile(m_folder->filePath("text/" + name)));

@@ -590,9 +590,9 @@ void tst_ExportSetup::otherFilesAreRefused_data()
                           << QByteArray("'tessel convert'");
     QTest::newRow("Stata") << QStringList { TESSEL_EXAMPLES "/person.dta", "--to", "r-script" } << 1
                            << QByteArray("'tessel convert'");
-    QTest::newRow("established rules")
-        << QStringList { TESSEL_EXAMPLES "/census.dcf", "--to", "sas", "--rules", "established" }
-        << 2 << QByteArray("--to sas reads dictionaries as they are written");
+    QTest::newRow("established rules") << QStringList {
+        QStringLiteral(TESSEL_EXAMPLES "/census.dcf"), "--to", "sas", "--rules", "established"
+    } << 2 << QByteArray("--to sas reads dictionaries as they are written");
     QTest::newRow("no dictionary") << QStringList { TESSEL_TEST_DATA "/empty.dcf", "--to",
         "spss-syntax" } << 1 << QByteArray("empty.dcf");
 }

@@ -288,19 +288,21 @@ bool SetupPlanner::isLeftOut(const SetupLabels& labels, const SetupLabel& label,
 {
     const SetupAbilities& can = m_plan.can;
     const qint64 unit = tessel::powerOfTen(labels.decimals);
+    // A missing value in Stata may have any label.
+    const bool isKind = label.isMissing && m_plan.program == StatProgram::Stata;
+    const bool isNumber = !label.isBlank && !isKind;
     if (labels.isText && !can.labelsTexts)
         reason = Kind::LabelsOfTexts;
     else if (!labels.isText && label.isBlank && !can.labelsBlankNumbers)
         reason = Kind::LabelOfBlank;
     else if (labels.isText && !label.isBlank && isTooWide(label, labels.width))
         reason = Kind::UnreadableCodes;
-    else if (label.isBlank || (label.isMissing && m_plan.program == StatProgram::Stata))
-        return false; // a missing value in Stata may have any label
-    else if (label.isRange() && !can.labelsRanges)
+    else if (isNumber && label.isRange() && !can.labelsRanges)
         reason = Kind::LabelsOfRanges;
-    else if (label.low % unit != 0 && !can.labelsDecimals)
+    else if (isNumber && label.low % unit != 0 && !can.labelsDecimals)
         reason = Kind::LabelsOfDecimals;
-    else if (can.largestLabelled > 0 && std::abs(label.low / unit) > can.largestLabelled)
+    else if (isNumber && can.largestLabelled > 0
+        && std::abs(label.low / unit) > can.largestLabelled)
         reason = Kind::LabelsTooLarge;
     else
         return false;
