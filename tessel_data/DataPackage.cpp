@@ -26,7 +26,8 @@ QString profile(const char* name)
 QString slugOf(const QString& name)
 {
     QString slug;
-    for (const QChar character : name.toLower()) {
+    const QString small = name.toLower();
+    for (const QChar character : small) {
         const ushort code = character.unicode();
         const bool isPlain = (code >= 'a' && code <= 'z') || (code >= '0' && code <= '9')
             || code == '.' || code == '_' || code == '-';
@@ -186,7 +187,8 @@ QJsonArray DataPackage::missingValues(int index) const
                 values.emplace_back(code.low, label);
         }
     }
-    for (const QString& value : missingInFile(index)) {
+    const QStringList inFile = missingInFile(index);
+    for (const QString& value : inFile) {
         const bool isKnown = std::any_of(values.begin(), values.end(),
             [&value](const auto& known) { return known.first == value; });
         if (!isKnown)

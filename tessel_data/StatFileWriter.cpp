@@ -314,7 +314,8 @@ void StatFileWriter::begin(qint64 rows)
     readstat_writer_t* const writer = m_writer.get();
     check(readstat_set_data_writer(writer, onData));
     check(readstat_writer_set_file_label(writer, m_file.label.toUtf8().constData()));
-    for (const QString& note : m_plan.fileNotes + m_file.notes)
+    const QStringList notes = m_plan.fileNotes + m_file.notes;
+    for (const QString& note : notes)
         readstat_add_note(writer, note.toUtf8().constData());
     if (m_file.weight >= 0) {
         check(readstat_writer_set_fweight_variable(
