@@ -167,7 +167,6 @@ void tst_ConvertLimits::longText()
     QFETCH(int, characters);
     QFETCH(QString, letter);
     const QString text = letter.repeated(characters);
-    const QByteArray label(30, 'L');
     const StatContents found =
         made(survey(item("N", "N", 4, 1) + item("T", "T", 5, characters, "Alpha")
                  + item("U", "U", 5 + characters, 2, "Alpha")),
