@@ -49,6 +49,12 @@ public:
 
     /*! True when no code was added. */
     bool isEmpty() const;
+    /*! True when it says which values there are: it has other codes than those of special values.
+     */
+    bool isClosed() const
+    {
+        return m_hasReals || m_hasTexts || m_lowest <= m_highest;
+    }
     /*! What the table says of a blank. */
     const Match& blank() const;
     /*! What the table says of a number. */

@@ -32,17 +32,6 @@ bool beginsWith(std::string_view text, std::string_view start)
     return text.substr(0, start.size()) == start;
 }
 
-// Some programs take the wide forms of the signs for the signs, and pass over a line end.
-bool isFormula(std::string_view text)
-{
-    if (text.empty() || isNegativeNumber(text))
-        return false;
-    if (std::string_view("=+-@\t\r\n").find(text[0]) != std::string_view::npos)
-        return true;
-    return beginsWith(text, u8"\uFF1D") || beginsWith(text, u8"\uFF0B")
-        || beginsWith(text, u8"\uFF0D") || beginsWith(text, u8"\uFF20");
-}
-
 bool needsQuotes(std::string_view text)
 {
     bool isPlain = true; // all of it is looked at, many characters at once
@@ -69,6 +58,16 @@ CsvBytes::CsvBytes(int descriptor, const QString& path, bool forSpreadsheet)
 void CsvBytes::grow(std::size_t bytes)
 {
     m_buffer.resize(2 * m_buffer.size() + bytes);
+}
+
+bool CsvBytes::isFormula(std::string_view text)
+{
+    if (text.empty() || isNegativeNumber(text))
+        return false;
+    if (std::string_view("=+-@\t\r\n").find(text[0]) != std::string_view::npos)
+        return true;
+    return beginsWith(text, u8"\uFF1D") || beginsWith(text, u8"\uFF0B")
+        || beginsWith(text, u8"\uFF0D") || beginsWith(text, u8"\uFF20");
 }
 
 bool CsvBytes::isGuarded(std::string_view text) const
@@ -120,10 +119,13 @@ void CsvBytes::addScaled(qint64 number, int decimals)
     endNumber(begin, at + decimals + 1);
 }
 
-// Whole ones without an exponent as far as a double tells them apart.
+// Whole ones without an exponent as far as a double tells them apart; infinite ones as descriptions
+// of tables have them.
 void CsvBytes::addReal(double number)
 {
     constexpr double mostWhole = 1e17;
+    if (std::isinf(number))
+        return addCell(number < 0 ? "-INF" : "INF");
     if (std::floor(number) == number && std::abs(number) < mostWhole)
         return addNumber(qint64(number));
     char* const at = room(MostOfNumber);

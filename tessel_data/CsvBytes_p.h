@@ -20,6 +20,10 @@ public:
     // before texts that would run as formulas.
     CsvBytes(int descriptor, const QString& path, bool forSpreadsheet);
 
+    // A spreadsheet would run it; some take the wide forms of the signs for the signs, and pass
+    // over a line end.
+    static bool isFormula(std::string_view text);
+
     // A text as it stands in a cell.
     std::string cellOf(std::string_view text) const;
 

@@ -51,6 +51,7 @@ public:
     {
         const ValueState state = batch.states[cell];
         m_hasOthers |= state.isOutside();
+        m_hasSpecials |= state.special() != Special::None;
         if (state.kind() == ValueKind::Number && !m_labels)
             return out.addNumber(batch.numbers[cell], m_decimals);
         if (state.kind() == ValueKind::Blank && state.special() != Special::Missing && !m_labels)
@@ -63,10 +64,10 @@ public:
         out.addNothing();
     }
 
-    // A value was missing.
-    bool hasBlanks() const
+    // No value was blank, or missing by its code.
+    bool isComplete() const
     {
-        return m_hasBlanks;
+        return !m_hasBlanks && !m_hasSpecials;
     }
     // A value was none of the codes.
     bool hasOthers() const
@@ -90,6 +91,7 @@ private:
     int m_decimals;
     std::shared_ptr<const CsvLabels> m_labels;
     bool m_hasBlanks = false;
+    bool m_hasSpecials = false;
     bool m_hasOthers = false;
     qint64 m_longest = 0;
 };

@@ -156,17 +156,28 @@ QString DataPackage::typeOf(const ConversionColumn& column, const DataVariable* 
     return column.decimals > 0 ? QStringLiteral("number") : QStringLiteral("integer");
 }
 
+// A text as a cell holds it, without quotes.
+QString DataPackage::textCell(const QString& text) const
+{
+    const QByteArray bytes = text.toUtf8();
+    const bool isGuarded = m_options.forSpreadsheet
+        && CsvBytes::isFormula({ bytes.constData(), std::size_t(bytes.size()) });
+    return (isGuarded ? QStringLiteral("'") : QString()) + shown(text);
+}
+
 // What stands in a cell for a code.
 QString DataPackage::cellText(
     const DataVariable& variable, const QString& code, const QString& label) const
 {
+    const bool isText = variable.type == DataVariable::Type::Text;
+    const QString own = isText ? textCell(code) : shown(code);
     if (variable.valueSets.isEmpty())
-        return shown(code);
+        return own;
     const QString quantity =
         quantityLabelOf(m_dictionary.valueSets[std::size_t(variable.valueSets.constFirst())]);
     const bool isLabel = m_options.hasLabels && !label.isEmpty()
         && (quantity.isEmpty() || label != m_dictionary.labelText(quantity));
-    return shown(isLabel ? label : code);
+    return isLabel ? textCell(label) : own;
 }
 
 // Of codes that are one value each; a range has no list of its values.
@@ -200,7 +211,7 @@ QJsonArray DataPackage::missingValues(int index) const
     if (!blank.isEmpty())
         result.append(labelled(blank, blankLabel));
     for (const auto& [value, label] : values)
-        result.append(labelled(label.isEmpty() ? value : cellText(variable, value, label), label));
+        result.append(labelled(cellText(variable, value, label), label));
     return result;
 }
 
@@ -277,8 +288,8 @@ void DataPackage::addCodes(QJsonObject& field, int index, const CsvColumn& value
 {
     const DataVariable& variable = m_dictionary.variables[std::size_t(index)];
     const QString type = field.value(QLatin1String("type")).toString();
-    if (type != QLatin1String("number") && variable.codes && !variable.valueSets.isEmpty()
-        && !values.hasOthers()) {
+    if (type != QLatin1String("number") && variable.codes && variable.codes->isClosed()
+        && !variable.valueSets.isEmpty() && !values.hasOthers()) {
         const QJsonArray list = categories(index, type);
         if (!list.isEmpty())
             field.insert(QStringLiteral("categories"), list);
@@ -362,10 +373,10 @@ QJsonObject DataPackage::field(const ConversionColumn& column, const CsvColumn& 
     insertText(field, "title", column.label);
     insertText(field, "tessel:format", column.format);
     QJsonObject constraints;
-    if (column.isId && !values.hasBlanks())
+    if (column.isId && values.isComplete())
         constraints.insert(QStringLiteral("required"), true);
-    if (column.isText() && !m_options.hasLabels && column.width > 0
-        && values.longest() <= column.width)
+    const bool isAsItIs = !m_options.hasLabels && !m_options.forSpreadsheet;
+    if (column.isText() && isAsItIs && column.width > 0 && values.longest() <= column.width)
         constraints.insert(QStringLiteral("maxLength"), column.width);
     if (!constraints.isEmpty())
         field.insert(QStringLiteral("constraints"), constraints);
@@ -374,12 +385,16 @@ QJsonObject DataPackage::field(const ConversionColumn& column, const CsvColumn& 
     return field;
 }
 
-// As the dictionary says it: a case has one row at most.
-QStringList DataPackage::primaryKey(const ConversionFile& file) const
+// As the dictionary says it: a case has one row at most. No part of a key may be missing.
+QStringList DataPackage::primaryKey(
+    const ConversionFile& file, const std::vector<CsvColumn>& columns) const
 {
     QStringList names;
     bool hasRow = false;
-    for (const ConversionColumn& column : file.columns) {
+    for (int c = 0; c < file.columns.size(); ++c) {
+        const ConversionColumn& column = file.columns.at(c);
+        if (column.isId && !columns[std::size_t(c)].isComplete())
+            return {};
         const bool isRow = column.role != ConversionColumn::Role::Value;
         hasRow = hasRow || column.role == ConversionColumn::Role::Row;
         if ((column.isId && column.source == 0) || isRow)
@@ -399,7 +414,7 @@ void DataPackage::addFile(
         { QStringLiteral("fields"), fields },
         { QStringLiteral("fieldsMatch"), QJsonArray { QStringLiteral("exact") } },
         { QStringLiteral("missingValues"), QJsonArray { QString() } } };
-    const QStringList key = primaryKey(file);
+    const QStringList key = primaryKey(file, columns);
     if (!key.isEmpty())
         schema.insert(QStringLiteral("primaryKey"), QJsonArray::fromStringList(key));
     QJsonObject resource { { QStringLiteral("name"),

@@ -43,9 +43,10 @@ private:
     QString kindLabel(const DataVariable& variable, const QString& kind) const;
     QJsonObject valueSet(int set) const;
     QString valueSetName(int set);
-    QStringList primaryKey(const ConversionFile& file) const;
+    QStringList primaryKey(const ConversionFile& file, const std::vector<CsvColumn>& columns) const;
     bool areWhole(const ConversionColumn& column) const;
     QString typeOf(const ConversionColumn& column, const DataVariable* variable) const;
+    QString textCell(const QString& text) const;
     QString cellText(const DataVariable& variable, const QString& code, const QString& label) const;
 
     const DataDictionary& m_dictionary;

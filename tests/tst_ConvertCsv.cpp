@@ -2,6 +2,7 @@
 // compares them with a slice of their own.
 #include "ComparedRecords.h"
 #include "RunTessel.h"
+#include "StatFiles.h"
 #include "StatContents.h"
 
 #include <QJsonArray>
@@ -59,6 +60,11 @@ private slots:
     void oneEmptyCell();
     void spreadsheet();
     void categoriesFollowTheData();
+    void openSetsHaveNoCategories();
+    void spreadsheetCodes();
+    void blankIdentificationIsNoKey_data();
+    void blankIdentificationIsNoKey();
+    void infiniteNumbers();
     void missingKinds();
     void manyColumns();
     void nothingIsLeftBehind();
@@ -393,6 +399,107 @@ void tst_ConvertCsv::categoriesFollowTheData()
         QByteArray("One\r\n3\r\nNone\r\n"));
     QCOMPARE(field("N").value("missingValues").toArray().at(1).toObject().value("value").toString(),
         QString("None"));
+}
+
+// A label of one value beside a missing one does not say which values there are.
+void tst_ConvertCsv::openSetsHaveNoCategories()
+{
+    if (!hasPython())
+        QSKIP("python3 is not installed");
+    StatFileWriter writer;
+    readstat_label_set_t* const labels = writer.addLabels("labels0", READSTAT_TYPE_STRING);
+    readstat_label_string_value(labels, "a", "One");
+    readstat_variable_t* const variable = writer.add("T", READSTAT_TYPE_STRING, "A4", labels, 4);
+    readstat_variable_add_missing_string_value(variable, "zz");
+    writer.setFirstText("c");
+    const QString file = m_folder->filePath("open.sav");
+    QVERIFY(writer.write(file, TStatFileKind::Spss, 2));
+    const Outcome outcome = convert({ file });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    QVERIFY(!field("T").contains("categories"));
+    QVERIFY(field("T").contains("missingValues"));
+    readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+}
+
+// The description names values as their cells have them.
+void tst_ConvertCsv::spreadsheetCodes()
+{
+    if (!hasPython())
+        QSKIP("python3 is not installed");
+    const QByteArray set = "DataType=Alpha\n\n[ValueSet]\nLabel=S\nName=S\nValue='=1';=One\n"
+                           "Value='b';Two\nValue='@x';-None\nName=MISSING,Special\n";
+    QCOMPARE(
+        convertItem(set, "=1\nb\n@x\n", { "--spreadsheet" }, 2), QByteArray("'=1\r\nb\r\n'@x\r\n"));
+    const auto valueAt = [this](const char* list, int place) {
+        return field("N")
+            .value(QLatin1String(list))
+            .toArray()
+            .at(place)
+            .toObject()
+            .value("value")
+            .toString();
+    };
+    QCOMPARE(valueAt("categories", 0), QString("'=1"));
+    QCOMPARE(valueAt("missingValues", 1), QString("'@x"));
+    readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+    QCOMPARE(convertItem(set, "=1\nb\n@x\n", { "--spreadsheet", "--labels" }, 2),
+        QByteArray("'=One\r\nTwo\r\n'-None\r\n"));
+    QCOMPARE(valueAt("categories", 0), QString("'=One"));
+    QCOMPARE(valueAt("missingValues", 1), QString("'-None"));
+    readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+}
+
+void tst_ConvertCsv::blankIdentificationIsNoKey_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QTest::addColumn<bool>("isKey");
+    QTest::newRow("whole") << QByteArray("1  1\n2  2\n") << true;
+    QTest::newRow("blank") << QByteArray("1  1\n   2\n") << false;
+    QTest::newRow("missing") << QByteArray("1  1\n9  2\n") << false;
+}
+
+void tst_ConvertCsv::blankIdentificationIsNoKey()
+{
+    QFETCH(QByteArray, data);
+    QFETCH(bool, isKey);
+    if (!hasPython())
+        QSKIP("python3 is not installed");
+    QByteArray text = oneItem("", 3);
+    text.replace("[Item]\nLabel=N\nName=N\nStart=1", "[Item]\nLabel=N\nName=N\nStart=2");
+    text.replace("[IdItems]\n",
+        "[IdItems]\n\n[Item]\nLabel=I\nName=I\nStart=1\nLen=1\n\n[ValueSet]\nLabel=V\nName=V\n"
+        "Value=1:8;Known\nValue=9;None\nName=MISSING,Special\n");
+    const QString dictionary = m_folder->filePath("d.dcf");
+    const QString file = m_folder->filePath("d.dat");
+    QVERIFY(writeFile(dictionary, text));
+    QVERIFY(writeFile(file, data));
+    const Outcome outcome = convert({ dictionary, file });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
+    const QJsonObject schema =
+        package().value("resources").toArray().at(0).toObject().value("schema").toObject();
+    QCOMPARE(schema.value("primaryKey").toArray(), isKey ? QJsonArray { "I" } : QJsonArray());
+    QCOMPARE(field("I").value("constraints").toObject().contains("required"), isKey);
+    readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+}
+
+void tst_ConvertCsv::infiniteNumbers()
+{
+    const QString file = m_folder->filePath("infinite.sav");
+    for (const double number :
+        { std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity() }) {
+        StatFileWriter writer;
+        writer.add("N", READSTAT_TYPE_DOUBLE, "F8.2");
+        writer.setNumber(number);
+        QVERIFY(writer.write(file, TStatFileKind::Spss, 1));
+        const Outcome outcome = convert({ file }, { "--overwrite" });
+        QVERIFY2(outcome.status == 0, outcome.errors.constData());
+        QCOMPARE(readFile(path("infinite.csv")),
+            QByteArray("N\r\n") + (number < 0 ? "-INF" : "INF") + "\r\n");
+    }
 }
 
 void tst_ConvertCsv::missingKinds()

@@ -29,6 +29,8 @@ def is_type(cell, kind):
     if kind == "integer":
         return re.fullmatch(r"-?[0-9]+", cell) is not None
     if kind == "number":
+        if cell in ("INF", "-INF"):
+            return True
         try:
             return math.isfinite(float(cell)) and cell.strip() == cell
         except ValueError:
@@ -105,6 +107,10 @@ for resource in package["resources"]:
             fail(f"{resource['path']}: a row of {len(row)} cells")
     if not set(schema.get("primaryKey", [])) <= set(header):
         fail(f"{resource['path']}: primary key")
+    for place, field in enumerate(schema["fields"]):
+        if field["name"] in schema.get("primaryKey", []) and any(
+                row[place] in missing_of(field, schema) for row in rows):
+            fail(f"{resource['path']}: a part of the primary key is missing")
     line("record", resource["tessel:record"], str(len(rows)))
     for place, field in enumerate(schema["fields"]):
         check_field(field, [row[place] for row in rows], schema, resource["path"] + " " + field["name"])
