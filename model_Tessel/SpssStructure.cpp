@@ -243,7 +243,9 @@ bool AttributeText::takeValues(SpssAttribute& attribute)
         isFirst = false;
         m_place = end + 2;
     }
-    return m_place < m_text.size() && m_text.at(m_place++) == ')';
+    if (m_place >= m_text.size())
+        return false;
+    return m_text.at(m_place++) == ')';
 }
 
 QVector<SpssAttribute> AttributeText::read()

@@ -5,6 +5,8 @@
 
 #include <model_Tessel/StatDictionary.h>
 
+#include <QSet>
+
 #include <algorithm>
 #include <cmath>
 
@@ -118,7 +120,7 @@ void ConversionCodes::addLabelled(Codes& codes, const ConversionColumn& column, 
 // The first label of a kind counts.
 void ConversionCodes::addKinds(Codes& codes, const DataValueSet& source) const
 {
-    quint32 known = 0;
+    QSet<char> known;
     for (int entry = 0; entry < source.codes.size(); ++entry) {
         const DataCode& kind = source.codes.at(entry);
         if (kind.special != Special::Missing)
@@ -128,12 +130,11 @@ void ConversionCodes::addKinds(Codes& codes, const DataValueSet& source) const
         code.label = m_dictionary.labelText(kind.label);
         code.text = kind.code;
         code.tag = kind.code.at(1).toLatin1();
-        const quint32 bit = quint32(1) << (code.tag - 'a');
-        if ((known & bit) != 0)
+        if (known.contains(code.tag))
             ++codes.repeatedKinds;
         else
             codes.labelled.push_back(code);
-        known |= bit;
+        known.insert(code.tag);
     }
 }
 

@@ -184,7 +184,11 @@ void tst_ConvertFaults::killedInNewFolder()
     QVERIFY(process.waitForFinished(60'000));
     QVERIFY(made().contains(".A.dta.tessel-build"));
     bool isMade = false;
-    QTRY_VERIFY_WITH_TIMEOUT(isMade || (isMade = runTessel(arguments()).status == 0), 20'000);
+    const auto isMadeNow = [&] {
+        isMade = isMade || runTessel(arguments()).status == 0;
+        return isMade;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isMadeNow(), 20'000);
     QCOMPARE(made(), (QStringList { "A.dta", "B.dta" }));
     QCOMPARE(StatContents::read(path("out/A.dta")).rows.size(), 1);
 }

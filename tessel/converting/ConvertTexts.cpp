@@ -4,6 +4,9 @@
 
 #include <QMap>
 
+#include <algorithm>
+#include <iterator>
+
 using namespace tessel;
 
 namespace {
@@ -106,8 +109,8 @@ QString quoted(const QString& text)
     return QLatin1Char('"') + shortened(text) + QLatin1Char('"');
 }
 
-// What a note says of its variable or file.
-QString noteSentence(const ConversionNote& note, ConversionFormat format)
+// What a note of a loss says of its variable or file.
+QString lossSentence(const ConversionNote& note, ConversionFormat format)
 {
     const QString codes = plural(note.count, QStringLiteral("code"));
     const QString reason =
@@ -159,6 +162,15 @@ QString noteSentence(const ConversionNote& note, ConversionFormat format)
     case Kind::ResponseSetsNotHeld:
         return QStringLiteral("%1 left out: %2")
             .arg(plural(note.count, QStringLiteral("multiple response set")), note.text);
+    default:
+        return QString();
+    }
+}
+
+// What becomes of something that is not lost.
+QString changeSentence(const ConversionNote& note)
+{
+    switch (note.kind) {
     case Kind::MissingRecoded:
         return QStringLiteral("%1 becomes %2").arg(note.text, note.newText);
     case Kind::KindsRecoded:
@@ -178,8 +190,9 @@ QString noteSentence(const ConversionNote& note, ConversionFormat format)
     case Kind::MergedOnce:
         return QStringLiteral("variables of %1 that a case has once stand on each row")
             .arg(plural(note.count, QStringLiteral("record")));
+    default:
+        return QString();
     }
-    return QString();
 }
 
 QString noteLine(const ConversionNote& note, ConversionFormat format)
@@ -189,76 +202,59 @@ QString noteLine(const ConversionNote& note, ConversionFormat format)
         line += note.file + QLatin1Char(' ');
     if (!note.variable.isEmpty())
         line += note.variable + QLatin1Char(' ');
-    return printable(line + noteSentence(note, format)) + QLatin1Char('\n');
+    return printable(line + (note.isLoss() ? lossSentence(note, format) : changeSentence(note)))
+        + QLatin1Char('\n');
 }
+
+struct KindText {
+    Kind kind;
+    const char* one;
+    const char* several;
+};
+
+const KindText KindTexts[] = {
+    { Kind::FileRenamed, "file is renamed", "files are renamed" },
+    { Kind::VariableRenamed, "variable is renamed", "variables are renamed" },
+    { Kind::LabelSetRenamed, "set of value labels is renamed", "sets of value labels are renamed" },
+    { Kind::FileLabelCut, "label of a file is cut", "labels of files are cut" },
+    { Kind::VariableLabelCut, "label of a variable is cut", "labels of variables are cut" },
+    { Kind::ValueLabelCut, "value label is cut", "value labels are cut" },
+    { Kind::ValuesUnlabelled, "value set loses labels", "value sets lose labels" },
+    { Kind::FurtherValueSet, "further value set is left out", "further value sets are left out" },
+    { Kind::MissingNotHeld, "variable has codes that are no longer missing",
+        "variables have codes that are no longer missing" },
+    { Kind::MissingMerged, "range of missing codes becomes one kind",
+        "ranges of missing codes become one kind each" },
+    { Kind::PrecisionAtRisk, "variable may be rounded", "variables may be rounded" },
+    { Kind::TextAtRisk, "variable may have cut texts", "variables may have cut texts" },
+    { Kind::NotesNotHeld, "variable or file loses notes", "variables or files lose notes" },
+    { Kind::NoVariables, "record without variables is left out",
+        "records without variables are left out" },
+    { Kind::WeightNotHeld, "file loses its weight", "files lose their weights" },
+    { Kind::AttributesNotHeld, "variable or file loses attributes",
+        "variables or files lose attributes" },
+    { Kind::RoleNotHeld, "variable loses its role", "variables lose their roles" },
+    { Kind::ResponseSetsNotHeld, "file loses multiple response sets",
+        "files lose multiple response sets" },
+    { Kind::MissingRecoded, "missing code is recoded", "missing codes are recoded" },
+    { Kind::KindsRecoded, "variable gets codes for missing values without a label",
+        "variables get codes for missing values without a label" },
+    { Kind::UnitChanged, "variable with dates is counted anew",
+        "variables with dates are counted anew" },
+    { Kind::FormatNotHeld, "variable is shown otherwise", "variables are shown otherwise" },
+    { Kind::DisplayNotHeld, "file loses measures and widths", "files lose measures and widths" },
+    { Kind::NotesMoved, "file has notes of variables among its own",
+        "files have notes of variables among their own" },
+    { Kind::MergedOnce, "file has merged variables", "files have merged variables" },
+};
 
 // What a number of notes of one kind say together.
 QString kindText(Kind kind, qint64 count)
 {
-    const auto counted = [count](const char* one, const char* several) {
-        return QStringLiteral("%1 %2").arg(
-            grouped(count), count == 1 ? QLatin1String(one) : QLatin1String(several));
-    };
-    switch (kind) {
-    case Kind::FileRenamed:
-        return counted("file is renamed", "files are renamed");
-    case Kind::VariableRenamed:
-        return counted("variable is renamed", "variables are renamed");
-    case Kind::LabelSetRenamed:
-        return counted("set of value labels is renamed", "sets of value labels are renamed");
-    case Kind::FileLabelCut:
-        return counted("label of a file is cut", "labels of files are cut");
-    case Kind::VariableLabelCut:
-        return counted("label of a variable is cut", "labels of variables are cut");
-    case Kind::ValueLabelCut:
-        return counted("value label is cut", "value labels are cut");
-    case Kind::ValuesUnlabelled:
-        return counted("value set loses labels", "value sets lose labels");
-    case Kind::FurtherValueSet:
-        return counted("further value set is left out", "further value sets are left out");
-    case Kind::MissingNotHeld:
-        return counted("variable has codes that are no longer missing",
-            "variables have codes that are no longer missing");
-    case Kind::MissingMerged:
-        return counted("range of missing codes becomes one kind",
-            "ranges of missing codes become one kind each");
-    case Kind::PrecisionAtRisk:
-        return counted("variable may be rounded", "variables may be rounded");
-    case Kind::TextAtRisk:
-        return counted("variable may have cut texts", "variables may have cut texts");
-    case Kind::NotesNotHeld:
-        return counted("variable or file loses notes", "variables or files lose notes");
-    case Kind::NoVariables:
-        return counted(
-            "record without variables is left out", "records without variables are left out");
-    case Kind::WeightNotHeld:
-        return counted("file loses its weight", "files lose their weights");
-    case Kind::AttributesNotHeld:
-        return counted("variable or file loses attributes", "variables or files lose attributes");
-    case Kind::RoleNotHeld:
-        return counted("variable loses its role", "variables lose their roles");
-    case Kind::ResponseSetsNotHeld:
-        return counted("file loses multiple response sets", "files lose multiple response sets");
-    case Kind::MissingRecoded:
-        return counted("missing code is recoded", "missing codes are recoded");
-    case Kind::KindsRecoded:
-        return counted("variable gets codes for missing values without a label",
-            "variables get codes for missing values without a label");
-    case Kind::UnitChanged:
-        return counted("variable with dates is counted anew",
-            "variables with dates are counted "
-            "anew");
-    case Kind::FormatNotHeld:
-        return counted("variable is shown otherwise", "variables are shown otherwise");
-    case Kind::DisplayNotHeld:
-        return counted("file loses measures and widths", "files lose measures and widths");
-    case Kind::NotesMoved:
-        return counted("file has notes of variables among its own",
-            "files have notes of variables among their own");
-    case Kind::MergedOnce:
-        return counted("file has merged variables", "files have merged variables");
-    }
-    return QString();
+    const auto* const text = std::find_if(std::begin(KindTexts), std::end(KindTexts),
+        [kind](const KindText& known) { return known.kind == kind; });
+    return QStringLiteral("%1 %2").arg(
+        grouped(count), QLatin1String(count == 1 ? text->one : text->several));
 }
 
 struct Fault {
