@@ -74,8 +74,6 @@ private slots:
     void textsAreDecodedAsWhatTheyAre();
     void characteristics_data();
     void characteristics();
-    void weight();
-    void extensionsOfSpss();
     void leavesTheImporterAlone();
     void fileThatCannotBeRead_data();
     void fileThatCannotBeRead();
@@ -650,68 +648,6 @@ void TestStatDictionary::characteristics()
     QCOMPARE(age.characteristics.at(0).text, expected + " 5");
     QVERIFY(description.variables.at(1).notes.isEmpty());
     QVERIFY(description.variables.at(1).characteristics.isEmpty());
-}
-
-void TestStatDictionary::weight()
-{
-    StatFileWriter writer;
-    writer.add("NAME", READSTAT_TYPE_STRING, "A300", nullptr, 300); // several places of a row
-    writer.add("W", READSTAT_TYPE_DOUBLE, "F8.2");
-    QCOMPARE(written(writer, TStatFileKind::Spss, 1).weight, -1);
-    StatFileWriter weighted;
-    weighted.add("NAME", READSTAT_TYPE_STRING, "A300", nullptr, 300);
-    const readstat_variable_t* weight = weighted.add("W", READSTAT_TYPE_DOUBLE, "F8.2");
-    weighted.add("X", READSTAT_TYPE_DOUBLE, "F8.2");
-    readstat_writer_set_fweight_variable(weighted.get(), weight);
-    const TStatFileDescription description = written(weighted, TStatFileKind::Spss, 1);
-    QCOMPARE(description.weight, 1);
-    QCOMPARE(description.variables.at(description.weight).name, QStringLiteral("W"));
-}
-
-// Records that libreadstat passes over; names of variables in any case, values with all signs.
-void TestStatDictionary::extensionsOfSpss()
-{
-    StatFileWriter writer;
-    writer.add("first", READSTAT_TYPE_DOUBLE, "F8.2");
-    writer.add("Second", READSTAT_TYPE_DOUBLE, "F8.2");
-    const QString name = path(QStringLiteral("written"));
-    QVERIFY(writer.write(name, TStatFileKind::Spss, 1));
-    const auto described = [&](const QByteArray& bytes) {
-        QFile file(name);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            return TStatFileDescription();
-        file.close();
-        return readStatDescription(name, TStatFileKind::Spss);
-    };
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray plain = file.readAll();
-    file.close();
-    const TStatFileDescription none = described(plain);
-    QVERIFY(none.attributes.isEmpty() && none.responseSets.isEmpty());
-    QVERIFY(none.variables.at(0).role.isEmpty() && none.variables.at(0).attributes.isEmpty());
-
-    QByteArray bytes = withSpssRecord(plain, 7, "$a=C 5 A set first Second\n");
-    bytes = withSpssRecord(bytes, 17, u8"ver('2'\n)se\u00f1al[1]('it's (so)/:'\n'b'\n)");
-    bytes = withSpssRecord(
-        bytes, 18, "FIRST:$@Role('0'\n)src('survey'\n)/second:$@Role('2'\n)/gone:x('1'\n)");
-    bytes = withSpssRecord(bytes, 19, "$a=C 5 A set first Second\n$b=E 1 1 1 5 A set first\n");
-    const TStatFileDescription found = described(bytes);
-    QVERIFY(found.isWhole());
-    QCOMPARE(found.rowCount, qint64(1));
-    QCOMPARE(found.responseSets, QStringList({ QStringLiteral("$a"), QStringLiteral("$b") }));
-    QCOMPARE(found.attributes,
-        QStringList({ QStringLiteral("ver"), QString::fromUtf8(u8"se\u00f1al[1]") }));
-    QCOMPARE(found.variables.at(0).attributes, QStringList(QStringLiteral("src")));
-    QCOMPARE(found.variables.at(0).role, QString());
-    QCOMPARE(found.variables.at(1).role, QStringLiteral("2"));
-
-    for (const QByteArray& damaged :
-        { QByteArray("a"), QByteArray("a("), QByteArray("a('"), QByteArray("a('x'\n"),
-            QByteArray("a('x'\n)b('"), QByteArray("/"), QByteArray(":"), QByteArray("/:(") }) {
-        for (const int kind : { 7, 17, 18, 19 })
-            QVERIFY(described(withSpssRecord(plain, kind, damaged)).attributes.size() <= 1);
-    }
 }
 
 void TestStatDictionary::leavesTheImporterAlone()
