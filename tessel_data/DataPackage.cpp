@@ -170,7 +170,7 @@ QString DataPackage::cellText(
     const DataVariable& variable, const QString& code, const QString& label) const
 {
     const bool isText = variable.type == DataVariable::Type::Text;
-    const QString own = isText ? textCell(code) : shown(code);
+    QString own = isText ? textCell(code) : shown(code);
     if (variable.valueSets.isEmpty())
         return own;
     const QString quantity =
