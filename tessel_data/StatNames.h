@@ -36,6 +36,7 @@ struct StatName {
 /*! Hands out the names of one name space: the variables of a file, its value labels, the files. */
 class TESSEL_DATA_EXPORT StatNames {
 public:
+    /*! Names as \a program takes them. */
     explicit StatNames(StatProgram program);
 
     /*!

@@ -13,6 +13,7 @@ TESSEL_DATA_EXPORT QString visibleText(const QString& text);
 /*! Hands out names that differ, unless told otherwise in more than upper and lower case. */
 class TESSEL_DATA_EXPORT UniqueNames {
 public:
+    /*! Names that \a differ says are two. */
     explicit UniqueNames(Qt::CaseSensitivity differ = Qt::CaseInsensitive)
         : m_differ(differ)
     {
