@@ -167,7 +167,8 @@ void tst_Variable::choiceIsCopied()
     variable.setVarWipChoice(choice);
     choice.setField("SEX");
     QVERIFY(areEqual(variable.getVarWipChoice(), otherChoice()));
-    variable.getVarWipChoice().setField("SEX");
+    auto&& given = variable.getVarWipChoice(); // would be the member itself, were it returned by reference
+    given.setField("SEX");
     QVERIFY(areEqual(variable.getVarWipChoice(), otherChoice()));
     const TOxVariable copy = variable;
     variable.setVarWipChoice(choice);

@@ -210,7 +210,8 @@ void tst_ViewRecords::dataSharesLabelsAndMetadata()
     QCOMPARE(data.getVarWipChoice().getField(), QString("AGE"));
     QCOMPARE(*data.getValueLabelElementList(), QList<ValueLabelElement*>({ &element }));
     QCOMPARE(data.getMetadataVariables(), variable.getMetadataVariables());
-    item.getData().setName("X"); // of a copy
+    auto&& given = item.getData(); // a copy
+    given.setName("X");
     QCOMPARE(item.getData().getName(), QString("AGE"));
 
     const StructVariableItem copy = item;
