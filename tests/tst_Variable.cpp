@@ -167,7 +167,7 @@ void tst_Variable::choiceIsCopied()
     variable.setVarWipChoice(choice);
     choice.setField("SEX");
     QVERIFY(areEqual(variable.getVarWipChoice(), otherChoice()));
-    auto&& given = variable.getVarWipChoice(); // would be the member itself, were it returned by reference
+    auto&& given = variable.getVarWipChoice(); // the member itself, were it no copy
     given.setField("SEX");
     QVERIFY(areEqual(variable.getVarWipChoice(), otherChoice()));
     const TOxVariable copy = variable;
