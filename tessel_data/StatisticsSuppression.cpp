@@ -1,0 +1,10 @@
+#include <tessel_data/StatisticsReport.h>
+
+namespace tessel {
+
+void StatisticsReport::suppress(qint64 fewest)
+{
+    hiddenBelow = fewest;
+}
+
+} // namespace tessel
