@@ -8,7 +8,7 @@ namespace tessel {
 
 namespace {
 
-constexpr int MostCells = 10'000;
+constexpr int MostCells = 5000;
 
 [[noreturn]] void fail(const QString& text)
 {
