@@ -234,9 +234,10 @@ bool CSProTextSource::Job::readFile(int index, BatchSink& sink)
     LineReader::Line line;
     bool isWanted = true;
     while (isWanted && reader.next(line)) {
-        addLine(line, index, sink.batch());
-        sink.batch().doneBytes = doneBytes + reader.bytesRead();
-        if (sink.batch().isFull())
+        DataBatch& batch = sink.batch();
+        addLine(line, index, batch);
+        batch.doneBytes = doneBytes + reader.bytesRead();
+        if (batch.isFull())
             isWanted = sink.deliver();
     }
     doneBytes += reader.bytesRead();

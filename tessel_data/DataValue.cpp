@@ -3,6 +3,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -12,6 +13,16 @@ namespace {
 
 // So many digits fit an int64 whatever they are.
 constexpr int MostDigits = 18;
+
+constexpr std::array<qint64, MostDigits + 1> powersOfTen()
+{
+    std::array<qint64, MostDigits + 1> powers {};
+    qint64 power = 1;
+    for (int exponent = 0; exponent < MostDigits; ++exponent, power *= 10)
+        powers[std::size_t(exponent)] = power;
+    powers[MostDigits] = power;
+    return powers;
+}
 
 bool isDigit(char character)
 {
@@ -64,7 +75,7 @@ bool rescale(Digits& digits, int decimals)
     if (digits.decimals > decimals)
         return false;
     const int factor = decimals - digits.decimals;
-    if (digits.number == 0)
+    if (digits.number == 0 || factor == 0)
         return true;
     if (factor > MostDigits || digits.number > powerOfTen(MostDigits) / powerOfTen(factor))
         return false;
@@ -97,10 +108,8 @@ NumberStatus read(std::string_view text, int decimals, bool isImplied, qint64& n
 
 qint64 powerOfTen(int exponent)
 {
-    qint64 power = 1;
-    for (int i = std::min(exponent, MostDigits); i > 0; --i)
-        power *= 10;
-    return power;
+    static constexpr std::array<qint64, MostDigits + 1> powers = powersOfTen();
+    return powers[std::size_t(std::clamp(exponent, 0, MostDigits))];
 }
 
 NumberStatus readNumber(std::string_view text, int decimals, qint64& number)

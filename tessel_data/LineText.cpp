@@ -3,6 +3,7 @@
 #include <model_Tessel/TextEncoding.h>
 
 #include <QTextCodec>
+#include <QtEndian>
 
 #include <algorithm>
 
@@ -61,18 +62,30 @@ int utf8Size(const uchar* at, std::size_t left)
 
 } // namespace
 
+// Eight bytes at a time; the last ones of a longer line are looked at twice.
 void LineText::scan(std::string_view text)
 {
-    uchar high = 0;
-    uchar controls = 0;
-    for (const char character : text) { // without a branch, so that it runs many bytes at a time
-        const auto byte = uchar(character);
-        high = uchar(high | byte);
-        controls = uchar(controls | (byte < 0x20 ? 1 : 0));
+    constexpr std::size_t size = sizeof(quint64);
+    constexpr quint64 each = 0x0101010101010101;
+    constexpr quint64 highBits = each * 0x80;
+    quint64 high = 0;
+    quint64 low = 0; // its high bits tell bytes below the blank
+    const auto look = [&](quint64 word) {
+        high |= word;
+        low |= (word - each * ' ') & ~word;
+    };
+    const char* const end = text.data() + text.size();
+    for (const char* at = text.data(); end - at >= qptrdiff(size); at += size)
+        look(qFromUnaligned<quint64>(at));
+    if (text.size() >= size) {
+        look(qFromUnaligned<quint64>(end - size));
+    } else {
+        for (const char character : text)
+            look(each * uchar(character));
     }
     m_text = text;
-    m_isAscii = high < 0x80;
-    m_hasControls = controls != 0;
+    m_isAscii = (high & highBits) == 0;
+    m_hasControls = (low & highBits) != 0;
     m_encoding = LineEncoding::Unknown;
     m_isOther = false;
     m_hasBadBytes = false;

@@ -17,8 +17,8 @@ bool isBlank(std::string_view text)
         [](char character) { return character == ' ' || character == '\t'; });
 }
 
-// A number of plain digits behind blanks, nearly every one; false for the others.
-inline bool readPlain(std::string_view text, qint64& number)
+// A number of plain digits behind blanks; false for the others.
+bool readPlain(std::string_view text, qint64& number)
 {
     constexpr std::size_t mostDigits = 18;
     const std::size_t size = text.size();
@@ -57,6 +57,36 @@ ValueState stateOf(const CodeTable* codes, qint64 number)
 
 } // namespace
 
+// As nearly all numbers of an ASCII line are; false for the others and for texts.
+inline bool RecordParser::readWord(
+    const Column& column, std::string_view line, ValueState& state, qint64& number)
+{
+    switch (column.word.read(line.data(), int(line.size()), number)) {
+    case NumberWord::Content::Number:
+        state = stateOf(column.codes, number);
+        return true;
+    case NumberWord::Content::Blank:
+        state = column.blank;
+        return true;
+    case NumberWord::Content::Other:
+        break;
+    }
+    return false;
+}
+
+// A column of one, blank or not.
+inline bool RecordParser::readDigit(
+    const Column& column, std::string_view line, ValueState& state, qint64& number)
+{
+    if (std::size_t(column.start) >= line.size())
+        return false;
+    constexpr uchar valueBits = 0x0F; // none is set in a blank
+    const auto character = uchar(line[std::size_t(column.start)]);
+    state = column.digits[character];
+    number = character & valueBits;
+    return state.kind() != ValueKind::NotANumber;
+}
+
 // From the first character of a kind to behind the last one; the text has one.
 RecordParser::Part RecordParser::partOf(std::string_view text, bool (*isKind)(char))
 {
@@ -89,9 +119,10 @@ RecordParser::RecordParser(const DataDictionary& dictionary)
         for (int c = 0; c < record.columns.size(); ++c) {
             const DataVariable& variable = dictionary.variable(int(r), c);
             const CodeTable* codes = variable.codes.get();
-            plan.columns.push_back(
-                { variable.start, variable.width, variable.type, variable.decimals,
-                    record.columns.at(c), codes, codes ? codes->stateOfBlank() : ValueState() });
+            plan.columns.push_back({ variable.start, variable.width, variable.type,
+                variable.decimals, record.columns.at(c), codes,
+                codes ? codes->stateOfBlank() : ValueState(), {}, {} });
+            makeQuick(plan.columns.back());
             if (c < record.idCount && variable.type == DataVariable::Type::Number)
                 plan.firstIdsEnd = std::max(plan.firstIdsEnd, variable.start + variable.width);
         }
@@ -103,6 +134,20 @@ RecordParser::RecordParser(const DataDictionary& dictionary)
     }
     for (const int id : dictionary.ids)
         m_firstLevelIds += dictionary.variables[std::size_t(id)].level == 1 ? 1 : 0;
+    m_ids.resize(std::size_t(m_firstLevelIds));
+}
+
+void RecordParser::makeQuick(Column& column)
+{
+    if (column.type != DataVariable::Type::Number)
+        return;
+    column.word = NumberWord(column.start, column.width);
+    if (column.width != 1)
+        return;
+    column.digits.assign(256, ValueState(ValueKind::NotANumber));
+    column.digits[' '] = column.blank;
+    for (qint64 digit = 0; digit < 10; ++digit)
+        column.digits[std::size_t('0' + digit)] = stateOf(column.codes, digit);
 }
 
 void RecordParser::beginFile(LineEncoding encoding)
@@ -198,7 +243,7 @@ int RecordParser::recordOf() const
 }
 
 // Reads the record's values; false, with its values taken back, when the line has no place.
-bool RecordParser::isAcceptable(const Plan& plan, DataBatch& batch, DataBatch::Told told)
+bool RecordParser::isAcceptable(const Plan& plan, DataBatch& batch, const DataBatch::Told& told)
 {
     if (m_line.columnCount() < plan.firstIdsEnd) {
         reject(LineProblem::EndsInIdentification, batch, told);
@@ -212,8 +257,9 @@ bool RecordParser::isAcceptable(const Plan& plan, DataBatch& batch, DataBatch::T
     batch.states.resize(cells);
     batch.numbers.resize(cells);
     batch.bytes.resize(told.text.start + told.text.size);
-    told.variable = plan.columns[std::size_t(id)].variable;
-    reject(LineProblem::IdNotANumber, batch, told);
+    DataBatch::Told rejected = told;
+    rejected.variable = plan.columns[std::size_t(id)].variable;
+    reject(LineProblem::IdNotANumber, batch, rejected);
     return false;
 }
 
@@ -259,16 +305,16 @@ void RecordParser::readColumns(const Plan& plan, DataBatch& batch, quint32 line)
             readColumn(column, batch, cell++, line);
         return;
     }
-    const char* const text = m_line.text().data();
-    const int size = int(m_line.text().size());
+    const std::string_view text = m_line.text();
+    ValueState* state = batch.states.data() + cell;
+    qint64* number = batch.numbers.data() + cell;
     for (const Column& column : plan.columns) {
-        qint64 number = 0;
-        if (column.type == DataVariable::Type::Number && column.width <= size - column.start
-            && readPlain({ text + column.start, std::size_t(column.width) }, number)) {
-            batch.set(cell, stateOf(column.codes, number), number);
-        } else {
+        const bool isRead = column.digits.empty() ? readWord(column, text, *state, *number)
+                                                  : readDigit(column, text, *state, *number);
+        if (!isRead)
             readColumn(column, batch, cell, line);
-        }
+        ++state;
+        ++number;
         ++cell;
     }
 }
@@ -283,6 +329,8 @@ void RecordParser::readColumn(const Column& column, DataBatch& batch, quint32 ce
     // A short line is filled up with blanks, which no number may end in.
     const bool isCut = column.start + column.width > m_line.columnCount();
     qint64 number = 0;
+    if (!isCut && readPlain(text, number))
+        return batch.set(cell, stateOf(column.codes, number), number);
     NumberStatus status = readNumber(text, column.decimals, number);
     if (isCut && status != NumberStatus::Blank)
         status = NumberStatus::NotANumber;
@@ -317,26 +365,31 @@ void RecordParser::readText(
     batch.setText(cell, state, batch.keep(broken));
 }
 
-// Equal columns need no look at their numbers; others may be the same number.
+// Equal numbers are the same identification; texts and others are compared as it is written.
 bool RecordParser::continuesCase(const Plan& plan, const DataBatch& batch, quint32 firstCell)
 {
-    m_nextRawKey.clear();
-    for (int c = 0; c < m_firstLevelIds; ++c) {
-        const Column& column = plan.columns[std::size_t(c)];
-        m_nextRawKey.append(m_line.columns(column.start, column.width));
-        m_nextRawKey += '\n';
-    }
     if (m_firstLevelIds == 0)
         return false; // nothing says which records belong together
-    const bool isSame = m_isInCase && m_nextRawKey == m_rawKey;
-    if (isSame)
+    if (m_isInCase && hasSameIds(batch, firstCell))
         return true;
-    m_rawKey.swap(m_nextRawKey);
+    for (std::size_t c = 0; c < m_ids.size(); ++c)
+        m_ids[c] = { batch.states[firstCell + c], batch.numbers[firstCell + c] };
     makeKey(plan, batch, firstCell);
     const bool continues = m_isInCase && m_nextKey == m_key;
     m_key.swap(m_nextKey);
     m_isInCase = true;
     return continues;
+}
+
+bool RecordParser::hasSameIds(const DataBatch& batch, quint32 firstCell) const
+{
+    for (std::size_t c = 0; c < m_ids.size(); ++c) {
+        const ValueState state = batch.states[firstCell + c];
+        if (state.kind() == ValueKind::Text || state != m_ids[c].state
+            || batch.numbers[firstCell + c] != m_ids[c].number)
+            return false;
+    }
+    return true;
 }
 
 void RecordParser::makeKey(const Plan& plan, const DataBatch& batch, quint32 firstCell)

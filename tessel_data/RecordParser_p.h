@@ -3,6 +3,7 @@
 #include <tessel_data/DataBatch.h>
 #include <tessel_data/DataDictionary.h>
 #include <tessel_data/LineText_p.h>
+#include <tessel_data/NumberWord_p.h>
 
 #include <string>
 #include <string_view>
@@ -65,12 +66,20 @@ private:
         int variable;
         const CodeTable* codes;
         ValueState blank;
+        NumberWord word; // of short numbers
+        std::vector<ValueState> digits; // of numbers of one digit: by character
     };
     struct Plan {
         std::vector<Column> columns;
         int idCount = 0;
         int width = 0;
         int firstIdsEnd = 0; // where the numbers of its identification end
+    };
+
+    // An identification item of the record before.
+    struct Id {
+        ValueState state;
+        qint64 number = 0;
     };
 
     // Bytes of a line.
@@ -81,14 +90,20 @@ private:
 
     void decode(std::string_view line);
     int recordOf() const;
-    bool isAcceptable(const Plan& plan, DataBatch& batch, DataBatch::Told told);
+    bool isAcceptable(const Plan& plan, DataBatch& batch, const DataBatch::Told& told);
     Outcome reject(LineProblem problem, DataBatch& batch, DataBatch::Told told);
     TextRef readableKey(DataBatch& batch, quint32 line);
     void readColumns(const Plan& plan, DataBatch& batch, quint32 line);
+    static void makeQuick(Column& column);
+    static bool readWord(
+        const Column& column, std::string_view line, ValueState& state, qint64& number);
+    static bool readDigit(
+        const Column& column, std::string_view line, ValueState& state, qint64& number);
     void readColumn(const Column& column, DataBatch& batch, quint32 cell, quint32 line);
     void readText(
         const Column& column, std::string_view text, DataBatch& batch, quint32 cell, quint32 line);
     bool continuesCase(const Plan& plan, const DataBatch& batch, quint32 firstCell);
+    bool hasSameIds(const DataBatch& batch, quint32 firstCell) const;
     void makeKey(const Plan& plan, const DataBatch& batch, quint32 firstCell);
     void tellOddities(const Plan& plan, DataBatch& batch, DataBatch::Told told);
     void tellEncoding(const Plan* plan, DataBatch& batch, const DataBatch::Told& told);
@@ -102,9 +117,8 @@ private:
     std::vector<int> m_types; // record of a type code of one character; -1: none
     std::unordered_map<std::string, int> m_longTypes;
     LineText m_line;
-    std::string m_rawKey; // identification columns of the line before, as they stand
-    std::string m_nextRawKey;
-    std::string m_key; // the same, as numbers
+    std::vector<Id> m_ids; // of the first level
+    std::string m_key; // the same, written
     std::string m_nextKey;
     int m_firstLevelIds = 0;
     qint64 m_caseNumber = -1;

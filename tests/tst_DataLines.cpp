@@ -57,6 +57,7 @@ private slots:
     void invalid_data();
     void invalid();
     void controls();
+    void anyPlace();
 };
 
 void TestDataLines::lines_data()
@@ -202,6 +203,28 @@ void TestDataLines::controls()
     QVERIFY(line.hasControlCharacters());
     line.set("a b~");
     QVERIFY(!line.hasControlCharacters());
+}
+
+// Whatever the length of the line, and wherever the byte stands in it.
+void TestDataLines::anyPlace()
+{
+    constexpr std::size_t longest = 40;
+    LineText line;
+    for (std::size_t size = 0; size <= longest; ++size) {
+        const std::string plain(size, '~');
+        line.set(plain);
+        QVERIFY(line.isAscii() && !line.hasControlCharacters());
+        for (std::size_t place = 0; place < size; ++place) {
+            for (const char byte : { '\0', '\x1F', ' ', '\x7F', '\x80', '\xFF' }) {
+                std::string text = plain;
+                text[place] = byte;
+                line.set(text);
+                const auto value = uchar(byte);
+                QCOMPARE(line.isAscii(), value < 0x80);
+                QCOMPARE(line.hasControlCharacters(), value < 0x20);
+            }
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(TestDataLines)

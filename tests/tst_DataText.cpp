@@ -266,6 +266,10 @@ void TestDataText::cases_data()
         << QByteArray("10101\n90107\n20101\n") << QStringList { "0101" };
     QTest::newRow("blank identification")
         << QByteArray("101  \n10101\n") << QStringList { "01  ", "0101" };
+    QTest::newRow("blank is not zero")
+        << QByteArray("10100\n201  \n10100\n") << QStringList { "0100", "01  ", "0100" };
+    QTest::newRow("only one number differs")
+        << QByteArray("10101\n20201\n20101\n") << QStringList { "0101", "0201", "0101" };
 }
 
 void TestDataText::cases()
