@@ -6,7 +6,6 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cstring>
 #include <numeric>
 
 namespace tessel {
@@ -325,18 +324,19 @@ private:
 
 namespace {
 
-bool isAscii(const char* bytes, std::size_t size)
+// Without a NUL, too.
+bool isPlainAscii(const char* bytes, std::size_t size)
 {
-    constexpr unsigned char highest = 0x80;
-    unsigned char all = 0;
+    constexpr uchar highest = 0x7F;
+    uchar others = 0; // all are looked at, many at a time
     for (std::size_t i = 0; i < size; ++i)
-        all |= static_cast<unsigned char>(bytes[i]);
-    return all < highest;
+        others |= uchar(uchar(bytes[i]) - 1) >= highest ? 1 : 0;
+    return others == 0;
 }
 
-bool isAscii(const QString& path)
+bool isPlainAscii(const QString& path)
 {
-    constexpr qint64 piece = 1 << 18;
+    constexpr qint64 piece = 1 << 16;
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return false;
@@ -345,8 +345,7 @@ bool isAscii(const QString& path)
         const qint64 count = file.read(bytes.data(), piece);
         if (count <= 0)
             return count == 0;
-        const bool hasNull = std::memchr(bytes.constData(), 0, std::size_t(count)) != nullptr;
-        if (hasNull || !isAscii(bytes.constData(), std::size_t(count)))
+        if (!isPlainAscii(bytes.constData(), std::size_t(count)))
             return false;
     }
 }
@@ -357,8 +356,8 @@ bool hasByteWidths(const DataSource& source)
 {
     const std::vector<SourceFile>& files = source.files();
     return source.hasWidths()
-        && std::all_of(
-            files.begin(), files.end(), [](const SourceFile& file) { return isAscii(file.path); });
+        && std::all_of(files.begin(), files.end(),
+            [](const SourceFile& file) { return isPlainAscii(file.path); });
 }
 
 bool convertData(DataSource& source, ConversionTarget& target, const ConversionPlan& plan,

@@ -2,6 +2,7 @@
 
 #include <tessel_data/DataError.h>
 #include <tessel_data/DataValue.h>
+#include <tessel_data/Writeback_p.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -159,6 +160,7 @@ void CsvBytes::flush()
         }
         done += std::size_t(count);
     }
+    beginWriteback(m_descriptor, qint64(m_size));
     m_written += qint64(m_size);
     m_rowStart = m_size = 0;
 }

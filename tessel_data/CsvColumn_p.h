@@ -50,10 +50,10 @@ public:
     void add(CsvBytes& out, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
     {
         const ValueState state = batch.states[cell];
+        if (state == ValueState(ValueKind::Number) && !m_labels)
+            return out.addNumber(batch.numbers[cell], m_decimals);
         m_hasOthers |= state.isOutside();
         m_hasSpecials |= state.special() != Special::None;
-        if (state.kind() == ValueKind::Number && !m_labels)
-            return out.addNumber(batch.numbers[cell], m_decimals);
         if (state.kind() == ValueKind::Blank && state.special() != Special::Missing && !m_labels)
             return addNothing(out);
         addRare(out, batch, cell, counts);

@@ -133,7 +133,7 @@ void StatColumn::addExact(Sink& spool, qint64 number, Special special, Conversio
         if (const char tag = tagOf(nearestDouble(number, m_column.decimals)))
             return addMissing(spool, tag);
     }
-    if (number > m_mostPlain || number < -m_mostPlain)
+    if (!isPlain(number))
         counts.roundedNumbers += isGivenBack(number) ? 0 : 1;
     addWhole(spool, number);
 }

@@ -31,13 +31,10 @@ public:
     void add(Sink& sink, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
     {
         const ValueState state = batch.states[cell];
-        if (state == ValueState())
-            return sink.addMissing();
-        const qint64 number = batch.numbers[cell];
-        const bool isPlain = state.kind() == ValueKind::Number && number <= m_mostPlain
-            && number >= -m_mostPlain && !(m_hasTags && state.special() != Special::None);
-        if (isPlain)
-            addWhole(sink, number);
+        if (state == ValueState(ValueKind::Number) && isPlain(batch.numbers[cell]))
+            addWhole(sink, batch.numbers[cell]);
+        else if (state == ValueState())
+            sink.addMissing();
         else
             addOther(sink, batch, cell, counts);
     }
@@ -80,9 +77,15 @@ public:
 private:
     template <typename Sink> void addWhole(Sink& sink, qint64 number)
     {
-        m_low = std::min(m_low, number);
-        m_high = std::max(m_high, number);
+        if (!m_isSettled) {
+            m_low = std::min(m_low, number);
+            m_high = std::max(m_high, number);
+        }
         sink.addWhole(number);
+    }
+    bool isPlain(qint64 number) const
+    {
+        return number <= m_mostPlain && number >= -m_mostPlain;
     }
     template <typename Sink> void addMissing(Sink& sink, char tag);
     template <typename Sink>

@@ -2,6 +2,7 @@
 
 #include <tessel_data/ConversionLimits_p.h>
 #include <tessel_data/DataError.h>
+#include <tessel_data/Writeback_p.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -114,6 +115,7 @@ bool StatFileWriter::flush()
         }
         done += written > 0 ? std::size_t(written) : 0;
     }
+    beginWriteback(m_descriptor, qint64(m_buffer.size()));
     m_buffer.clear();
     return true;
 }
@@ -142,6 +144,7 @@ void StatFileWriter::addColumn(std::size_t index)
     const ConversionColumn& column = m_file.columns.at(int(index));
     const StatColumn& values = m_columns[index];
     Column& written = m_written[index];
+    written.values = &values;
     written.type = values.type();
     written.missingBase = column.missingBase;
     if (!m_isStata && values.codedKinds() != 0)
@@ -193,7 +196,7 @@ void StatFileWriter::setMissing(std::size_t index)
         } else {
             error = readstat_variable_add_missing_double_range(variable, missing.low, missing.high);
         }
-        check(error, index);
+        check(error, m_written[index]);
     }
     if (m_columns[index].kinds() != 0)
         setKinds(index);
@@ -329,14 +332,13 @@ void StatFileWriter::begin(qint64 rows)
         check(readstat_begin_writing_sav(writer, this, long(rows)));
     }
     check(readstat_validate_metadata(writer));
-    for (std::size_t c = 0; c < m_written.size(); ++c)
-        check(readstat_validate_variable(writer, m_written[c].variable), c);
+    for (const Column& column : m_written)
+        check(readstat_validate_variable(writer, column.variable), column);
 }
 
-void StatFileWriter::writeMissing(std::size_t index, char tag)
+void StatFileWriter::writeMissing(const Column& column, char tag)
 {
     readstat_writer_t* const writer = m_writer.get();
-    const Column& column = m_written[index];
     readstat_error_t error = READSTAT_OK;
     readstat_string_ref_t none {};
     if (column.type == Type::LongText)
@@ -348,59 +350,32 @@ void StatFileWriter::writeMissing(std::size_t index, char tag)
     else
         error =
             readstat_insert_double_value(writer, column.variable, column.missingBase + (tag - 'a'));
-    check(error, index);
+    check(error, column);
 }
 
-void StatFileWriter::writeWhole(std::size_t index, qint64 number)
+void StatFileWriter::writeText(const Column& column, const char* text)
 {
     readstat_writer_t* const writer = m_writer.get();
-    readstat_variable_t* const variable = m_written[index].variable;
-    switch (m_written[index].type) {
-    case Type::Byte:
-        return check(readstat_insert_int8_value(writer, variable, std::int8_t(number)), index);
-    case Type::Int:
-        return check(readstat_insert_int16_value(writer, variable, std::int16_t(number)), index);
-    case Type::Long:
-        return check(readstat_insert_int32_value(writer, variable, std::int32_t(number)), index);
-    default:
-        return writeReal(index, m_columns[index].numberOf(number));
-    }
-}
-
-void StatFileWriter::writeReal(std::size_t index, double number)
-{
-    readstat_writer_t* const writer = m_writer.get();
-    readstat_variable_t* const variable = m_written[index].variable;
-    if (m_written[index].type == Type::Float)
-        check(readstat_insert_float_value(writer, variable, float(number)), index);
-    else
-        check(readstat_insert_double_value(writer, variable, number), index);
-}
-
-void StatFileWriter::writeText(std::size_t index, const char* text)
-{
-    readstat_writer_t* const writer = m_writer.get();
-    const Column& column = m_written[index];
     if (column.type == Type::LongText) {
         check(readstat_insert_string_ref(
                   writer, column.variable, readstat_get_string_ref(writer, m_nextRef++)),
-            index);
+            column);
     } else {
-        check(readstat_insert_string_value(writer, column.variable, text), index);
+        check(readstat_insert_string_value(writer, column.variable, text), column);
     }
 }
 
-void StatFileWriter::writeValue(std::size_t index, const RowSpool::Value& value)
+void StatFileWriter::writeValue(const Column& column, const RowSpool::Value& value)
 {
     switch (value.kind) {
     case RowSpool::Value::Kind::Missing:
-        return writeMissing(index, value.tag);
+        return writeMissing(column, value.tag);
     case RowSpool::Value::Kind::Whole:
-        return writeWhole(index, value.number);
+        return writeWhole(column, value.number);
     case RowSpool::Value::Kind::Real:
-        return writeReal(index, value.real);
+        return writeReal(column, value.real);
     case RowSpool::Value::Kind::Text:
-        return writeText(index, value.text.data());
+        return writeText(column, value.text.data());
     }
 }
 
@@ -523,9 +498,9 @@ bool StatFileWriter::write(RowSpool& spool, qint64 rows, const std::function<boo
         if (row % between == 0 && !goesOn())
             return false;
         check(readstat_begin_row(m_writer.get()));
-        for (std::size_t c = 0; c < m_written.size(); ++c) {
+        for (const Column& column : m_written) {
             spool.read(value);
-            writeValue(c, value);
+            writeValue(column, value);
         }
         check(readstat_end_row(m_writer.get()));
     }

@@ -34,24 +34,24 @@ public:
     void beginRow()
     {
         check(readstat_begin_row(m_writer.get()));
-        m_column = 0;
+        m_column = m_written.data();
     }
     void addMissing(char tag = '\0')
     {
-        writeMissing(m_column++, tag);
+        writeMissing(*m_column++, tag);
     }
     void addWhole(qint64 number)
     {
-        writeWhole(m_column++, number);
+        writeWhole(*m_column++, number);
     }
     void addReal(double number)
     {
-        writeReal(m_column++, number);
+        writeReal(*m_column++, number);
     }
     void addText(std::string_view text)
     {
         m_text = text;
-        writeText(m_column++, m_text.c_str());
+        writeText(*m_column++, m_text.c_str());
     }
     void endRow()
     {
@@ -63,6 +63,7 @@ public:
 private:
     struct Column {
         readstat_variable_t* variable = nullptr;
+        const StatColumn* values = nullptr;
         ConversionColumn::Type type = ConversionColumn::Type::Double;
         double missingBase = 0; // of SPSS
     };
@@ -77,11 +78,35 @@ private:
     void checkLongTexts() const;
     qint64 rowsBetweenAsking() const;
     void begin(qint64 rows);
-    void writeValue(std::size_t index, const RowSpool::Value& value);
-    void writeMissing(std::size_t index, char tag);
-    void writeWhole(std::size_t index, qint64 number);
-    void writeReal(std::size_t index, double number);
-    void writeText(std::size_t index, const char* text);
+    void writeValue(const Column& column, const RowSpool::Value& value);
+    void writeMissing(const Column& column, char tag);
+    void writeWhole(const Column& column, qint64 number)
+    {
+        using Type = ConversionColumn::Type;
+        readstat_writer_t* const writer = m_writer.get();
+        switch (column.type) {
+        case Type::Byte:
+            return check(
+                readstat_insert_int8_value(writer, column.variable, std::int8_t(number)), column);
+        case Type::Int:
+            return check(
+                readstat_insert_int16_value(writer, column.variable, std::int16_t(number)), column);
+        case Type::Long:
+            return check(
+                readstat_insert_int32_value(writer, column.variable, std::int32_t(number)), column);
+        default:
+            return writeReal(column, column.values->numberOf(number));
+        }
+    }
+    void writeReal(const Column& column, double number)
+    {
+        readstat_writer_t* const writer = m_writer.get();
+        if (column.type == ConversionColumn::Type::Float)
+            check(readstat_insert_float_value(writer, column.variable, float(number)), column);
+        else
+            check(readstat_insert_double_value(writer, column.variable, number), column);
+    }
+    void writeText(const Column& column, const char* text);
     void checkRows(qint64 rows) const;
     void end();
     void setRows(qint64 rows);
@@ -96,10 +121,10 @@ private:
         if (error != READSTAT_OK)
             fail(error, -1);
     }
-    void check(readstat_error_t error, std::size_t index)
+    void check(readstat_error_t error, const Column& column)
     {
         if (error != READSTAT_OK)
-            fail(error, int(index));
+            fail(error, int(&column - m_written.data()));
     }
     [[noreturn]] void fail(readstat_error_t error, int column);
     ssize_t take(const char* bytes, std::size_t size);
@@ -126,7 +151,7 @@ private:
     std::map<std::tuple<int, double, quint32, bool>, readstat_label_set_t*> m_labelSets;
     QByteArrayList m_missingTexts; // libreadstat keeps no copies
     int m_nextRef = 0;
-    std::size_t m_column = 0; // of the row that is written
+    const Column* m_column = nullptr; // of the row that is written
     std::string m_text;
     std::string m_buffer;
     int m_error = 0; // of writing

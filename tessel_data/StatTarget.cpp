@@ -9,6 +9,12 @@
 
 namespace tessel {
 
+namespace {
+
+using Role = ConversionColumn::Role;
+
+} // namespace
+
 class StatTarget::Job {
 public:
     Job(const QString& folder, ConversionFormat format, bool mayReplace)
@@ -36,7 +42,7 @@ private:
     struct Place {
         ConversionColumn::Role role;
         int source;
-        int cell;
+        int cell; // -1: not in a record
     };
 
     static std::vector<std::vector<Place>> placesOf(const ConversionFile& file);
@@ -143,8 +149,8 @@ std::vector<std::vector<StatTarget::Job::Place>> StatTarget::Job::placesOf(
     for (const QVector<int>& cells : file.cells) {
         places.emplace_back();
         for (int c = 0; c < file.columns.size(); ++c)
-            places.back().push_back(
-                { file.columns.at(c).role, file.columns.at(c).source, cells.at(c) });
+            places.back().push_back({ file.columns.at(c).role, file.columns.at(c).source,
+                file.columns.at(c).role == Role::Value ? cells.at(c) : -1 });
     }
     return places;
 }
@@ -153,21 +159,20 @@ template <typename Sink>
 void StatTarget::Job::addRow(
     Sink& sink, std::size_t file, const ConversionRows& rows, const ConversionRows::Row& row)
 {
-    using Role = ConversionColumn::Role;
     const std::vector<Place>& places = m_places[file][std::size_t(row.occurrence)];
     const quint32* const firstCells = rows.firstCells(row);
     StatColumn* column = m_columns[file].data();
     ConversionCounts* count = counts[file].data();
     for (const Place& place : places) {
         const quint32 first = firstCells[place.source];
-        if (place.role == Role::Row)
+        if (place.cell >= 0 && first != ConversionRows::NoCell)
+            column->add(sink, rows.batch(), first + quint32(place.cell), *count);
+        else if (place.role == Role::Row)
             column->addNumber(sink, row.number);
         else if (place.role == Role::Occurrence)
             column->addNumber(sink, row.occurrence + 1);
-        else if (place.cell < 0 || first == ConversionRows::NoCell)
-            sink.addMissing();
         else
-            column->add(sink, rows.batch(), first + quint32(place.cell), *count);
+            sink.addMissing();
         ++column;
         ++count;
     }
