@@ -154,7 +154,7 @@ void SpssWalk::walkExtension()
 void SpssWalk::keep(int kind, quint64 size)
 {
     constexpr int firstAttributes = SpssExtension::FileAttributes;
-    const bool isKept = kind == SpssExtension::ResponseSets
+    const bool isKept = kind == SpssExtension::ResponseSets || kind == SpssExtension::VariableSets
         || (kind >= firstAttributes && kind <= SpssExtension::FurtherResponseSets);
     if (isKept && size <= StatBytes::Most)
         m_extensions.append({ kind, m_bytes.read(size) });
@@ -297,6 +297,21 @@ QVector<QByteArray> spssResponseSets(const SpssExtension& extension)
         const int end = line.indexOf('=');
         if (line.startsWith('$') && end > 1)
             names.append(line.left(end));
+    }
+    return names;
+}
+
+// One in a line, "name= variables".
+QVector<QByteArray> spssVariableSets(const SpssExtension& extension)
+{
+    QVector<QByteArray> names;
+    if (extension.kind != SpssExtension::VariableSets)
+        return names;
+    const QByteArrayList lines = extension.text.split('\n');
+    for (const QByteArray& line : lines) {
+        const int end = line.indexOf('=');
+        if (end > 0)
+            names.append(line.left(end).trimmed());
     }
     return names;
 }

@@ -12,6 +12,7 @@ bool isSoundSpssFile(TStatInput& input);
 // A text that an SPSS file's dictionary has besides variables and labels.
 struct SpssExtension {
     enum Kind {
+        VariableSets = 5,
         ResponseSets = 7,
         FileAttributes = 17,
         VariableAttributes = 18,
@@ -37,3 +38,6 @@ QVector<SpssAttribute> spssAttributes(const SpssExtension& extension);
 
 // The names of the sets in the text of response sets; none of another kind.
 QVector<QByteArray> spssResponseSets(const SpssExtension& extension);
+
+// The same of sets of variables.
+QVector<QByteArray> spssVariableSets(const SpssExtension& extension);

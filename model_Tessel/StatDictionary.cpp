@@ -347,6 +347,9 @@ void DescriptionReader::addExtensions()
         const QVector<QByteArray> sets = spssResponseSets(extension);
         for (const QByteArray& name : sets)
             m_result.responseSets.append(codec.toUnicode(name));
+        const QVector<QByteArray> variables = spssVariableSets(extension);
+        for (const QByteArray& name : variables)
+            m_result.variableSets.append(codec.toUnicode(name));
     }
     m_result.responseSets.removeDuplicates();
 }

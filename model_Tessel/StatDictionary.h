@@ -136,6 +136,7 @@ struct TStatFileDescription {
     int weight = -1; /*!< index of the variable that weights the rows, of SPSS; -1: none */
     QStringList attributes; /*!< names of those of an SPSS file itself */
     QStringList responseSets; /*!< names of multiple response sets of SPSS, "$" in front */
+    QStringList variableSets; /*!< names of sets of variables of SPSS */
     QVector<TStatLabelSet> labelSets; /*!< in the order of the file, used or not */
     TStatOutcome outcome; /*!< of all that stands here */
     TStatOutcome variablesOutcome; /*!< of the same without the value labels */

@@ -78,6 +78,7 @@ void TestSpssExtensions::extensions()
     file.close();
     const TStatFileDescription none = described(plain);
     QVERIFY(none.attributes.isEmpty() && none.responseSets.isEmpty());
+    QVERIFY(none.variableSets.isEmpty());
     QVERIFY(none.variables.at(0).role.isEmpty() && none.variables.at(0).attributes.isEmpty());
 
     QByteArray bytes = withSpssRecord(plain, 7, "$a=C 5 A set first Second\n");
@@ -85,10 +86,13 @@ void TestSpssExtensions::extensions()
     bytes = withSpssRecord(
         bytes, 18, "FIRST:$@Role('0'\n)src('survey'\n)/second:$@Role('2'\n)/gone:x('1'\n)");
     bytes = withSpssRecord(bytes, 19, "$a=C 5 A set first Second\n$b=E 1 1 1 5 A set first\n");
+    bytes = withSpssRecord(bytes, 5, u8"se\u00f1al one= first Second\nnone= \n");
     const TStatFileDescription found = described(bytes);
     QVERIFY(found.isWhole());
     QCOMPARE(found.rowCount, qint64(1));
     QCOMPARE(found.responseSets, QStringList({ QStringLiteral("$a"), QStringLiteral("$b") }));
+    QCOMPARE(found.variableSets,
+        QStringList({ QString::fromUtf8(u8"se\u00f1al one"), QString("none") }));
     QCOMPARE(found.attributes,
         QStringList({ QStringLiteral("ver"), QString::fromUtf8(u8"se\u00f1al[1]") }));
     QCOMPARE(found.variables.at(0).attributes, QStringList(QStringLiteral("src")));
@@ -98,7 +102,7 @@ void TestSpssExtensions::extensions()
     for (const QByteArray& damaged :
         { QByteArray("a"), QByteArray("a("), QByteArray("a('"), QByteArray("a('x'\n"),
             QByteArray("a('x'\n)b('"), QByteArray("/"), QByteArray(":"), QByteArray("/:(") }) {
-        for (const int kind : { 7, 17, 18, 19 })
+        for (const int kind : { 5, 7, 17, 18, 19 })
             QVERIFY(described(withSpssRecord(plain, kind, damaged)).attributes.size() <= 1);
     }
 }
