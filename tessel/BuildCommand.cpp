@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "InputOptions.h"
 #include "SelectionOptions.h"
+#include "SourceOptions.h"
 
 #include "building/BuildConfigFile.h"
 #include "building/BuildRun.h"
@@ -65,14 +66,6 @@ const QCommandLineOption& repeatsOption()
     return option;
 }
 
-const QCommandLineOption& dictionaryOption()
-{
-    static const QCommandLineOption option(QStringLiteral("dictionary"),
-        QStringLiteral("Read a CSPro DB with this dictionary instead of its own."),
-        QStringLiteral("file"));
-    return option;
-}
-
 const QCommandLineOption& languagesOption()
 {
     static const QCommandLineOption option(QStringLiteral("languages"),
@@ -85,14 +78,6 @@ const QCommandLineOption& configOption()
 {
     static const QCommandLineOption option(QStringLiteral("config"),
         QStringLiteral("Take the settings of a file; options of the command line go before it."),
-        QStringLiteral("file"));
-    return option;
-}
-
-const QCommandLineOption& saveConfigOption()
-{
-    static const QCommandLineOption option(QStringLiteral("save-config"),
-        QStringLiteral("Write the settings to a file that --config takes."),
         QStringLiteral("file"));
     return option;
 }
@@ -112,29 +97,7 @@ void describe(QCommandLineParser& parser)
     parser.addOption(dataEncodingOption());
     parser.addOptions(selectionOptions());
     parser.addOptions({ configOption(), saveConfigOption() });
-    parser.addPositionalArgument(QStringLiteral("source"),
-        QStringLiteral("CSPro dictionary (.dcf) and text files that it describes; or one file of "
-                       ".csdb, .sav, .zsav or .dta."),
-        QStringLiteral("SOURCE..."));
-}
-
-QString readInput(const QCommandLineParser& parser, DataInput& input)
-{
-    const QStringList files = FileNames::paths(parser.positionalArguments());
-    if (!files.isEmpty()) {
-        input.first = files.first();
-        input.data = files.mid(1);
-    }
-    if (input.first.isEmpty())
-        return QStringLiteral("no file given");
-    if (parser.isSet(dictionaryOption()))
-        input.dictionary = FileNames::path(parser.value(dictionaryOption()));
-    if (parser.isSet(dictionaryOption()) && input.dictionary.isEmpty())
-        return QStringLiteral("--dictionary needs the name of a file");
-    QString mistake = readDictionaryTextOptions(parser, input.reading);
-    if (mistake.isNull())
-        mistake = readDataEncoding(parser, input.dataEncoding);
-    return mistake.isNull() ? checkDataInput(input) : mistake;
+    addSourceArgument(parser);
 }
 
 QString readServer(const QString& connection, BuildSettings& settings)
@@ -188,16 +151,6 @@ QString readShape(const QCommandLineParser& parser, BuildSettings& settings)
     return QString();
 }
 
-QString readConfigFile(const QCommandLineParser& parser, BuildSettings& settings)
-{
-    settings.configFile = FileNames::path(parser.value(saveConfigOption()));
-    if (parser.isSet(saveConfigOption()) && settings.configFile.isEmpty())
-        return QStringLiteral("--save-config needs the name of a file");
-    const DataInput& input = settings.input;
-    return Output::checkPath(QStringLiteral("--save-config"), settings.configFile,
-        input.data + QStringList { input.first, input.dictionary, settings.target });
-}
-
 QString readSettings(const QCommandLineParser& parser, BuildSettings& settings)
 {
     settings.replacesTarget = parser.isSet(overwriteOption());
@@ -206,14 +159,19 @@ QString readSettings(const QCommandLineParser& parser, BuildSettings& settings)
         return QStringLiteral("--add keeps the database and --overwrite replaces it; give one");
     if (settings.addsToTarget && parser.isSet(planOption()))
         return QStringLiteral("--plan tells of a new database; give it without --add");
-    QString mistake = readInput(parser, settings.input);
+    QString mistake = readSource(parser, settings.input);
     if (mistake.isNull())
         mistake = readTarget(parser, settings);
     if (mistake.isNull())
         mistake = readShape(parser, settings);
     if (mistake.isNull())
         mistake = readSelectionOptions(parser, settings.selected);
-    return mistake.isNull() ? readConfigFile(parser, settings) : mistake;
+    if (!mistake.isNull())
+        return mistake;
+    const DataInput& input = settings.input;
+    return readSaveConfig(parser,
+        input.data + QStringList { input.first, input.dictionary, settings.target },
+        settings.configFile);
 }
 
 struct BuildCommandLine {

@@ -179,6 +179,35 @@ void readSplit(ObjectReader& reader, ConfigToolsSplit& split)
     }
 }
 
+void readConversion(ObjectReader& reader, ConversionConfig& conversion)
+{
+    const auto choice = [&](const char* key, const QStringList& values) {
+        QString found;
+        reader.text(QLatin1String(key), [&](const QString& text) {
+            found = text;
+            if (!values.contains(text))
+                reader.fail(QStringLiteral("'%1' takes %2, not '%3'")
+                                .arg(reader.pathOf(QLatin1String(key)),
+                                    values.join(QLatin1String(" or ")), text));
+        });
+        return found;
+    };
+    const auto flag = [&](const char* key, bool& member) {
+        reader.flag(QLatin1String(key), [&](bool found) { member = found; });
+    };
+    conversion.format = choice(
+        "format", { QStringLiteral("stata"), QStringLiteral("spss"), QStringLiteral("csv") });
+    reader.text(QStringLiteral("folder"), [&](const QString& found) { conversion.folder = found; });
+    conversion.keepsMissingCodes =
+        choice("missing", { QStringLiteral("kind"), QStringLiteral("code") })
+        == QLatin1String("code");
+    flag("merge", conversion.isMerged);
+    flag("labels", conversion.hasLabels);
+    flag("spreadsheet", conversion.forSpreadsheet);
+    if (conversion.format.isEmpty())
+        reader.fail(QStringLiteral("'%1' is missing").arg(reader.pathOf(QStringLiteral("format"))));
+}
+
 // What stands beside the records of Config.h.
 void readOwn(ObjectReader& reader, BuildConfig& config)
 {
@@ -200,6 +229,8 @@ void readOwn(ObjectReader& reader, BuildConfig& config)
         }
         config.dataEncoding = found;
     });
+    reader.object(QStringLiteral("conversion"),
+        [&](ObjectReader& inner) { readConversion(inner, config.conversion); });
     reader.number(QStringLiteral("seed"), [&](double number) {
         if (number < 0 || number > std::numeric_limits<quint32>::max()
             || number != std::floor(number))
@@ -247,6 +278,17 @@ QJsonObject objectOf(const ConfigToolsSplit& split)
     return { { QStringLiteral("optionSampling"), split.getOptionSampling() },
         { QStringLiteral("factor"), split.getFactor() },
         { QStringLiteral("radioOutEveryX"), split.getRadioOutEveryX() } };
+}
+
+QJsonObject objectOf(const ConversionConfig& conversion)
+{
+    return { { QStringLiteral("format"), conversion.format },
+        { QStringLiteral("folder"), conversion.folder },
+        { QStringLiteral("missing"),
+            conversion.keepsMissingCodes ? QStringLiteral("code") : QStringLiteral("kind") },
+        { QStringLiteral("merge"), conversion.isMerged },
+        { QStringLiteral("labels"), conversion.hasLabels },
+        { QStringLiteral("spreadsheet"), conversion.forSpreadsheet } };
 }
 
 QString typeCodeOf(const DataDictionary& dictionary, const QString& record)
@@ -345,7 +387,7 @@ QByteArray BuildConfig::json(bool isIndented) const
     QJsonArray entities;
     for (const ConfigEntities* entity : qAsConst(*m_config.getEntities()))
         entities.append(objectOf(*entity));
-    const QJsonObject object { { versionKey(), Version },
+    QJsonObject object { { versionKey(), Version },
         { QStringLiteral("dataBase"), objectOf(*m_config.getDataBase()) },
         { QStringLiteral("entities"), entities }, { QStringLiteral("split"), objectOf(m_split) },
         { QStringLiteral("data"), QJsonArray::fromStringList(data) },
@@ -355,6 +397,8 @@ QByteArray BuildConfig::json(bool isIndented) const
         { QStringLiteral("encoding"), encoding },
         { QStringLiteral("allLanguages"), hasAllLanguages },
         { QStringLiteral("seed"), double(seed) } };
+    if (!conversion.format.isEmpty())
+        object.insert(QStringLiteral("conversion"), objectOf(conversion));
     return QJsonDocument(object).toJson(
         isIndented ? QJsonDocument::Indented : QJsonDocument::Compact);
 }

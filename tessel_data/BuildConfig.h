@@ -10,6 +10,16 @@
 
 namespace tessel {
 
+/*! Settings of a conversion into files, beside those that it shares with a build. */
+struct ConversionConfig {
+    QString format; /*!< "stata", "spss" or "csv"; empty: the settings are of no conversion */
+    QString folder; /*!< that the files go to */
+    bool isMerged = false; /*!< variables of records that a case has once on each row of others */
+    bool keepsMissingCodes = false; /*!< Stata: missing codes stay what they are */
+    bool hasLabels = false; /*!< CSV: labels in place of codes */
+    bool forSpreadsheet = false; /*!< CSV for spreadsheets */
+};
+
 /*!
  * The settings of one build, in the library's records and, where these have no place, beside them.
  * Owns the records and what they point to.
@@ -69,6 +79,7 @@ public:
     QStringList data; /*!< files that the source, a dictionary, describes */
     QString dictionary; /*!< of a CSPro DB, in place of its own; empty: its own */
     QString dataEncoding; /*!< of text data: "utf-8" or "windows-1252"; empty: found */
+    ConversionConfig conversion;
     QString schema; /*!< on a server; empty: the first of the search path */
     QString repeats; /*!< "columns" or "tables"; empty: not said */
     QString language; /*!< of the labels; empty: the first */

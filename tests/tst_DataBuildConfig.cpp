@@ -99,6 +99,8 @@ void tst_DataBuildConfig::there_and_back()
     config.language = QStringLiteral("FR");
     config.encoding = QStringLiteral("ISO-8859-7");
     config.hasAllLanguages = true;
+    QVERIFY(!config.json(false).contains("conversion"));
+    config.conversion = { QStringLiteral("csv"), QStringLiteral("out"), true, true, true, true };
     for (const bool isIndented : { false, true }) {
         BuildConfig read;
         QCOMPARE(read.readJson(config.json(isIndented)), QString());
@@ -116,6 +118,7 @@ void tst_DataBuildConfig::there_and_back()
         QCOMPARE(read.schema, QStringLiteral("north"));
         QCOMPARE(read.encoding, QStringLiteral("ISO-8859-7"));
         QVERIFY(read.hasAllLanguages);
+        QCOMPARE(read.conversion.folder, QStringLiteral("out"));
     }
 }
 
@@ -216,6 +219,11 @@ void tst_DataBuildConfig::mistakes_data()
     row("negative", "\"seed\": -1", "'seed' takes a whole number from 0 to 4294967295");
     row("type", "\"dataBase\": {\"generationType\": \"x\"}",
         "'dataBase.generationType' takes sqlite or postgresql, not 'x'");
+    row("format", "\"conversion\": {\"format\": \"sas\"}",
+        "'conversion.format' takes stata or spss or csv, not 'sas'");
+    row("no format", "\"conversion\": {}", "'conversion.format' is missing");
+    row("missing", "\"conversion\": {\"format\": \"spss\", \"missing\": \"x\"}",
+        "'conversion.missing' takes kind or code, not 'x'");
     const char* const factor = "'split.factor' takes a share above 0 and up to 1 or, with "
                                "radioOutEveryX, a whole number from 1 on";
     row("share", "\"split\": {\"optionSampling\": true, \"factor\": 2}", factor);
