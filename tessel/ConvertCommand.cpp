@@ -3,10 +3,11 @@
 #include "CommandLine.h"
 #include "InputOptions.h"
 #include "SelectionOptions.h"
+#include "SourceOptions.h"
 #include "SpreadsheetOption.h"
 
-#include "building/BuildConfigFile.h"
 #include "checking/ProblemFile.h"
+#include "converting/ConvertConfigFile.h"
 #include "converting/ConvertRun.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
@@ -15,6 +16,7 @@
 #include <QCommandLineParser>
 
 using tessel::ConversionFormat;
+using tessel::CsvForm;
 
 namespace {
 
@@ -76,13 +78,6 @@ QCommandLineOption labelsOption()
     return { QStringLiteral("labels"), QStringLiteral("CSV: labels in place of codes.") };
 }
 
-QCommandLineOption dictionaryOption()
-{
-    return { QStringLiteral("dictionary"),
-        QStringLiteral("Read a CSPro DB with this dictionary instead of its own."),
-        QStringLiteral("file") };
-}
-
 QCommandLineOption problemsOption()
 {
     return { QStringLiteral("problems"),
@@ -93,7 +88,7 @@ QCommandLineOption problemsOption()
 QCommandLineOption configOption()
 {
     return { QStringLiteral("config"),
-        QStringLiteral("Take sources, choices and repeats of a file that 'tessel build' wrote; "
+        QStringLiteral("Take the settings of a file, also of one that 'tessel build' wrote; "
                        "options of the command line go before it."),
         QStringLiteral("file") };
 }
@@ -113,11 +108,8 @@ void describe(QCommandLineParser& parser)
     parser.addOptions(dictionaryTextOptions());
     parser.addOption(dataEncodingOption());
     parser.addOptions(selectionOptions());
-    parser.addOption(configOption());
-    parser.addPositionalArgument(QStringLiteral("source"),
-        QStringLiteral("CSPro dictionary (.dcf) and text files that it describes; or one file of "
-                       ".csdb, .sav, .zsav or .dta."),
-        QStringLiteral("SOURCE..."));
+    parser.addOptions({ configOption(), saveConfigOption() });
+    addSourceArgument(parser);
 }
 
 QString valueOf(const QCommandLineParser& parser, const QCommandLineOption& option)
@@ -130,38 +122,17 @@ bool isSet(const QCommandLineParser& parser, const QCommandLineOption& option)
     return parser.isSet(option.names().constLast());
 }
 
-QString readInput(const QCommandLineParser& parser, DataInput& input)
+QString readFormat(const QCommandLineParser& parser, ConvertSettings& settings)
 {
-    const QStringList files = FileNames::paths(parser.positionalArguments());
-    if (!files.isEmpty()) {
-        input.first = files.first();
-        input.data = files.mid(1);
+    if (!isSet(parser, toOption())) {
+        return settings.hasFormat ? QString()
+                                  : QStringLiteral("--to says what is made: stata, spss or csv");
     }
-    if (input.first.isEmpty())
-        return QStringLiteral("no file given");
-    if (isSet(parser, dictionaryOption()))
-        input.dictionary = FileNames::path(valueOf(parser, dictionaryOption()));
-    if (isSet(parser, dictionaryOption()) && input.dictionary.isEmpty())
-        return QStringLiteral("--dictionary needs the name of a file");
-    QString mistake = readDictionaryTextOptions(parser, input.reading);
-    if (mistake.isNull())
-        mistake = readDataEncoding(parser, input.dataEncoding);
-    return mistake.isNull() ? checkDataInput(input) : mistake;
-}
-
-QString readFormat(const QCommandLineParser& parser, ConversionFormat& format)
-{
     const QString name = valueOf(parser, toOption());
-    if (name == QLatin1String("stata"))
-        format = ConversionFormat::Stata;
-    else if (name == QLatin1String("spss"))
-        format = ConversionFormat::Spss;
-    else if (name == QLatin1String("csv"))
-        format = ConversionFormat::Csv;
-    else
-        return isSet(parser, toOption())
-            ? QStringLiteral("--to takes stata, spss or csv, not '%1'").arg(name)
-            : QStringLiteral("--to says what is made: stata, spss or csv");
+    const std::optional<ConversionFormat> format = formatOf(name);
+    if (!format)
+        return QStringLiteral("--to takes stata, spss or csv, not '%1'").arg(name);
+    settings.options.format = *format;
     return QString();
 }
 
@@ -180,7 +151,7 @@ QString readChoice(const QCommandLineParser& parser, const QCommandLineOption& o
 
 QString readShape(const QCommandLineParser& parser, ConvertSettings& settings)
 {
-    QString mistake = readFormat(parser, settings.options.format);
+    QString mistake = readFormat(parser, settings);
     if (mistake.isNull()) {
         mistake = readChoice(parser, repeatsOption(), QStringLiteral("columns"),
             QStringLiteral("tables"), settings.options.hasRepeatTables);
@@ -191,12 +162,15 @@ QString readShape(const QCommandLineParser& parser, ConvertSettings& settings)
     }
     if (!mistake.isNull())
         return mistake;
-    if (isSet(parser, missingOption()) && settings.options.format != ConversionFormat::Stata)
+    const ConversionFormat format = settings.options.format;
+    if (isSet(parser, missingOption()) && format != ConversionFormat::Stata)
         return QStringLiteral("--missing is for --to stata");
-    settings.hasLabels = isSet(parser, labelsOption());
-    if (settings.hasLabels && settings.options.format != ConversionFormat::Csv)
+    if (isSet(parser, labelsOption()) && format != ConversionFormat::Csv)
         return QStringLiteral("--labels is for --to csv");
-    settings.options.isMerged = isSet(parser, mergeOption());
+    CsvForm& csv = settings.options.csv;
+    csv.hasLabels =
+        format == ConversionFormat::Csv && (csv.hasLabels || isSet(parser, labelsOption()));
+    settings.options.isMerged = settings.options.isMerged || isSet(parser, mergeOption());
     settings.isStrict = isSet(parser, strictOption());
     settings.replacesFiles = isSet(parser, overwriteOption());
     return QString();
@@ -206,7 +180,8 @@ QString readTargets(const QCommandLineParser& parser, ConvertSettings& settings)
 {
     const QStringList inputs = settings.input.data
         + QStringList { settings.input.first, settings.input.dictionary, settings.config };
-    settings.folder = FileNames::path(valueOf(parser, folderOption()));
+    if (isSet(parser, folderOption()))
+        settings.folder = FileNames::path(valueOf(parser, folderOption()));
     if (settings.folder.isEmpty() && !isSet(parser, planOption()))
         return QStringLiteral("--output needs the name of a folder");
     settings.problems = FileNames::path(valueOf(parser, problemsOption()));
@@ -216,20 +191,35 @@ QString readTargets(const QCommandLineParser& parser, ConvertSettings& settings)
     }
     const QString mistake =
         Output::checkPath(QStringLiteral("--problems"), settings.problems, inputs);
-    const bool writesCsv = settings.options.format == ConversionFormat::Csv
-        || ProblemFile::isCsvName(settings.problems);
-    return mistake.isNull() ? readSpreadsheetOption(
-               parser, "--to csv or --problems FILE.csv", writesCsv, settings.forSpreadsheet)
+    return mistake.isNull() ? readSaveConfig(parser,
+               settings.input.data
+                   + QStringList { settings.input.first, settings.input.dictionary,
+                       settings.problems },
+               settings.savedConfig)
                             : mistake;
+}
+
+QString readSpreadsheet(const QCommandLineParser& parser, ConvertSettings& settings)
+{
+    const bool isCsv = settings.options.format == ConversionFormat::Csv;
+    const bool writesCsv = isCsv || ProblemFile::isCsvName(settings.problems);
+    const QString mistake = readSpreadsheetOption(
+        parser, "--to csv or --problems FILE.csv", writesCsv, settings.forSpreadsheet);
+    CsvForm& csv = settings.options.csv;
+    settings.forSpreadsheet = settings.forSpreadsheet || (isCsv && csv.forSpreadsheet);
+    csv.forSpreadsheet = isCsv && settings.forSpreadsheet;
+    return mistake;
 }
 
 QString readSettings(const QCommandLineParser& parser, ConvertSettings& settings)
 {
-    QString mistake = readInput(parser, settings.input);
+    QString mistake = readSource(parser, settings.input);
     if (mistake.isNull())
         mistake = readShape(parser, settings);
     if (mistake.isNull())
         mistake = readTargets(parser, settings);
+    if (mistake.isNull())
+        mistake = readSpreadsheet(parser, settings);
     return mistake.isNull() ? readSelectionOptions(parser, settings.selected) : mistake;
 }
 
@@ -241,17 +231,10 @@ struct ConvertCommandLine {
 // Options of the command line go before what the file says.
 QString readOptions(const QCommandLineParser& parser, ConvertCommandLine& line)
 {
-    if (isSet(parser, configOption())) {
-        BuildSettings build;
-        line.settings.config = FileNames::path(valueOf(parser, configOption()));
-        line.hasConfig = readConfig(line.settings.config, build);
-        if (!line.hasConfig)
-            return QString();
-        line.settings.input = build.input;
-        line.settings.selected = build.selected;
-        line.settings.options.hasRepeatTables = build.hasRepeatTables();
-    }
-    return readSettings(parser, line.settings);
+    line.settings.config = FileNames::path(valueOf(parser, configOption()));
+    line.hasConfig =
+        !isSet(parser, configOption()) || readConfig(line.settings.config, line.settings);
+    return line.hasConfig ? readSettings(parser, line.settings) : QString();
 }
 
 } // namespace

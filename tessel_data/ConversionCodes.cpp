@@ -28,12 +28,6 @@ constexpr double FirstOfByte = 102;
 constexpr double FirstOfInt = 32742;
 constexpr double FirstOfLong = 2147483622;
 
-bool isMissing(Special special)
-{
-    return special == Special::Missing || special == Special::NotApplicable
-        || special == Special::Refused;
-}
-
 bool isWhole(double number)
 {
     return std::floor(number) == number;

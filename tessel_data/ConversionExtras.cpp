@@ -8,14 +8,16 @@ namespace tessel {
 
 namespace {
 
-// SPSS keeps notes in lines of so many bytes; 0: any number.
-void appendLines(QStringList& lines, const QString& note, int most)
+// A note goes on in the next where it is too long, of SPSS in each line.
+void appendLines(QStringList& lines, const QString& note, const ConversionLimits& limits)
 {
+    const int most = limits.noteBytes;
     if (most == 0) {
         lines.append(note);
         return;
     }
-    const QStringList parts = note.split(QLatin1Char('\n'));
+    const QStringList parts =
+        limits.hasNoteLines ? note.split(QLatin1Char('\n')) : QStringList { note };
     for (QString rest : parts) {
         do {
             const QString line = statText(rest, { most, true });
@@ -44,7 +46,20 @@ void ConversionExtras::addFileNotes()
     if (!m_dictionary.description)
         return;
     for (const QString& note : m_dictionary.description->notes)
-        appendLines(m_plan.fileNotes, withoutNulls(note), limitsOf(m_options.format).noteBytes);
+        appendLines(m_plan.fileNotes, withoutNulls(note), limitsOf(m_options.format));
+    dropSurplus(m_plan.fileNotes, 0);
+}
+
+void ConversionExtras::dropSurplus(QStringList& notes, int others)
+{
+    const int most = limitsOf(m_options.format).notes;
+    const int surplus = most == 0 ? 0 : others + notes.size() - most;
+    if (surplus <= 0)
+        return;
+    notes.erase(notes.end() - surplus, notes.end());
+    ConversionNote& note = tell(Kind::NotesNotHeld);
+    note.count = surplus;
+    note.reason = ConversionNote::Reason::TooMany;
 }
 
 // True when there is one that was not there before, behind a name if there is one.
@@ -58,7 +73,7 @@ bool ConversionExtras::addNote(
         return false;
     m_known.insert(known);
     const QString front = name.isEmpty() ? QString() : name + QLatin1String(": ");
-    appendLines(notes, front + text, limitsOf(m_options.format).noteBytes);
+    appendLines(notes, front + text, limitsOf(m_options.format));
     return true;
 }
 
@@ -87,6 +102,7 @@ void ConversionExtras::addNotes(ConversionFile& file)
     }
     if (count > 0)
         tell(Kind::NotesMoved).count = count;
+    dropSurplus(file.notes, m_plan.fileNotes.size());
 }
 
 void ConversionExtras::fill(ConversionFile& file)
@@ -122,6 +138,9 @@ void ConversionExtras::addDescribed(ConversionFile& file)
     if (!source.responseSets.isEmpty())
         tell(Kind::ResponseSetsNotHeld, source.responseSets.join(QLatin1String(", "))).count =
             source.responseSets.size();
+    if (!source.variableSets.isEmpty())
+        tell(Kind::VariableSetsNotHeld, source.variableSets.join(QLatin1String(", "))).count =
+            source.variableSets.size();
     setWeight(file);
 }
 

@@ -30,6 +30,7 @@ private:
 
     ConversionNote& tell(Kind kind, const QString& text = QString());
     void addNotes(ConversionFile& file);
+    void dropSurplus(QStringList& notes, int others);
     bool addNote(QStringList& notes, const QString& note, const QString& name = QString(),
         const QString& owner = QString());
     void addDescribed(ConversionFile& file);

@@ -5,9 +5,11 @@ namespace tessel {
 // libreadstat does not read the last byte of a text of 32,767 bytes.
 const ConversionLimits& limitsOf(ConversionFormat format)
 {
-    static const ConversionLimits spss { ".sav", StatProgram::Spss, { 64, true }, 80, 32766, 0 };
-    static const ConversionLimits stata { ".dta", StatProgram::Stata, { 80, false }, 0, 0, 32767 };
-    static const ConversionLimits csv { ".csv", StatProgram::R, {}, 0, 0, 0 };
+    static const ConversionLimits spss { ".sav", StatProgram::Spss, { 64, true }, 80, true, 0,
+        32766, 0 };
+    static const ConversionLimits stata { ".dta", StatProgram::Stata, { 80, false }, 67784, false,
+        9999, 0, 32767 };
+    static const ConversionLimits csv { ".csv", StatProgram::R, {}, 0, false, 0, 0, 0 };
     if (format == ConversionFormat::Csv)
         return csv;
     return format == ConversionFormat::Spss ? spss : stata;

@@ -12,7 +12,9 @@ struct ConversionLimits {
     const char* ending;
     StatProgram program; // whose names and labels they have
     StatLimit fileLabel;
-    int noteBytes; // of a line
+    int noteBytes; // of a note, or of a line of it
+    bool hasNoteLines;
+    int notes; // of a file
     int textBytes; // of a value
     int variables;
 };

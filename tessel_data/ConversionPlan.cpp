@@ -3,6 +3,7 @@
 #include <tessel_data/ConversionCodes_p.h>
 #include <tessel_data/ConversionExtras_p.h>
 #include <tessel_data/ConversionLimits_p.h>
+#include <tessel_data/CsvCodes_p.h>
 #include <tessel_data/RecordGroups_p.h>
 #include <tessel_data/StatFormats_p.h>
 
@@ -80,6 +81,7 @@ public:
         , m_plan(plan)
         , m_codes(dictionary, options, plan)
         , m_extras(dictionary, options, plan)
+        , m_csvCodes(dictionary, options.csv)
     {
     }
 
@@ -102,6 +104,7 @@ private:
     void setShown(ConversionColumn& column, const DataVariable& variable);
     void setDescribed(ConversionColumn& column, const TStatVariableDescription& source);
     bool hasOrdinaryCodes(const DataVariable& variable) const;
+    void tellCsv(ConversionColumn& column);
     void tellRisks(const ConversionColumn& column, const DataVariable& variable);
     QString fileName(const QString& wanted);
     FittedText fileLabel(const RecordGroup& group, int record) const;
@@ -112,6 +115,7 @@ private:
     ConversionPlan& m_plan;
     ConversionCodes m_codes;
     ConversionExtras m_extras;
+    CsvCodeSets m_csvCodes;
     UniqueNames m_fileNames;
     StatNames m_names { StatProgram::Spss }; // of the current file
     QString m_file;
@@ -136,6 +140,7 @@ void ConversionPlanner::make()
 {
     m_plan.format = m_options.format;
     m_plan.hasByteWidths = m_options.hasByteWidths;
+    m_plan.csv = m_options.csv;
     m_extras.addFileNotes();
     for (int record = 0; record < int(m_dictionary.records.size()); ++record) {
         if (!m_dictionary.records[std::size_t(record)].columns.isEmpty()) {
@@ -305,7 +310,7 @@ void ConversionPlanner::addValue(ConversionFile& file, int source, int place, co
     setShown(column, variable);
     tellRisks(column, variable);
     if (m_options.format == ConversionFormat::Csv)
-        column.format = isDescribed() ? column.format : QString();
+        tellCsv(column);
     else
         m_codes.fill(column, m_file);
     file.columns.append(column);
@@ -391,6 +396,21 @@ void ConversionPlanner::setDescribed(
             column.type = Type::Long;
         else if (source.type == READSTAT_TYPE_DOUBLE)
             column.type = Type::Double;
+    }
+}
+
+void ConversionPlanner::tellCsv(ConversionColumn& column)
+{
+    if (!isDescribed())
+        column.format.clear();
+    else if (isDateFormat(column.format, m_dictionary.description->kind))
+        tell(Kind::DatesStay, column.format);
+    if (!m_options.csv.hasLabels)
+        return;
+    for (ConversionNote note : m_csvCodes.of(column.variable)->notes()) {
+        note.file = m_file;
+        note.variable = m_variable;
+        m_plan.notes.push_back(note);
     }
 }
 

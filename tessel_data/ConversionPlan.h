@@ -14,6 +14,12 @@ namespace tessel {
 /*! Kind of the files that data are converted into. */
 enum class ConversionFormat { Spss, Stata, Csv };
 
+/*! How CSV is written. */
+struct CsvForm {
+    bool hasLabels = false; /*!< labels in place of codes that have one */
+    bool forSpreadsheet = false; /*!< a byte-order mark, and no text that would run as a formula */
+};
+
 /*! What a number of a column is counted from and in, in its source and in the file. */
 enum class ConversionUnit {
     AsIs,
@@ -131,6 +137,10 @@ struct ConversionNote {
         AttributesNotHeld, /*!< those of SPSS, of the file or of a variable */
         RoleNotHeld, /*!< of a variable of SPSS */
         ResponseSetsNotHeld, /*!< multiple response sets */
+        VariableSetsNotHeld, /*!< sets of variables of SPSS */
+        LabelShared, /*!< by missing and other codes, which stay */
+        LabelLikeCode, /*!< it reads like a code that stays; so does its own */
+        LabelsAlike, /*!< codes, or the values of a range, have one label in their place */
         MissingRecoded, /*!< codes become kinds of missing values, or kinds become codes */
         KindsRecoded, /*!< the same of kinds without a label, when a variable has some */
         UnitChanged, /*!< dates count from another day, in another unit */
@@ -138,6 +148,7 @@ struct ConversionNote {
         DisplayNotHeld, /*!< measures, widths and alignments */
         NotesMoved, /*!< notes of variables, records and value sets are notes of the file */
         MergedOnce, /*!< variables of records that a case has once are on each row of others */
+        DatesStay, /*!< numbers, which count as their format does */
     };
     /*! Why. */
     enum class Reason {
@@ -178,6 +189,7 @@ struct ConversionOptions {
     bool hasCases = true; /*!< false: rows, as from SPSS and Stata */
     /*! No value is wider than its item, and each character is a byte: see hasByteWidths(). */
     bool hasByteWidths = false;
+    CsvForm csv;
 };
 
 /*!
@@ -195,6 +207,7 @@ public:
 
     ConversionFormat format = ConversionFormat::Spss;
     bool hasByteWidths = false; /*!< what is planned is wide enough for all data */
+    CsvForm csv;
     std::vector<ConversionFile> files; /*!< in the order of the dictionary */
     std::vector<ConversionLabelSet> labelSets;
     QStringList fileNotes; /*!< of each file */

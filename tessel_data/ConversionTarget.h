@@ -97,6 +97,7 @@ struct ConversionCounts {
     qint64 cutTexts = 0;
     qint64 datesAsTimes = 0; /*!< beyond one day where times are due */
     qint64 nullCharacters = 0; /*!< texts with some, written as U+2400 */
+    qint64 valuesLikeLabels = 0; /*!< without a label, that read like that of another code */
     quint32 recodedKinds = 0; /*!< of missing values, that became codes: bit 0 for 'a' */
     double missingBase = 0; /*!< the code of 'a', when there are some */
     bool isWidened = false; /*!< its type is larger than planned; nothing is lost */
@@ -105,7 +106,7 @@ struct ConversionCounts {
     bool hasLosses() const
     {
         return notNumbers + roundedNumbers + unheldNumbers + cutTexts + nullCharacters
-            + datesAsTimes
+            + datesAsTimes + valuesLikeLabels
             > 0;
     }
 };

@@ -1,7 +1,5 @@
 #include <tessel_data/CsvColumn_p.h>
 
-#include <tessel_data/QuantityLabel_p.h>
-
 #include <algorithm>
 
 namespace tessel {
@@ -16,6 +14,11 @@ qint64 charactersOf(std::string_view text)
         text.begin(), text.end(), [](char byte) { return (uchar(byte) & 0xC0) != 0x80; });
 }
 
+QString textOf(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), int(text.size()));
+}
+
 std::string withPictures(std::string_view text)
 {
     std::string result;
@@ -28,30 +31,24 @@ std::string withPictures(std::string_view text)
     return result;
 }
 
-std::string bytesOf(const QString& text)
-{
-    const QByteArray bytes = text.toUtf8();
-    return withPictures({ bytes.constData(), std::size_t(bytes.size()) });
-}
-
 } // namespace
 
-CsvLabels::CsvLabels(
-    const DataDictionary& dictionary, const DataVariable& variable, const CsvBytes& csv)
-    : table(dictionary.codesOf(variable.valueSets.constFirst(), variable))
+CsvLabels::CsvLabels(const CsvCodes& codes, CodeTable codeTable, const CsvBytes& csv)
+    : table(std::move(codeTable))
 {
-    const DataValueSet& set = dictionary.valueSets[std::size_t(variable.valueSets.constFirst())];
-    const QString quantity = quantityLabelOf(set);
-    for (const DataCode& code : set.codes) {
-        const QString label = dictionary.labelText(code.label);
-        cells.emplace_back();
-        if (!label.isEmpty() && (quantity.isEmpty() || code.label != quantity))
-            cells.back() = csv.cellOf(bytesOf(label));
-        const bool isKind =
-            dictionary.hasMissingKinds && code.special == Special::Missing && code.code.size() == 2;
-        const int kind = isKind ? code.code.at(1).unicode() - 'a' : -1;
-        if (kind >= 0 && kind < KindsOfMissing)
-            missing[kind] = cells.back();
+    for (const CsvCode& code : codes.codes()) {
+        const auto entry = std::size_t(code.entry);
+        const QString label = codes.labelCell(code);
+        cells.resize(std::max(cells.size(), entry + 1));
+        if (label.isEmpty())
+            continue;
+        cells[entry] = csv.cellOf(label.toStdString());
+        if (code.kind != '\0')
+            missing[code.kind - 'a'] = cells[entry];
+        if (codes.isReadable(label)) {
+            readable.insert(label);
+            readable.insert(codes.labelOf(code)); // without an apostrophe
+        }
     }
 }
 
@@ -96,6 +93,12 @@ void CsvColumn::addText(CsvBytes& out, std::string_view text, ConversionCounts& 
     out.addText(withPictures(text));
 }
 
+// Nobody could tell a value without a label from the labels of others.
+void CsvColumn::countLikeLabel(const QString& cell, ConversionCounts& counts)
+{
+    counts.valuesLikeLabels += m_labels->readable.contains(cell) ? 1 : 0;
+}
+
 void CsvColumn::addRare(
     CsvBytes& out, const DataBatch& batch, quint32 cell, ConversionCounts& counts)
 {
@@ -104,17 +107,23 @@ void CsvColumn::addRare(
     case ValueKind::Blank:
         return addBlank(out, batch.missingKind(cell));
     case ValueKind::Number:
-        if (!m_labels || !addLabel(out, m_labels->table.find(batch.numbers[cell])))
-            out.addNumber(batch.numbers[cell], m_decimals);
-        return;
+        if (m_labels && addLabel(out, m_labels->table.find(batch.numbers[cell])))
+            return;
+        if (m_labels && !m_labels->readable.isEmpty())
+            countLikeLabel(numberText(batch.numbers[cell], m_decimals), counts);
+        return out.addNumber(batch.numbers[cell], m_decimals);
     case ValueKind::Real:
-        if (!m_labels || !addLabel(out, m_labels->table.find(batch.realOf(cell))))
-            out.addReal(batch.realOf(cell));
-        return;
+        if (m_labels && addLabel(out, m_labels->table.find(batch.realOf(cell))))
+            return;
+        if (m_labels && !m_labels->readable.isEmpty())
+            countLikeLabel(realText(batch.realOf(cell)), counts);
+        return out.addReal(batch.realOf(cell));
     case ValueKind::Text:
-        if (!m_labels || !addLabel(out, m_labels->table.find(batch.textOf(cell))))
-            addText(out, batch.textOf(cell), counts);
-        return;
+        if (m_labels && addLabel(out, m_labels->table.find(batch.textOf(cell))))
+            return;
+        if (m_labels && !m_labels->readable.isEmpty())
+            countLikeLabel(textOf(batch.textOf(cell)), counts);
+        return addText(out, batch.textOf(cell), counts);
     case ValueKind::Unfit:
     case ValueKind::NotANumber:
         break;

@@ -2,7 +2,10 @@
 
 #include <tessel_data/ConversionTarget.h>
 #include <tessel_data/CsvBytes_p.h>
+#include <tessel_data/CsvCodes_p.h>
 #include <tessel_data/DataDictionary.h>
+
+#include <QSet>
 
 #include <memory>
 #include <string>
@@ -12,19 +15,19 @@ namespace tessel {
 
 /* The labels of a value set as cells, which stand in place of its codes. */
 struct CsvLabels {
-    // The first set of the variable; cells are made as csv has them.
-    CsvLabels(const DataDictionary& dictionary, const DataVariable& variable, const CsvBytes& csv);
+    // Cells are made as csv has them.
+    CsvLabels(const CsvCodes& codes, CodeTable codeTable, const CsvBytes& csv);
 
-    // The cell of a code; null for one without a label, and for a quantity.
+    // The cell of a code; null: the code stays.
     const std::string* cell(const CodeTable::Match& match) const
     {
         return match.isCode && !cells[std::size_t(match.entry)].empty()
             ? &cells[std::size_t(match.entry)]
             : nullptr;
     }
-
     CodeTable table;
     std::vector<std::string> cells; // by code of the set
+    QSet<QString> readable; // labels that read like values
     static constexpr int KindsOfMissing = 26;
     std::string missing[KindsOfMissing]; // of the kinds 'a' to 'z'
 };
@@ -85,6 +88,7 @@ private:
     void addText(CsvBytes& out, std::string_view text, ConversionCounts& counts);
     void addBlank(CsvBytes& out, char missingKind);
     bool addLabel(CsvBytes& out, const CodeTable::Match& match);
+    void countLikeLabel(const QString& cell, ConversionCounts& counts);
 
     ConversionColumn::Role m_role;
     int m_source;

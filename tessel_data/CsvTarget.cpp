@@ -5,16 +5,15 @@
 #include <tessel_data/DataPackage_p.h>
 
 #include <QHash>
-#include <QPair>
 
 namespace tessel {
 
 class CsvTarget::Job {
 public:
-    Job(const QString& folder, const DataDictionary& dictionary, const CsvOptions& options)
+    Job(const QString& folder, const DataDictionary& dictionary, bool mayReplace)
         : m_folder(folder)
         , m_dictionary(dictionary)
-        , m_options(options)
+        , m_mayReplace(mayReplace)
     {
     }
 
@@ -31,26 +30,28 @@ private:
     using Labels = std::shared_ptr<const CsvLabels>;
 
     void beginFile(const ConversionFile& file);
-    Labels labelsOf(const DataVariable* variable, const CsvBytes& csv);
+    Labels labelsOf(int variable, const CsvBytes& csv);
     void addRow(int file, const ConversionRows& rows, const ConversionRows::Row& row);
 
     const DataDictionary& m_dictionary;
-    const CsvOptions m_options;
+    const bool m_mayReplace;
     const ConversionPlan* m_plan = nullptr;
+    std::unique_ptr<CsvCodeSets> m_codes;
     std::unique_ptr<ConvertedFiles> m_files;
     std::vector<CsvBytes> m_csv; // by file
     std::vector<std::vector<CsvColumn>> m_columns; // by file
-    QHash<QPair<int, int>, Labels> m_labels; // by value set, and decimals or -1 for texts
+    QHash<const CsvCodes*, Labels> m_labels;
 };
 
 void CsvTarget::Job::begin(const ConversionPlan& plan)
 {
     m_plan = &plan;
+    m_codes = std::make_unique<CsvCodeSets>(m_dictionary, plan.csv);
     QStringList names;
     for (const ConversionFile& file : plan.files)
         names.append(file.name);
     names.append(DataPackage::fileName());
-    m_files = std::make_unique<ConvertedFiles>(m_folder, names, m_options.mayReplace);
+    m_files = std::make_unique<ConvertedFiles>(m_folder, names, m_mayReplace);
     for (const ConversionFile& file : plan.files)
         beginFile(file);
 }
@@ -58,13 +59,13 @@ void CsvTarget::Job::begin(const ConversionPlan& plan)
 void CsvTarget::Job::beginFile(const ConversionFile& file)
 {
     m_csv.emplace_back(m_files->descriptor(m_csv.size()), ConvertedFiles::path(m_folder, file.name),
-        m_options.forSpreadsheet);
+        m_plan->csv.forSpreadsheet);
     CsvBytes& csv = m_csv.back();
     std::vector<CsvColumn> columns;
     for (const ConversionColumn& column : file.columns) {
         const DataVariable* const variable =
             column.variable < 0 ? nullptr : &m_dictionary.variables[std::size_t(column.variable)];
-        columns.emplace_back(column, variable, labelsOf(variable, csv));
+        columns.emplace_back(column, variable, labelsOf(column.variable, csv));
         const QByteArray name = column.name.toUtf8();
         csv.addText({ name.constData(), std::size_t(name.size()) });
     }
@@ -74,15 +75,19 @@ void CsvTarget::Job::beginFile(const ConversionFile& file)
     rowCounts.push_back(0);
 }
 
-CsvTarget::Job::Labels CsvTarget::Job::labelsOf(const DataVariable* variable, const CsvBytes& csv)
+CsvTarget::Job::Labels CsvTarget::Job::labelsOf(int variable, const CsvBytes& csv)
 {
-    if (!m_options.hasLabels || !variable || variable->valueSets.isEmpty())
+    if (!m_plan->csv.hasLabels || variable < 0)
         return nullptr;
-    const bool isNumber = variable->type == DataVariable::Type::Number;
-    Labels& labels =
-        m_labels[{ variable->valueSets.constFirst(), isNumber ? variable->decimals : -1 }];
-    if (!labels)
-        labels = std::make_shared<CsvLabels>(m_dictionary, *variable, csv);
+    const DataVariable& source = m_dictionary.variables[std::size_t(variable)];
+    if (source.valueSets.isEmpty())
+        return nullptr;
+    const std::shared_ptr<const CsvCodes> codes = m_codes->of(variable);
+    Labels& labels = m_labels[codes.get()];
+    if (!labels) {
+        labels = std::make_shared<CsvLabels>(
+            *codes, m_dictionary.codesOf(source.valueSets.constFirst(), source), csv);
+    }
     return labels;
 }
 
@@ -118,7 +123,7 @@ void CsvTarget::Job::addRow(int file, const ConversionRows& rows, const Conversi
 
 bool CsvTarget::Job::finish(const std::function<bool()>& goesOn)
 {
-    DataPackage package(m_dictionary, m_options);
+    DataPackage package(m_dictionary, m_plan->csv, *m_codes);
     for (std::size_t f = 0; f < m_csv.size(); ++f) {
         m_csv[f].flush();
         package.addFile(m_plan->files[f], m_columns[f], rowCounts[f], m_csv[f].size());
@@ -138,9 +143,8 @@ void CsvTarget::Job::abandon() noexcept
     m_files.reset();
 }
 
-CsvTarget::CsvTarget(
-    const QString& folder, const DataDictionary& dictionary, const CsvOptions& options)
-    : m_job(std::make_unique<Job>(folder, dictionary, options))
+CsvTarget::CsvTarget(const QString& folder, const DataDictionary& dictionary, bool mayReplace)
+    : m_job(std::make_unique<Job>(folder, dictionary, mayReplace))
 {
 }
 

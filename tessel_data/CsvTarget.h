@@ -6,22 +6,17 @@
 
 namespace tessel {
 
-/*! How CSV files are written. */
-struct CsvOptions {
-    bool hasLabels = false; /*!< labels in place of codes that have one */
-    bool forSpreadsheet = false; /*!< a byte-order mark, and no text that would run as a formula */
-    bool mayReplace = false; /*!< files that are there */
-};
-
 /*!
  * CSV files in UTF-8 as RFC 4180 has them, and beside them a description of them, datapackage.json,
  * as Data Package has it, version 2: types, labels, missing values and keys.
  */
 class TESSEL_DATA_EXPORT CsvTarget : public ConversionTarget {
 public:
-    /*! Files in \a folder, which is made when it is missing, of data that \a dictionary describes.
+    /*!
+     * Files in \a folder, which is made when it is missing, of data that \a dictionary describes,
+     * as ConversionPlan::csv says. With \a mayReplace they take the places of files that are there.
      */
-    CsvTarget(const QString& folder, const DataDictionary& dictionary, const CsvOptions& options);
+    CsvTarget(const QString& folder, const DataDictionary& dictionary, bool mayReplace);
     ~CsvTarget() override;
 
     ConversionFormat format() const override;

@@ -1,7 +1,6 @@
 #include <tessel_data/DataPackage_p.h>
 
 #include <tessel_data/DataError.h>
-#include <tessel_data/QuantityLabel_p.h>
 
 #include <model_Tessel/StatDictionary.h>
 #include <model_Tessel/UtilStrings.h>
@@ -64,12 +63,6 @@ QString nameOf(Special special)
     return QString();
 }
 
-bool isMissing(Special special)
-{
-    return special == Special::Missing || special == Special::NotApplicable
-        || special == Special::Refused;
-}
-
 QJsonObject dialect()
 {
     return { { QStringLiteral("$schema"), profile("tabledialect") },
@@ -88,51 +81,10 @@ QJsonObject labelled(const QJsonValue& value, const QString& label)
 
 } // namespace
 
-// One code of a set that stands for values no earlier one stands for.
-struct DataPackage::Code {
-    int entry = 0;
-    Special special = Special::None;
-    QString low; // as cells are written
-    QString high; // of a range
-    qint64 number = 0;
-    double real = 0;
-    bool isBlank = false;
-};
-
-namespace {
-
-template <typename Code>
-std::vector<Code> codesIn(const CodeTable& table, const DataVariable& variable)
-{
-    std::vector<Code> codes;
-    for (const auto& segment : table.numbers()) {
-        codes.push_back({ segment.entry, segment.special,
-            numberText(segment.low, variable.decimals),
-            segment.low == segment.high ? QString() : numberText(segment.high, variable.decimals),
-            segment.low, 0, false });
-    }
-    for (const auto& segment : table.reals()) {
-        codes.push_back({ segment.entry, segment.special, realText(segment.low),
-            segment.low == segment.high ? QString() : realText(segment.high), qint64(segment.low),
-            segment.low, false });
-    }
-    for (const auto& [text, match] : table.texts()) {
-        codes.push_back({ match.entry, match.special,
-            QString::fromUtf8(text.data(), int(text.size())), QString(), 0, 0, false });
-    }
-    if (table.blank().isCode)
-        codes.push_back(
-            { table.blank().entry, table.blank().special, QString(), QString(), 0, 0, true });
-    std::stable_sort(codes.begin(), codes.end(),
-        [](const Code& first, const Code& second) { return first.entry < second.entry; });
-    return codes;
-}
-
-} // namespace
-
-DataPackage::DataPackage(const DataDictionary& dictionary, const CsvOptions& options)
+DataPackage::DataPackage(const DataDictionary& dictionary, const CsvForm& form, CsvCodeSets& codes)
     : m_dictionary(dictionary)
-    , m_options(options)
+    , m_form(form)
+    , m_codes(codes)
 {
 }
 
@@ -148,7 +100,7 @@ bool DataPackage::areWhole(const ConversionColumn& column) const
 
 QString DataPackage::typeOf(const ConversionColumn& column, const DataVariable* variable) const
 {
-    const bool hasLabels = m_options.hasLabels && variable && !variable->valueSets.isEmpty();
+    const bool hasLabels = m_form.hasLabels && variable && !variable->valueSets.isEmpty();
     if (column.isText() || hasLabels)
         return QStringLiteral("string");
     if (variable && variable->type == DataVariable::Type::Real)
@@ -156,76 +108,35 @@ QString DataPackage::typeOf(const ConversionColumn& column, const DataVariable* 
     return column.decimals > 0 ? QStringLiteral("number") : QStringLiteral("integer");
 }
 
-// A text as a cell holds it, without quotes.
-QString DataPackage::textCell(const QString& text) const
-{
-    const QByteArray bytes = text.toUtf8();
-    const bool isGuarded = m_options.forSpreadsheet
-        && CsvBytes::isFormula({ bytes.constData(), std::size_t(bytes.size()) });
-    return (isGuarded ? QStringLiteral("'") : QString()) + shown(text);
-}
-
-// What stands in a cell for a code.
-QString DataPackage::cellText(
-    const DataVariable& variable, const QString& code, const QString& label) const
-{
-    const bool isText = variable.type == DataVariable::Type::Text;
-    QString own = isText ? textCell(code) : shown(code);
-    if (variable.valueSets.isEmpty())
-        return own;
-    const QString quantity =
-        quantityLabelOf(m_dictionary.valueSets[std::size_t(variable.valueSets.constFirst())]);
-    const bool isLabel = m_options.hasLabels && !label.isEmpty()
-        && (quantity.isEmpty() || label != m_dictionary.labelText(quantity));
-    return isLabel ? textCell(label) : own;
-}
-
-// Of codes that are one value each; a range has no list of its values.
+// Of codes that are one value each, as cells have them; a range has no list of its values.
 QJsonArray DataPackage::missingValues(int index) const
 {
-    const DataVariable& variable = m_dictionary.variables[std::size_t(index)];
+    const std::shared_ptr<const CsvCodes> codes = m_codes.of(index);
     QString blankLabel;
     std::vector<std::pair<QString, QString>> values; // and their labels
-    if (!variable.valueSets.isEmpty()) {
-        const int set = variable.valueSets.constFirst();
-        const QVector<DataCode>& source = m_dictionary.valueSets[std::size_t(set)].codes;
-        for (const Code& code : codesIn<Code>(m_dictionary.codesOf(set, variable), variable)) {
-            const QString label = m_dictionary.labelText(source.at(code.entry).label);
-            if (code.isBlank)
-                blankLabel = label;
-            else if (code.high.isNull()
-                && (isMissing(code.special) || isMissingInFile(index, code)))
-                values.emplace_back(code.low, label);
-        }
+    QSet<QString> known; // codes that the set has
+    for (const CsvCode& code : codes->codes()) {
+        const bool isBlank = code.low.isEmpty();
+        if (code.high.isNull())
+            known.insert(code.low);
+        if (isBlank && codes->labelCell(code).isNull())
+            blankLabel = codes->labelOf(code);
+        else if (code.isMissing && (code.high.isNull() || !codes->labelCell(code).isNull()))
+            values.emplace_back(codes->cell(code), codes->labelOf(code));
     }
     const QStringList inFile = missingInFile(index);
     for (const QString& value : inFile) {
-        const bool isKnown = std::any_of(values.begin(), values.end(),
-            [&value](const auto& known) { return known.first == value; });
-        if (!isKnown)
-            values.emplace_back(value, kindLabel(variable, value));
+        if (!known.contains(value))
+            values.emplace_back(value, QString());
     }
-    QJsonArray result;
-    const QString blank = blankLabel.isEmpty() ? QString() : cellText(variable, {}, blankLabel);
-    result.append(labelled(QString(), blank.isEmpty() ? blankLabel : QString()));
-    if (!blank.isEmpty())
-        result.append(labelled(blank, blankLabel));
-    for (const auto& [value, label] : values)
-        result.append(labelled(cellText(variable, value, label), label));
+    QJsonArray result { labelled(QString(), blankLabel) };
+    QSet<QString> cells; // several codes may have one label
+    for (const auto& [cell, label] : values) {
+        if (!cells.contains(cell))
+            result.append(labelled(cell, label));
+        cells.insert(cell);
+    }
     return result;
-}
-
-// The file of SPSS tells it apart from the labels.
-bool DataPackage::isMissingInFile(int index, const Code& code) const
-{
-    if (!m_dictionary.description)
-        return false;
-    const auto& ranges = m_dictionary.description->variables.at(index).missingRanges;
-    const bool isText = m_dictionary.variables[std::size_t(index)].type == DataVariable::Type::Text;
-    return std::any_of(ranges.begin(), ranges.end(), [&](const TStatMissingRange& range) {
-        return isText ? withoutTrailingBlanks(range.low.text) == code.low
-                      : range.low.number <= code.real && code.real <= range.high.number;
-    });
 }
 
 // Single values, and the kinds of Stata.
@@ -238,7 +149,7 @@ QStringList DataPackage::missingInFile(int index) const
     for (const TStatMissingRange& range :
         m_dictionary.description->variables.at(index).missingRanges) {
         if (isText)
-            values.append(withoutTrailingBlanks(range.low.text));
+            values.append(csvText(withoutTrailingBlanks(range.low.text), m_form.forSpreadsheet));
         else if (range.low.number == range.high.number)
             values.append(realText(range.low.number));
     }
@@ -247,38 +158,21 @@ QStringList DataPackage::missingInFile(int index) const
     return values;
 }
 
-QString DataPackage::kindLabel(const DataVariable& variable, const QString& kind) const
-{
-    if (!m_dictionary.hasMissingKinds || variable.valueSets.isEmpty())
-        return QString();
-    for (const DataCode& code :
-        m_dictionary.valueSets[std::size_t(variable.valueSets.constFirst())].codes) {
-        if (code.code == kind && code.special == Special::Missing)
-            return code.label;
-    }
-    return QString();
-}
-
 QJsonArray DataPackage::categories(int index, const QString& type) const
 {
-    const DataVariable& variable = m_dictionary.variables[std::size_t(index)];
+    const std::shared_ptr<const CsvCodes> codes = m_codes.of(index);
     QJsonArray values;
-    const int set = variable.valueSets.constFirst();
-    const QVector<DataCode>& source = m_dictionary.valueSets[std::size_t(set)].codes;
-    for (const Code& code : codesIn<Code>(m_dictionary.codesOf(set, variable), variable)) {
-        const QString label = m_dictionary.labelText(source.at(code.entry).label);
+    QSet<QString> cells; // several codes may have one label
+    for (const CsvCode& code : codes->codes()) {
+        const QString cell = codes->cell(code);
         if (!code.high.isNull())
             return {};
-        if (code.isBlank || isMissing(code.special) || isMissingInFile(index, code))
+        if (code.isMissing || cells.contains(cell))
             continue;
-        const QJsonValue value = type == QLatin1String("integer")
-            ? QJsonValue(code.number)
-            : QJsonValue(cellText(variable, code.low, label));
-        const bool isKnown = std::any_of(values.begin(), values.end(), [&](const auto& known) {
-            return known.toObject().value(QLatin1String("value")) == value;
-        });
-        if (!isKnown) // as two codes may have one label
-            values.append(labelled(value, label));
+        cells.insert(cell);
+        const QJsonValue value =
+            type == QLatin1String("integer") ? QJsonValue(code.number) : QJsonValue(cell);
+        values.append(labelled(value, codes->labelOf(code)));
     }
     return values;
 }
@@ -315,12 +209,10 @@ QJsonArray DataPackage::missingRanges(int index) const
         ranges.append(
             QJsonObject { { QStringLiteral("from"), from }, { QStringLiteral("to"), to } });
     };
-    if (!variable.valueSets.isEmpty()) {
-        const int set = variable.valueSets.constFirst();
-        for (const Code& code : codesIn<Code>(m_dictionary.codesOf(set, variable), variable)) {
-            if (isMissing(code.special) && !code.high.isNull())
-                add(code.low, code.high);
-        }
+    const std::shared_ptr<const CsvCodes> codes = m_codes.of(index);
+    for (const CsvCode& code : codes->codes()) {
+        if (code.isMissing && !code.high.isNull())
+            add(code.low, code.high);
     }
     if (!m_dictionary.description || variable.type == DataVariable::Type::Text)
         return ranges;
@@ -375,7 +267,7 @@ QJsonObject DataPackage::field(const ConversionColumn& column, const CsvColumn& 
     QJsonObject constraints;
     if (column.isId && values.isComplete())
         constraints.insert(QStringLiteral("required"), true);
-    const bool isAsItIs = !m_options.hasLabels && !m_options.forSpreadsheet;
+    const bool isAsItIs = !m_form.hasLabels && !m_form.forSpreadsheet;
     if (column.isText() && isAsItIs && column.width > 0 && values.longest() <= column.width)
         constraints.insert(QStringLiteral("maxLength"), column.width);
     if (!constraints.isEmpty())

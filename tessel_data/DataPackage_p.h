@@ -2,7 +2,6 @@
 
 #include <tessel_data/ConversionPlan.h>
 #include <tessel_data/CsvColumn_p.h>
-#include <tessel_data/CsvTarget.h>
 #include <tessel_data/UniqueNames.h>
 
 #include <QJsonArray>
@@ -19,7 +18,7 @@ namespace tessel {
  */
 class DataPackage {
 public:
-    DataPackage(const DataDictionary& dictionary, const CsvOptions& options);
+    DataPackage(const DataDictionary& dictionary, const CsvForm& form, CsvCodeSets& codes);
 
     static QString fileName()
     {
@@ -31,26 +30,21 @@ public:
     void write(int descriptor, const QString& path) const;
 
 private:
-    struct Code;
-
     QJsonObject field(const ConversionColumn& column, const CsvColumn& values);
     void addCodes(QJsonObject& field, int index, const CsvColumn& values);
     QJsonArray categories(int index, const QString& type) const;
     QJsonArray missingValues(int index) const;
     QJsonArray missingRanges(int index) const;
-    bool isMissingInFile(int index, const Code& code) const;
     QStringList missingInFile(int index) const;
-    QString kindLabel(const DataVariable& variable, const QString& kind) const;
     QJsonObject valueSet(int set) const;
     QString valueSetName(int set);
     QStringList primaryKey(const ConversionFile& file, const std::vector<CsvColumn>& columns) const;
     bool areWhole(const ConversionColumn& column) const;
     QString typeOf(const ConversionColumn& column, const DataVariable* variable) const;
-    QString textCell(const QString& text) const;
-    QString cellText(const DataVariable& variable, const QString& code, const QString& label) const;
 
     const DataDictionary& m_dictionary;
-    const CsvOptions m_options;
+    const CsvForm m_form;
+    CsvCodeSets& m_codes;
     QJsonArray m_resources;
     UniqueNames m_resourceNames;
     UniqueNames m_setNames;

@@ -21,6 +21,13 @@ enum class ValueKind : quint8 {
 /*! The special values of a dictionary. */
 enum class Special : quint8 { None = 0, Missing = 1, NotApplicable = 2, Refused = 3, Default = 4 };
 
+/*! True for special values that mean that there is none. */
+constexpr bool isMissing(Special special)
+{
+    return special == Special::Missing || special == Special::NotApplicable
+        || special == Special::Refused;
+}
+
 /*! Kind of a value and what its codes say of it, in one byte. */
 class ValueState {
 public:

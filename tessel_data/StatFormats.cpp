@@ -1,6 +1,7 @@
 #include <tessel_data/StatFormats_p.h>
 
 #include <QDate>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -152,6 +153,18 @@ double converted(double number, ConversionUnit unit)
         return number / MillisecondsPerSecond;
     }
     return number;
+}
+
+bool isDateFormat(const QString& format, TStatFileKind kind)
+{
+    static const QSet<QString> names { QStringLiteral("DATE"), QStringLiteral("ADATE"),
+        QStringLiteral("EDATE"), QStringLiteral("SDATE"), QStringLiteral("JDATE"),
+        QStringLiteral("MOYR"), QStringLiteral("QYR"), QStringLiteral("WKYR"),
+        QStringLiteral("DATETIME"), QStringLiteral("YMDHMS"), QStringLiteral("TIME"),
+        QStringLiteral("MTIME"), QStringLiteral("DTIME"), QStringLiteral("WKDAY"),
+        QStringLiteral("MONTH") };
+    return kind == TStatFileKind::Spss ? names.contains(lettersOf(format))
+                                       : !timeKind(format).isEmpty();
 }
 
 StatFormat formatOf(const DataVariable& variable, ConversionFormat target)

@@ -17,6 +17,9 @@ struct StatFormat {
 /* Of a variable of CSPro data. */
 StatFormat formatOf(const DataVariable& variable, ConversionFormat target);
 
+/* True for formats of numbers that stand for days or times. */
+bool isDateFormat(const QString& format, TStatFileKind kind);
+
 /* Of a variable of an SPSS or Stata file. */
 StatFormat formatOf(
     const TStatVariableDescription& source, TStatFileKind kind, ConversionFormat target);

@@ -79,6 +79,9 @@ private slots:
     void tooManyKinds();
     void languages();
     void measures();
+    void longNotes();
+    void csvLabels_data();
+    void csvLabels();
     void units_data();
     void units();
     void cleanPlan();
@@ -223,6 +226,81 @@ void tst_ConversionPlan::measures()
     QCOMPARE(measures,
         (QVector<Measure> { Measure::Nominal, Measure::Nominal, Measure::Scale, Measure::Scale,
             Measure::Nominal }));
+}
+
+// A note of Stata has 67,784 bytes and goes on in the next one.
+void tst_ConversionPlan::longNotes()
+{
+    DataDictionary read = dictionary(item("FIRST", 1));
+    read.note = QString(70'000, 'x') + "\nmore";
+    const ConversionPlan plan = planOf(read, ConversionFormat::Stata);
+    QCOMPARE(plan.fileNotes, (QStringList { read.note.left(67'784), read.note.mid(67'784) }));
+    QCOMPARE(planOf(read, ConversionFormat::Csv).fileNotes, QStringList { read.note });
+}
+
+void tst_ConversionPlan::csvLabels_data()
+{
+    const QByteArray missing = "Name=MISSING,Special\n";
+    QTest::addColumn<QByteArray>("type");
+    QTest::addColumn<QByteArray>("lines");
+    QTest::addColumn<QStringList>("told");
+    QTest::newRow("clean") << QByteArray() << "Value=1;One\nValue=2;2\nValue=9;None\n" + missing
+                           << QStringList();
+    QTest::newRow("alike") << QByteArray() << QByteArray("Value=1;Yes\nValue=2;No\nValue=3;Yes\n")
+                           << QStringList { "alike 1, 3 Yes" };
+    QTest::newRow("range") << QByteArray() << QByteArray("Value=0:4;Few\nValue=5:9;Many\n")
+                           << QStringList { "alike 0:4 Few", "alike 5:9 Many" };
+    QTest::newRow("quantity") << QByteArray() << QByteArray("Value=0:4;Years\nValue=5:9;Years\n")
+                              << QStringList();
+    QTest::newRow("missing and valid")
+        << QByteArray() << "Value=1;None\nValue=2;Two\nValue=9;None\n" + missing
+        << QStringList { "shared 1, 9 None" };
+    QTest::newRow("blank and valid") << QByteArray() << QByteArray("Value=1;None\nValue=;None\n")
+                                     << QStringList { "shared 1, blank None" };
+    QTest::newRow("missing alike")
+        << QByteArray() << "Value=1;One\nValue=8;None\n" + missing + "Value=9;None\n" + missing
+        << QStringList { "alike 8, 9 None" };
+    QTest::newRow("like a code") << QByteArray() << QByteArray("Value=1;2\nValue=2;\n")
+                                 << QStringList { "code 1 2" };
+    QTest::newRow("like a labelled code")
+        << QByteArray() << QByteArray("Value=1;2\nValue=2;Two\n") << QStringList();
+    QTest::newRow("like a quantity")
+        << QByteArray() << QByteArray("Value=1;12\nValue=10:19;Years\n")
+        << QStringList { "code 1 12" };
+    QTest::newRow("one after another")
+        << QByteArray() << QByteArray("Value=1;3\nValue=2;1\nValue=3;\nValue=4;2\n")
+        << QStringList { "code 1 3", "code 2 1", "code 4 2" };
+    QTest::newRow("decimals") << QByteArray("Decimal=1\n")
+                              << QByteArray("Value=1;2.0\nValue=2;\nValue=3;2\n")
+                              << QStringList { "code 1.0 2.0" };
+    QTest::newRow("texts") << QByteArray("DataType=Alpha\n")
+                           << QByteArray("Value='a';b\nValue='b';\nValue='c';b\nValue='d';D\n")
+                           << QStringList { "code a b", "code c b" };
+}
+
+// What labels in place of codes lose, in the order of the set.
+void tst_ConversionPlan::csvLabels()
+{
+    QFETCH(QByteArray, type);
+    QFETCH(QByteArray, lines);
+    QFETCH(QStringList, told);
+    const DataDictionary read = dictionary(item("FIRST", 2, type + values(lines)));
+    ConversionOptions options;
+    options.format = ConversionFormat::Csv;
+    QVERIFY(!ConversionPlan(read, options).hasLosses());
+    options.csv.hasLabels = true;
+    const ConversionPlan plan(read, options);
+    const QMap<Kind, QString> names { { Kind::LabelsAlike, "alike" },
+        { Kind::LabelShared, "shared" }, { Kind::LabelLikeCode, "code" } };
+    QStringList found;
+    for (const ConversionNote& note : plan.notes) {
+        found.append(names.value(note.kind) + ' ' + note.text + ' ' + note.newText);
+        QCOMPARE(note.variable, QString("FIRST"));
+        QCOMPARE(note.file, QString("PERSON.csv"));
+    }
+    found.sort();
+    QCOMPARE(found, told);
+    QCOMPARE(plan.hasLosses(), !told.isEmpty());
 }
 
 void tst_ConversionPlan::units_data()

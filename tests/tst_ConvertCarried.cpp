@@ -19,6 +19,7 @@ private slots:
     void notesOfDictionary_data();
     void notesOfDictionary();
     void notesOfVariables();
+    void tooManyNotes();
 
 private:
     QString path(const QString& name) const
@@ -86,15 +87,19 @@ void tst_ConvertCarried::extensions()
     writer.add("b", READSTAT_TYPE_DOUBLE, "F8.2");
     QVERIFY(writer.write(path("s.sav"), TStatFileKind::Spss, 1));
     QByteArray bytes = readFile(path("s.sav"));
+    bytes = withSpssRecord(bytes, 5, "Both= a b\nFirst= a\n");
     bytes = withSpssRecord(bytes, 7, "$m=D1 1 5 multi a b\n");
     bytes = withSpssRecord(bytes, 17, "ver('2'\n)");
     bytes = withSpssRecord(bytes, 18, "a:$@Role('4'\n)src('x'\n)/b:$@Role('0'\n)");
     QVERIFY(writeFile(path("s.sav"), bytes));
-    for (const char* format : { "spss", "stata" }) {
-        const QByteArray file =
-            QByteArray("changed: s.") + (QByteArray(format) == "spss" ? "sav " : "dta ");
+    const QMap<QString, QByteArray> endings { { "spss", "sav" }, { "stata", "dta" },
+        { "csv", "csv" } };
+    for (const QString& format : endings.keys()) {
+        const QByteArray file = "changed: s." + endings.value(format) + ' ';
         const Outcome outcome = convert(path("s.sav"), format, { "--plan" });
         QVERIFY2(outcome.output.contains(file + "1 multiple response set left out: $m\n"),
+            outcome.output.constData());
+        QVERIFY2(outcome.output.contains(file + "2 sets of variables left out: Both, First\n"),
             outcome.output.constData());
         QVERIFY2(outcome.output.contains(file + "1 attribute left out: ver\n"),
             outcome.output.constData());
@@ -178,6 +183,26 @@ void tst_ConvertCarried::notesOfVariables()
                                      "stand among the notes of the file, behind the name\n"),
         outcome.output.constData());
     QVERIFY2(!outcome.output.contains("note left out"), outcome.output.constData());
+}
+
+// Stata takes 9,999.
+void tst_ConvertCarried::tooManyNotes()
+{
+    StatFileWriter writer;
+    writer.add("a", READSTAT_TYPE_DOUBLE, "F8.2");
+    for (int note = 0; note < 10'005; ++note)
+        readstat_add_note(writer.get(), ("Note " + QByteArray::number(note)).constData());
+    QVERIFY(writer.write(path("s.sav"), TStatFileKind::Spss, 1));
+    Outcome outcome = convert(path("s.sav"), "stata", { "--plan" });
+    QVERIFY2(outcome.output.contains("changed: 6 notes left out: there are too many\n"),
+        outcome.output.constData());
+    QCOMPARE(convert(path("s.sav"), "stata", { "--strict" }).status, 1);
+    QCOMPARE(convert(path("s.sav"), "stata").status, 0);
+    const QStringList notes = StatContents::read(path("out/s.dta")).notes;
+    QCOMPARE(notes.size(), 9'999);
+    QCOMPARE(notes.last(), QString("Note 9998"));
+    outcome = convert(path("s.sav"), "csv", { "--strict" });
+    QVERIFY2(outcome.status == 0, outcome.errors.constData());
 }
 
 QTEST_GUILESS_MAIN(tst_ConvertCarried)

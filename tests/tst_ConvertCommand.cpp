@@ -18,6 +18,8 @@ private slots:
     void existingFiles();
     void missingFolder();
     void settingsOfABuild();
+    void savedSettings();
+    void savedSettingsAreSpared();
     void planMakesNothing();
     void strict();
 
@@ -258,6 +260,50 @@ void tst_ConvertCommand::settingsOfABuild()
     QVERIFY2(columns.status == 0, columns.errors.constData());
     QVERIFY(StatContents::read(folder() + "/PERSON.dta").column("LANGUAGE_1") >= 0);
     QCOMPARE(convert({}, { "--config", m_folder->filePath("none"), "--to", "stata" }).status, 1);
+}
+
+// Saved with all choices and taken up again by a run that says no more than where.
+void tst_ConvertCommand::savedSettings()
+{
+    const QString config = m_folder->filePath("c.json");
+    const QStringList census { example("census.dcf"), example("census.dat") };
+    const Outcome saved = convert(census,
+        { "--to", "csv", "--labels", "--merge", "--spreadsheet", "--repeats", "tables", "--records",
+            "PERSON,HOUSEHOLD", "--where", "PROVINCE=11", "--save-config", config });
+    QVERIFY2(saved.status == 0, saved.errors.constData());
+    const QByteArray made = readFile(folder() + "/PERSON.csv");
+    QVERIFY(made.startsWith("\xEF\xBB\xBF") && made.contains("Alta R"));
+    QVERIFY(QDir(folder()).removeRecursively());
+    const Outcome again = runTessel({ "convert", "--config", config });
+    QVERIFY2(again.status == 0, again.errors.constData());
+    QCOMPARE(leftBehind(),
+        (QStringList { "HOUSEHOLD.csv", "LANGUAGE.csv", "PERSON.csv", "datapackage.json" }));
+    QCOMPARE(readFile(folder() + "/PERSON.csv"), made);
+    const QString other = m_folder->filePath("other");
+    const Outcome stata = runTessel({ "convert", "--config", config, "--to", "stata", "-o", other,
+        "--missing", "code", "--save-config", m_folder->filePath("d.json") });
+    QVERIFY2(stata.status == 0, stata.errors.constData());
+    QVERIFY(QFile::exists(other + "/LANGUAGE.dta"));
+    const Outcome code = runTessel({ "convert", "--config", m_folder->filePath("d.json"), "-o",
+        m_folder->filePath("third"), "--plan" });
+    QVERIFY2(!code.output.contains(" is .a"), code.output.constData());
+    const Outcome built =
+        runTessel({ "build", "--config", config, "--to", m_folder->filePath("t.sqlite") });
+    QVERIFY2(built.status == 0, built.errors.constData());
+}
+
+void tst_ConvertCommand::savedSettingsAreSpared()
+{
+    const QStringList sav { example("household.sav") };
+    Outcome outcome =
+        convert(sav, { "--to", "csv", "--save-config", folder() + "/datapackage.json" });
+    QCOMPARE(outcome.status, 1);
+    outcome = convert(sav, { "--to", "csv", "--save-config", sav.first() });
+    QCOMPARE(outcome.status, 2);
+    outcome = convert(sav, { "--to", "csv", "--save-config", "" });
+    QVERIFY2(outcome.errors.contains("--save-config needs the name of a file"),
+        outcome.errors.constData());
+    QCOMPARE(runTessel({ "convert", sav.first(), "--to", "csv" }).status, 2);
 }
 
 void tst_ConvertCommand::planMakesNothing()

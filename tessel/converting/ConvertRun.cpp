@@ -1,6 +1,7 @@
 #include "converting/ConvertRun.h"
 
 #include "checking/ProblemFile.h"
+#include "converting/ConvertConfigFile.h"
 #include "converting/ConvertTexts.h"
 #include "process/Console.h"
 #include "process/Interruption.h"
@@ -26,11 +27,7 @@ std::unique_ptr<ConversionTarget> targetOf(
     const ConvertSettings& settings, const DataDictionary& dictionary)
 {
     if (settings.options.format == ConversionFormat::Csv) {
-        CsvOptions options;
-        options.hasLabels = settings.hasLabels;
-        options.forSpreadsheet = settings.forSpreadsheet;
-        options.mayReplace = settings.replacesFiles;
-        return std::make_unique<CsvTarget>(settings.folder, dictionary, options);
+        return std::make_unique<CsvTarget>(settings.folder, dictionary, settings.replacesFiles);
     }
     return std::make_unique<StatTarget>(
         settings.folder, settings.options.format, settings.replacesFiles);
@@ -52,6 +49,11 @@ std::unique_ptr<DataSource> openSource(ConvertSettings& settings, int& status)
         return nullptr;
     }
     settings.options.hasCases = source->hasCases();
+    if (!settings.savedConfig.isEmpty()) {
+        Output output(settings.savedConfig);
+        if (!output.write(configText(settings, source->dictionary())))
+            return nullptr;
+    }
     return source;
 }
 
@@ -61,7 +63,7 @@ bool sparesInputs(const ConvertSettings& settings, const ConversionPlan& plan)
 {
     const QStringList others = settings.input.data
         + QStringList { settings.input.first, settings.input.dictionary, settings.config,
-              settings.problems };
+              settings.savedConfig, settings.problems };
     QStringList names;
     for (const ConversionFile& file : plan.files)
         names.append(file.name);

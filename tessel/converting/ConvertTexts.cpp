@@ -63,7 +63,7 @@ QString missingText(const ConversionColumn& column)
 QString columnLine(const ConversionPlan& plan, const ConversionColumn& column)
 {
     QString line = QStringLiteral("  %1 %2").arg(column.name, typeText(column, plan.format));
-    if (plan.format == ConversionFormat::Stata && !column.format.isEmpty())
+    if (plan.format != ConversionFormat::Spss && !column.format.isEmpty())
         line += QLatin1Char(' ') + column.format;
     if (!column.label.isEmpty())
         line += QLatin1String("  ") + column.label;
@@ -77,29 +77,31 @@ QString columnLine(const ConversionPlan& plan, const ConversionColumn& column)
     return printable(line) + QLatin1Char('\n');
 }
 
-QString reasonText(Reason reason)
+struct ReasonText {
+    Reason reason;
+    const char* one;
+    const char* several;
+};
+
+const ReasonText ReasonTexts[] = {
+    { Reason::TooLong, "it is too long", "they are too long" },
+    { Reason::NotAllowed, "it has characters that are not allowed",
+        "they have characters that are not allowed" },
+    { Reason::TextCodes, "it is a text", "they are texts" },
+    { Reason::DecimalCodes, "it has decimals", "they have decimals" },
+    { Reason::LargeCodes, "it is too large", "they are too large" },
+    { Reason::RangeCodes, "it is a range", "they are ranges" },
+    { Reason::BlankCode, "blanks are missing values", "blanks are missing values" },
+    { Reason::TooMany, "there are too many", "there are too many" },
+    { Reason::Repeated, "it has a label already", "they have a label already" },
+};
+
+// Behind what happened to so many; nothing without a reason.
+QString reasonText(Reason reason, int count)
 {
-    switch (reason) {
-    case Reason::TooLong:
-        return QStringLiteral("it is too long");
-    case Reason::NotAllowed:
-        return QStringLiteral("it has characters that are not allowed");
-    case Reason::TextCodes:
-        return QStringLiteral("they are texts");
-    case Reason::DecimalCodes:
-        return QStringLiteral("they have decimals");
-    case Reason::LargeCodes:
-        return QStringLiteral("they are too large");
-    case Reason::RangeCodes:
-        return QStringLiteral("they are ranges");
-    case Reason::BlankCode:
-        return QStringLiteral("blanks are missing values");
-    case Reason::TooMany:
-        return QStringLiteral("there are too many");
-    case Reason::Repeated:
-        return QStringLiteral("they have a label already");
-    case Reason::None:
-        break;
+    for (const ReasonText& known : ReasonTexts) {
+        if (known.reason == reason)
+            return QLatin1String(": ") + QLatin1String(count == 1 ? known.one : known.several);
     }
     return QString();
 }
@@ -113,8 +115,7 @@ QString quoted(const QString& text)
 QString lossSentence(const ConversionNote& note, ConversionFormat format)
 {
     const QString codes = plural(note.count, QStringLiteral("code"));
-    const QString reason =
-        note.reason == Reason::None ? QString() : QLatin1String(": ") + reasonText(note.reason);
+    const QString reason = reasonText(note.reason, note.count);
     switch (note.kind) {
     case Kind::FileRenamed:
         return QStringLiteral("the file of record %1 is called so").arg(note.text) + reason;
@@ -149,7 +150,8 @@ QString lossSentence(const ConversionNote& note, ConversionFormat format)
     case Kind::TextAtRisk:
         return QStringLiteral("longer texts are cut");
     case Kind::NotesNotHeld:
-        return QStringLiteral("%1 left out").arg(plural(note.count, QStringLiteral("note")));
+        return QStringLiteral("%1 left out").arg(plural(note.count, QStringLiteral("note")))
+            + reason;
     case Kind::NoVariables:
         return QStringLiteral("record %1 has no variables, and no file").arg(note.text);
     case Kind::WeightNotHeld:
@@ -162,6 +164,19 @@ QString lossSentence(const ConversionNote& note, ConversionFormat format)
     case Kind::ResponseSetsNotHeld:
         return QStringLiteral("%1 left out: %2")
             .arg(plural(note.count, QStringLiteral("multiple response set")), note.text);
+    case Kind::VariableSetsNotHeld:
+        return QStringLiteral("%1 left out: %2")
+            .arg(plural(note.count, QStringLiteral("set of variables"),
+                     QStringLiteral("sets of variables")),
+                note.text);
+    case Kind::LabelShared:
+        return QStringLiteral("label %1 of %2 left out: missing and other codes share it")
+            .arg(quoted(note.newText), note.text);
+    case Kind::LabelLikeCode:
+        return QStringLiteral("label %1 of %2 left out: it reads like a code without label")
+            .arg(quoted(note.newText), note.text);
+    case Kind::LabelsAlike:
+        return QStringLiteral("all of %1 become %2").arg(note.text, quoted(note.newText));
     default:
         return QString();
     }
@@ -190,6 +205,8 @@ QString changeSentence(const ConversionNote& note)
     case Kind::MergedOnce:
         return QStringLiteral("variables of %1 that a case has once stand on each row")
             .arg(plural(note.count, QStringLiteral("record")));
+    case Kind::DatesStay:
+        return QStringLiteral("numbers as %1 counts them").arg(note.text);
     default:
         return QString();
     }
@@ -236,6 +253,12 @@ const KindText KindTexts[] = {
     { Kind::RoleNotHeld, "variable loses its role", "variables lose their roles" },
     { Kind::ResponseSetsNotHeld, "file loses multiple response sets",
         "files lose multiple response sets" },
+    { Kind::VariableSetsNotHeld, "file loses sets of variables", "files lose sets of variables" },
+    { Kind::LabelShared, "label of missing and other codes is left out",
+        "labels of missing and other codes are left out" },
+    { Kind::LabelLikeCode, "label that reads like a code is left out",
+        "labels that read like codes are left out" },
+    { Kind::LabelsAlike, "label stands for several values", "labels stand for several values" },
     { Kind::MissingRecoded, "missing code is recoded", "missing codes are recoded" },
     { Kind::KindsRecoded, "variable gets codes for missing values without a label",
         "variables get codes for missing values without a label" },
@@ -246,6 +269,7 @@ const KindText KindTexts[] = {
     { Kind::NotesMoved, "file has notes of variables among its own",
         "files have notes of variables among their own" },
     { Kind::MergedOnce, "file has merged variables", "files have merged variables" },
+    { Kind::DatesStay, "variable with dates stays a number", "variables with dates stay numbers" },
 };
 
 // What a number of notes of one kind say together.
@@ -275,6 +299,8 @@ constexpr Fault faults[] = {
     { &ConversionCounts::datesAsTimes,
         "value is beyond one day and shown as a time from the first day of 1960 on",
         "values are beyond one day and shown as times from the first day of 1960 on" },
+    { &ConversionCounts::valuesLikeLabels, "value without label reads like the label of a code",
+        "values without label read like labels of codes" },
     { &ConversionCounts::nullCharacters, "text has a null character, which is written as U+2400",
         "texts have a null character, which is written as U+2400" },
 };
