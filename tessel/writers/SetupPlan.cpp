@@ -608,8 +608,9 @@ QString noteText(const SetupNote& note, StatProgram program)
         return QStringLiteral("the label of %1 is cut, as %2 takes no longer one")
             .arg(placeOf(note), name);
     case Kind::ValueLabelsCut:
-        return QStringLiteral("value set %1: %2 cut, as %3 takes no longer ones")
-            .arg(note.thing, plural(note.count, QStringLiteral("label")), name);
+        return QStringLiteral("value set %1: %2 cut, as %3 takes no longer %4")
+            .arg(note.thing, plural(note.count, QStringLiteral("label")), name,
+                note.count == 1 ? QStringLiteral("one") : QStringLiteral("ones"));
     case Kind::CharactersReplaced:
         return QStringLiteral("characters in labels of %1 that %2 does not take are replaced")
             .arg(placeOf(note), name);
@@ -627,7 +628,9 @@ QString noteText(const SetupNote& note, StatProgram program)
     case Kind::RepeatedCodes:
         return labelsText(note, QStringLiteral("as an earlier one has the same value"));
     case Kind::UnreadableCodes:
-        return labelsText(note, QStringLiteral("as their codes are no values of the variable"));
+        return labelsText(note,
+            note.count == 1 ? QStringLiteral("as its code is no value of the variable")
+                            : QStringLiteral("as their codes are no values of the variable"));
     case Kind::FurtherSets:
         return QStringLiteral("%1 has %2 that the program does not have, as %3 takes one")
             .arg(placeOf(note), plural(note.count, QStringLiteral("further value set")), name);
