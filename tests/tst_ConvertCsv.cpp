@@ -51,6 +51,9 @@ private slots:
     void valueSetsAreWhole_data();
     void valueSetsAreWhole();
     void labels();
+    void labelsThatMeanSeveral();
+    void valuesLikeLabels();
+    void labelsOfKinds();
     void statFiles_data();
     void statFiles();
     void dbs_data();
@@ -250,6 +253,80 @@ void tst_ConvertCsv::labels()
     QCOMPARE(field("SEX", 1).value("type").toString(), QString("string"));
 }
 
+// No cell of a missing value reads like one of another value, and no code like a label.
+void tst_ConvertCsv::labelsThatMeanSeveral()
+{
+    if (!hasPython())
+        QSKIP("python3 is not installed");
+    const QByteArray set = "\n[ValueSet]\nLabel=S\nName=S\nValue=1;Yes\nValue=2;Yes\nValue=3;None\n"
+                           "Value=4;5\nValue=5;\nValue=8;Gone\nName=MISSING,Special\n"
+                           "Value=9;None\nName=MISSING,Special\nValue=90:99;Gone\n"
+                           "Name=MISSING,Special\n";
+    const QByteArray lines = "     1\n     2\n     3\n     4\n     5\n     8\n     9\n    95\n";
+    QCOMPARE(convertItem(set, lines, { "--labels" }),
+        QByteArray("Yes\r\nYes\r\n3\r\n4\r\n5\r\nGone\r\n9\r\nGone\r\n"));
+    QStringList missing;
+    for (const QJsonValue& value : field("N").value("missingValues").toArray())
+        missing.append(value.toObject().value("value").toString());
+    QCOMPARE(missing, (QStringList { "", "Gone", "9" }));
+    readBack();
+    QVERIFY2(m_errors.isEmpty(), m_errors.constData());
+    const QStringList sources { m_folder->filePath("d.dcf"), m_folder->filePath("d.dat") };
+    const Outcome plan = convert(sources, { "--labels", "--plan" });
+    for (const char* line : { "changed: R.csv N label \"None\" of 3, 9 left out: missing and other "
+                              "codes share it\n",
+             "changed: R.csv N label \"5\" of 4 left out: it reads like a code without label\n",
+             "changed: R.csv N all of 1, 2 become \"Yes\"\n",
+             "changed: R.csv N all of 8, 90:99 become \"Gone\"\n" })
+        QVERIFY2(plan.output.contains(line), plan.output.constData());
+    const Outcome strict = convert(sources, { "--labels", "--strict", "--overwrite" });
+    QCOMPARE(strict.status, 1);
+    QVERIFY2(strict.errors.contains("plan: error: 2 labels stand for several values"),
+        strict.errors.constData());
+    QCOMPARE(convert(sources, { "--strict", "--overwrite" }).status, 0);
+}
+
+// What only the data show is counted.
+void tst_ConvertCsv::valuesLikeLabels()
+{
+    const QByteArray set = "\n[ValueSet]\nLabel=S\nName=S\nValue=1;7\nValue=2;Two\n";
+    const QByteArray lines = "     1\n     7\n     8\n";
+    QCOMPARE(convertItem(set, lines, { "--labels" }), QByteArray("7\r\n7\r\n8\r\n"));
+    QVERIFY2(convertItem(set, lines, { "--labels", "--strict" })
+                 .contains("R.csv: error: N: 1 value without label reads like the label of a code"),
+        "it is not told");
+    const QByteArray texts = "DataType=Alpha\n\n[ValueSet]\nLabel=S\nName=S\nValue='a';b\n";
+    QVERIFY2(convertItem(texts, "a\nb\n", { "--labels", "--strict" }, 2)
+                 .contains("N: 1 value without label reads like the label of a code"),
+        "it is not told");
+    QCOMPARE(convertItem(texts, "a\nc\n", { "--labels", "--strict" }, 2), QByteArray("b\r\nc\r\n"));
+}
+
+void tst_ConvertCsv::labelsOfKinds()
+{
+    StatFileWriter writer;
+    readstat_label_set_t* const labels = writer.addLabels("labels0", READSTAT_TYPE_INT32);
+    readstat_label_int32_value(labels, 1, "Unknown");
+    readstat_label_int32_value(labels, 2, ".b");
+    readstat_label_tagged_value(labels, 'a', "Unknown");
+    readstat_label_tagged_value(labels, 'c', "Gone");
+    writer.add("N", READSTAT_TYPE_DOUBLE, "%9.0g", labels);
+    writer.setNumber(2);
+    const QString file = m_folder->filePath("kinds.dta");
+    QVERIFY(writer.write(file, TStatFileKind::Stata, 1));
+    const Outcome outcome = convert({ file }, { "--labels", "--plan" });
+    QVERIFY2(
+        outcome.output.contains("label \"Unknown\" of 1, .a left out"), outcome.output.constData());
+    QVERIFY2(outcome.output.contains("label \".b\" of 2 left out"), outcome.output.constData());
+    QCOMPARE(convert({ file }, { "--labels" }).status, 0);
+    QCOMPARE(readFile(path("kinds.csv")), QByteArray("N\r\n2\r\n"));
+    QStringList missing;
+    for (const QJsonValue& value : field("N").value("missingValues").toArray())
+        missing.append(value.toObject().value("value").toString());
+    QCOMPARE(missing.mid(0, 3), (QStringList { "", ".a", "Gone" }));
+    QCOMPARE(missing.size(), 27);
+}
+
 void tst_ConvertCsv::statFiles_data()
 {
     QTest::addColumn<QString>("file");
@@ -258,6 +335,14 @@ void tst_ConvertCsv::statFiles_data()
     for (const char* name : { "household.sav", "person.sav", "household.dta", "person.dta" }) {
         QTest::newRow(name) << examples.filePath(QString::fromLatin1(name))
                             << QString::fromLatin1(name).section('.', 0, 0) + ".csv";
+    }
+    if (!qEnvironmentVariableIsSet("TESSEL_CORPUS"))
+        return;
+    for (const char* kind : { "sav", "dta" }) {
+        const QDir folder(qEnvironmentVariable("TESSEL_CORPUS") + '/' + QString::fromLatin1(kind));
+        for (const QString& name : folder.entryList({ "*.sav", "*.zsav", "*.dta" }))
+            QTest::newRow(qPrintable(name))
+                << folder.filePath(name) << QFileInfo(name).completeBaseName() + ".csv";
     }
 }
 
@@ -268,14 +353,15 @@ void tst_ConvertCsv::statFiles()
     if (!hasPython())
         QSKIP("python3 is not installed");
     const Outcome outcome = convert({ file });
-    QVERIFY2(outcome.status == 0, outcome.errors.constData());
-    QVERIFY(QFile::exists(path(csv)));
+    const StatContents contents = StatContents::read(file);
+    QCOMPARE(outcome.status, contents.error == 0 ? 0 : 1);
+    QCOMPARE(QFile::exists(path(csv)), contents.error == 0);
+    if (contents.error != 0)
+        return; // encrypted or damaged
     const ReadRecords found = readBack();
     QVERIFY2(m_errors.isEmpty(), m_errors.constData());
     QCOMPARE(found.size(), 1);
     const ReadRecord record = *found.begin();
-    const StatContents contents = StatContents::read(file);
-    QCOMPARE(contents.error, 0);
     QCOMPARE(sameRows(record.rows), sameRows(contents.rows));
     QCOMPARE(record.columns.size(), contents.variables.size());
     for (int i = 0; i < record.columns.size(); ++i) {

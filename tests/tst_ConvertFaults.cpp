@@ -40,8 +40,11 @@ private slots:
     void readOnlyFolder();
     void folderIsAFile();
     void cancelled();
+    void killed_data();
     void killed();
     void killedInNewFolder();
+    void lastNameFails_data();
+    void lastNameFails();
     void damagedSource();
     void strictData();
     void problems();
@@ -75,16 +78,26 @@ void tst_ConvertFaults::init()
 void tst_ConvertFaults::fullDisk_data()
 {
     QTest::addColumn<QString>("blocks");
-    QTest::newRow("while rows are kept") << "500";
-    QTest::newRow("while files are written") << "6000";
+    QTest::addColumn<QString>("format");
+    QTest::newRow("while rows are kept") << "500"
+                                         << "stata";
+    QTest::newRow("while files are written") << "6000"
+                                             << "spss";
+    QTest::newRow("while rows are written") << "2000"
+                                            << "csv";
+    QTest::newRow("at the end of the rows") << "6100"
+                                            << "csv";
+    QTest::newRow("while they are described") << "1"
+                                              << "csv";
 }
 
 // Rows of 33 bytes are kept in 30 and written in 29.
 void tst_ConvertFaults::fullDisk()
 {
     QFETCH(QString, blocks);
-    QVERIFY(writeFile(path("d.dat"), manyLines() + manyLines()));
-    const QString format = blocks == "500" ? "stata" : "spss";
+    QFETCH(QString, format);
+    if (blocks != "1")
+        QVERIFY(writeFile(path("d.dat"), manyLines() + manyLines()));
     QStringList command = arguments();
     command[4] = format;
     if (format == "spss")
@@ -147,25 +160,42 @@ void tst_ConvertFaults::cancelled()
     QVERIFY(!QFileInfo::exists(path("out")));
 }
 
+void tst_ConvertFaults::killed_data()
+{
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<QStringList>("files");
+    QTest::newRow("stata") << "stata" << QStringList { "A.dta", "B.dta" };
+    QTest::newRow("csv") << "csv" << QStringList { "A.csv", "B.csv", "datapackage.json" };
+}
+
 // What a dead one leaves is taken over by the next.
 void tst_ConvertFaults::killed()
 {
+    QFETCH(QString, format);
+    QFETCH(QStringList, files);
     QVERIFY(QDir().mkpath(path("out")));
-    QVERIFY(writeFile(path("out/A.dta"), "former"));
+    QVERIFY(writeFile(path("out/" + files.first()), "former"));
     QProcess process;
     QStringList command = arguments({ "--overwrite" });
+    command[4] = format;
+    const QStringList whole = command;
     command[2] = "-";
     process.start(QStringLiteral(TESSEL_PROGRAM), command);
     QVERIFY(process.waitForStarted());
-    QTRY_VERIFY(made().contains(".B.dta.tessel-build"));
+    process.write(manyLines());
+    QTRY_VERIFY(process.bytesToWrite() == 0);
+    QTRY_VERIFY(made().contains("." + files.last() + ".tessel-build"));
     ::kill(pid_t(process.processId()), SIGKILL);
     QVERIFY(process.waitForFinished(60'000));
-    QCOMPARE(readFile(path("out/A.dta")), QByteArray("former"));
+    QCOMPARE(readFile(path("out/" + files.first())), QByteArray("former"));
     QTest::qWait(300); // until the child that worked has ended, too
-    const Outcome outcome = runTessel(arguments({ "--overwrite" }));
+    const Outcome outcome = runTessel(whole);
     QVERIFY2(outcome.status == 0, outcome.errors.constData());
-    QCOMPARE(made(), (QStringList { "A.dta", "B.dta" }));
-    QCOMPARE(StatContents::read(path("out/A.dta")).rows.size(), 1);
+    QCOMPARE(made(), files);
+    if (format == "stata")
+        QCOMPARE(StatContents::read(path("out/A.dta")).rows.size(), 1);
+    else
+        QCOMPARE(readFile(path("out/A.csv")), QByteArray("PLACE,N,T\r\n1,1,a\r\n"));
 }
 
 // The folder that it made, too; another run may go on only when the dead one has really ended.
@@ -191,6 +221,41 @@ void tst_ConvertFaults::killedInNewFolder()
     QTRY_VERIFY_WITH_TIMEOUT(isMadeNow(), 20'000);
     QCOMPARE(made(), (QStringList { "A.dta", "B.dta" }));
     QCOMPARE(StatContents::read(path("out/A.dta")).rows.size(), 1);
+}
+
+void tst_ConvertFaults::lastNameFails_data()
+{
+    QTest::addColumn<bool>("replaces");
+    QTest::newRow("a file came meanwhile") << false;
+    QTest::newRow("what was made is gone") << true;
+}
+
+// The first file has its name already, and loses it.
+void tst_ConvertFaults::lastNameFails()
+{
+    QFETCH(bool, replaces);
+    QVERIFY(QDir().mkpath(path("out")));
+    if (replaces)
+        QVERIFY(writeFile(path("out/A.dta"), "former"));
+    QProcess process;
+    QStringList command = arguments(replaces ? QStringList { "--overwrite" } : QStringList());
+    command[2] = "-";
+    process.start(QStringLiteral(TESSEL_PROGRAM), command);
+    QVERIFY(process.waitForStarted());
+    process.write("101 1a\n201 2\n");
+    QTRY_VERIFY(made().contains(".B.dta.tessel-build"));
+    if (replaces)
+        QVERIFY(QFile::remove(path("out/.B.dta.tessel-build")));
+    else
+        QVERIFY(writeFile(path("out/B.dta"), "mine"));
+    process.closeWriteChannel();
+    QVERIFY(process.waitForFinished(60'000));
+    QCOMPARE(process.exitCode(), 1);
+    const QByteArray errors = process.readAllStandardError();
+    QVERIFY2(errors.contains("B.dta: error:"), errors.constData());
+    QCOMPARE(made(), QStringList { replaces ? "A.dta" : "B.dta" });
+    QCOMPARE(readFile(path(replaces ? "out/A.dta" : "out/B.dta")),
+        QByteArray(replaces ? "former" : "mine"));
 }
 
 void tst_ConvertFaults::damagedSource()

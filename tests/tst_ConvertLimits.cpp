@@ -53,6 +53,7 @@ private slots:
     void missingKinds();
     void missingCodesOfSpss();
     void mergedHouseholds();
+    void mergedLevels();
     void repeatTables();
 
 private:
@@ -362,6 +363,38 @@ void tst_ConvertLimits::mergedHouseholds()
             { "2", "1", "5", "6" }, { "3", "1", QString(), QString() } }));
     QVERIFY2(m_outcome.errors.contains("1 record is in a case that has one already"),
         m_outcome.errors.constData());
+}
+
+// What a case has once stands on the rows of each level below; what a part of it has once does not.
+void tst_ConvertLimits::mergedLevels()
+{
+    const auto level = [](const char* name, int column, char type) {
+        const QByteArray own(name);
+        return "\n[Level]\nLabel=" + own + "\nName=" + own + "_LEVEL\n\n[IdItems]\n"
+            + item(own + "_ID", own, column, 1) + "\n[Record]\nLabel=" + own + "\nName=" + own
+            + "\nRecordTypeValue='" + type + "'\nMaxRecords=1\nRecordLen=9\n"
+            + item(own + "_V", own, 5, 1);
+    };
+    const QByteArray dictionary =
+        "[Dictionary]\nVersion=CSPro 7.7\nLabel=D\nName=D\nRecordTypeStart=1\nRecordTypeLen=1\n"
+        "Positions=Absolute\nZeroFill=No\nDecimalChar=No\n"
+        + level("UP", 2, '1') + level("MID", 3, '2') + level("LOW", 4, '3');
+    const QByteArray lines = "11  5\n211 6\n31117\n31128\n212 9\n31211\n12  2\n221 3\n32114\n";
+    const StatContents low = made(dictionary, lines, "spss", { "--merge" }, "LOW");
+    QVERIFY2(m_outcome.status == 0, m_outcome.errors.constData());
+    QStringList names;
+    for (const StatContents::Variable& variable : low.variables)
+        names.append(variable.name);
+    QCOMPARE(names, (QStringList { "UP_ID", "MID_ID", "LOW_ID", "LOW_V", "UP_V" }));
+    QCOMPARE(low.rows,
+        (QVector<QStringList> { { "1", "1", "1", "7", "5" }, { "1", "1", "2", "8", "5" },
+            { "1", "2", "1", "1", "5" }, { "2", "1", "1", "4", "2" } }));
+    const StatContents mid = StatContents::read(m_folder->filePath("out/MID.sav"));
+    QCOMPARE(mid.rows,
+        (QVector<QStringList> { { "1", "1", "6", "5" }, { "1", "2", "9", "5" },
+            { "2", "1", "3", "2" } }));
+    const StatContents up = StatContents::read(m_folder->filePath("out/UP.sav"));
+    QCOMPARE(up.rows, (QVector<QStringList> { { "1", "5" }, { "2", "2" } }));
 }
 
 void tst_ConvertLimits::repeatTables()

@@ -1,5 +1,6 @@
 // What R's haven and PSPP read of the files that "tessel convert" makes, compared cell by cell with
 // what libreadstat reads, which other tests compare with slices of the data.
+#include "CsvRows.h"
 #include "RunTessel.h"
 #include "StatContents.h"
 
@@ -81,34 +82,6 @@ QString unescaped(const QString& text)
         i += isMark ? 1 : 0;
     }
     return result;
-}
-
-// Cells of CSV, as PSPP writes it.
-QVector<QStringList> csvRows(const QString& text)
-{
-    QVector<QStringList> rows;
-    QStringList row;
-    QString cell;
-    bool isQuoted = false;
-    for (int i = 0; i < text.size(); ++i) {
-        const QChar character = text.at(i);
-        if (character == '"') {
-            if (isQuoted && i + 1 < text.size() && text.at(i + 1) == '"')
-                cell += text.at(++i);
-            else
-                isQuoted = !isQuoted;
-        } else if (!isQuoted && (character == ',' || character == '\n')) {
-            row.append(cell);
-            cell.clear();
-            if (character == '\n') {
-                rows.append(row);
-                row.clear();
-            }
-        } else if (character != '\r' || isQuoted) {
-            cell += character;
-        }
-    }
-    return rows;
 }
 
 } // namespace
