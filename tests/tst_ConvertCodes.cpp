@@ -242,7 +242,7 @@ void tst_ConvertCodes::repeatedKind()
         { { 'a', "First" }, { 'a', "Second" } } } });
     QCOMPARE(found.labelsOf("Z"), (QMap<QString, QString> { { "102", "First" } }));
     QCOMPARE(plan().count(".a becomes"), 1);
-    QVERIFY2(plan().contains("1 code of Z_l without label: they have a label already"),
+    QVERIFY2(plan().contains("1 code of Z_l without label: it has a label already"),
         qPrintable(plan()));
 }
 

@@ -16,12 +16,18 @@ private slots:
     void haven();
     void pspp_data();
     void pspp();
+    void psppDictionary_data();
+    void psppDictionary();
+    void languages_data();
+    void languages();
     void psppLongTexts();
 
 private:
     static void addSources();
     // The files that become of the sources.
     QStringList made(const QStringList& sources, const QString& format, QTemporaryDir& folder);
+    // What PSPP shows of the dictionary of a file.
+    QVector<QStringList> shownByPspp(const QString& file, const QTemporaryDir& folder);
 
     QString m_r;
     QString m_pspp;
@@ -82,6 +88,28 @@ QString unescaped(const QString& text)
         i += isMark ? 1 : 0;
     }
     return result;
+}
+
+// Missing values as PSPP shows them: "1 THRU 5; 9", or texts in quotes, each as wide as it is.
+QStringList psppMissing(const QString& shown, bool isText)
+{
+    QStringList codes;
+    if (isText && !shown.isEmpty()) {
+        for (QString text : shown.mid(1, shown.size() - 2).split("\"; \"")) {
+            while (text.endsWith(' '))
+                text.chop(1);
+            codes.append(text.replace("\"\"", "\""));
+        }
+    } else if (!shown.isEmpty()) {
+        for (const QString& part : shown.split("; ")) {
+            QStringList bounds;
+            for (const QString& bound : part.split(" THRU "))
+                bounds.append(StatContents::numberText(bound.toDouble()));
+            codes.append(bounds.join(':'));
+        }
+    }
+    codes.sort();
+    return codes;
 }
 
 } // namespace
@@ -244,6 +272,105 @@ void tst_ConvertReaders::pspp()
                     QCOMPARE(labels.at(r + 1).at(v), set.value(cell));
             }
         }
+    }
+}
+
+QVector<QStringList> tst_ConvertReaders::shownByPspp(
+    const QString& file, const QTemporaryDir& folder)
+{
+    const QString syntax = folder.filePath("show.sps");
+    const QString shown = folder.filePath("shown.csv");
+    writeFile(syntax, "GET FILE='" + file.toUtf8() + "'.\nDISPLAY DICTIONARY.\n");
+    const Outcome read = runProgram(m_pspp, { "-o", shown, syntax });
+    return read.status == 0 ? csvRows(QString::fromUtf8(readFile(shown))) : QVector<QStringList>();
+}
+
+void tst_ConvertReaders::psppDictionary_data()
+{
+    addSources();
+}
+
+// Variable labels and missing values.
+void tst_ConvertReaders::psppDictionary()
+{
+    if (m_pspp.isEmpty())
+        QSKIP("pspp is not installed");
+    QFETCH(QStringList, sources);
+    QTemporaryDir folder;
+    int missing = 0;
+    for (const QString& file : made(sources, "spss", folder)) {
+        const StatContents expected = StatContents::read(file);
+        QVector<QStringList> shown = shownByPspp(file, folder);
+        while (!shown.isEmpty() && shown.first().first() != "Table: Variables")
+            shown.removeFirst();
+        const QStringList heading = shown.value(1);
+        QVERIFY(heading.contains("Missing Values"));
+        for (int v = 0; v < expected.variables.size(); ++v) {
+            const StatContents::Variable& variable = expected.variables.at(v);
+            const QStringList row = shown.value(v + 2);
+            QCOMPARE(row.value(0), variable.name);
+            QCOMPARE(row.value(heading.indexOf("Label")), variable.label);
+            QStringList codes = variable.missing;
+            codes.sort();
+            QCOMPARE(psppMissing(row.value(heading.indexOf("Missing Values")),
+                         variable.type == READSTAT_TYPE_STRING),
+                codes);
+            missing += codes.size();
+        }
+    }
+    QVERIFY(missing > 0 || !sources.first().contains("census"));
+}
+
+void tst_ConvertReaders::languages_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<QStringList>("labels"); // of the variable, its codes and the file
+    QTest::newRow("EN") << "EN" << QStringList { "Sex", "Male", "Unknown" };
+    QTest::newRow("FR") << "FR" << QStringList { "Sexe", "Homme", "Inconnu" };
+    QTest::newRow("JA") << "JA"
+                        << QStringList { QString::fromUtf8("\xE6\x80\xA7\xE5\x88\xA5"),
+                               QString::fromUtf8("\xE7\x94\xB7"),
+                               QString::fromUtf8("\xE4\xB8\x8D\xE6\x98\x8E") };
+}
+
+void tst_ConvertReaders::languages()
+{
+    QFETCH(QString, language);
+    QFETCH(QStringList, labels);
+    QTemporaryDir folder;
+    QVERIFY(writeFile(folder.filePath("d.dcf"),
+        "\xEF\xBB\xBF[Dictionary]\nVersion=CSPro 7.7\nLabel=D\nName=D\nRecordTypeStart=0\n"
+        "RecordTypeLen=0\nPositions=Absolute\nZeroFill=No\nDecimalChar=No\n\n[Languages]\n"
+        "EN=English\nFR=French\nJA=Japanese\n\n[Level]\nLabel=L\nName=L\n\n[IdItems]\n\n[Record]\n"
+        "Label=R\nName=R\nRecordTypeValue=''\nRecordLen=1\n\n[Item]\n"
+        "Label=Sex|Sexe|\xE6\x80\xA7\xE5\x88\xA5\nName=SEX\nStart=1\nLen=1\n\n[ValueSet]\nLabel=S\n"
+        "Name=S\nValue=1;Male|Homme|\xE7\x94\xB7\nValue=9;Unknown|Inconnu|"
+        "\xE4\xB8\x8D\xE6\x98\x8E\n"
+        "Name=MISSING,Special\n"));
+    QVERIFY(writeFile(folder.filePath("d.dat"), "1\n9\n"));
+    const QStringList sources { folder.filePath("d.dcf"), folder.filePath("d.dat"), "--language",
+        language };
+    QStringList files = made(sources, "spss", folder) + made(sources, "stata", folder);
+    files.removeDuplicates();
+    QCOMPARE(files.size(), 2);
+    if (!m_pspp.isEmpty()) {
+        QString shown;
+        for (const QStringList& row : shownByPspp(folder.filePath("R.sav"), folder))
+            shown += row.join('\t') + '\n';
+        for (const QString& label : labels)
+            QVERIFY2(shown.contains(label), qPrintable(shown));
+        QVERIFY2(shown.contains("SEX\t1\t" + labels.first() + '\t'), qPrintable(shown));
+    }
+    if (m_r.isEmpty())
+        QSKIP("r-cran-haven is not installed");
+    QVERIFY(writeFile(folder.filePath("read.R"), script));
+    QCOMPARE(runProgram(m_r, QStringList { folder.filePath("read.R") } + files).status, 0);
+    for (const QString& file : qAsConst(files)) {
+        const QString read = QString::fromUtf8(readFile(file + ".txt"));
+        const QString code = file.endsWith(".dta") ? ".a" : "9";
+        for (const QString& line : { "V\tSEX\t" + labels.at(0), "L\tSEX\t1\t" + labels.at(1),
+                 "L\tSEX\t" + code + '\t' + labels.at(2) })
+            QVERIFY2(read.contains(line + '\n'), qPrintable(read));
     }
 }
 
