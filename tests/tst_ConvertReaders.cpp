@@ -304,7 +304,7 @@ void tst_ConvertReaders::psppDictionary()
         while (!shown.isEmpty() && shown.first().first() != "Table: Variables")
             shown.removeFirst();
         const QStringList heading = shown.value(1);
-        QVERIFY(heading.contains("Missing Values"));
+        QCOMPARE(heading.value(0), QString("Name")); // a column that is empty is not shown
         for (int v = 0; v < expected.variables.size(); ++v) {
             const StatContents::Variable& variable = expected.variables.at(v);
             const QStringList row = shown.value(v + 2);
@@ -318,7 +318,7 @@ void tst_ConvertReaders::psppDictionary()
             missing += codes.size();
         }
     }
-    QVERIFY(missing > 0 || !sources.first().contains("census"));
+    QVERIFY(missing > 0 || qstrcmp(QTest::currentDataTag(), "census") != 0);
 }
 
 void tst_ConvertReaders::languages_data()
