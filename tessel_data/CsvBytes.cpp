@@ -1,13 +1,11 @@
 #include <tessel_data/CsvBytes_p.h>
 
-#include <tessel_data/DataError.h>
 #include <tessel_data/DataValue.h>
+#include <tessel_data/WriteBytes_p.h>
 #include <tessel_data/Writeback_p.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <unistd.h>
 
 namespace tessel {
 
@@ -148,18 +146,7 @@ void CsvBytes::endRow()
 
 void CsvBytes::flush()
 {
-    std::size_t done = 0;
-    while (done < m_size) {
-        const ssize_t count = ::write(m_descriptor, m_buffer.data() + done, m_size - done);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0) {
-            throw DataError(DataError::Code::CannotWrite, m_path,
-                QStringLiteral("cannot be written: ")
-                    + QString::fromLocal8Bit(std::strerror(errno)));
-        }
-        done += std::size_t(count);
-    }
+    writeBytes(m_descriptor, m_buffer.data(), m_size, m_path);
     beginWriteback(m_descriptor, qint64(m_size));
     m_written += qint64(m_size);
     m_rowStart = m_size = 0;

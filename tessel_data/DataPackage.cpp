@@ -1,6 +1,6 @@
 #include <tessel_data/DataPackage_p.h>
 
-#include <tessel_data/DataError.h>
+#include <tessel_data/WriteBytes_p.h>
 
 #include <model_Tessel/StatDictionary.h>
 #include <model_Tessel/UtilStrings.h>
@@ -8,9 +8,6 @@
 #include <QJsonDocument>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <unistd.h>
 
 namespace tessel {
 
@@ -337,19 +334,7 @@ void DataPackage::write(int descriptor, const QString& path) const
     if (!m_valueSets.isEmpty())
         package.insert(QStringLiteral("tessel:valueSets"), m_valueSets);
     const QByteArray text = QJsonDocument(package).toJson();
-    qint64 done = 0;
-    while (done < text.size()) {
-        const ssize_t count =
-            ::write(descriptor, text.constData() + done, std::size_t(text.size() - done));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0) {
-            throw DataError(DataError::Code::CannotWrite, path,
-                QStringLiteral("cannot be written: ")
-                    + QString::fromLocal8Bit(std::strerror(errno)));
-        }
-        done += count;
-    }
+    writeBytes(descriptor, text.constData(), std::size_t(text.size()), path);
 }
 
 } // namespace tessel

@@ -193,19 +193,26 @@ inline void compareRows(const QVector<QStringList>& found, const QVector<QString
     }
 }
 
-inline void compareRecords(const ReadRecords& found, const QString& dictionary, const QString& data,
-    const Program& program)
+// Calls compare for each record with its items and the rows of a slice of their own.
+template <typename Compare>
+void eachRecord(const QString& dictionary, const QString& data, const Compare& compare)
 {
     const Slice slice(dictionary, data);
     TCSPro reader;
     reader.setReading(CSProReading::AsWritten);
     reader.loadFromFile(dictionary);
+    for (const TCSProRecord* record : qAsConst(*reader.records))
+        compare(record->name, itemsOf(reader, *record), slice.rowsOf(record->name));
+}
+
+inline void compareRecords(const ReadRecords& found, const QString& dictionary, const QString& data,
+    const Program& program)
+{
     int rows = 0;
-    for (const TCSProRecord* record : qAsConst(*reader.records)) {
-        const auto items = itemsOf(reader, *record);
-        QVERIFY2(items.isEmpty() || found.contains(record->name), qPrintable(record->name));
-        const ReadRecord& read = found[record->name];
-        compareRows(read.rows, slice.rowsOf(record->name), items);
+    eachRecord(dictionary, data, [&](const QString& name, const auto& items, const auto& expected) {
+        QVERIFY2(items.isEmpty() || found.contains(name), qPrintable(name));
+        const ReadRecord& read = found[name];
+        compareRows(read.rows, expected, items);
         int column = 0;
         for (const TCSProItem* item : items) {
             if (item->detail().contentType.isEmpty())
@@ -213,7 +220,7 @@ inline void compareRecords(const ReadRecords& found, const QString& dictionary, 
         }
         QCOMPARE(read.columns.size(), column);
         rows += read.rows.size();
-    }
+    });
     QVERIFY(rows > 0);
 }
 

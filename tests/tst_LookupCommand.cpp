@@ -1,5 +1,6 @@
 // "tessel lookup" on files of every shape, and the page it writes, as a browser shows it where one
 // is installed.
+#include "CsvRows.h"
 #include "RunTessel.h"
 
 #include <QDir>
@@ -27,35 +28,6 @@ QJsonObject jsonOf(const QStringList& arguments)
 {
     const Outcome outcome = runLookup(arguments + QStringList { "--format", "json" });
     return QJsonDocument::fromJson(outcome.output).object();
-}
-
-// Cells of CSV lines; quotes and line ends within them are understood.
-QVector<QStringList> parseCsv(const QString& text)
-{
-    QVector<QStringList> lines { {} };
-    QString cell;
-    bool isQuoted = false;
-    for (int i = 0; i < text.size(); ++i) {
-        const QChar character = text.at(i);
-        if (character == '"') {
-            if (isQuoted && i + 1 < text.size() && text.at(i + 1) == '"')
-                cell += text.at(++i);
-            else
-                isQuoted = !isQuoted;
-        } else if (!isQuoted && character == ',') {
-            lines.last().append(cell);
-            cell.clear();
-        } else if (!isQuoted && character == '\r' && text.mid(i + 1, 1) == "\n") {
-            lines.last().append(cell);
-            cell.clear();
-            lines.append(QStringList());
-            ++i;
-        } else {
-            cell += character;
-        }
-    }
-    lines.removeLast();
-    return lines;
 }
 
 /* What a page holds, by its XML. */
@@ -210,7 +182,7 @@ void tst_LookupCommand::csvAndJsonAgree()
     const QStringList arguments { "-s", "semicolon", "--frequencies", "lookup_problems.txt" };
     const QJsonObject json = jsonOf(arguments);
     const QVector<QStringList> lines =
-        parseCsv(QString::fromUtf8(runLookup(arguments + QStringList { "-f", "csv" }).output));
+        csvRows(QString::fromUtf8(runLookup(arguments + QStringList { "-f", "csv" }).output));
     const auto summary = [&](const QString& name) {
         for (const QStringList& line : lines) {
             if (line.at(0) == "summary" && line.at(1) == name)
@@ -242,7 +214,7 @@ void tst_LookupCommand::csvAndJsonAgree()
 void tst_LookupCommand::csvQuotes()
 {
     const QString file = fileOf("01;a \"b\", c\n02;plain\n");
-    const QVector<QStringList> lines = parseCsv(QString::fromUtf8(
+    const QVector<QStringList> lines = csvRows(QString::fromUtf8(
         runLookup({ "-s", "semicolon", "-f", "csv", "--frequencies", file }).output));
     QCOMPARE(lines.at(lines.size() - 2).at(4), QString("a \"b\", c"));
 }

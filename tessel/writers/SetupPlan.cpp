@@ -1,6 +1,6 @@
 #include "writers/SetupPlan.h"
 
-#include "text/ShownText.h"
+#include "writers/SetupMissing.h"
 
 #include <QFileInfo>
 #include <QHash>
@@ -24,7 +24,6 @@ using Kind = SetupNote::Kind;
 
 constexpr int MostDigits = 15; // that the double of every program holds
 constexpr int FormatStem = 22; // of names of formats in SAS, which have more behind it
-constexpr int ShortText = 8; // bytes of a missing text in SPSS
 
 // Told with a number, and not at all when that is 0.
 bool isCounted(Kind kind)
@@ -70,11 +69,6 @@ QString cleanLabel(const QString& label, StatProgram program)
     return text;
 }
 
-bool isBesideComment(QChar character)
-{
-    return character == QLatin1Char('/') || character == QLatin1Char('*');
-}
-
 // A name that no shell or program has to be asked about.
 QString dataFileOf(const QString& file)
 {
@@ -96,9 +90,50 @@ SetupType typeOf(const DataVariable& variable)
     return variable.decimals > 0 ? SetupType::Decimals : SetupType::Whole;
 }
 
-} // namespace
+struct Found {
+    int entry;
+    SetupLabel label;
+};
 
-namespace {
+// What each code of the set stands for, where an earlier one does not stand for it already.
+QVector<Found> codesIn(const CodeTable& table)
+{
+    QVector<Found> found;
+    const auto add = [&found](const CodeTable::Match& match, SetupLabel label) {
+        label.isMissing = match.special != Special::None && match.special != Special::Default;
+        found.append({ match.entry, label });
+    };
+    if (table.blank().isCode) {
+        SetupLabel label;
+        label.isBlank = true;
+        add(table.blank(), label);
+    }
+    for (const auto& segment : table.numbers()) {
+        SetupLabel label;
+        label.low = segment.low;
+        label.high = segment.high;
+        add({ true, segment.special, segment.entry }, label);
+    }
+    for (const auto& text : table.texts()) {
+        SetupLabel label;
+        label.text = QString::fromUtf8(text.first.data(), int(text.first.size()));
+        add(text.second, label);
+    }
+    std::stable_sort(found.begin(), found.end(),
+        [](const Found& a, const Found& b) { return a.entry < b.entry; });
+    return found;
+}
+
+// False: the code is no number of the variable.
+bool isReadable(const tessel::DataCode& code, const DataVariable& variable)
+{
+    qint64 number = 0;
+    const QByteArray text = code.code.trimmed().toLatin1();
+    return variable.type == DataVariable::Type::Text || text.isEmpty() || !code.highCode.isNull()
+        || tessel::readCode(
+               { text.constData(), std::size_t(text.size()) }, variable.decimals, number)
+        == tessel::NumberStatus::Number;
+}
 
 // Makes the plan.
 class SetupPlanner {
@@ -309,136 +344,6 @@ bool SetupPlanner::isLeftOut(const SetupLabels& labels, const SetupLabel& label,
     return true;
 }
 
-namespace {
-
-struct Found {
-    int entry;
-    SetupLabel label;
-};
-
-// What each code of the set stands for, where an earlier one does not stand for it already.
-QVector<Found> codesIn(const CodeTable& table)
-{
-    QVector<Found> found;
-    const auto add = [&found](const CodeTable::Match& match, SetupLabel label) {
-        label.isMissing = match.special != Special::None && match.special != Special::Default;
-        found.append({ match.entry, label });
-    };
-    if (table.blank().isCode) {
-        SetupLabel label;
-        label.isBlank = true;
-        add(table.blank(), label);
-    }
-    for (const auto& segment : table.numbers()) {
-        SetupLabel label;
-        label.low = segment.low;
-        label.high = segment.high;
-        add({ true, segment.special, segment.entry }, label);
-    }
-    for (const auto& text : table.texts()) {
-        SetupLabel label;
-        label.text = QString::fromUtf8(text.first.data(), int(text.first.size()));
-        add(text.second, label);
-    }
-    std::stable_sort(found.begin(), found.end(),
-        [](const Found& a, const Found& b) { return a.entry < b.entry; });
-    return found;
-}
-
-// False: the code is no number of the variable.
-bool isReadable(const tessel::DataCode& code, const DataVariable& variable)
-{
-    qint64 number = 0;
-    const QByteArray text = code.code.trimmed().toLatin1();
-    return variable.type == DataVariable::Type::Text || text.isEmpty() || !code.highCode.isNull()
-        || tessel::readCode(
-               { text.constData(), std::size_t(text.size()) }, variable.decimals, number)
-        == tessel::NumberStatus::Number;
-}
-
-} // namespace
-
-namespace {
-
-// Whole numbers beside each other as one range.
-QVector<SetupLabel> joined(const QVector<SetupLabel>& missing, const SetupLabels& labels)
-{
-    QVector<SetupLabel> sorted = missing;
-    std::sort(sorted.begin(), sorted.end(),
-        [](const SetupLabel& a, const SetupLabel& b) { return a.low < b.low; });
-    QVector<SetupLabel> result;
-    for (const SetupLabel& label : qAsConst(sorted)) {
-        if (labels.decimals == 0 && !result.isEmpty() && result.constLast().high + 1 == label.low)
-            result.last().high = label.high;
-        else
-            result.append(label);
-    }
-    return result;
-}
-
-// The first ones, as far as there is room for ranges, and for single values beside them.
-QVector<SetupLabel> chosen(
-    const QVector<SetupLabel>& missing, int ranges, int singles, int singlesBesideRange)
-{
-    QVector<SetupLabel> result;
-    int takenRanges = 0;
-    for (const SetupLabel& label : missing) {
-        if (label.isRange() && takenRanges < ranges) {
-            ++takenRanges;
-            result.append(label);
-        }
-    }
-    const int most = takenRanges > 0 ? singlesBesideRange : singles;
-    for (const SetupLabel& label : missing) {
-        if (!label.isRange() && result.size() - takenRanges < most)
-            result.append(label);
-    }
-    return result;
-}
-
-QVector<SetupLabel> missingForSpss(const QVector<SetupLabel>& all, const SetupLabels& labels)
-{
-    if (labels.isText) {
-        QVector<SetupLabel> shortOnes;
-        for (const SetupLabel& label : all) {
-            if (label.text.toUtf8().size() <= ShortText)
-                shortOnes.append(label);
-        }
-        return chosen(shortOnes, 0, 3, 0);
-    }
-    const QVector<SetupLabel> together = joined(all, labels);
-    const QVector<SetupLabel> chosenTogether = chosen(together, 1, 3, 1);
-    const QVector<SetupLabel> asWritten = chosen(all, 1, 3, 1);
-    return asWritten.size() < all.size() && chosenTogether.size() == together.size()
-        ? chosenTogether
-        : asWritten;
-}
-
-QVector<SetupLabel> missingFor(
-    StatProgram program, const QVector<SetupLabel>& all, const SetupLabels& labels)
-{
-    constexpr int letters = 26; // ".a" to ".z"
-    switch (program) {
-    case StatProgram::Spss:
-        return missingForSpss(all, labels);
-    case StatProgram::R:
-        return chosen(all, 1, all.size(), all.size());
-    case StatProgram::Stata:
-    case StatProgram::Sas:
-        break;
-    }
-    return all.mid(0, letters);
-}
-
-bool areAmong(const SetupLabel& label, const QVector<SetupLabel>& missing)
-{
-    return std::any_of(missing.begin(), missing.end(), [&label](const SetupLabel& other) {
-        return other.low <= label.low && label.high <= other.high && other.text == label.text;
-    });
-}
-
-} // namespace
-
 void SetupPlanner::addCodes(SetupLabels& labels, int set, const DataVariable& variable)
 {
     const tessel::DataValueSet& source = m_dictionary.valueSets[std::size_t(set)];
@@ -491,7 +396,7 @@ void SetupPlanner::addMissing(SetupLabels& labels)
     labels.missing = missingFor(m_plan.program, all, labels);
     int lost = 0;
     for (SetupLabel& label : labels.labels) {
-        const bool isLost = label.isMissing && !label.isBlank && !areAmong(label, labels.missing);
+        const bool isLost = label.isMissing && !label.isBlank && !isAmong(label, labels.missing);
         label.isMissing = label.isMissing && !isLost;
         lost += isLost ? 1 : 0;
     }
@@ -539,130 +444,8 @@ QStringList SetupPlan::heading(const QStringList& usage) const
     return lines;
 }
 
-bool isStataSpecial(const QString& text, int place)
-{
-    const QChar character = text.at(place);
-    if (isBesideComment(character)) {
-        return (place > 0 && isBesideComment(text.at(place - 1)))
-            || (place + 1 < text.size() && isBesideComment(text.at(place + 1)));
-    }
-    return character.unicode() < 0x20 || QStringLiteral("\"`$\\").contains(character);
-}
-
 bool SetupLabels::hasLabels() const
 {
     return std::any_of(labels.begin(), labels.end(),
         [](const SetupLabel& label) { return !label.label.isEmpty(); });
-}
-
-int spssWidth(int columns)
-{
-    constexpr int bytesOfCharacter = 4;
-    constexpr int most = 32'767;
-    return columns > most / bytesOfCharacter ? most : columns * bytesOfCharacter;
-}
-
-QString setupNumber(qint64 code, int decimals)
-{
-    return tessel::numberText(code, decimals);
-}
-
-QString setupComment(const QString& text)
-{
-    constexpr int longest = 200;
-    const QString plain = QStringLiteral(" .,-_:()");
-    QString result = tessel::visibleText(text).simplified().left(longest);
-    result.replace(QLatin1Char(';'), QLatin1Char(','));
-    result.remove(QLatin1Char('\'')).remove(QLatin1Char('"'));
-    for (QChar& character : result) {
-        if (!character.isLetterOrNumber() && !plain.contains(character))
-            character = QLatin1Char('?');
-    }
-    return result;
-}
-
-namespace {
-
-QString placeOf(const SetupNote& note)
-{
-    return note.record.isNull() ? note.thing
-                                : QStringLiteral("%1 of %2").arg(note.thing, note.record);
-}
-
-QString labelsText(const SetupNote& note, const QString& what)
-{
-    return QStringLiteral("value set %1: %2 left out, %3")
-        .arg(note.thing, plural(note.count, QStringLiteral("label")), what);
-}
-
-} // namespace
-
-QString noteText(const SetupNote& note, StatProgram program)
-{
-    const QString name = statProgramName(program);
-    switch (note.kind) {
-    case Kind::Renamed:
-        return QStringLiteral("%1 is called %2: %3")
-            .arg(placeOf(note), note.newName, reasonText(note.reasons, program));
-    case Kind::LabelCut:
-        return QStringLiteral("the label of %1 is cut, as %2 takes no longer one")
-            .arg(placeOf(note), name);
-    case Kind::ValueLabelsCut:
-        return QStringLiteral("value set %1: %2 cut, as %3 takes no longer %4")
-            .arg(note.thing, plural(note.count, QStringLiteral("label")), name,
-                note.count == 1 ? QStringLiteral("one") : QStringLiteral("ones"));
-    case Kind::CharactersReplaced:
-        return QStringLiteral("characters in labels of %1 that %2 does not take are replaced")
-            .arg(placeOf(note), name);
-    case Kind::LabelsOfTexts:
-        return labelsText(note, QStringLiteral("as %1 has none for texts").arg(name));
-    case Kind::LabelsOfDecimals:
-        return labelsText(
-            note, QStringLiteral("as %1 has none for numbers with decimals").arg(name));
-    case Kind::LabelsOfRanges:
-        return labelsText(note, QStringLiteral("as %1 has none for ranges").arg(name));
-    case Kind::LabelOfBlank:
-        return labelsText(note, QStringLiteral("as %1 has none for blank numbers").arg(name));
-    case Kind::LabelsTooLarge:
-        return labelsText(note, QStringLiteral("as %1 has none for numbers so large").arg(name));
-    case Kind::RepeatedCodes:
-        return labelsText(note, QStringLiteral("as an earlier one has the same value"));
-    case Kind::UnreadableCodes:
-        return labelsText(note,
-            note.count == 1 ? QStringLiteral("as its code is no value of the variable")
-                            : QStringLiteral("as their codes are no values of the variable"));
-    case Kind::FurtherSets:
-        return QStringLiteral("%1 has %2 that the program does not have, as %3 takes one")
-            .arg(placeOf(note), plural(note.count, QStringLiteral("further value set")), name);
-    case Kind::MissingOfTexts:
-        return QStringLiteral("value set %1: %2 not declared, as %3 has no missing texts but blank")
-            .arg(note.thing, plural(note.count, QStringLiteral("missing text")), name);
-    case Kind::MissingTooMany:
-        return QStringLiteral("value set %1: %2 not declared, as %3 takes no more of them")
-            .arg(note.thing, plural(note.count, QStringLiteral("missing value")), name);
-    case Kind::WideNumber:
-        return QStringLiteral("%1 is read as text, without value labels, as numbers of %2 hold 15 "
-                              "digits")
-            .arg(placeOf(note), name);
-    case Kind::WideText:
-        return QStringLiteral("%1 is cut after %2 bytes, as %3 takes no longer texts")
-            .arg(placeOf(note), QString::number(note.count), name);
-    case Kind::Binary:
-        return QStringLiteral("%1 is left out, as text data do not hold it").arg(placeOf(note));
-    case Kind::NoColumns:
-        return QStringLiteral("%1 has no columns and is left out").arg(placeOf(note));
-    case Kind::Bytes:
-        return QStringLiteral("%1 has texts, and %2 counts bytes: in a line of UTF-8 with other "
-                              "characters than ASCII its columns are not found; for such data use "
-                              "'tessel convert'")
-            .arg(placeOf(note), name);
-    case Kind::NoRecords:
-        return QStringLiteral("no record has columns, so the program reads nothing");
-    }
-    return QString();
-}
-
-QString groupOf(const SetupNote& note)
-{
-    return QStringLiteral("setup %1").arg(int(note.kind));
 }

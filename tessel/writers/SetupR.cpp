@@ -1,5 +1,7 @@
 #include "writers/SetupWriters.h"
 
+#include "writers/SetupWriter.h"
+
 #include <algorithm>
 
 namespace {
@@ -122,20 +124,16 @@ read_record <- function(lines, columns) {
 }
 )";
 
-class RWriter {
+class RWriter : private SetupWriter {
 public:
     explicit RWriter(const SetupPlan& plan)
-        : m_plan(plan)
+        : SetupWriter(plan)
     {
     }
 
     QByteArray write();
 
 private:
-    void add(const QString& line)
-    {
-        m_text += line + QLatin1Char('\n');
-    }
     void addHeading();
     void addLocaleCheck(const QString& text);
     void addSets();
@@ -143,9 +141,6 @@ private:
     QString code(const SetupLabel& label, const SetupLabels& labels) const;
     void addRecord(const SetupRecord& record);
     QString column(const SetupVariable& variable) const;
-
-    const SetupPlan& m_plan;
-    QString m_text;
 };
 
 QByteArray RWriter::write()

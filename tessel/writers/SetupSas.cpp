@@ -1,5 +1,7 @@
 #include "writers/SetupWriters.h"
 
+#include "writers/SetupWriter.h"
+
 namespace {
 
 constexpr int LongestLine = 32'767; // bytes
@@ -19,20 +21,16 @@ QString informatOf(const SetupVariable& variable)
         variable.decimals > 0 ? QString::number(variable.decimals) : QString());
 }
 
-class SasWriter {
+class SasWriter : private SetupWriter {
 public:
     explicit SasWriter(const SetupPlan& plan)
-        : m_plan(plan)
+        : SetupWriter(plan)
     {
     }
 
     QByteArray write();
 
 private:
-    void add(const QString& line)
-    {
-        m_text += line + QLatin1Char('\n');
-    }
     void addHeading();
     void addFormats();
     void addFormat(const SetupLabels& labels);
@@ -42,9 +40,6 @@ private:
     void addMissing(const SetupVariable& variable);
     void addLabels(const SetupRecord& record);
     QString values(const SetupLabel& label, const SetupLabels& labels) const;
-
-    const SetupPlan& m_plan;
-    QString m_text;
 };
 
 QByteArray SasWriter::write()

@@ -1,5 +1,7 @@
 #include "writers/SetupWriters.h"
 
+#include "writers/SetupWriter.h"
+
 #include <algorithm>
 
 namespace {
@@ -55,20 +57,16 @@ QString comment(const QString& text)
     return line;
 }
 
-class SpssWriter {
+class SpssWriter : private SetupWriter {
 public:
     explicit SpssWriter(const SetupPlan& plan)
-        : m_plan(plan)
+        : SetupWriter(plan)
     {
     }
 
     QByteArray write();
 
 private:
-    void add(const QString& line)
-    {
-        m_text += line + QLatin1Char('\n');
-    }
     void addHeading();
     void addRecord(const SetupRecord& record);
     void addReading(const SetupRecord& record);
@@ -82,9 +80,6 @@ private:
     void addLabels(const SetupRecord& record);
     void addMissing(const SetupRecord& record);
     QString code(const SetupLabel& label, const SetupLabels& labels) const;
-
-    const SetupPlan& m_plan;
-    QString m_text;
 };
 
 QByteArray SpssWriter::write()

@@ -1,5 +1,7 @@
 #include "writers/SetupWriters.h"
 
+#include "writers/SetupWriter.h"
+
 #include <algorithm>
 
 namespace {
@@ -95,20 +97,16 @@ tempfile data
 mata: tessel_lines(st_local("file"), st_local("data"))
 )";
 
-class StataWriter {
+class StataWriter : private SetupWriter {
 public:
     explicit StataWriter(const SetupPlan& plan)
-        : m_plan(plan)
+        : SetupWriter(plan)
     {
     }
 
     QByteArray write();
 
 private:
-    void add(const QString& line)
-    {
-        m_text += line + QLatin1Char('\n');
-    }
     void addHeading();
     void addRecord(const SetupRecord& record);
     void addReading(const SetupRecord& record);
@@ -119,9 +117,6 @@ private:
     void addVariableLabel(const SetupVariable& variable);
     void addLabels(const SetupLabels& labels);
     void addLabel(const QString& name, const QString& code, const QString& label);
-
-    const SetupPlan& m_plan;
-    QString m_text;
 };
 
 QByteArray StataWriter::write()
