@@ -1,6 +1,7 @@
 // Compares listings made by hand: each row changes one thing of a small dictionary.
+#include "ComparedListings.h"
 #include "listing/ListingDiff.h"
-#include "writers/DiffWriters.h"
+#include "writers/DiffTexts.h"
 
 #include <QtTest>
 
@@ -10,66 +11,6 @@
 namespace {
 
 using Change = std::function<void(Listing&)>;
-
-ListedField field(const char* record, const char* name, int start, int length)
-{
-    ListedField field;
-    field.record = QString::fromLatin1(record);
-    field.isIdentification = field.record.isNull();
-    field.name = field.item = QString::fromLatin1(name);
-    field.type = ValueType::Integer;
-    field.start = start;
-    field.length = length;
-    return field;
-}
-
-Listing survey()
-{
-    Listing listing;
-    listing.kind = ListingKind::CSPro;
-    listing.recordTypeStart = 1;
-    listing.recordTypeLength = 1;
-    listing.records = { { "HOUSE", "House", "1", 1, 1, 30 },
-        { "PERSON", "Person", "2", 1, 20, 30 } };
-    listing.fields = { field(nullptr, "AREA", 2, 3), field("HOUSE", "ROOMS", 5, 2),
-        field("PERSON", "SEX", 5, 1), field("PERSON", "AGE", 6, 3) };
-    ListedValueSet sexes { "SEX_VS1", "Sex", { { "1", {}, "Male" }, { "2", {}, "Female" } } };
-    listing.fields[2].valueSets.append(sexes);
-    ListedField& age = listing.fields[3];
-    age.missing = "999";
-    age.valueSets.append({ "AGE_VS1", "Age",
-        { { "0", "120", "Years" }, { "999", {}, "Unknown", SpecialCode::Missing } } });
-    for (int i = 1; i <= 3; ++i) {
-        ListedField spoken = field("PERSON", "LANGUAGE", 9 + i, 1);
-        spoken.name += "_" + QString::number(i);
-        spoken.occurrence = i;
-        listing.fields.append(spoken);
-    }
-    ListedField weight = field("PERSON", "WEIGHT", 20, 6);
-    weight.type = ValueType::Real;
-    weight.decimals = 2;
-    listing.fields.append(weight);
-    ListedField place = field("HOUSE", "PLACE", 10, 4);
-    place.type = ValueType::String;
-    place.valueSets.append({ "PLACE_VS1", "Place", { { "A ", {}, "North" } } });
-    listing.fields.append(place);
-    return listing;
-}
-
-Listing variables(ListingKind kind)
-{
-    Listing listing = survey();
-    listing.kind = kind;
-    listing.records.clear();
-    listing.recordTypeLength = 0;
-    for (ListedField& variable : listing.fields) {
-        variable.record = QString();
-        variable.isIdentification = false;
-        variable.start = 0;
-        variable.item = variable.name;
-    }
-    return listing;
-}
 
 QString shown(const Difference& difference)
 {
@@ -85,15 +26,6 @@ QStringList shown(const QVector<Difference>& differences)
     for (const Difference& difference : differences)
         lines.append(shown(difference));
     return lines;
-}
-
-ListedField& named(Listing& listing, const QString& name)
-{
-    for (ListedField& field : listing.fields) {
-        if (field.name == name)
-            return field;
-    }
-    qFatal("no field %s", qPrintable(name));
 }
 
 } // namespace
@@ -115,6 +47,10 @@ private slots:
     void kindsMatchByName();
     void statisticsFilesLabelNoRanges();
     void repeatedNamesHaveNoPartnerElsewhere();
+    void renamedVariables_data();
+    void renamedVariables();
+    void renamedVariablesOfRows();
+    void repeatedItemsAreOnePair();
     void widerPartsTakeTheNext();
     void displayWidthBindsNoNumber();
     void manyVariables();
@@ -196,6 +132,9 @@ void tst_ListingDiff::addVariableRows()
     row("moved to the identification items",
         [](Listing& l) { named(l, "ROOMS").record = QString(); },
         { "breaks variable-moved HOUSE ROOMS record HOUSE" });
+    row("other name in the same columns, no label",
+        [](Listing& l) { named(l, "ROOMS").item = "CHAMBERS"; },
+        { "breaks variable-removed HOUSE ROOMS", "fits variable-added HOUSE CHAMBERS" });
     row("number to text", [](Listing& l) { named(l, "ROOMS").type = ValueType::String; },
         { "fits variable-retyped HOUSE ROOMS type integer string" });
     row("text to number", [](Listing& l) { named(l, "PLACE").type = ValueType::Integer; },
@@ -505,6 +444,94 @@ void tst_ListingDiff::repeatedNamesHaveNoPartnerElsewhere()
     QCOMPARE(shown(compareListings(before, after)),
         QStringList({ "breaks variable-removed HOUSE LINE", "breaks variable-removed PERSON LINE",
             "fits variable-added LINE" }));
+}
+
+// A label and a place tell that it is the same under another name.
+void tst_ListingDiff::renamedVariables_data()
+{
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<QStringList>("expected");
+    const auto renamed = [](const Change& further) -> Change {
+        return [further](Listing& l) {
+            named(l, "AGE").item = "YEARS";
+            further(l);
+        };
+    };
+    const QStringList lost { "breaks variable-removed PERSON AGE",
+        "fits variable-added PERSON YEARS" };
+    QTest::newRow("same columns") << renamed([](Listing&) {})
+                                  << QStringList("fits variable-renamed PERSON AGE name AGE YEARS");
+    QTest::newRow("same columns, elsewhere in the record")
+        << renamed([](Listing& l) { l.fields.move(3, 7); })
+        << QStringList("fits variable-renamed PERSON AGE name AGE YEARS");
+    QTest::newRow("other columns, behind the same")
+        << renamed([](Listing& l) { named(l, "AGE").start = 40; })
+        << QStringList({ "fits variable-renamed PERSON AGE name AGE YEARS",
+               "breaks variable-moved PERSON AGE start 6 40" });
+    QTest::newRow("other columns, elsewhere") << renamed([](Listing& l) {
+        named(l, "AGE").start = 40;
+        l.fields.move(3, 7);
+    }) << lost;
+    QTest::newRow("other label") << renamed([](Listing& l) { named(l, "AGE").label = "Years"; })
+                                 << lost;
+    QTest::newRow("other kind of value")
+        << renamed([](Listing& l) { named(l, "AGE").type = ValueType::String; }) << lost;
+    QTest::newRow("other record") << renamed([](Listing& l) {
+        named(l, "AGE").record = "HOUSE";
+    }) << QStringList({ "fits variable-added HOUSE YEARS", "breaks variable-removed PERSON AGE" });
+    QTest::newRow("old name elsewhere")
+        << renamed([](Listing& l) {
+               ListedField other = field("PERSON", "AGE", 40, 3);
+               other.label = "Age at marriage";
+               other.valueSets = named(l, "AGE").valueSets;
+               other.missing = "999";
+               l.fields.append(other);
+           })
+        << QStringList({ "breaks variable-moved PERSON AGE start 6 40",
+               "fits variable-relabelled PERSON AGE label Age Age at marriage",
+               "fits variable-added PERSON YEARS" });
+}
+
+void tst_ListingDiff::renamedVariables()
+{
+    QFETCH(Change, change);
+    QFETCH(QStringList, expected);
+    Listing before = survey();
+    named(before, "AGE").label = "Age";
+    Listing after = before;
+    change(after);
+    QCOMPARE(shown(compareListings(before, after)), expected);
+}
+
+void tst_ListingDiff::renamedVariablesOfRows()
+{
+    Listing before = variables(ListingKind::Spss);
+    named(before, "SEX").label = "Sex";
+    named(before, "AGE").label = "Age";
+    Listing after = before;
+    after.kind = ListingKind::Stata;
+    named(after, "SEX").name = "sex_";
+    named(after, "AGE").name = "age_";
+    QCOMPARE(shown(compareListings(before, after)),
+        QStringList({ "breaks variable-renamed SEX name SEX sex_",
+            "breaks variable-renamed AGE name AGE age_" }));
+}
+
+void tst_ListingDiff::repeatedItemsAreOnePair()
+{
+    const Listing before = survey();
+    Listing after = before;
+    after.fields.remove(6);
+    after.fields.append(field("HOUSE", "WALLS", 20, 1));
+    QStringList pairs;
+    for (const VariablePair& pair : pairVariables(before, after)) {
+        pairs.append((pair.before ? pair.before->name : QString("-")) + '/'
+            + (pair.after ? pair.after->name : QString("-")));
+    }
+    QCOMPARE(pairs.join(' '),
+        QString("AREA/AREA ROOMS/ROOMS PLACE/PLACE -/WALLS SEX/SEX AGE/AGE LANGUAGE_1/LANGUAGE_1 "
+                "WEIGHT/WEIGHT"));
+    QCOMPARE(pairVariables(before, variables(ListingKind::Spss)).size(), before.fields.size());
 }
 
 void tst_ListingDiff::widerPartsTakeTheNext()

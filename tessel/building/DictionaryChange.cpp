@@ -2,7 +2,7 @@
 
 #include "listing/ListingDiff.h"
 #include "reading/CSProListing.h"
-#include "writers/DiffWriters.h"
+#include "writers/DiffTexts.h"
 
 #include <model_Tessel/CSProDataImport.h>
 #include <model_Tessel/DictionaryFile.h>
@@ -36,6 +36,8 @@ bool breaksDatabase(const Difference& difference)
     switch (difference.kind) {
     case Kind::DictionaryChanged:
         return false;
+    case Kind::Renamed:
+        return true;
     case Kind::RecordChanged:
         return difference.property == Property::Name || difference.property == Property::Level;
     case Kind::Moved:

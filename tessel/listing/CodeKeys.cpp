@@ -57,6 +57,11 @@ QSet<QString> textKeysOf(const ListedField& field)
 
 } // namespace
 
+KeyOfCode keyFor(const ListedField& before, const ListedField& after)
+{
+    return before.isText() || after.isText() ? withoutTrailingBlanks : numberKey;
+}
+
 QStringList rangeKeys(const QVector<ListedCode>& codes, KeyOfCode keyOf)
 {
     QStringList keys;

@@ -11,6 +11,9 @@
 /*! The same text for what two dictionaries mean the same code by. */
 using KeyOfCode = QString (*)(const QString&);
 
+/*! How the codes of two variables compare: as numbers where both are. */
+KeyOfCode keyFor(const ListedField& before, const ListedField& after);
+
 /*! The keys of \a codes; a range of one code is that code. */
 QStringList rangeKeys(const QVector<ListedCode>& codes, KeyOfCode keyOf);
 

@@ -14,6 +14,7 @@ enum class DifferenceKind {
     RecordChanged,
     VariableAdded,
     VariableRemoved,
+    Renamed,
     Moved,
     Retyped,
     Resized,

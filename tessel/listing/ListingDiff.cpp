@@ -17,6 +17,7 @@ class Comparison {
 public:
     Comparison(const Listing& before, const Listing& after);
     QVector<Difference> run();
+    QVector<VariablePair> pairs() const;
 
 private:
     enum class Side { Before, After };
@@ -29,6 +30,8 @@ private:
     void locate(const QString& record, Side side, ComparedVariable& variable) const;
     Pairing pairVariables(
         const QVector<ComparedVariable>& before, const QVector<ComparedVariable>& after) const;
+    static void pairRenamed(const QVector<ComparedVariable>& before,
+        const QVector<ComparedVariable>& after, Pairing& pairing);
     void begin(const ComparedVariable& variable);
     int lastGroup() const;
 
@@ -250,7 +253,73 @@ Pairing Comparison::pairVariables(
     }
     for (const auto sensitivity : { Qt::CaseSensitive, Qt::CaseInsensitive })
         pairing.pairUnique(namesOf(before, sensitivity), namesOf(after, sensitivity));
+    if (m_context.hadRecords == m_context.hasRecords)
+        pairRenamed(before, after, pairing);
     return pairing;
+}
+
+// What would not change but by its name; null: what has no label could be anything.
+QString contentOf(const ComparedVariable& variable)
+{
+    const ListedField& field = variable.first();
+    if (field.label.isEmpty())
+        return QString();
+    return variable.recordKey
+        + (field.isText() ? QLatin1String(".text.") : QLatin1String(".number.")) + field.label;
+}
+
+QStringList columnsOf(const QVector<ComparedVariable>& variables)
+{
+    QStringList columns;
+    columns.reserve(variables.size());
+    for (const ComparedVariable& variable : variables) {
+        const ListedField& field = variable.first();
+        const QString content = contentOf(variable);
+        columns.append(content.isNull() || !field.hasColumns()
+                ? QString()
+                : QStringLiteral("%1.%2.").arg(field.start).arg(field.length) + content);
+    }
+    return columns;
+}
+
+// What stands in the same columns under the same label is the same, and what follows the same
+// variable under the same label.
+void Comparison::pairRenamed(const QVector<ComparedVariable>& before,
+    const QVector<ComparedVariable>& after, Pairing& pairing)
+{
+    pairing.pairUnique(columnsOf(before), columnsOf(after));
+    for (int i = 0; i < before.size(); ++i) {
+        const int previous = i > 0 ? pairing.afterOf(i - 1) : -1;
+        if (pairing.afterOf(i) >= 0 || (i > 0 && previous < 0))
+            continue;
+        const int next = previous + 1;
+        if (next >= after.size() || pairing.beforeOf(next) >= 0)
+            continue;
+        const QString content = contentOf(before.at(i));
+        if (!content.isNull() && content == contentOf(after.at(next)))
+            pairing.join(i, next);
+    }
+}
+
+QVector<VariablePair> Comparison::pairs() const
+{
+    const QVector<ComparedVariable> before = variablesOf(m_before, Side::Before);
+    const QVector<ComparedVariable> after = variablesOf(m_after, Side::After);
+    const Pairing pairing = pairVariables(before, after);
+    QVector<QVector<VariablePair>> groups(lastGroup() + 1);
+    for (int i = 0; i < before.size(); ++i) {
+        const int partner = pairing.afterOf(i);
+        const ListedField* other = partner < 0 ? nullptr : &after.at(partner).first();
+        groups[before.at(i).group].append(VariablePair { &before.at(i).first(), other });
+    }
+    for (int i = 0; i < after.size(); ++i) {
+        if (pairing.beforeOf(i) < 0)
+            groups[after.at(i).group].append(VariablePair { nullptr, &after.at(i).first() });
+    }
+    QVector<VariablePair> pairs;
+    for (const QVector<VariablePair>& group : qAsConst(groups))
+        pairs += group;
+    return pairs;
 }
 
 } // namespace
@@ -258,4 +327,9 @@ Pairing Comparison::pairVariables(
 QVector<Difference> compareListings(const Listing& before, const Listing& after)
 {
     return Comparison(before, after).run();
+}
+
+QVector<VariablePair> pairVariables(const Listing& before, const Listing& after)
+{
+    return Comparison(before, after).pairs();
 }

@@ -24,6 +24,9 @@ public:
     /*! Pairs what is left over, the first with the first. */
     void pairInOrder();
 
+    /*! Pairs two that have no partner yet. */
+    void join(int before, int after);
+
     /*! -1: none */
     int afterOf(int before) const
     {
@@ -37,8 +40,6 @@ public:
     }
 
 private:
-    void join(int before, int after);
-
     QVector<int> m_after;
     QVector<int> m_before;
 };

@@ -46,11 +46,6 @@ QString joined(const QVector<ListedCode>& codes)
     return joinedCodes(texts);
 }
 
-KeyOfCode keyFor(const ListedField& before, const ListedField& after)
-{
-    return before.isText() || after.isText() ? withoutTrailingBlanks : numberKey;
-}
-
 // True when a key of \a before is not among \a after.
 bool losesKeys(const QStringList& before, const QStringList& after)
 {

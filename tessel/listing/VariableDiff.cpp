@@ -24,6 +24,7 @@ public:
     {
     }
 
+    void compareNames(const ComparedVariable& before, const ComparedVariable& after);
     void comparePlaces(const ComparedVariable& before, const ComparedVariable& after);
     void compareTypes(const ListedField& before, const ListedField& after);
     void compareLengths(const ComparedVariable& before, const ComparedVariable& after);
@@ -35,6 +36,16 @@ private:
     const DiffContext& m_context;
     DifferenceList& m_differences;
 };
+
+// Columns hold no names; rows of SPSS and Stata files are asked for by them.
+void VariableComparison::compareNames(const ComparedVariable& before, const ComparedVariable& after)
+{
+    if (before.name.compare(after.name, Qt::CaseInsensitive) == 0)
+        return;
+    const bool haveColumns = before.first().hasColumns() && after.first().hasColumns();
+    m_differences.add(
+        DifferenceKind::Renamed, Property::Name, !haveColumns, before.name, after.name);
+}
 
 void VariableComparison::comparePlaces(
     const ComparedVariable& before, const ComparedVariable& after)
@@ -153,6 +164,7 @@ void compareVariables(const ComparedVariable& before, const ComparedVariable& af
     const ListedField& first = before.first();
     const ListedField& second = after.first();
     VariableComparison comparison(context, differences);
+    comparison.compareNames(before, after);
     comparison.comparePlaces(before, after);
     comparison.compareTypes(first, second);
     comparison.compareLengths(before, after);

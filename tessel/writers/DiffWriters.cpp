@@ -1,5 +1,6 @@
 #include "writers/DiffWriters.h"
 
+#include "text/CsvText.h"
 #include "text/JsonWriter.h"
 #include "text/ShownText.h"
 #include "writers/ListingNames.h"
@@ -7,197 +8,82 @@
 #include <QJsonObject>
 
 #include <algorithm>
-#include <iterator>
 
 namespace {
 
 // Changes only when a reader of the JSON has to change.
 constexpr int JsonVersion = 1;
 
-struct PropertyNames {
-    DifferingProperty property;
-    const char* name; // for programs
-    const char* shown;
-};
-
-constexpr PropertyNames propertyNames[] = { { DifferingProperty::RecordTypeStart, "recordTypeStart",
-                                                "first column of the record type" },
-    { DifferingProperty::RecordTypeLength, "recordTypeLength", "length of the record type" },
-    { DifferingProperty::Name, "name", "name" }, { DifferingProperty::Label, "label", "label" },
-    { DifferingProperty::RecordType, "recordType", "record type" },
-    { DifferingProperty::Maximum, "maximum", "maximum" },
-    { DifferingProperty::Level, "level", "level" },
-    { DifferingProperty::Record, "record", "record" },
-    { DifferingProperty::Start, "start", "first column" },
-    { DifferingProperty::Type, "type", "type" }, { DifferingProperty::Length, "length", "length" },
-    { DifferingProperty::Decimals, "decimals", "decimals" },
-    { DifferingProperty::DecimalChar, "decimalChar", "decimal point in the data" },
-    { DifferingProperty::Occurrences, "occurrences", "occurrences" },
-    { DifferingProperty::OccurrenceLabel, "occurrenceLabel", "label of the occurrence" },
-    { DifferingProperty::Missing, "missing", "missing codes" },
-    { DifferingProperty::NotApplicable, "notApplicable", "not-applicable code" },
-    { DifferingProperty::Special, "special", "special" } };
-
-const PropertyNames* namesOf(DifferingProperty property)
-{
-    const auto* const found = std::find_if(std::begin(propertyNames), std::end(propertyNames),
-        [property](const PropertyNames& names) { return names.property == property; });
-    return found == std::end(propertyNames) ? nullptr : found;
-}
-
-QString shownName(DifferingProperty property)
-{
-    const PropertyNames* const names = namesOf(property);
-    return names ? QLatin1String(names->shown) : QString();
-}
-
-// The words for each kind of value.
-struct ValueText {
-    QString operator()(std::monostate /*none*/) const
-    {
-        return QString();
-    }
-
-    QString operator()(const QString& text) const
-    {
-        return text;
-    }
-
-    QString operator()(int number) const
-    {
-        return QString::number(number);
-    }
-
-    QString operator()(bool isSo) const
-    {
-        return isSo ? QStringLiteral("yes") : QStringLiteral("no");
-    }
-
-    QString operator()(ValueType type) const
-    {
-        return nameOf(type);
-    }
-
-    QString operator()(SpecialCode special) const
-    {
-        return nameOf(special);
-    }
-};
-
-// ---- text
-
-QString quoted(const QString& text)
-{
-    return text.isNull() ? QStringLiteral("none") : QLatin1Char('"') + text + QLatin1Char('"');
-}
-
-QString orNone(const QString& text)
-{
-    return text.isNull() ? QStringLiteral("none") : text;
-}
-
-QString subjectOf(const Difference& difference)
-{
-    if (difference.variable.isNull()) {
-        return difference.record.isNull() ? QStringLiteral("dictionary")
-                                          : QStringLiteral("record ") + difference.record;
-    }
-    return difference.record.isNull() ? difference.variable
-                                      : difference.record + QLatin1Char('.') + difference.variable;
-}
-
-QString codeOf(const Difference& difference)
-{
-    return difference.highCode.isNull() ? shownCode(difference.code)
-                                        : difference.code + QLatin1Char(':') + difference.highCode;
-}
-
-bool isLabel(DifferingProperty property)
-{
-    return property == DifferingProperty::Label || property == DifferingProperty::OccurrenceLabel;
-}
-
-bool isCode(DifferingProperty property)
-{
-    return property == DifferingProperty::Missing || property == DifferingProperty::NotApplicable;
-}
-
-QString shown(DifferingProperty property, const QString& text)
-{
-    if (isLabel(property))
-        return quoted(text);
-    return isCode(property) && !text.isNull() && text.trimmed().isEmpty()
-        ? QLatin1Char('\'') + text + QLatin1Char('\'')
-        : orNone(text);
-}
-
-QString changeText(const Difference& difference)
-{
-    const DifferingProperty property = difference.property;
-    return QStringLiteral("%1 %2 -> %3")
-        .arg(shownName(property), shown(property, textOf(difference.before)),
-            shown(property, textOf(difference.after)));
-}
-
-QString placeOf(const PropertyValue& record)
-{
-    const QString name = textOf(record);
-    return name.isNull() ? QStringLiteral("the identification items") : name;
-}
-
-QString eventText(const Difference& difference)
-{
-    switch (difference.kind) {
-    case DifferenceKind::RecordAdded:
-    case DifferenceKind::VariableAdded:
-        return QStringLiteral("added");
-    case DifferenceKind::RecordRemoved:
-    case DifferenceKind::VariableRemoved:
-        return QStringLiteral("removed");
-    case DifferenceKind::ValueAdded:
-        return QStringLiteral("value %1 %2 added")
-            .arg(codeOf(difference), quoted(textOf(difference.after)));
-    case DifferenceKind::ValueRemoved:
-        return QStringLiteral("value %1 %2 removed")
-            .arg(codeOf(difference), quoted(textOf(difference.before)));
-    case DifferenceKind::ValueChanged:
-        return QStringLiteral("value %1: %2").arg(codeOf(difference), changeText(difference));
-    case DifferenceKind::Moved:
-        if (difference.property == DifferingProperty::Record) {
-            return QStringLiteral("moved from %1 to %2")
-                .arg(placeOf(difference.before), placeOf(difference.after));
-        }
-        return QStringLiteral("moved, ") + changeText(difference);
-    default:
-        return changeText(difference);
-    }
-}
-
-int breakingIn(const QVector<Difference>& differences)
-{
-    return int(std::count_if(differences.cbegin(), differences.cend(),
-        [](const Difference& difference) { return difference.breaks; }));
-}
-
-QString summaryOf(const ComparedFiles& files)
-{
-    const QString& before = files.before.file;
-    const QString& after = files.after.file;
-    if (files.differences.isEmpty())
-        return QStringLiteral("No differences between %1 and %2.").arg(before, after);
-    const int breaking = breakingIn(files.differences);
-    return QStringLiteral("%1 from %2 to %3; %4 data that fits %2.")
-        .arg(plural(files.differences.size(), QStringLiteral("difference")), before, after,
-            breaking == 0 ? QStringLiteral("none breaks")
-                          : QStringLiteral("%1 of them can break").arg(breaking));
-}
-
 QByteArray lineOf(const QString& text)
 {
     return printable(text).toUtf8() + '\n';
 }
 
-// ---- JSON
+// Names of a record's variables, or as wide as is wanted.
+int nameWidth(const RecordDifferences& record)
+{
+    constexpr int Widest = 24;
+    int width = 0;
+    for (const VariableDifferences& variable : record.variables)
+        width = qMax(width, variable.variable.size());
+    return qMin(width, Widest);
+}
+
+void writeVariable(const VariableDifferences& variable, int width, const ByteSink& sink)
+{
+    const bool tellsSet = variable.haveSeveralSets();
+    const QString indent = QStringLiteral("    ");
+    QString name = variable.variable.isNull()
+        ? QString()
+        : variable.variable.leftJustified(width) + QStringLiteral("  ");
+    for (const DifferenceRun& run : variable.runs) {
+        sink(lineOf(indent + name + textOf(run, tellsSet)));
+        name.fill(QLatin1Char(' '));
+    }
+}
+
+QString titleOf(const RecordDifferences& record, const Listing& listing)
+{
+    if (!record.record.isNull())
+        return record.record;
+    return listing.hasRecords() ? QStringLiteral("Identification items")
+                                : QStringLiteral("Variables");
+}
+
+void writeSection(
+    const QString& title, const ComparedFiles& files, bool breaking, const ByteSink& sink)
+{
+    const QVector<RecordDifferences> records = groupDifferences(files.differences, breaking);
+    if (records.isEmpty())
+        return;
+    sink(lineOf(title));
+    for (const RecordDifferences& record : records) {
+        sink(lineOf(QStringLiteral("  ") + titleOf(record, files.before)));
+        const int width = nameWidth(record);
+        for (const VariableDifferences& variable : record.variables)
+            writeVariable(variable, width, sink);
+    }
+    sink("\n");
+}
+
+QVector<Difference> toldOf(const ComparedFiles& files)
+{
+    QVector<Difference> told = files.differences;
+    const auto isLeftOut = [](const Difference& difference) { return !difference.breaks; };
+    if (files.onlyBreaking)
+        told.erase(std::remove_if(told.begin(), told.end(), isLeftOut), told.end());
+    return told;
+}
+
+// ---- CSV and JSON
+
+QStringList cellsOf(const Difference& difference)
+{
+    return { nameOf(difference.kind),
+        difference.breaks ? QStringLiteral("yes") : QStringLiteral("no"), difference.record,
+        difference.variable, difference.valueSet, difference.code, difference.highCode,
+        nameOf(difference.property), textOf(difference.before), textOf(difference.after) };
+}
 
 QJsonObject jsonOf(const Listing& listing)
 {
@@ -221,78 +107,36 @@ QJsonObject jsonOf(const Difference& difference)
 
 } // namespace
 
-QString nameOf(DifferenceKind kind)
-{
-    switch (kind) {
-    case DifferenceKind::DictionaryChanged:
-        return QStringLiteral("dictionary-changed");
-    case DifferenceKind::RecordAdded:
-        return QStringLiteral("record-added");
-    case DifferenceKind::RecordRemoved:
-        return QStringLiteral("record-removed");
-    case DifferenceKind::RecordChanged:
-        return QStringLiteral("record-changed");
-    case DifferenceKind::VariableAdded:
-        return QStringLiteral("variable-added");
-    case DifferenceKind::VariableRemoved:
-        return QStringLiteral("variable-removed");
-    case DifferenceKind::Moved:
-        return QStringLiteral("variable-moved");
-    case DifferenceKind::Retyped:
-        return QStringLiteral("variable-retyped");
-    case DifferenceKind::Resized:
-        return QStringLiteral("variable-resized");
-    case DifferenceKind::Relabelled:
-        return QStringLiteral("variable-relabelled");
-    case DifferenceKind::ValueAdded:
-        return QStringLiteral("value-added");
-    case DifferenceKind::ValueRemoved:
-        return QStringLiteral("value-removed");
-    case DifferenceKind::ValueChanged:
-        return QStringLiteral("value-changed");
-    case DifferenceKind::MissingChanged:
-        return QStringLiteral("missing-changed");
-    case DifferenceKind::NotApplicableChanged:
-        break;
-    }
-    return QStringLiteral("not-applicable-changed");
-}
-
-QString nameOf(DifferingProperty property)
-{
-    const PropertyNames* const names = namesOf(property);
-    return names ? QLatin1String(names->name) : QString();
-}
-
-QString textOf(const PropertyValue& value)
-{
-    return std::visit(ValueText(), value);
-}
-
-QString textOf(const Difference& difference)
-{
-    return subjectOf(difference) + QLatin1String(": ") + eventText(difference);
-}
-
 void writeDiffText(const ComparedFiles& files, const ByteSink& sink)
 {
-    for (const Difference& difference : files.differences) {
-        const QString mark =
-            difference.breaks ? QStringLiteral("breaks  ") : QStringLiteral("fits    ");
-        sink(lineOf(mark + textOf(difference)));
-    }
+    writeSection(QStringLiteral("These can break data that fits %1:").arg(files.before.file), files,
+        true, sink);
+    if (!files.onlyBreaking)
+        writeSection(QStringLiteral("These break none:"), files, false, sink);
     sink(lineOf(summaryOf(files)));
+}
+
+void writeDiffCsv(const ComparedFiles& files, bool forSpreadsheet, const ByteSink& sink)
+{
+    const CsvWriter csv(sink, forSpreadsheet);
+    csv.addLine({ QStringLiteral("kind"), QStringLiteral("breaks"), QStringLiteral("record"),
+        QStringLiteral("variable"), QStringLiteral("value_set"), QStringLiteral("code"),
+        QStringLiteral("to"), QStringLiteral("property"), QStringLiteral("before"),
+        QStringLiteral("after") });
+    for (const Difference& difference : toldOf(files))
+        csv.addLine(cellsOf(difference));
 }
 
 void writeDiffJson(const ComparedFiles& files, const ByteSink& sink)
 {
+    const int breaking = countBreaking(files.differences);
     JsonWriter json(sink);
     json.beginObject({ { QStringLiteral("tesselDiff"), JsonVersion },
         { QStringLiteral("before"), jsonOf(files.before) },
-        { QStringLiteral("after"), jsonOf(files.after) },
-        { QStringLiteral("breaking"), breakingIn(files.differences) } });
+        { QStringLiteral("after"), jsonOf(files.after) }, { QStringLiteral("breaking"), breaking },
+        { QStringLiteral("fitting"), files.differences.size() - breaking } });
     json.beginList("differences");
-    for (const Difference& difference : files.differences)
+    for (const Difference& difference : toldOf(files))
         json.add(jsonOf(difference));
     json.endList();
     json.endObject();

@@ -1,29 +1,16 @@
 #pragma once
 
-#include "listing/Difference.h"
 #include "text/ByteSink.h"
+#include "writers/DiffTexts.h"
 
-/*! Two listings and what compareListings() found. */
-struct ComparedFiles {
-    const Listing& before;
-    const Listing& after;
-    const QVector<Difference>& differences;
-};
-
-/*! For programs, for example "variable-added". */
-QString nameOf(DifferenceKind kind);
-
-/*! For programs, for example "recordType"; null for all of a thing. */
-QString nameOf(DifferingProperty property);
-
-/*! \a value in words or digits; null: none. */
-QString textOf(const PropertyValue& value);
-
-/*! What differs where, as one line. */
-QString textOf(const Difference& difference);
-
-/*! Hands a line for each difference, and one that counts them, to \a sink. */
+/*!
+ * Hands the differences by record and variable to \a sink, those that break data first, and a line
+ * that counts them.
+ */
 void writeDiffText(const ComparedFiles& files, const ByteSink& sink);
+
+/*! Hands a line for each difference to \a sink, as CSV. */
+void writeDiffCsv(const ComparedFiles& files, bool forSpreadsheet, const ByteSink& sink);
 
 /*! Hands the differences as JSON to \a sink piece by piece. */
 void writeDiffJson(const ComparedFiles& files, const ByteSink& sink);
