@@ -5,6 +5,7 @@
 #include "process/FileNames.h"
 #include "writers/ExportWriters.h"
 #include "writers/FieldWriters.h"
+#include "writers/HtmlBook.h"
 #include "writers/SetupWriters.h"
 #include "InputOptions.h"
 #include "reading/LabelledValues.h"
@@ -201,7 +202,7 @@ void write(const Listing& listing, const ExportOptions& options, const ByteSink&
     case Target::Sql:
         return sink(makeSql(listing, options));
     case Target::Html:
-        return sink(writeHtml(listing));
+        return sink(writeBook({ Book({ listing }) }, { false, {} }));
     case Target::Csv:
         return writeCodebook(listing, ListingFormat::Kind::Csv, options.forSpreadsheet, sink);
     case Target::Json:

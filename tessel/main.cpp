@@ -1,5 +1,6 @@
 #include "BuildCommand.h"
 #include "CheckCommand.h"
+#include "CodebookCommand.h"
 #include "process/Console.h"
 #include "process/FileNames.h"
 #include "ConvertCommand.h"
@@ -34,6 +35,7 @@ struct Command {
 constexpr Command commands[] = {
     { "build", "make a database of data and their dictionary", runBuild },
     { "check", "check data against their dictionary", runCheck },
+    { "codebook", "make a page to read of dictionaries", runCodebook },
     { "convert", "make files of statistics programs of data and their dictionary", runConvert },
     { "diff", "compare two dictionaries", runDiff },
     { "export", "write a dictionary as DDI, SQL, CSV, JSON or a web page", runExport },

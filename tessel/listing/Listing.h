@@ -190,6 +190,7 @@ struct Listing {
     int recordTypeStart = 0; /*!< first column, from 1 */
     int recordTypeLength = 0; /*!< 0: one record type */
     QStringList languages; /*!< names */
+    QStringList languageLabels; /*!< what these are called, "" where that is not told */
     QStringList levels; /*!< names */
     qint64 rowCount = -1; /*!< cases in the file; -1: not told */
     QStringList notes;

@@ -2,45 +2,28 @@
 
 #include "lookups/LookupWriters.h"
 #include "text/ShownText.h"
-#include "writers/ExportText.h"
-#include "writers/HtmlStyle.h"
+#include "writers/HtmlPage.h"
 
 #include <model_Tessel/ReportLookup.h>
 
 namespace {
 
-// Colours are the system's, so that the page is dark where that is wished; paper has them light.
 constexpr char styleSheet[] = R"(
-:root { color-scheme: light dark; }
-body { font: 1rem/1.5 system-ui, sans-serif; }
-h1 { font-size: 1.5rem; } h2 { font-size: 1.2rem; margin-top: 2rem; }
 table { width: 100%; }
-th, td { padding: 0.3rem 0.6rem 0.3rem 0;
-  border-bottom: 1px solid #8886; overflow-wrap: anywhere; unicode-bidi: isolate; }
-td { white-space: pre-wrap; }
-.number { text-align: end; white-space: nowrap; font-variant-numeric: tabular-nums; width: 4rem; }
-.facts th { width: 14rem; font-weight: normal; color: #777; }
+td { white-space: pre-wrap; } .number { width: 4rem; }
+.facts th { width: 14rem; font-weight: normal; color: var(--quiet); }
 .bar { width: 35%; } .bar svg { display: block; width: 100%; height: 1.2rem; }
-.bar rect { fill: #2f6f9f; }
-.verdict { font-weight: bold; padding: 0.5rem 0.8rem; border-inline-start: 0.4rem solid #2e7d32; }
-.bad { border-color: #c62828; }
+.bar rect { fill: var(--bar); }
+.verdict { font-weight: bold; padding: 0.5rem 0.8rem; border-inline-start: 0.4rem solid var(--good); }
+.bad { border-color: var(--bad); }
 @media (max-width: 32rem) { .facts th, .facts td { display: block; width: auto; }
   .facts th { border-bottom: 0; padding-bottom: 0; } .bar { width: 25%; } }
-@media print { :root { color-scheme: light; } thead { display: table-header-group; }
-  .bar rect { print-color-adjust: exact; -webkit-print-color-adjust: exact; } }
+@media print { .bar rect { print-color-adjust: exact; -webkit-print-color-adjust: exact; } }
 )";
-
-// Text that is safe between tags and in quoted attributes, with control characters made visible.
-QString escaped(const QString& text)
-{
-    return xmlText(printable(text))
-        .toHtmlEscaped()
-        .replace(QLatin1Char('\''), QLatin1String("&#39;"));
-}
 
 QString cell(const QString& text)
 {
-    return QStringLiteral("<td dir=\"auto\">") + escaped(text) + QStringLiteral("</td>");
+    return QStringLiteral("<td dir=\"auto\">") + htmlText(text) + QStringLiteral("</td>");
 }
 
 QString numberCell(int number)
@@ -57,7 +40,7 @@ QString row(const QString& cells)
 
 QString fact(const QString& caption, const QString& text)
 {
-    return QStringLiteral("<tr><th scope=\"row\">") + escaped(caption) + QStringLiteral("</th>")
+    return QStringLiteral("<tr><th scope=\"row\">") + htmlText(caption) + QStringLiteral("</th>")
         + cell(text) + QStringLiteral("</tr>\n");
 }
 
@@ -144,8 +127,8 @@ QString differences(const QString& title, const QVector<LabelDifference>& differ
 QString comparison(const LabelComparison& labels)
 {
     QString text = heading(QStringLiteral("Value labels"));
-    text += QStringLiteral("<p>Compared with variable ") + escaped(labels.variable)
-        + QStringLiteral(" of ") + escaped(labels.file) + QStringLiteral(".</p>\n");
+    text += QStringLiteral("<p>Compared with variable ") + htmlText(labels.variable)
+        + QStringLiteral(" of ") + htmlText(labels.file) + QStringLiteral(".</p>\n");
     if (labels.isEqual())
         return text + QStringLiteral("<p>All keys and texts agree.</p>\n");
     return text + differences(QStringLiteral("Keys without a label"), labels.keysWithoutLabel)
@@ -181,16 +164,9 @@ QString frequencies(const QVector<ValueCount>& counts)
 QByteArray lookupPage(const ReportLookup& report, const LookupOutcome& outcome)
 {
     const QString title = QStringLiteral("Lookup check");
-    QString page = QStringLiteral(
-        "<!DOCTYPE html>\n"
-        "<html xmlns=\"http://www.w3.org/1999/xhtml\" lang=\"en\">\n<head>\n"
-        "<meta charset=\"utf-8\"/>\n"
-        "<meta http-equiv=\"Content-Security-Policy\" "
-        "content=\"default-src 'none'; style-src 'unsafe-inline'\"/>\n"
-        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n");
-    page += QStringLiteral("<title>") + title + QStringLiteral(": ") + escaped(report.idValue())
-        + QStringLiteral("</title>\n<style>") + QLatin1String(styleSheet) + pageStyle()
-        + QStringLiteral("</style>\n</head>\n<body>\n<h1>") + title + QStringLiteral("</h1>\n");
+    QString page =
+        pageHead(title + QLatin1String(": ") + report.idValue(), QLatin1String(styleSheet))
+        + QStringLiteral("<body>\n<h1>") + title + QStringLiteral("</h1>\n");
     page += identification(report) + summary(outcome) + messages(outcome.problems);
     if (outcome.comparison)
         page += comparison(*outcome.comparison);

@@ -105,7 +105,9 @@ ListedField listField(const TOxSourceField& source, const TCSProVariable& variab
     field.item = item.dictionaryName;
     field.occurrence = item.occurrence;
     field.name = dictionary.nameOfOccurrence(item, source.fieldName);
-    field.label = source.fieldLabel;
+    // The field's own is that of the language which the file was opened with.
+    field.label =
+        dictionary.languages().isEmpty() ? source.fieldLabel : dictionary.labelText(item.label);
     field.occurrenceLabel = orNull(dictionary.labelText(detail.occurrenceLabel));
     field.isIdentification = item.record == dictionary.commonRecord;
     if (item.record && !field.isIdentification)
@@ -144,8 +146,10 @@ Listing listFields(const QString& file, TCSProDataImport& importer)
     listing.name = dictionary.name;
     listing.label = dictionary.labelText(dictionary.label);
     listing.encoding = QString::fromLatin1(dictionary.textEncoding());
-    for (const CSProLanguage& language : dictionary.languages())
+    for (const CSProLanguage& language : dictionary.languages()) {
         listing.languages.append(language.name);
+        listing.languageLabels.append(language.label);
+    }
     for (const CSProLevel& level : dictionary.levels())
         listing.levels.append(level.name);
     if (!dictionary.note().isEmpty())
@@ -166,4 +170,17 @@ Listing listFields(const QString& file, TCSProDataImport& importer)
         listing.fields.append(listField(*source, variable, dictionary, valueSets));
     }
     return listing;
+}
+
+QVector<Listing> listLanguages(const QString& file, TCSProDataImport& importer)
+{
+    TCSPro& dictionary = *importer.dictionary;
+    QVector<Listing> listings;
+    for (const CSProLanguage& language : dictionary.languages()) {
+        dictionary.setLanguage(language.name);
+        listings.append(listFields(file, importer));
+    }
+    if (listings.isEmpty())
+        listings.append(listFields(file, importer));
+    return listings;
 }

@@ -5,6 +5,17 @@
 
 #include <model_Tessel/CSProDataImport.h>
 
+namespace {
+
+void addReading(const InputDictionary& input, Listing& listing)
+{
+    if (!input.origin.isNull())
+        listing.notes.prepend(input.origin);
+    listing.isPartial = !input.file.isWhole();
+}
+
+} // namespace
+
 bool readListing(const QString& path, const InputOptions& options, Listing& listing)
 {
     const InputDictionary input = readInputDictionary(path, options);
@@ -15,8 +26,23 @@ bool readListing(const QString& path, const InputOptions& options, Listing& list
         listing = listFields(path, *importer);
     else
         listing = listStatFile(file);
-    if (!input.origin.isNull())
-        listing.notes.prepend(input.origin);
-    listing.isPartial = !file.isWhole();
+    addReading(input, listing);
+    return true;
+}
+
+bool readLanguages(const QString& path, const InputOptions& options, QVector<Listing>& languages)
+{
+    const InputDictionary input = readInputDictionary(path, options);
+    if (!input.file.hasDictionary())
+        return false;
+    TCSProDataImport* importer = input.file.csproImporter();
+    if (importer && options.dictionary.language.isEmpty())
+        languages = listLanguages(path, *importer);
+    else if (importer)
+        languages = { listFields(path, *importer) };
+    else
+        languages = { listStatFile(input.file) };
+    for (Listing& listing : languages)
+        addReading(input, listing);
     return true;
 }

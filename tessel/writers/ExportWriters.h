@@ -22,6 +22,3 @@ QByteArray writeDdi(const Listing& listing);
  * \param notes takes one for each name that is not written as it is in the dictionary
  */
 QByteArray writeSql(const Listing& listing, const SqlOptions& options, tessel::SqlNotes& notes);
-
-/*! The listing as one web page that needs no other file. */
-QByteArray writeHtml(const Listing& listing);
