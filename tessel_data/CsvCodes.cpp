@@ -3,7 +3,6 @@
 #include <tessel_data/CsvBytes_p.h>
 #include <tessel_data/QuantityLabel_p.h>
 
-#include <model_Tessel/StatDictionary.h>
 #include <model_Tessel/UtilStrings.h>
 
 #include <algorithm>
@@ -15,7 +14,7 @@ namespace {
 using Kind = ConversionNote::Kind;
 
 constexpr int NoEntry = -1;
-constexpr int OtherKind = -2; // of missing values, that has no label
+constexpr int OtherMissing = -2; // a missing value that has no label
 
 bool isKind(const QString& code)
 {
@@ -78,7 +77,6 @@ void CsvCodes::addCodes(const DataDictionary& dictionary, const DataVariable& va
     for (const auto& segment : m_table.reals()) {
         add(segment.entry, realText(segment.low),
             segment.low == segment.high ? QString() : realText(segment.high), qint64(segment.low));
-        m_codes.back().real = segment.low;
     }
     for (const auto& [text, match] : m_table.texts()) {
         const QString code = QString::fromUtf8(text.data(), int(text.size()));
@@ -116,17 +114,22 @@ void CsvCodes::markMissing(const DataDictionary& dictionary, int variable)
 {
     if (!dictionary.description)
         return;
-    const TStatVariableDescription& source = dictionary.description->variables.at(variable);
-    const bool isText = m_type == DataVariable::Type::Text;
-    for (CsvCode& code : m_codes) {
-        for (const TStatMissingRange& range : source.missingRanges) {
-            const bool isInRange = isText
-                ? csvText(withoutTrailingBlanks(range.low.text), m_form.forSpreadsheet) == code.low
-                : code.kind == '\0' && range.low.number <= code.real
-                    && code.real <= range.high.number;
-            code.isMissing = code.isMissing || isInRange;
-        }
+    m_missing = dictionary.description->variables.at(variable).missingRanges;
+    for (CsvCode& code : m_codes)
+        code.isMissing = code.isMissing || (code.kind == '\0' && isMissingInFile(code.low));
+}
+
+bool CsvCodes::isMissingInFile(const QString& cell) const
+{
+    if (m_type == DataVariable::Type::Text) {
+        return std::any_of(m_missing.begin(), m_missing.end(), [&](const TStatMissingRange& range) {
+            return csvText(withoutTrailingBlanks(range.low.text), m_form.forSpreadsheet) == cell;
+        });
     }
+    const double number = cell.toDouble();
+    return std::any_of(m_missing.begin(), m_missing.end(), [&](const TStatMissingRange& range) {
+        return range.low.number <= number && number <= range.high.number;
+    });
 }
 
 // A quantity has no labels.
@@ -184,7 +187,7 @@ void CsvCodes::dropShared()
 void CsvCodes::dropReadable()
 {
     QHash<int, std::vector<int>> readers; // by the entry that they read like
-    std::vector<int> plain { OtherKind };
+    std::vector<int> plain { OtherMissing };
     for (int entry = 0; entry < int(m_labels.size()); ++entry) {
         const Label& label = m_labels[std::size_t(entry)];
         if (!label.isUsed) {
@@ -221,11 +224,16 @@ int CsvCodes::entryOf(const QString& cell) const
     if (text != m_texts.constEnd())
         return *text;
     if (m_hasKinds && m_type != DataVariable::Type::Text && isKind(cell))
-        return OtherKind;
-    if (!isReadable(cell) || m_type == DataVariable::Type::Text)
+        return OtherMissing;
+    if (!isReadable(cell))
         return NoEntry;
-    if (m_type == DataVariable::Type::Real)
-        return m_table.find(cell.toDouble()).entry;
+    const int other = isMissingInFile(cell) ? OtherMissing : NoEntry;
+    if (m_type == DataVariable::Type::Text)
+        return other;
+    if (m_type == DataVariable::Type::Real) {
+        const CodeTable::Match match = m_table.find(cell.toDouble());
+        return match.isCode ? match.entry : other;
+    }
     qint64 number = 0;
     const QByteArray bytes = cell.toLatin1();
     readCode({ bytes.constData(), std::size_t(bytes.size()) }, m_decimals, number);

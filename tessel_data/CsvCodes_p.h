@@ -2,6 +2,8 @@
 
 #include <tessel_data/ConversionPlan.h>
 
+#include <model_Tessel/StatDictionary.h>
+
 #include <QHash>
 #include <QPair>
 #include <QString>
@@ -23,7 +25,6 @@ struct CsvCode {
     QString low; // as a cell has it; empty: blanks
     QString high; // of a range, else null
     qint64 number = 0;
-    double real = 0;
     bool isMissing = false;
     char kind = '\0'; // 'a' to 'z' for a kind of missing values
 };
@@ -85,6 +86,7 @@ private:
     void tellAlike();
     std::vector<std::vector<int>> alike() const;
     int entryOf(const QString& cell) const;
+    bool isMissingInFile(const QString& cell) const;
     QString codesOf(const std::vector<int>& entries) const;
     void tell(ConversionNote::Kind kind, const std::vector<int>& entries);
 
@@ -93,6 +95,7 @@ private:
     DataVariable::Type m_type;
     int m_decimals;
     CodeTable m_table;
+    QVector<TStatMissingRange> m_missing; // of a file of SPSS
     QHash<QString, int> m_texts; // entries of texts and kinds by their cells
     std::vector<CsvCode> m_codes;
     std::vector<Label> m_labels; // by entry of the set

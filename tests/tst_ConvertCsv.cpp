@@ -54,6 +54,7 @@ private slots:
     void labelsThatMeanSeveral();
     void valuesLikeLabels();
     void labelsOfKinds();
+    void labelLikeMissingValue();
     void statFiles_data();
     void statFiles();
     void dbs_data();
@@ -325,6 +326,27 @@ void tst_ConvertCsv::labelsOfKinds()
         missing.append(value.toObject().value("value").toString());
     QCOMPARE(missing.mid(0, 3), (QStringList { "", ".a", "Gone" }));
     QCOMPARE(missing.size(), 27);
+}
+
+// That of the file has no label, and would be taken for it.
+void tst_ConvertCsv::labelLikeMissingValue()
+{
+    StatFileWriter writer;
+    readstat_label_set_t* const labels = writer.addLabels("labels0", READSTAT_TYPE_DOUBLE);
+    readstat_label_double_value(labels, 1, "9");
+    readstat_label_double_value(labels, 2, "10");
+    readstat_variable_t* const number = writer.add("N", READSTAT_TYPE_DOUBLE, "F8.2", labels);
+    readstat_variable_add_missing_double_value(number, 9);
+    writer.setNumber(1);
+    const QString file = m_folder->filePath("missing.sav");
+    QVERIFY(writer.write(file, TStatFileKind::Spss, 1));
+    const Outcome outcome = convert({ file }, { "--labels", "--plan" });
+    QVERIFY2(
+        outcome.output.contains("label \"9\" of 1 left out: it reads like a code without label"),
+        outcome.output.constData());
+    QVERIFY2(!outcome.output.contains("\"10\""), outcome.output.constData());
+    QCOMPARE(convert({ file }, { "--labels" }).status, 0);
+    QCOMPARE(readFile(path("missing.csv")), QByteArray("N\r\n1\r\n"));
 }
 
 void tst_ConvertCsv::statFiles_data()
