@@ -82,9 +82,10 @@ inline bool RecordParser::readDigit(
         return false;
     constexpr uchar valueBits = 0x0F; // none is set in a blank
     const auto character = uchar(line[std::size_t(column.start)]);
-    state = column.digits[character];
+    const ValueState read = column.digits[character];
+    state = read;
     number = character & valueBits;
-    return state.kind() != ValueKind::NotANumber;
+    return read.kind() != ValueKind::NotANumber;
 }
 
 // From the first character of a kind to behind the last one; the text has one.
@@ -234,8 +235,11 @@ int RecordParser::recordOf() const
 {
     if (m_dictionary.recordTypeWidth == 0)
         return m_plans.empty() ? -1 : 0;
-    const std::string_view code = trailingBlanksCut(
-        m_line.columns(m_dictionary.recordTypeStart, m_dictionary.recordTypeWidth));
+    const std::string_view columns =
+        m_line.columns(m_dictionary.recordTypeStart, m_dictionary.recordTypeWidth);
+    if (columns.size() == 1)
+        return m_types[uchar(columns[0])];
+    const std::string_view code = trailingBlanksCut(columns);
     if (code.size() <= 1)
         return m_types[code.empty() ? ' ' : uchar(code[0])];
     const auto found = m_longTypes.find(std::string(code));

@@ -78,6 +78,7 @@ StatColumn::StatColumn(const ConversionColumn& column, ConversionFormat format, 
     , m_isStata(format == ConversionFormat::Stata)
     , m_isSettled(isSettled)
     , m_mostPlain(column.decimals == 0 ? MostExact : MostDecimal)
+    , m_scale(double(powerOfTen(column.decimals)))
     , m_mostBytes(std::size_t(limitsOf(format).textBytes))
     , m_free(column.missingBase)
 {

@@ -71,7 +71,7 @@ public:
     /* What a whole number stands for, which is scaled. */
     double numberOf(qint64 number) const
     {
-        return m_column.decimals == 0 ? double(number) : scaled(number);
+        return isExact(number) ? double(number) / m_scale : scaled(number);
     }
 
 private:
@@ -82,6 +82,10 @@ private:
             m_high = std::max(m_high, number);
         }
         sink.addWhole(number);
+    }
+    static bool isExact(qint64 number)
+    {
+        return number <= MostExact && number >= -MostExact;
     }
     bool isPlain(qint64 number) const
     {
@@ -110,6 +114,7 @@ private:
     bool m_isStata;
     bool m_isSettled;
     qint64 m_mostPlain; // all up to it are exact
+    double m_scale; // of whole numbers
     std::size_t m_mostBytes; // of a text; 0: any number
     bool m_hasTags = false;
     qint64 m_low = std::numeric_limits<qint64>::max(); // of whole numbers, as they are scaled

@@ -160,13 +160,14 @@ void StatTarget::Job::addRow(
     Sink& sink, std::size_t file, const ConversionRows& rows, const ConversionRows::Row& row)
 {
     const std::vector<Place>& places = m_places[file][std::size_t(row.occurrence)];
+    const DataBatch& batch = rows.batch();
     const quint32* const firstCells = rows.firstCells(row);
     StatColumn* column = m_columns[file].data();
     ConversionCounts* count = counts[file].data();
     for (const Place& place : places) {
         const quint32 first = firstCells[place.source];
         if (place.cell >= 0 && first != ConversionRows::NoCell)
-            column->add(sink, rows.batch(), first + quint32(place.cell), *count);
+            column->add(sink, batch, first + quint32(place.cell), *count);
         else if (place.role == Role::Row)
             column->addNumber(sink, row.number);
         else if (place.role == Role::Occurrence)

@@ -19,6 +19,7 @@ private slots:
     void asksWithLongTexts();
     void longTextBound();
     void widenedByCharacters();
+    void byteWidths();
 
 private:
     QString path(const QString& name) const
@@ -155,6 +156,30 @@ void tst_StatTarget::widenedByCharacters()
     for (const ConversionFormat format : { ConversionFormat::Spss, ConversionFormat::Stata }) {
         QVERIFY(convert(dictionary, rows(2, u8"\u00e9\u20ac"), format, always));
         QVERIFY(!m_counts.at(0).at(1).isWidened);
+    }
+}
+
+// One byte that is no plain ASCII is found wherever it stands, in data that are read in halves and
+// in pieces.
+void tst_StatTarget::byteWidths()
+{
+    constexpr int size = 300'000;
+    const DataDictionary dictionary =
+        DataDictionary::fromBytes(survey(item("A", 4, 1, "Alpha")), "d.dcf");
+    const auto isPlain = [&](const QByteArray& data) {
+        return write("d.dat", data)
+            && hasByteWidths(CSProTextSource(dictionary, { path("d.dat") }));
+    };
+    QVERIFY(isPlain(QByteArray()));
+    QVERIFY(isPlain("\x01 ~\x7F"));
+    const QByteArray plain(size, 'a');
+    QVERIFY(isPlain(plain));
+    for (const int place : { 0, 1, 65535, 65536, size / 2 - 1, size / 2, size - 1 }) {
+        for (const char byte : { '\0', '\x80', '\xFF' }) {
+            QByteArray data = plain;
+            data[place] = byte;
+            QVERIFY2(!isPlain(data), qPrintable(QString::number(place)));
+        }
     }
 }
 
