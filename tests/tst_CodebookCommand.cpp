@@ -1,6 +1,7 @@
 // Runs "tessel codebook" and looks at what its page says, as text; tst_CodebookBrowser opens it.
 #include "ExportRun.h"
 #include "HtmlIds.h"
+#include "ManyVariables.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -292,31 +293,11 @@ void tst_CodebookCommand::failsAsOtherCommands()
 
 void tst_CodebookCommand::isSmallForManyVariables()
 {
-    constexpr int Count = 6000;
-    QByteArray languages(
-        "[Languages]\nEN=English\nFR=Fran\u00e7ais\nES=Espa\u00f1ol\nPT=Portugu\u00eas\n"
-        "AR=Arabic\nAM=Amharic\n\n");
-    QByteArray dictionary = dictionaryStart();
-    dictionary.insert(dictionary.indexOf("[Level]"), languages);
-    for (int i = 0; i < Count; ++i) {
-        const QByteArray number = QByteArray::number(i);
-        if (i % 100 == 0)
-            dictionary += record("R" + number, number, 100000);
-        const QByteArray label = "Question on goods " + number;
-        dictionary += "[Item]\nLabel=" + label + "|Question sur biens " + number
-            + "|Pregunta de bienes " + number + "|Pergunta de bens " + number
-            + "|\u0633\u0624\u0627\u0644 " + number + "|\u1325\u12eb\u1244 " + number + "\nName=V"
-            + number + "\nStart=" + QByteArray::number(11 + i % 100) + "\nLen=1\n\n";
-        if (i % 2 == 0)
-            dictionary += valueSet("V" + number + "_VS1",
-                "Value=1;Yes|Oui\nValue=2;No|Non\nValue=" + QByteArray::number(3 + i % 40)
-                    + ";Other|Autre\n");
-    }
     QTemporaryDir folder;
     const QString path = folder.filePath("many.dcf");
-    QVERIFY(writeFile(path, dictionary));
+    QVERIFY(writeFile(path, manyVariables()));
     const QByteArray page = pageOf(path);
-    QCOMPARE(page.count("<th scope=row>"), Count + 1);
+    QCOMPARE(page.count("<th scope=row>"), ManyVariables + 1);
     QVERIFY(page.contains("<i lang=am>\u1325\u12eb\u1244 5999</i>"));
     QVERIFY2(page.size() < 3'000'000, qPrintable(QString::number(page.size())));
 }

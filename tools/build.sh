@@ -5,7 +5,7 @@ root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libreadstat-dev libsqlite3-dev libpq-dev
     libssl-dev)
 # They read what the command exports and builds.
-test_packages=(sqlite3 libxml2-utils postgresql pspp r-cran-readr r-cran-haven)
+test_packages=(sqlite3 libxml2-utils postgresql pspp r-cran-readr r-cran-haven chromium)
 lint_packages=(clang clang-format clazy libbenchmark-dev)
 
 say() { printf '%s\n' "$*" >&2; }
@@ -34,6 +34,15 @@ need_packages() {
         say "These packages could not be installed: ${missing[*]}"
         exit 1
     fi
+}
+
+# Checks of pages for readers with disabilities; without a network tests are skipped that need them.
+need_axe() {
+    [ -e "$root/build/npm/node_modules/axe-core/axe.min.js" ] && return
+    command -v npm >/dev/null || need_packages npm
+    mkdir -p "$root/build/npm"
+    npm install --silent --no-audit --no-fund --no-package-lock --prefix "$root/build/npm" axe-core@4.14.1 >&2 </dev/null \
+        || say "axe-core could not be installed, so pages are not checked with it."
 }
 
 # build PRESET [TARGET...]: says nothing when all is well, shows the log when it is not.
