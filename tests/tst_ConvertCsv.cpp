@@ -69,6 +69,7 @@ private slots:
     void blankIdentificationIsNoKey_data();
     void blankIdentificationIsNoKey();
     void infiniteNumbers();
+    void datesStayNumbers();
     void missingKinds();
     void manyColumns();
     void nothingIsLeftBehind();
@@ -608,6 +609,22 @@ void tst_ConvertCsv::infiniteNumbers()
         QCOMPARE(readFile(path("infinite.csv")),
             QByteArray("N\r\n") + (number < 0 ? "-INF" : "INF") + "\r\n");
     }
+}
+
+// The plan says so, and how they count.
+void tst_ConvertCsv::datesStayNumbers()
+{
+    StatFileWriter writer;
+    writer.add("D", READSTAT_TYPE_DOUBLE, "DATE11");
+    writer.add("N", READSTAT_TYPE_DOUBLE, "F8.2");
+    const QString file = m_folder->filePath("dates.sav");
+    QVERIFY(writer.write(file, TStatFileKind::Spss, 1));
+    const Outcome outcome = convert({ file }, { "--plan", "--strict" });
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(outcome.output,
+        QByteArray("file dates.csv\n  D number DATE11\n  N number F8.2\n"
+                   "note: dates.csv D numbers as DATE11 counts them\n"
+                   "note: dates.csv measures, widths and alignments of 2 variables left out\n"));
 }
 
 void tst_ConvertCsv::missingKinds()
