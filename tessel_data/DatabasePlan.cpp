@@ -35,65 +35,94 @@ struct SystemColumn {
     Type type;
 };
 
+using SystemColumns = std::vector<SystemColumn>;
+
+SystemColumns columnsOfRecords()
+{
+    return { { "table_name", Type::Text }, { "name", Type::Text }, { "label", Type::Text },
+        { "type_code", Type::Text }, { "level", Type::Integer }, { "required", Type::Integer },
+        { "maximum", Type::Integer }, { "row_count", Type::Integer }, { "label_view", Type::Text },
+        { "valid_view", Type::Text } };
+}
+
+SystemColumns columnsOfVariables()
+{
+    return { { "table_name", Type::Text }, { "column_name", Type::Text },
+        { "position", Type::Integer }, { "record", Type::Text }, { "name", Type::Text },
+        { "item", Type::Text }, { "label", Type::Text }, { "type", Type::Text },
+        { "width", Type::Integer }, { "decimals", Type::Integer }, { "level", Type::Integer },
+        { "is_id", Type::Integer }, { "occurrence", Type::Integer }, { "value_set", Type::Text },
+        { "value_table", Type::Text } };
+}
+
+SystemColumns columnsOfValues()
+{
+    return { { "value_set", Type::Text }, { "value_set_label", Type::Text },
+        { "value_table", Type::Text }, { "position", Type::Integer }, { "code", Type::Text },
+        { "code_to", Type::Text }, { "label", Type::Text }, { "special", Type::Text } };
+}
+
+SystemColumns columnsOfSources()
+{
+    return { { "source_id", Type::Integer }, { "build_id", Type::Integer }, { "file", Type::Text },
+        { "path", Type::Text }, { "bytes", Type::Integer }, { "sha256", Type::Text },
+        { "encoding", Type::Text }, { "lines", Type::Integer }, { "records", Type::Integer },
+        { "deleted_lines", Type::Integer }, { "blank_lines", Type::Integer },
+        { "rejected_lines", Type::Integer }, { "left_out_lines", Type::Integer },
+        { "cases_read", Type::Integer }, { "cases", Type::Integer },
+        { "deleted_cases", Type::Integer }, { "partly_saved_cases", Type::Integer },
+        { "left_out_cases", Type::Integer }, { "dictionary", Type::Text } };
+}
+
+SystemColumns columnsOfBuilds()
+{
+    return { { "build_id", Type::Integer }, { "form", Type::Integer }, { "started", Type::Text },
+        { "finished", Type::Text }, { "version", Type::Text }, { "options", Type::Text },
+        { "lines", Type::Integer }, { "row_count", Type::Integer },
+        { "rejected_lines", Type::Integer }, { "deleted_lines", Type::Integer },
+        { "blank_lines", Type::Integer }, { "left_out_lines", Type::Integer },
+        { "cases", Type::Integer }, { "deleted_cases", Type::Integer },
+        { "left_out_cases", Type::Integer }, { "new_cases", Type::Integer },
+        { "changed_cases", Type::Integer }, { "unchanged_cases", Type::Integer },
+        { "withdrawn_cases", Type::Integer }, { "problems", Type::Integer } };
+}
+
+SystemColumns columnsOfProblems()
+{
+    return { { "kind", Type::Text }, { "source_id", Type::Integer }, { "line", Type::Integer },
+        { "case_id", Type::Integer }, { "case_key", Type::Text }, { "record", Type::Text },
+        { "variable", Type::Text }, { "value", Type::Text }, { "first_source_id", Type::Integer },
+        { "first_line", Type::Integer }, { "first_case_id", Type::Integer } };
+}
+
+SystemColumns columnsOfRejects()
+{
+    return { { "source_id", Type::Integer }, { "line", Type::Integer }, { "reason", Type::Text },
+        { "text", Type::Text }, { "is_whole", Type::Integer } };
+}
+
+SystemColumns columnsOfMissing()
+{
+    return { { "table_name", Type::Text }, { "column_name", Type::Text }, { "row", Type::Integer },
+        { "kind", Type::Text } };
+}
+
 struct SystemDefinition {
     const QString& name;
-    std::vector<SystemColumn> columns;
+    SystemColumns columns;
 };
 
 const std::vector<SystemDefinition>& systemTables()
 {
     static const std::vector<SystemDefinition> tables {
-        { SystemTable::records,
-            { { "table_name", Type::Text }, { "name", Type::Text }, { "label", Type::Text },
-                { "type_code", Type::Text }, { "level", Type::Integer },
-                { "required", Type::Integer }, { "maximum", Type::Integer },
-                { "row_count", Type::Integer }, { "label_view", Type::Text },
-                { "valid_view", Type::Text } } },
-        { SystemTable::variables,
-            { { "table_name", Type::Text }, { "column_name", Type::Text },
-                { "position", Type::Integer }, { "record", Type::Text }, { "name", Type::Text },
-                { "item", Type::Text }, { "label", Type::Text }, { "type", Type::Text },
-                { "width", Type::Integer }, { "decimals", Type::Integer },
-                { "level", Type::Integer }, { "is_id", Type::Integer },
-                { "occurrence", Type::Integer }, { "value_set", Type::Text },
-                { "value_table", Type::Text } } },
-        { SystemTable::values,
-            { { "value_set", Type::Text }, { "value_set_label", Type::Text },
-                { "value_table", Type::Text }, { "position", Type::Integer },
-                { "code", Type::Text }, { "code_to", Type::Text }, { "label", Type::Text },
-                { "special", Type::Text } } },
-        { SystemTable::sources,
-            { { "source_id", Type::Integer }, { "build_id", Type::Integer }, { "file", Type::Text },
-                { "path", Type::Text }, { "bytes", Type::Integer }, { "sha256", Type::Text },
-                { "encoding", Type::Text }, { "lines", Type::Integer },
-                { "records", Type::Integer }, { "deleted_lines", Type::Integer },
-                { "blank_lines", Type::Integer }, { "rejected_lines", Type::Integer },
-                { "left_out_lines", Type::Integer }, { "cases_read", Type::Integer },
-                { "cases", Type::Integer }, { "deleted_cases", Type::Integer },
-                { "partly_saved_cases", Type::Integer }, { "left_out_cases", Type::Integer },
-                { "dictionary", Type::Text } } },
-        { SystemTable::builds,
-            { { "build_id", Type::Integer }, { "form", Type::Integer }, { "started", Type::Text },
-                { "finished", Type::Text }, { "version", Type::Text }, { "options", Type::Text },
-                { "lines", Type::Integer }, { "row_count", Type::Integer },
-                { "rejected_lines", Type::Integer }, { "deleted_lines", Type::Integer },
-                { "blank_lines", Type::Integer }, { "left_out_lines", Type::Integer },
-                { "cases", Type::Integer }, { "deleted_cases", Type::Integer },
-                { "left_out_cases", Type::Integer }, { "new_cases", Type::Integer },
-                { "changed_cases", Type::Integer }, { "unchanged_cases", Type::Integer },
-                { "withdrawn_cases", Type::Integer }, { "problems", Type::Integer } } },
-        { SystemTable::problems,
-            { { "kind", Type::Text }, { "source_id", Type::Integer }, { "line", Type::Integer },
-                { "case_id", Type::Integer }, { "case_key", Type::Text }, { "record", Type::Text },
-                { "variable", Type::Text }, { "value", Type::Text },
-                { "first_source_id", Type::Integer }, { "first_line", Type::Integer },
-                { "first_case_id", Type::Integer } } },
-        { SystemTable::rejects,
-            { { "source_id", Type::Integer }, { "line", Type::Integer }, { "reason", Type::Text },
-                { "text", Type::Text }, { "is_whole", Type::Integer } } },
-        { SystemTable::missing,
-            { { "table_name", Type::Text }, { "column_name", Type::Text }, { "row", Type::Integer },
-                { "kind", Type::Text } } },
+        { SystemTable::records, columnsOfRecords() },
+        { SystemTable::variables, columnsOfVariables() },
+        { SystemTable::values, columnsOfValues() },
+        { SystemTable::sources, columnsOfSources() },
+        { SystemTable::builds, columnsOfBuilds() },
+        { SystemTable::problems, columnsOfProblems() },
+        { SystemTable::rejects, columnsOfRejects() },
+        { SystemTable::missing, columnsOfMissing() },
     };
     return tables;
 }
