@@ -281,15 +281,25 @@ inline QVector<QByteArray> shuffledCases(unsigned seed)
 // What tests of additions do: a database "t" in a target of their choice, sources in a folder.
 class AddedBuilds {
 protected:
-    void start(PostgreSqlServer* server)
+    // Before the first of them; what is missing of it is told by start().
+    void startServer()
+    {
+        m_missing = m_server.start();
+    }
+    // Nothing is there yet; why there is no server, or null.
+    QString start(bool isOnServer)
     {
         folder = std::make_unique<QTemporaryDir>();
-        if (server) {
-            targets = std::make_unique<ServerTargets>(*server);
-            server->ask("SET client_min_messages = error;DROP SCHEMA IF EXISTS t, whole CASCADE;");
-        } else {
+        targets.reset();
+        if (!isOnServer) {
             targets = std::make_unique<SqliteTargets>(folder->path());
+            return QString();
         }
+        if (m_missing.isEmpty()) {
+            targets = std::make_unique<ServerTargets>(m_server);
+            m_server.ask("SET client_min_messages = error;DROP SCHEMA IF EXISTS t, whole CASCADE;");
+        }
+        return m_missing;
     }
     QString path(const QString& name) const
     {
@@ -341,6 +351,10 @@ protected:
         return outcome.status == 0 ? line.mid(line.lastIndexOf(": ") + 2) : outcome.errors;
     }
 
+    PostgreSqlServer m_server;
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<AddedTargets> targets;
+
+private:
+    QString m_missing; // why there is no server
 };

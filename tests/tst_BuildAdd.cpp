@@ -44,9 +44,6 @@ private:
     {
         return dynamic_cast<ServerTargets*>(targets.get()) != nullptr;
     }
-
-    PostgreSqlServer m_server;
-    QString m_missing; // why there is no server
 };
 
 void tst_BuildAdd::initTestCase_data()
@@ -58,15 +55,15 @@ void tst_BuildAdd::initTestCase_data()
 
 void tst_BuildAdd::initTestCase()
 {
-    m_missing = m_server.start();
+    startServer();
 }
 
 void tst_BuildAdd::init()
 {
     QFETCH_GLOBAL(bool, server);
-    if (server && !m_missing.isEmpty())
-        QSKIP(qPrintable(m_missing));
-    start(server ? &m_server : nullptr);
+    const QString missing = start(server);
+    if (!missing.isEmpty())
+        QSKIP(qPrintable(missing));
 }
 
 const QString censusIds = QStringLiteral("PROVINCE, DISTRICT, EA, HOUSEHOLD_NUMBER");
