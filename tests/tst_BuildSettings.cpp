@@ -3,6 +3,7 @@
 #include "SqliteRows.h"
 
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QtTest>
@@ -28,6 +29,8 @@ private slots:
     void keptInDatabase();
     void again_data();
     void again();
+    void relativeNames();
+    void namesThatStay();
     void commandLineWins();
     void dictionaryOptions();
     void uselessDictionaryOptions();
@@ -48,6 +51,29 @@ private:
     {
         return runTessel(QStringList { "build" } + census + options
             + QStringList { "--to", pathOf(name + QStringLiteral(".sqlite")) });
+    }
+
+    // A small survey, d.dcf and d.dat, in a folder with one for settings.
+    void writeSurvey(const QString& folder) const
+    {
+        QVERIFY(QDir(pathOf(folder)).mkpath("set"));
+        QVERIFY(writeFile(pathOf(folder + "/d.dcf"),
+            "[Dictionary]\nVersion=CSPro 7.7\nName=D\nRecordTypeStart=0\nRecordTypeLen=0\n\n"
+            "[Level]\nName=L\n\n[IdItems]\n\n[Item]\nName=I\nStart=1\nLen=2\n\n[Record]\n"
+            "Name=R\n\n[Item]\nName=V\nStart=3\nLen=1\n"));
+        QVERIFY(writeFile(pathOf(folder + "/d.dat"), "011\n"));
+    }
+    // In a folder of the test.
+    Outcome runIn(
+        const QString& folder, const QStringList& arguments, const QByteArray& input = {}) const
+    {
+        return runProgram("env",
+            QStringList { "-C", pathOf(folder), QStringLiteral(TESSEL_PROGRAM) } + arguments,
+            input);
+    }
+    static QJsonObject settingsOf(const QByteArray& json)
+    {
+        return QJsonDocument::fromJson(json).object();
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -176,7 +202,8 @@ void tst_BuildSettings::keptInDatabase()
     QCOMPARE(settings.value("seed").toInt(), 5);
     QCOMPARE(settings.value("dataBase").toObject().value("filter").toString(),
         QStringLiteral("PROVINCE=11"));
-    QCOMPARE(settings.value("dataBase").toObject().value("sourceFile").toString(), census.first());
+    QCOMPARE(settings.value("dataBase").toObject().value("sourceFile").toString(),
+        QDir(dataFolder() + "/../../examples").canonicalPath() + "/census.dcf");
 }
 
 void tst_BuildSettings::again_data()
@@ -219,6 +246,82 @@ void tst_BuildSettings::again()
     QCOMPARE(runTessel({ "build", "--config", file, "--overwrite" }).output, first.output);
     const QString kept = QStringLiteral("SELECT options FROM tessel_builds");
     QCOMPARE(SqliteRows(pathOf("first.sqlite")).value(kept), one.value(kept));
+}
+
+// They count from the folder of the settings, so that the program may run anywhere, and all of it
+// may be moved.
+void tst_BuildSettings::relativeNames()
+{
+    writeSurvey("work");
+    const Outcome first = runIn(
+        "work", { "build", "d.dcf", "d.dat", "--to", "out.sqlite", "--save-config", "set/s.json" });
+    QVERIFY2(first.status == 0, first.errors.constData());
+    const QJsonObject settings = settingsOf(readFile(pathOf("work/set/s.json")));
+    const QJsonObject database = settings.value("dataBase").toObject();
+    QCOMPARE(database.value("sourceFile").toString(), QStringLiteral("../d.dcf"));
+    QCOMPARE(database.value("folder").toString(), QStringLiteral(".."));
+    QCOMPARE(database.value("name").toString(), QStringLiteral("out.sqlite"));
+    QCOMPARE(settings.value("data").toArray().first().toString(), QStringLiteral("../d.dat"));
+    QVERIFY(QDir().rename(pathOf("work"), pathOf("moved")));
+    QVERIFY(QFile::link(pathOf("moved/set"), pathOf("link")));
+    for (const char* folder : { ".", "moved", "moved/set" }) {
+        QVERIFY(QFile::remove(pathOf("moved/out.sqlite")));
+        const QString name = QDir(pathOf(folder)).relativeFilePath(pathOf("moved/set/s.json"));
+        const Outcome again = runIn(folder, { "build", "--config", name });
+        QVERIFY2(again.status == 0, again.errors.constData());
+        QCOMPARE(
+            SqliteRows(pathOf("moved/out.sqlite")).value("SELECT V FROM R"), QStringLiteral("1"));
+    }
+    const Outcome linked = runIn(".", { "build", "--config", "link/s.json", "--overwrite" });
+    QVERIFY2(linked.output.startsWith("moved/out.sqlite is made"), linked.output.constData());
+    const Outcome saved = runIn(".",
+        { "convert", "--config", "link/s.json", "--to", "csv", "-o", "moved/csv", "--save-config",
+            "link/c.json" });
+    QVERIFY2(saved.status == 0, saved.errors.constData());
+    QVERIFY(QFile::remove(pathOf("moved/csv/R.csv")));
+    const Outcome converted =
+        runIn("moved", { "convert", "--config", "set/c.json", "--overwrite" });
+    QVERIFY2(converted.status == 0, converted.errors.constData());
+    QVERIFY(QFile::exists(pathOf("moved/csv/R.csv")));
+    // A database may be anywhere.
+    const QString folder = QDir(pathOf("moved")).canonicalPath();
+    const QJsonObject kept = settingsOf(
+        SqliteRows(pathOf("moved/out.sqlite")).value("SELECT options FROM tessel_builds").toUtf8());
+    const QJsonObject keptDatabase = kept.value("dataBase").toObject();
+    QCOMPARE(keptDatabase.value("sourceFile").toString(), folder + "/d.dcf");
+    QCOMPARE(keptDatabase.value("folder").toString(), folder);
+    QCOMPARE(kept.value("data").toArray().first().toString(), folder + "/d.dat");
+}
+
+// Standard input and absolute names are the same everywhere; a pipe has no folder.
+void tst_BuildSettings::namesThatStay()
+{
+    writeSurvey("work");
+    const QString dictionary = pathOf("work/d.dcf");
+    const Outcome first = runIn("work",
+        { "build", dictionary, "-", "--to", ":out.sqlite", "--save-config", "set/s.json" },
+        "012\n");
+    QVERIFY2(first.status == 0, first.errors.constData());
+    const QJsonObject settings = settingsOf(readFile(pathOf("work/set/s.json")));
+    const QJsonObject database = settings.value("dataBase").toObject();
+    QCOMPARE(database.value("sourceFile").toString(), dictionary);
+    QCOMPARE(settings.value("data").toArray().first().toString(), QStringLiteral("-"));
+    QCOMPARE(database.value("name").toString(), QStringLiteral(":out.sqlite"));
+    const Outcome again =
+        runIn("work/set", { "build", "--config", "s.json", "--overwrite" }, "013\n");
+    QVERIFY2(again.status == 0, again.errors.constData());
+    const SqliteRows rows(pathOf("work/:out.sqlite"));
+    QCOMPARE(rows.value("SELECT V FROM R"), QStringLiteral("3"));
+    const Outcome piped =
+        runIn("work", { "build", "d.dcf", "d.dat", "--plan", "--save-config", "/dev/stdout" });
+    QVERIFY2(piped.output.contains("\"sourceFile\": \"d.dcf\""), piped.output.constData());
+    // A connection is no name of a file, not even one that is refused.
+    QVERIFY(writeFile(pathOf("work/set/server.json"),
+        "{ \"tessel_build\": 1, \"dataBase\": { \"sourceFile\": \"../d.dcf\", \"name\": \"host=h "
+        "password=x\" }, \"data\": [ \"../d.dat\" ] }"));
+    const Outcome refused = runIn(".", { "build", "--config", "work/set/server.json" });
+    QCOMPARE(refused.status, 2);
+    QVERIFY2(refused.errors.contains("--to takes a server as"), refused.errors.constData());
 }
 
 void tst_BuildSettings::commandLineWins()

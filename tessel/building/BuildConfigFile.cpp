@@ -15,6 +15,16 @@ void take(const BuildConfig& config, BuildSettings& settings)
     settings.hasAllLanguages = config.hasAllLanguages;
 }
 
+void save(
+    BuildConfig& config, const BuildSettings& settings, const tessel::DataDictionary& dictionary)
+{
+    saveInput(config, settings.input, settings.selected, dictionary);
+    config.setTarget(settings.target);
+    config.schema = settings.schema;
+    config.repeats = settings.repeats;
+    config.hasAllLanguages = settings.hasAllLanguages;
+}
+
 } // namespace
 
 bool readConfig(const QString& path, BuildSettings& settings)
@@ -35,14 +45,17 @@ QString takeConfig(const QByteArray& json, BuildSettings& settings)
     return mistake;
 }
 
-QByteArray configText(
-    const BuildSettings& settings, const tessel::DataDictionary& dictionary, bool isIndented)
+bool writeConfig(const BuildSettings& settings, const tessel::DataDictionary& dictionary)
 {
     BuildConfig config;
-    saveInput(config, settings.input, settings.selected, dictionary);
-    config.setTarget(settings.target);
-    config.schema = settings.schema;
-    config.repeats = settings.repeats;
-    config.hasAllLanguages = settings.hasAllLanguages;
-    return config.json(isIndented);
+    save(config, settings, dictionary);
+    return writeConfigFile(settings.configFile, config);
+}
+
+QByteArray keptConfig(const BuildSettings& settings, const tessel::DataDictionary& dictionary)
+{
+    BuildConfig config;
+    save(config, settings, dictionary);
+    makeAbsolute(config);
+    return config.json(false);
 }

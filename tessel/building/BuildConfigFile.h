@@ -3,14 +3,19 @@
 #include "building/BuildRun.h"
 
 /*!
- * Takes the settings of the file \a path, over what \a settings says already. False, and told, when
- * it cannot be read.
+ * Takes the settings of the file \a path, in whose folder relative names are, over what \a settings
+ * says already. False, and told, when it cannot be read.
  */
 bool readConfig(const QString& path, BuildSettings& settings);
 
-/*! Takes the settings \a json in the same way; what is wrong with them, or null. */
+/*! Takes the settings \a json, names as they are; what is wrong with them, or null. */
 QString takeConfig(const QByteArray& json, BuildSettings& settings);
 
-/*! The settings as JSON; \a dictionary is that of the data. */
-QByteArray configText(
-    const BuildSettings& settings, const tessel::DataDictionary& dictionary, bool isIndented);
+/*!
+ * Writes the settings to their file of settings; \a dictionary is that of the data. False, and
+ * told, when that fails.
+ */
+bool writeConfig(const BuildSettings& settings, const tessel::DataDictionary& dictionary);
+
+/*! The settings as a database keeps them: the names of their files mean the same everywhere. */
+QByteArray keptConfig(const BuildSettings& settings, const tessel::DataDictionary& dictionary);

@@ -6,7 +6,6 @@
 #include "building/FirstBuild.h"
 #include "process/Interruption.h"
 #include "process/Console.h"
-#include "process/Output.h"
 #include "process/Progress.h"
 #include "reading/ReadInput.h"
 
@@ -133,7 +132,7 @@ bool fill(const OpenedData& data, const BuildSettings& settings, DatabaseTarget&
     options.plan.hasRepeatTables = settings.hasRepeatTables();
     options.plan.languages = chosenLanguages(settings, source.dictionary());
     options.dictionaryText = data.dictionaryText;
-    options.options = QString::fromUtf8(configText(settings, source.dictionary(), false));
+    options.options = QString::fromUtf8(keptConfig(settings, source.dictionary()));
     options.version = QStringLiteral(TESSEL_VERSION);
     const Interruption interruption;
     Progress progress(targetName(settings), source.countsRows() ? WorkUnit::Rows : WorkUnit::Bytes);
@@ -166,11 +165,8 @@ OpenedData openSource(BuildSettings& settings, AddedTo* target, int& status)
         status = Console::wrongUsage(mistake);
         return {};
     }
-    if (!settings.configFile.isEmpty()) {
-        Output output(settings.configFile);
-        if (!output.write(configText(settings, data.source->dictionary(), true)))
-            return {};
-    }
+    if (!settings.configFile.isEmpty() && !writeConfig(settings, data.source->dictionary()))
+        return {};
     return data;
 }
 

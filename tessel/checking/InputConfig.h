@@ -12,5 +12,14 @@ void takeInput(const tessel::BuildConfig& config, DataInput& input, SelectionReq
 void saveInput(tessel::BuildConfig& config, const DataInput& input,
     const SelectionRequest& selected, const tessel::DataDictionary& dictionary);
 
-/*! Reads the settings of the file \a path. False, and told, when they cannot be read. */
+/*!
+ * Reads the settings of the file \a path, in whose folder relative names are; in \a config they
+ * count from that in which the program runs. False, and told, when they cannot be read.
+ */
 bool readConfigFile(const QString& path, tessel::BuildConfig& config);
+
+/*! The other way round, whole or not at all. False, and told, when they cannot be written. */
+bool writeConfigFile(const QString& path, tessel::BuildConfig& config);
+
+/*! Has the names of files mean the same everywhere. */
+void makeAbsolute(tessel::BuildConfig& config);

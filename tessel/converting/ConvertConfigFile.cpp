@@ -54,7 +54,7 @@ bool readConfig(const QString& path, ConvertSettings& settings)
     return true;
 }
 
-QByteArray configText(const ConvertSettings& settings, const DataDictionary& dictionary)
+bool writeConfig(const ConvertSettings& settings, const DataDictionary& dictionary)
 {
     BuildConfig config;
     const ConversionOptions& options = settings.options;
@@ -63,5 +63,5 @@ QByteArray configText(const ConvertSettings& settings, const DataDictionary& dic
     config.repeats = options.hasRepeatTables ? QStringLiteral("tables") : QStringLiteral("columns");
     config.conversion = { formatName(options.format), settings.folder, options.isMerged,
         options.keepsMissingCodes, options.csv.hasLabels, options.csv.forSpreadsheet };
-    return config.json(true);
+    return writeConfigFile(settings.savedConfig, config);
 }

@@ -10,8 +10,11 @@
  */
 bool readConfig(const QString& path, ConvertSettings& settings);
 
-/*! The settings as JSON; \a dictionary is that of the data. */
-QByteArray configText(const ConvertSettings& settings, const tessel::DataDictionary& dictionary);
+/*!
+ * Writes the settings to the file that they name; \a dictionary is that of the data. False, and told,
+ * when that fails.
+ */
+bool writeConfig(const ConvertSettings& settings, const tessel::DataDictionary& dictionary);
 
 /*! What --to calls a format. */
 QString formatName(tessel::ConversionFormat format);

@@ -49,11 +49,8 @@ std::unique_ptr<DataSource> openSource(ConvertSettings& settings, int& status)
         return nullptr;
     }
     settings.options.hasCases = source->hasCases();
-    if (!settings.savedConfig.isEmpty()) {
-        Output output(settings.savedConfig);
-        if (!output.write(configText(settings, source->dictionary())))
-            return nullptr;
-    }
+    if (!settings.savedConfig.isEmpty() && !writeConfig(settings, source->dictionary()))
+        return nullptr;
     return source;
 }
 

@@ -1,6 +1,8 @@
 #include "process/FileNames.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTextCodec>
 
 #include <clocale>
@@ -36,4 +38,20 @@ QStringList FileNames::paths(const QStringList& names)
     for (const QString& name : names)
         result.append(path(name));
     return result;
+}
+
+bool FileNames::isRelative(const QString& name)
+{
+    return !name.isEmpty() && name != QLatin1String("-") && !name.startsWith(QLatin1Char('/'));
+}
+
+// Links to folders are followed, since ".." behind one leads elsewhere; that to a file stays.
+QString FileNames::absolute(const QString& name)
+{
+    if (!isRelative(name))
+        return name;
+    const QFileInfo file(path(name));
+    const QString folder = file.dir().canonicalPath();
+    return QDir::cleanPath(
+        folder.isEmpty() ? file.absoluteFilePath() : folder + QLatin1Char('/') + file.fileName());
 }

@@ -19,4 +19,10 @@ QString mistake(const char* bytes);
 QString path(const QString& name);
 QStringList paths(const QStringList& names);
 
+/*! True when \a name is a file's and counts from a folder; "-", standard input, is none. */
+bool isRelative(const QString& name);
+
+/*! \a name as one that means the same file in whatever folder the program runs. */
+QString absolute(const QString& name);
+
 } // namespace FileNames
