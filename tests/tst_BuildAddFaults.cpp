@@ -13,6 +13,7 @@ private slots:
     void missingFolder();
     void killed();
     void locked();
+    void waitsForOthers();
     void alreadyMade();
     void fullDisk_data();
     void fullDisk();
@@ -21,6 +22,9 @@ private slots:
     void serverOthersRead();
     void serverLocked();
     void serverRights();
+    void serverDroppedColumn();
+    void serverRefusesAtTheEnd_data();
+    void serverRefusesAtTheEnd();
     void serverWaits_data();
     void serverWaits();
 
@@ -58,25 +62,19 @@ private:
     {
         return m_server.ask(statement).output.trimmed();
     }
-    void startServer()
-    {
-        if (!m_missing.isEmpty())
-            QSKIP(qPrintable(m_missing));
-        start(&m_server);
-    }
-
-    PostgreSqlServer m_server;
-    QString m_missing; // why there is no server
 };
 
 void tst_BuildAddFaults::initTestCase()
 {
-    m_missing = m_server.start();
+    startServer();
 }
 
+// On the server, or in a file.
 void tst_BuildAddFaults::init()
 {
-    start(nullptr);
+    const QString missing = start(QByteArray(QTest::currentTestFunction()).startsWith("server"));
+    if (!missing.isEmpty())
+        QSKIP(qPrintable(missing));
 }
 
 void tst_BuildAddFaults::missingFolder()
@@ -141,6 +139,24 @@ void tst_BuildAddFaults::locked()
     QVERIFY2(outcome.errors.contains("is in use by another program"), outcome.errors.constData());
     other.run("ROLLBACK");
     QCOMPARE(add("101021bob\n").status, 0);
+}
+
+// When they need a moment only.
+void tst_BuildAddFaults::waitsForOthers()
+{
+    constexpr int moment = 500; // milliseconds
+    make("101011ann\n");
+    Database other(target());
+    other.run("BEGIN IMMEDIATE");
+    writeFile(path("d.dat"), "101021bob\n");
+    QProcess process;
+    process.start(
+        QStringLiteral(TESSEL_PROGRAM), buildArguments({ "--add", path("d.dcf"), path("d.dat") }));
+    QVERIFY(!process.waitForFinished(moment));
+    other.run("ROLLBACK");
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QCOMPARE(rows("SELECT count(*) FROM cases"), QStringList("2"));
 }
 
 // Another build that is about to take its place has the right of way; a dead one has not.
@@ -246,7 +262,6 @@ void tst_BuildAddFaults::stopped()
 // They see the former state until the batch is whole, and no other addition begins.
 void tst_BuildAddFaults::serverOthersRead()
 {
-    startServer();
     make("101011ann\n");
     QProcess process;
     beginAddition(process);
@@ -267,7 +282,6 @@ void tst_BuildAddFaults::serverOthersRead()
 
 void tst_BuildAddFaults::serverLocked()
 {
-    startServer();
     make("101011ann\n");
     QProcess other;
     beginClient(other, "UPDATE cases SET line = line;");
@@ -285,7 +299,6 @@ void tst_BuildAddFaults::serverLocked()
 // Who may change the rows may add; definitions are changed by the owner of the tables.
 void tst_BuildAddFaults::serverRights()
 {
-    startServer();
     make("101011ann\n");
     ask("CREATE ROLE other LOGIN;");
     const auto addAsOther = [this](const QByteArray& lines) {
@@ -307,6 +320,46 @@ void tst_BuildAddFaults::serverRights()
     QCOMPARE(state(), before);
 }
 
+// What an administrator added and dropped leaves a trace in the catalog.
+void tst_BuildAddFaults::serverDroppedColumn()
+{
+    make("101011ann\n");
+    targets->run("t", "ALTER TABLE house ADD mine TEXT; ALTER TABLE house DROP mine");
+    QCOMPARE(
+        changes(add("101021bob\n")), QByteArray("1 new, 0 changed, 0 deleted (0 as they were)"));
+    QCOMPARE(rows("SELECT NUMBER, NAME FROM HOUSE ORDER BY 1"), (QStringList { "1|ann", "2|bob" }));
+}
+
+void tst_BuildAddFaults::serverRefusesAtTheEnd_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QByteArray>("told");
+    QTest::newRow("refused") << QStringLiteral("RAISE 'no more cases'")
+                             << QByteArray("cannot be written: no more cases");
+    QTest::newRow("lost") << QStringLiteral("PERFORM pg_terminate_backend(pg_backend_pid())")
+                          << QByteArray("look in its table tessel_builds whether this build is "
+                                        "there");
+}
+
+// When all is written and is to be committed, as by a constraint of the administrator.
+void tst_BuildAddFaults::serverRefusesAtTheEnd()
+{
+    QFETCH(QString, action);
+    QFETCH(QByteArray, told);
+    make("101011ann\n");
+    targets->run("t",
+        "CREATE FUNCTION t.ends() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN " + action
+            + "; RETURN NULL; END $$; CREATE CONSTRAINT TRIGGER ends AFTER INSERT ON cases "
+              "DEFERRABLE "
+              "INITIALLY DEFERRED FOR EACH ROW EXECUTE FUNCTION t.ends()");
+    const QStringList before = contents();
+    const Outcome outcome = add("101021bob\n");
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains(told), outcome.errors.constData());
+    QVERIFY2(!outcome.output.contains("1 new"), outcome.output.constData());
+    QCOMPARE(contents(), before);
+}
+
 void tst_BuildAddFaults::serverWaits_data()
 {
     QTest::addColumn<QString>("end");
@@ -322,7 +375,6 @@ void tst_BuildAddFaults::serverWaits()
 {
     QFETCH(QString, end);
     QFETCH(QByteArray, told);
-    startServer();
     make("101011ann\n");
     const QStringList before = contents();
     QProcess reader;

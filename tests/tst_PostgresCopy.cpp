@@ -91,6 +91,8 @@ private slots:
     void numbers();
     void smallIntegers();
     void longRows();
+    void rowsThatAreNotTaken_data();
+    void rowsThatAreNotTaken();
     void lostInTheMiddle();
     void stoppedInTheMiddle();
     void fullDisk();
@@ -214,6 +216,39 @@ void tst_PostgresCopy::longRows()
                  "FROM plot;"),
         QCryptographicHash::hash(m_texts, QCryptographicHash::Sha256).toHex());
     QCOMPARE(ask("SELECT count(*) FROM cases WHERE records = 3;"), QByteArray("1200"));
+}
+
+void tst_PostgresCopy::rowsThatAreNotTaken_data()
+{
+    QTest::addColumn<QByteArray>("column"); // of the table that takes none
+    QTest::newRow("record") << QByteArray("age");
+    QTest::newRow("cases") << QByteArray("duplicate_of");
+}
+
+// As by a trigger of the database's owner.
+void tst_PostgresCopy::rowsThatAreNotTaken()
+{
+    QFETCH(QByteArray, column);
+    QCOMPARE(build(m_census).status, 0);
+    const QByteArray before = state();
+    QCOMPARE(
+        ask("CREATE FUNCTION lose() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN RETURN NULL; "
+            "END $$; CREATE FUNCTION losing() RETURNS event_trigger LANGUAGE plpgsql AS $$ "
+            "DECLARE made oid; BEGIN FOR made IN SELECT objid FROM "
+            "pg_event_trigger_ddl_commands() WHERE objsubid = 0 AND EXISTS (SELECT 1 FROM "
+            "pg_attribute WHERE attrelid = objid AND attname = '"
+            + column
+            + "') LOOP EXECUTE format('CREATE TRIGGER lose BEFORE INSERT ON %s FOR EACH ROW "
+              "EXECUTE FUNCTION public.lose()', made::regclass); END LOOP; END $$; CREATE EVENT "
+              "TRIGGER losing ON ddl_command_end WHEN TAG IN ('CREATE TABLE') EXECUTE FUNCTION "
+              "losing();"),
+        QByteArray());
+    const Outcome outcome = build(m_census, { "--overwrite" });
+    QCOMPARE(ask("DROP EVENT TRIGGER losing; DROP FUNCTION losing, lose;"), QByteArray());
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(
+        outcome.errors.contains("is not made: the server took 0 of "), outcome.errors.constData());
+    QCOMPARE(state(), before);
 }
 
 void tst_PostgresCopy::lostInTheMiddle()

@@ -183,6 +183,8 @@ private slots:
     void objects();
     void views();
     void exact();
+    void manyDigits();
+    void longCodes();
     void hostile();
     void nullCharacters();
     void widerThanItems();
@@ -308,6 +310,8 @@ void tst_PostgresTarget::comments()
         QByteArray("Sex"));
     QCOMPARE(ask("SELECT obj_description('b.person_labels'::regclass);"),
         QByteArray("PERSON with labels in place of codes"));
+    QCOMPARE(ask("SELECT obj_description('b.person_valid'::regclass);"),
+        QByteArray("PERSON without missing and not-applicable codes"));
     // ANALYZE has run, the key and the indexes are there.
     QCOMPARE(ask("SELECT reltuples FROM pg_class WHERE oid = 'b.person'::regclass;"),
         QByteArray("4299"));
@@ -395,6 +399,42 @@ void tst_PostgresTarget::exact()
     QCOMPARE(ask("SELECT sum(share) FROM b.r WHERE id < 3;"), QByteArray("12345678901234.5801"));
 }
 
+void tst_PostgresTarget::manyDigits()
+{
+    const QString dictionary = writeFile(m_folder, "digits.dcf",
+        "[Dictionary]\nVersion=CSPro 7.7\nName=DIGITS\nRecordTypeStart=0\nRecordTypeLen=0\n"
+        "[Level]\nName=L\n[IdItems]\n[Item]\nName=ID\nStart=1\nLen=1\nDataType=Numeric\n"
+        "[Record]\nName=R\nRecordLen=26\n[Item]\nName=V\nStart=2\nLen=25\nDataType=Numeric\n");
+    const QString data = writeFile(m_folder, "digits.dat",
+        "1-123456789012345678901234\n21234567890123456789012345\n3-000000000000000000000000\n"
+        "4    -10000000000000000000\n5                       -7\n6\n");
+    const Outcome built = build({ dictionary, data });
+    QVERIFY2(built.status == 0, built.errors.constData());
+    QCOMPARE(ask("SELECT id, v FROM b.r ORDER BY 1;"),
+        QByteArray("1|-123456789012345678901234\n2|1234567890123456789012345\n3|0\n"
+                   "4|-10000000000000000000\n5|-7\n6|"));
+}
+
+// Longer than an index takes, and such that they do not get shorter when they are compressed.
+void tst_PostgresTarget::longCodes()
+{
+    QByteArray code;
+    for (int i = 0; code.size() < 9000; ++i)
+        code += QCryptographicHash::hash(QByteArray::number(i), QCryptographicHash::Sha256)
+                    .toBase64(QByteArray::OmitTrailingEquals);
+    const QByteArray width = QByteArray::number(code.size());
+    const QString dictionary = writeFile(m_folder, "codes.dcf",
+        "[Dictionary]\nVersion=CSPro 7.7\nName=CODES\nRecordTypeStart=0\nRecordTypeLen=0\n"
+        "[Level]\nName=L\n[IdItems]\n[Item]\nName=ID\nStart=1\nLen=1\nDataType=Numeric\n"
+        "[Record]\nName=R\nRecordLen="
+            + QByteArray::number(code.size() + 1) + "\n[Item]\nName=V\nStart=2\nLen=" + width
+            + "\nDataType=Alpha\n[ValueSet]\nName=VS\nValue='" + code + "';Long\n");
+    const Outcome built =
+        build({ dictionary, writeFile(m_folder, "codes.dat", '1' + code + "\n2other\n") });
+    QVERIFY2(built.status == 0, built.errors.constData());
+    QCOMPARE(ask("SELECT v FROM b.r_labels ORDER BY id;"), QByteArray("Long\nother"));
+}
+
 QByteArray hostileDictionary()
 {
     const QByteArray longName(70, 'L');
@@ -448,7 +488,11 @@ void tst_PostgresTarget::hostile()
     QCOMPARE(ask("SELECT col_description('b.\"TABLE\"'::regclass, 3), "
                  "obj_description('b.\"TABLE\"'::regclass);"),
         QByteArray("It's \"the\" id'); DROP TABLE cases;--|O'Brien\\"));
-    QVERIFY(build({ dictionary, data }, { "--overwrite" }).status == 0);
+    // Also where a backslash in quotes meant something else.
+    const Outcome other = runTessel({ "build", dictionary, data, "--to",
+        withSettings({ "standard_conforming_strings=off" }), "--schema", "b", "--overwrite" });
+    QVERIFY2(other.status == 0, other.errors.constData());
+    QCOMPARE(ask("SELECT obj_description('b.\"TABLE\"'::regclass);"), QByteArray("O'Brien\\"));
 }
 
 void tst_PostgresTarget::nullCharacters()
