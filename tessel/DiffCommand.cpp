@@ -11,6 +11,7 @@
 #include "process/Supervisor.h"
 #include "SpreadsheetOption.h"
 #include "writers/CrosswalkWriter.h"
+#include "writers/DiffPage.h"
 #include "writers/DiffWriters.h"
 
 #include <QCommandLineParser>
@@ -32,6 +33,7 @@ struct DiffOptions {
     bool forSpreadsheet = false;
     bool onlyBreaking = false;
     QString crosswalk; // empty: none
+    QString report; // empty: none
     QString output;
 };
 
@@ -47,6 +49,13 @@ const QCommandLineOption& breakingOption()
 {
     static const QCommandLineOption option(QStringLiteral("breaking"),
         QStringLiteral("Tell only what can break data that fits the first dictionary."));
+    return option;
+}
+
+const QCommandLineOption& reportOption()
+{
+    static const QCommandLineOption option(QStringLiteral("report"),
+        QStringLiteral("Also write a page to look at in a browser."), QStringLiteral("file.html"));
     return option;
 }
 
@@ -67,8 +76,8 @@ void describe(QCommandLineParser& parser)
         "The differences go to standard output. What was not read as written is\n"
         "told on standard error, by file and line.\n"
         "Exit status: 0 they are equal, 1 they differ, 2 wrong usage or a failure."));
-    parser.addOptions({ formatOption(), breakingOption(), crosswalkOption(), spreadsheetOption(),
-        Output::option() });
+    parser.addOptions({ formatOption(), breakingOption(), reportOption(), crosswalkOption(),
+        spreadsheetOption(), Output::option() });
     parser.addOptions(inputOptions());
     parser.addPositionalArgument(QStringLiteral("before"),
         QStringLiteral("Dictionary that the data fits: .dcf, .sav, .zsav or .dta."),
@@ -110,10 +119,15 @@ QString readTarget(const QCommandLineParser& parser, const QCommandLineOption& o
 
 QString readTargets(const QCommandLineParser& parser, DiffOptions& options)
 {
-    const QString mistake = Output::readOption(parser, options.files, options.output);
-    if (!mistake.isNull())
-        return mistake;
-    return readTarget(parser, crosswalkOption(), { options.output }, options, options.crosswalk);
+    QString mistake = Output::readOption(parser, options.files, options.output);
+    if (mistake.isNull()) {
+        mistake = readTarget(parser, reportOption(), { options.output }, options, options.report);
+    }
+    if (mistake.isNull()) {
+        mistake = readTarget(parser, crosswalkOption(), { options.output, options.report }, options,
+            options.crosswalk);
+    }
+    return mistake;
 }
 
 QString readOptions(const QCommandLineParser& parser, DiffOptions& options)
@@ -151,6 +165,13 @@ void writeDifferences(const DiffOptions& options, const ComparedFiles& files, co
     writeDiffJson(files, sink);
 }
 
+bool writeReport(const DiffOptions& options, const ComparedFiles& files)
+{
+    Output output(options.report);
+    writeDiffPage(files, output.sink());
+    return output.finish();
+}
+
 bool writeCrosswalkFile(const DiffOptions& options, const ComparedFiles& files)
 {
     Output output(options.crosswalk);
@@ -160,6 +181,8 @@ bool writeCrosswalkFile(const DiffOptions& options, const ComparedFiles& files)
 
 bool writeAll(const DiffOptions& options, const ComparedFiles& files)
 {
+    if (!options.report.isEmpty() && !writeReport(options, files))
+        return false;
     if (!options.crosswalk.isEmpty() && !writeCrosswalkFile(options, files))
         return false;
     Output output(options.output);

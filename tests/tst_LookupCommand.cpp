@@ -86,6 +86,8 @@ private slots:
     void reportIsWellFormed();
     void reportEscapesMarkup();
     void reportShowsComparison();
+    void reportPutsDifferencesFirst();
+    void reportHasNoBarsOfOnes();
     void reportThatCannotBeWritten();
     void reportInABrowser();
     void manyMessages();
@@ -392,6 +394,41 @@ void tst_LookupCommand::reportShowsComparison()
     QVERIFY(page.cells.contains("Nowhere"));
     QVERIFY(page.cells.contains("Isles of Fenn"));
     QVERIFY(page.cells.contains("Côte-d'Ivry"));
+}
+
+void tst_LookupCommand::reportPutsDifferencesFirst()
+{
+    const QString path = m_folder.filePath("order.html");
+    runLookup({ "--report", path, "--against",
+        QStringLiteral(TESSEL_EXAMPLES "/household.sav:province"), "lookup_provinces.txt" });
+    const QByteArray page = readFile(path);
+    const int zeros = page.indexOf("<h2>Not found</h2>");
+    QVERIFY(zeros > 0);
+    QVERIFY(page.indexOf("<h3>Texts that differ</h3>") < zeros);
+    QVERIFY(page.indexOf("Texts that differ</th>") < page.indexOf("<h3>Texts that differ</h3>"));
+    QVERIFY(page.indexOf("Duplicate keys</th><td dir=\"auto\">0</td>") > zeros);
+    QVERIFY(page.indexOf("<h2>Messages</h2>") < zeros);
+    QCOMPARE(
+        page.indexOf("<td dir=\"auto\">0</td>"), page.indexOf("<td dir=\"auto\">0</td>", zeros));
+
+    runLookup({ "--report", path, "-s", "semicolon", "lookup_problems.txt" });
+    const QByteArray problems = readFile(path);
+    QVERIFY(problems.contains("<h2>Messages</h2>"));
+    QVERIFY(problems.indexOf("Duplicate keys</th>") < problems.indexOf("<h2>Messages</h2>"));
+}
+
+void tst_LookupCommand::reportHasNoBarsOfOnes()
+{
+    const QString path = m_folder.filePath("ones.html");
+    runLookup({ "--report", path, "-s", "semicolon", fileOf("1;one\n2;two\n") });
+    const QByteArray ones = readFile(path);
+    QVERIFY(ones.contains("<th scope=\"col\" class=\"number\">Keys</th></tr>"));
+    QVERIFY(!ones.contains("<svg"));
+    runLookup({ "--report", path, "-s", "semicolon", fileOf("1;one\n2;two\n3;one\n") });
+    const QByteArray twos = readFile(path);
+    QCOMPARE(twos.count("<svg"), 2);
+    QVERIFY(twos.contains("<th scope=\"col\">Share</th>"));
+    QVERIFY(!twos.contains("<th scope=\"col\"></th>"));
 }
 
 void tst_LookupCommand::reportThatCannotBeWritten()

@@ -82,6 +82,35 @@ QString identification(const ReportLookup& report)
         + fact(report.dataFileLabel(), report.dataFileValue()) + tableEnd();
 }
 
+struct FoundCount {
+    const char* caption;
+    int count;
+};
+
+// What there may be of what is wrong.
+QVector<FoundCount> countsOf(const LookupOutcome& outcome)
+{
+    QVector<FoundCount> counts { { "Duplicate keys", outcome.duplicateKeys },
+        { "Keys of another length", outcome.wrongKeyLengths },
+        { "Lines without a separator", outcome.withoutSeparator } };
+    if (outcome.comparison) {
+        counts += { { "Keys without a label", outcome.comparison->keysWithoutLabel.size() },
+            { "Labels without a key", outcome.comparison->labelsWithoutKey.size() },
+            { "Texts that differ", outcome.comparison->differentTexts.size() } };
+    }
+    return counts;
+}
+
+QString facts(const QVector<FoundCount>& counts, bool zeros)
+{
+    QString text;
+    for (const FoundCount& found : counts) {
+        if ((found.count == 0) == zeros)
+            text += fact(QLatin1String(found.caption), found.count);
+    }
+    return text;
+}
+
 QString summary(const LookupOutcome& outcome)
 {
     const QString separator = TOxLookup::separatorNames().at(outcome.separator)
@@ -94,18 +123,26 @@ QString summary(const LookupOutcome& outcome)
         + fact(QStringLiteral("Separator"), separator)
         + fact(QStringLiteral("Encoding"), outcome.encoding)
         + fact(QStringLiteral("Lines"), outcome.lines) + fact(QStringLiteral("Keys"), outcome.keys)
-        + fact(QStringLiteral("Duplicate keys"), outcome.duplicateKeys)
-        + fact(QStringLiteral("Keys of another length"), outcome.wrongKeyLengths)
-        + fact(QStringLiteral("Lines without a separator"), outcome.withoutSeparator);
+        + facts(countsOf(outcome), false);
     return text + tableEnd();
+}
+
+// Below all that was found.
+QString notFound(const LookupOutcome& outcome)
+{
+    const QString zeros = facts(countsOf(outcome), true);
+    if (zeros.isEmpty())
+        return QString();
+    return heading(QStringLiteral("Not found"))
+        + QStringLiteral("<table class=\"facts\">\n<tbody>\n") + zeros + tableEnd();
 }
 
 QString messages(const QVector<TOxLookupProblem>& problems)
 {
-    QString text = heading(QStringLiteral("Messages"));
     if (problems.isEmpty())
-        return text + QStringLiteral("<p>There are none.</p>\n");
-    text += tableStart({ { "Line", true }, { "Message", false } });
+        return QString();
+    QString text = heading(QStringLiteral("Messages"))
+        + tableStart({ { "Line", true }, { "Message", false } });
     for (const TOxLookupProblem& problem : problems) {
         text += row(numberCell(problem.line) + cell(problem.text));
     }
@@ -148,13 +185,17 @@ QString bar(int count, int highest)
 
 QString frequencies(const QVector<ValueCount>& counts)
 {
+    const int highest = counts.isEmpty() ? 1 : counts.constFirst().keys;
+    QVector<Heading> headings { { "Value", false }, { "Keys", true } };
+    if (highest > 1)
+        headings.append({ "Share", false });
     QString text = heading(QStringLiteral("Frequencies"))
         + QStringLiteral("<p>%1; how many keys carry each.</p>\n")
               .arg(plural(counts.size(), QStringLiteral("different value")))
-        + tableStart({ { "Value", false }, { "Keys", true }, { "", false } });
-    const int highest = counts.isEmpty() ? 1 : counts.constFirst().keys;
+        + tableStart(headings);
     for (const ValueCount& count : counts) {
-        text += row(cell(count.value) + numberCell(count.keys) + bar(count.keys, highest));
+        const QString cells = cell(count.value) + numberCell(count.keys);
+        text += row(highest > 1 ? cells + bar(count.keys, highest) : cells);
     }
     return text + tableEnd();
 }
@@ -166,11 +207,12 @@ QByteArray lookupPage(const ReportLookup& report, const LookupOutcome& outcome)
     const QString title = QStringLiteral("Lookup check");
     QString page =
         pageHead(title + QLatin1String(": ") + report.idValue(), QLatin1String(styleSheet))
-        + QStringLiteral("<body>\n<h1>") + title + QStringLiteral("</h1>\n");
-    page += identification(report) + summary(outcome) + messages(outcome.problems);
+        + QStringLiteral("<body>\n<main>\n<h1>") + title + QStringLiteral("</h1>\n");
+    page += identification(report) + summary(outcome);
     if (outcome.comparison)
         page += comparison(*outcome.comparison);
+    page += messages(outcome.problems) + notFound(outcome);
     if (outcome.frequencies)
         page += frequencies(*outcome.frequencies);
-    return (page + QStringLiteral("</body>\n</html>\n")).toUtf8();
+    return (page + QStringLiteral("</main>\n</body>\n</html>\n")).toUtf8();
 }

@@ -262,15 +262,14 @@ QString textOf(const DifferenceRun& run, bool tellsSet)
     return (isOfRecord ? QStringLiteral("record ") : QString()) + eventText(first, tellsSet);
 }
 
-QString summaryOf(const ComparedFiles& files)
+QString summaryOf(
+    const QVector<Difference>& differences, const QString& before, const QString& after)
 {
-    const QString& before = files.before.file;
-    const QString& after = files.after.file;
-    if (files.differences.isEmpty())
+    if (differences.isEmpty())
         return QStringLiteral("No differences between %1 and %2.").arg(before, after);
-    const int breaking = countBreaking(files.differences);
+    const int breaking = countBreaking(differences);
     return QStringLiteral("%1 from %2 to %3; %4 data that fits %2.")
-        .arg(plural(files.differences.size(), QStringLiteral("difference")), before, after,
+        .arg(plural(differences.size(), QStringLiteral("difference")), before, after,
             breaking == 0 ? QStringLiteral("none breaks")
                           : QStringLiteral("%1 of them can break").arg(breaking));
 }

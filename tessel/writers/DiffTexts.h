@@ -29,5 +29,9 @@ QString textOf(const Difference& difference);
  */
 QString textOf(const DifferenceRun& run, bool tellsSet);
 
-/*! How many differences there are, and how many of them can break data. */
-QString summaryOf(const ComparedFiles& files);
+/*!
+ * How many differences there are, and how many of them can break data.
+ * \param before \param after names of the files
+ */
+QString summaryOf(
+    const QVector<Difference>& differences, const QString& before, const QString& after);

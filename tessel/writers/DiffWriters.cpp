@@ -113,7 +113,7 @@ void writeDiffText(const ComparedFiles& files, const ByteSink& sink)
         true, sink);
     if (!files.onlyBreaking)
         writeSection(QStringLiteral("These break none:"), files, false, sink);
-    sink(lineOf(summaryOf(files)));
+    sink(lineOf(summaryOf(files.differences, files.before.file, files.after.file)));
 }
 
 void writeDiffCsv(const ComparedFiles& files, bool forSpreadsheet, const ByteSink& sink)
