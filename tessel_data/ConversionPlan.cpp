@@ -407,7 +407,9 @@ void ConversionPlanner::tellCsv(ConversionColumn& column)
         tell(Kind::DatesStay, column.format);
     if (!m_options.csv.hasLabels)
         return;
-    for (ConversionNote note : m_csvCodes.of(column.variable)->notes()) {
+    const std::shared_ptr<const CsvCodes> codes = m_csvCodes.of(column.variable);
+    for (const ConversionNote& told : codes->notes()) {
+        ConversionNote note = told;
         note.file = m_file;
         note.variable = m_variable;
         m_plan.notes.push_back(note);
