@@ -313,8 +313,8 @@ void tst_PostgresTarget::comments()
     QCOMPARE(ask("SELECT obj_description('b.person_valid'::regclass);"),
         QByteArray("PERSON without missing and not-applicable codes"));
     // ANALYZE has run, the key and the indexes are there.
-    QCOMPARE(ask("SELECT reltuples FROM pg_class WHERE oid = 'b.person'::regclass;"),
-        QByteArray("4299"));
+    QCOMPARE(ask("SELECT tablename FROM pg_stats WHERE schemaname = 'b' AND attname = 'sex';"),
+        QByteArray("person"));
     QCOMPARE(
         ask("SELECT indexrelid::regclass FROM pg_index WHERE indrelid IN "
             "('b.cases'::regclass, 'b.person'::regclass) ORDER BY indexrelid::regclass::text;"),
