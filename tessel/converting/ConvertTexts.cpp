@@ -111,6 +111,23 @@ QString quoted(const QString& text)
     return QLatin1Char('"') + shortened(text) + QLatin1Char('"');
 }
 
+// What labels in place of codes lose.
+QString labelSentence(const ConversionNote& note)
+{
+    switch (note.kind) {
+    case Kind::LabelShared:
+        return QStringLiteral("label %1 of %2 left out: missing and other codes share it")
+            .arg(quoted(note.newText), note.text);
+    case Kind::LabelLikeCode:
+        return QStringLiteral("label %1 of %2 left out: it reads like a code without label")
+            .arg(quoted(note.newText), note.text);
+    case Kind::LabelsAlike:
+        return QStringLiteral("all of %1 become %2").arg(note.text, quoted(note.newText));
+    default:
+        return QString();
+    }
+}
+
 // What a note of a loss says of its variable or file.
 QString lossSentence(const ConversionNote& note, ConversionFormat format)
 {
@@ -169,16 +186,8 @@ QString lossSentence(const ConversionNote& note, ConversionFormat format)
             .arg(plural(note.count, QStringLiteral("set of variables"),
                      QStringLiteral("sets of variables")),
                 note.text);
-    case Kind::LabelShared:
-        return QStringLiteral("label %1 of %2 left out: missing and other codes share it")
-            .arg(quoted(note.newText), note.text);
-    case Kind::LabelLikeCode:
-        return QStringLiteral("label %1 of %2 left out: it reads like a code without label")
-            .arg(quoted(note.newText), note.text);
-    case Kind::LabelsAlike:
-        return QStringLiteral("all of %1 become %2").arg(note.text, quoted(note.newText));
     default:
-        return QString();
+        return labelSentence(note);
     }
 }
 
