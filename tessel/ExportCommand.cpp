@@ -198,7 +198,7 @@ void write(const Listing& listing, const ExportOptions& options, const ByteSink&
 {
     switch (options.target) {
     case Target::Ddi:
-        return sink(writeDdi(listing));
+        return sink(writeDdi({ listing }));
     case Target::Sql:
         return sink(makeSql(listing, options));
     case Target::Html:

@@ -91,17 +91,17 @@ void NumberHistogram::widen(double lowest, double highest)
     m_bars.resize(std::size_t(end - begin));
 }
 
+// A portion that no bar fits would be missing in those of later ones.
 void NumberHistogram::add(const std::vector<CountedNumber>& numbers)
 {
-    if (numbers.empty())
+    if (numbers.empty() || m_isLost)
         return;
     const double lowest = numbers.front().number;
     const double highest = numbers.back().number;
-    if (m_digits == 0 && lowest == highest)
-        return;
-    if (m_digits == 0)
+    if (m_digits == 0 && lowest < highest)
         begin(numbers);
-    if (m_digits == 0)
+    m_isLost = m_digits == 0;
+    if (m_isLost)
         return;
     widen(lowest, highest);
     for (const CountedNumber& one : numbers)

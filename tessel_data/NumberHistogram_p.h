@@ -35,6 +35,7 @@ private:
     int m_exponent = 0; // of ten, of the width
     qint64 m_first = 0; // index of the first bar, which begins at so many widths
     std::vector<Tally> m_bars;
+    bool m_isLost = false; // numbers came that no bars fit
 };
 
 } // namespace tessel

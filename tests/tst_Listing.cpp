@@ -454,7 +454,7 @@ void tst_Listing::rangeOfFirstSetWithNumbers()
     QCOMPARE(field.rangeValueSet, QString("V2"));
     QCOMPARE(read.importer->getField(0)->minValue, QString("3"));
     QCOMPARE(read.importer->getField(0)->maxValue, QString("12"));
-    const QByteArray ddi = writeDdi(read.listing);
+    const QByteArray ddi = writeDdi({ read.listing });
     QVERIFY(ddi.contains("<range UNITS=\"INT\" min=\"3\" max=\"12\"/>"));
     QVERIFY(ddi.contains("<notes type=\"value set\">V2</notes>"));
     QVERIFY(writeHtml(read.listing).contains("range 3 to 12 (V2)"));
@@ -470,7 +470,7 @@ void tst_Listing::lengthIsShownAsNoRange()
         return writtenListing(read.listing, format);
     };
     for (const QByteArray& text :
-        { writeDdi(read.listing), writeHtml(read.listing), written(ListingFormat::Kind::Table) }) {
+        { writeDdi({ read.listing }), writeHtml(read.listing), written(ListingFormat::Kind::Table) }) {
         QVERIFY(!text.isEmpty());
         QVERIFY2(!text.contains("99"), text.constData());
     }
@@ -505,7 +505,7 @@ void tst_Listing::decimalPoint()
     const QByteArray html = writeHtml(read.listing);
     QVERIFY(html.contains("decimals 2, point implied"));
     QVERIFY(html.contains("decimals 2, point in the data"));
-    const QByteArray ddi = writeDdi(read.listing);
+    const QByteArray ddi = writeDdi({ read.listing });
     QCOMPARE(ddi.count("<notes type=\"decimal point\">implied</notes>"), 1);
     QCOMPARE(ddi.count("<notes type=\"decimal point\">in the data</notes>"), 1);
 }
@@ -521,7 +521,7 @@ void tst_Listing::levelsOfIdentificationItems()
     }
     QVERIFY(levels.contains(1) && levels.contains(2));
     QVERIFY(std::is_sorted(levels.cbegin(), levels.cend()));
-    QVERIFY(writeDdi(read.listing).contains("<notes type=\"level\">2</notes>"));
+    QVERIFY(writeDdi({ read.listing }).contains("<notes type=\"level\">2</notes>"));
     QVERIFY(writeHtml(read.listing).contains("; level 2"));
 }
 
@@ -583,7 +583,7 @@ void tst_Listing::outputsTellNotes()
             "<p class=\"note\">of the item</p>", "<p class=\"note\">of the set</p>",
             "<td class=\"note\">of the value</td>", "<td>..\\p\\a b.jpg</td>" })
         QVERIFY2(html.contains(text), text);
-    const QByteArray ddi = writeDdi(read.listing);
+    const QByteArray ddi = writeDdi({ read.listing });
     for (const char* text : { "<notes type=\"required\">no</notes>", "<notes>of the record</notes>",
              "<notes type=\"fill\">zeros</notes>", "<notes>of the item</notes>",
              "<txt>of the set</txt>", "<txt>of the value</txt>",

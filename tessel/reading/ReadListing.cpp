@@ -1,6 +1,7 @@
 #include "reading/ReadListing.h"
 
 #include "reading/CSProListing.h"
+#include "reading/DdiListing.h"
 #include "reading/StatListing.h"
 
 #include <model_Tessel/CSProDataImport.h>
@@ -18,6 +19,13 @@ void addReading(const InputDictionary& input, Listing& listing)
 
 bool readListing(const QString& path, const InputOptions& options, Listing& listing)
 {
+    if (options.kind == DictionaryFileKind::Unknown && isDdiFile(path)) {
+        QVector<Listing> languages;
+        if (!listDdi(path, options.dictionary.language, languages))
+            return false;
+        listing = languages.constFirst();
+        return true;
+    }
     const InputDictionary input = readInputDictionary(path, options);
     const DictionaryFile& file = input.file;
     if (!file.hasDictionary())

@@ -10,6 +10,7 @@
 #include <QXmlStreamWriter>
 
 #include <algorithm>
+#include <optional>
 
 namespace {
 
@@ -80,18 +81,27 @@ QString linkTo(const QString& path)
     return QString::fromLatin1(QUrl::toPercentEncoding(slashed, "/:"));
 }
 
+QString numberText(double number)
+{
+    return tessel::realText(number);
+}
+
 class DdiWriter {
 public:
-    explicit DdiWriter(const Listing& listing)
-        : m_listing(listing)
-        , m_groups(groupsOf(listing))
-        , m_keys(listing)
+    DdiWriter(const QVector<Listing>& languages, const DdiOptions& options)
+        : m_languages(languages)
+        , m_options(options)
+        , m_listing(languages.constFirst())
+        , m_groups(groupsOf(m_listing))
+        , m_keys(m_listing)
         , m_xml(&m_bytes)
     {
-        for (const ListedRecord& record : listing.records) {
+        for (const ListedRecord& record : m_listing.records) {
             if (!m_recordTypes.contains(record.name))
                 m_recordTypes.insert(record.name, record.recordType);
         }
+        if (options.figures)
+            m_figures.emplace(*options.figures);
     }
 
     QByteArray write();
@@ -99,12 +109,16 @@ public:
 private:
     void attribute(const char* name, const QString& text);
     void element(const char* name, const QString& text);
+    // A text in each language: what get makes of its listing.
+    template <typename Get> void texts(const char* name, Get get);
+    template <typename Get> void texts(const char* name, const char* otherName, Get get);
     void note(const char* type, const QString& text);
     void open(const char* name);
     void close();
     void writeStudy();
     void writeFile();
     void writeDimensions();
+    std::optional<qint64> rowsOf(const QString& record) const;
     void writeRecordGroup(int index);
     void writeRecordVariables();
     void writeRecordNotes(const ListedRecord& record);
@@ -120,9 +134,21 @@ private:
     void writeDetail(const ListedDetail& detail);
     void writeCategoryGroups(int index);
     void writeFormat(const ListedField& field);
-    void writeNotes(const ListedField& field);
+    void writeNotes(int index);
+    void findWeight();
+    void writeSummary(const tessel::VariableStatistics& figures);
+    void writeMoments(const tessel::StatisticsMoments& moments, bool isWeighted);
+    void summary(const char* type, const QString& number, bool isWeighted);
+    void frequency(const tessel::StatisticsCell& cell, const tessel::VariableStatistics& figures);
+    const tessel::VariableStatistics* figuresOf(int index) const;
+    const tessel::StatisticsCell* cellOf(const tessel::VariableStatistics* figures,
+        const ListedField& field, int set, int code) const;
 
-    const Listing& m_listing;
+    const QVector<Listing>& m_languages;
+    const DdiOptions& m_options;
+    const Listing& m_listing; // in the first language
+    std::optional<FieldFigures> m_figures;
+    QString m_weight; // id of the variable that weighs; empty: none
     QVector<FieldGroup> m_groups;
     KeyFields m_keys;
     QHash<QString, QString> m_recordTypes; // by the names of records
@@ -138,6 +164,22 @@ void DdiWriter::attribute(const char* name, const QString& text)
 void DdiWriter::element(const char* name, const QString& text)
 {
     m_xml.writeTextElement(ddiNamespace(), QLatin1String(name), xmlText(text));
+}
+
+template <typename Get> void DdiWriter::texts(const char* name, Get get)
+{
+    texts(name, name, get);
+}
+
+template <typename Get> void DdiWriter::texts(const char* name, const char* otherName, Get get)
+{
+    for (int i = 0; i < m_languages.size(); ++i) {
+        open(i == 0 ? name : otherName);
+        if (!m_options.tags.isEmpty())
+            m_xml.writeAttribute(QStringLiteral("xml:lang"), m_options.tags.at(i));
+        m_xml.writeCharacters(xmlText(get(m_languages.at(i))));
+        close();
+    }
 }
 
 // What the standard has no element for.
@@ -167,6 +209,9 @@ QByteArray DdiWriter::write()
     m_xml.writeDefaultNamespace(ddiNamespace());
     open("codeBook");
     attribute("version", QStringLiteral("2.5"));
+    if (!m_options.tags.isEmpty())
+        m_xml.writeAttribute(QStringLiteral("xml:lang"), m_options.tags.constFirst());
+    findWeight();
     writeStudy();
     writeFile();
     open("dataDscr");
@@ -184,7 +229,7 @@ void DdiWriter::writeStudy()
     open("stdyDscr");
     open("citation");
     open("titlStmt");
-    element("titl", titleOf(m_listing));
+    texts("titl", "parTitl", titleOf);
     if (!m_listing.name.isEmpty())
         element("IDNo", m_listing.name);
     close();
@@ -218,10 +263,25 @@ void DdiWriter::writeFile()
 void DdiWriter::writeDimensions()
 {
     open("dimensns");
-    if (m_listing.rowCount >= 0)
-        element("caseQnty", QString::number(m_listing.rowCount));
+    const auto cases = m_options.figures && m_options.figures->report.hasCases
+        ? m_options.figures->report.cases.count()
+        : std::nullopt;
+    if (m_listing.rowCount >= 0 || cases)
+        element("caseQnty", QString::number(cases.value_or(m_listing.rowCount)));
     element("varQnty", QString::number(m_listing.fields.size()));
     close();
+}
+
+std::optional<qint64> DdiWriter::rowsOf(const QString& record) const
+{
+    if (!m_options.figures)
+        return std::nullopt;
+    const auto& records = m_options.figures->dictionary.records;
+    const auto found = std::find_if(records.begin(), records.end(),
+        [&](const tessel::DataRecord& one) { return one.name == record; });
+    return found == records.end()
+        ? std::nullopt
+        : m_options.figures->report.records[std::size_t(found - records.begin())].rows.count();
 }
 
 void DdiWriter::writeRecordGroup(int index)
@@ -241,10 +301,16 @@ void DdiWriter::writeRecordGroup(int index)
         attribute("rtypewidth", QString::number(m_listing.recordTypeLength));
         attribute("rtypevtype", isNumber ? QStringLiteral("numeric") : QStringLiteral("character"));
     }
-    element("labl", record.label.isEmpty() ? record.name : record.label);
+    const int place = int(&record - m_listing.records.constData());
+    texts("labl", [place](const Listing& listing) {
+        const ListedRecord& labelled = listing.records.at(place);
+        return labelled.label.isEmpty() ? labelled.name : labelled.label;
+    });
     open("recDimnsn");
     attribute("level", QStringLiteral("record"));
     element("varQnty", QString::number(group.fields.size()));
+    if (const auto rows = rowsOf(record.name))
+        element("caseQnty", QString::number(*rows));
     element("logRecL", QString::number(record.length));
     close();
     close();
@@ -254,18 +320,23 @@ void DdiWriter::writeRecordVariables()
 {
     for (int i = 0; i < m_groups.size(); ++i) {
         const FieldGroup& group = m_groups.at(i);
-        if (m_listing.records.isEmpty() || group.fields.isEmpty())
+        if (m_listing.records.isEmpty() || (group.fields.isEmpty() && !group.record))
             continue;
         open("varGrp");
         attribute("ID", QStringLiteral("G%1").arg(i + 1));
         attribute("type", QStringLiteral("record"));
-        attribute("var", variableIds(group.fields));
+        if (!group.fields.isEmpty())
+            attribute("var", variableIds(group.fields));
         if (group.record)
             attribute("name", group.record->name);
-        element(
-            "labl", group.record ? group.record->label : QStringLiteral("Identification items"));
-        if (group.record)
+        if (group.record) {
+            const int place = int(group.record - m_listing.records.constData());
+            texts("labl",
+                [place](const Listing& listing) { return listing.records.at(place).label; });
             writeRecordNotes(*group.record);
+        } else {
+            element("labl", QStringLiteral("Identification items"));
+        }
         close();
     }
 }
@@ -301,7 +372,9 @@ void DdiWriter::writeOccurrences()
         attribute("type", QStringLiteral("repetition"));
         attribute("var", variableIds(fields));
         attribute("name", first.item);
-        element("labl", first.label);
+        texts("labl", [first = fields.constFirst()](const Listing& listing) {
+            return listing.fields.at(first).label;
+        });
         close();
     }
 }
@@ -320,14 +393,21 @@ void DdiWriter::writeVariable(int index)
     const QString recordType = m_recordTypes.value(field.record);
     if (!recordType.isEmpty())
         attribute("rectype", recordType);
+    const tessel::VariableStatistics* const figures = figuresOf(index);
+    if (variableId(index) == m_weight)
+        attribute("wgt", QStringLiteral("wgt"));
+    else if (figures && figures->isWeighted)
+        attribute("wgt-var", m_weight);
     writeLocation(index);
-    element("labl", field.fullLabel());
+    texts("labl", [index](const Listing& listing) { return listing.fields.at(index).fullLabel(); });
     writeRange(field);
     writeInvalid(field);
+    if (figures)
+        writeSummary(*figures);
     writeCategoryGroups(index);
     writeValueSets(index);
     writeFormat(field);
-    writeNotes(field);
+    writeNotes(index);
     close();
 }
 
@@ -342,6 +422,8 @@ void DdiWriter::writeLocation(int index)
         attribute("width", QString::number(field.length));
     } else {
         attribute("StartPos", QString::number(index + 1));
+        if (field.length > 0)
+            attribute("width", QString::number(field.length));
     }
     attribute("fileid", fileId());
     close();
@@ -419,7 +501,10 @@ void DdiWriter::writeCategoryGroups(int index)
         attribute("ID", QStringLiteral("%1S%2").arg(variableId(index)).arg(i + 1));
         if (!ids.isEmpty())
             attribute("catgry", ids.join(QLatin1Char(' ')));
-        element("labl", valueSet.label.isEmpty() ? valueSet.name : valueSet.label);
+        texts("labl", [index, i](const Listing& listing) {
+            const ListedValueSet& labelled = listing.fields.at(index).valueSets.at(i);
+            return labelled.label.isEmpty() ? labelled.name : labelled.label;
+        });
         if (!valueSet.note.isNull())
             element("txt", valueSet.note);
         close();
@@ -429,8 +514,10 @@ void DdiWriter::writeCategoryGroups(int index)
 void DdiWriter::writeValueSets(int index)
 {
     const ListedField& field = m_listing.fields.at(index);
+    const tessel::VariableStatistics* const figures = figuresOf(index);
     int category = 0;
-    for (const ListedValueSet& valueSet : field.valueSets) {
+    for (int set = 0; set < field.valueSets.size(); ++set) {
+        const ListedValueSet& valueSet = field.valueSets.at(set);
         for (int i = 0; i < valueSet.codes.size(); ++i) {
             const ListedCode& entry = valueSet.codes.at(i);
             open("catgry");
@@ -440,8 +527,12 @@ void DdiWriter::writeValueSets(int index)
                 attribute("missType", nameOf(entry.special));
             }
             element("catValu", entry.text());
-            element("labl", entry.label);
+            texts("labl", [index, set, i](const Listing& listing) {
+                return listing.fields.at(index).valueSets.at(set).codes.at(i).label;
+            });
             writeDetail(valueSet.details.value(i));
+            if (const auto* cell = cellOf(figures, field, set, i))
+                frequency(*cell, *figures);
             close();
         }
     }
@@ -477,8 +568,10 @@ void DdiWriter::writeFormat(const ListedField& field)
     close();
 }
 
-void DdiWriter::writeNotes(const ListedField& field)
+// What reading the document again needs besides.
+void DdiWriter::writeNotes(int index)
 {
+    const ListedField& field = m_listing.fields.at(index);
     if (!field.parent.isNull())
         note("part of", field.parent);
     if (field.isIdentification && field.level > 0 && m_listing.levels.size() > 1)
@@ -488,13 +581,135 @@ void DdiWriter::writeNotes(const ListedField& field)
             field.hasDecimalChar ? QStringLiteral("in the data") : QStringLiteral("implied"));
     if (field.isZeroFilled)
         note("fill", QStringLiteral("zeros"));
+    if (!field.isText() && (field.type == ValueType::Real) != (field.decimals > 0))
+        note("type", nameOf(field.type));
+    if (field.measure != Measure::Untold)
+        note("measure", nameOf(field.measure));
+    if (field.missingRanges.isEmpty() && !field.missing.isNull())
+        note("missing", field.missing);
+    if (!field.notApplicable.isNull())
+        note("not applicable", field.notApplicable);
+    for (const ListedValueSet& valueSet : field.valueSets)
+        note("value set name", valueSet.name);
+    if (!field.occurrenceLabel.isNull()) {
+        for (int i = 0; i < m_languages.size(); ++i) {
+            open("notes");
+            attribute("type", QStringLiteral("occurrence"));
+            if (!m_options.tags.isEmpty())
+                m_xml.writeAttribute(QStringLiteral("xml:lang"), m_options.tags.at(i));
+            m_xml.writeCharacters(xmlText(m_languages.at(i).fields.at(index).occurrenceLabel));
+            close();
+        }
+    }
+    if (m_options.figures && m_options.figures->report.hiddenBelow > 1 && figuresOf(index)) {
+        note("hidden",
+            QStringLiteral("figures of fewer than %1 values, and what would tell of them")
+                .arg(m_options.figures->report.hiddenBelow));
+    }
     if (!field.note.isNull())
         element("notes", field.note);
 }
 
+// ---- figures
+
+const tessel::VariableStatistics* DdiWriter::figuresOf(int index) const
+{
+    return m_figures ? m_figures->ofOne(m_listing.fields.at(index)) : nullptr;
+}
+
+void DdiWriter::findWeight()
+{
+    for (int i = 0; m_figures && i < m_listing.fields.size(); ++i) {
+        const tessel::VariableStatistics* const figures = figuresOf(i);
+        if (figures && figures->variable == m_options.figures->report.weight)
+            m_weight = variableId(i);
+    }
+}
+
+void DdiWriter::summary(const char* type, const QString& number, bool isWeighted)
+{
+    const bool isOther = qstrcmp(type, "lowerQuartile") == 0 || qstrcmp(type, "upperQuartile") == 0;
+    open("sumStat");
+    attribute("type", isOther ? QStringLiteral("other") : QString::fromLatin1(type));
+    if (isOther)
+        attribute("otherType", QString::fromLatin1(type));
+    if (isWeighted) {
+        attribute("wgtd", QStringLiteral("wgtd"));
+        if (!m_weight.isEmpty())
+            attribute("wgt-var", m_weight);
+    }
+    m_xml.writeCharacters(number);
+    close();
+}
+
+void DdiWriter::writeMoments(const tessel::StatisticsMoments& moments, bool isWeighted)
+{
+    const auto write = [&](const char* type, const std::optional<double>& number) {
+        if (number)
+            summary(type, numberText(*number), isWeighted);
+    };
+    write("mean", moments.mean);
+    write("medn", moments.median);
+    write("stdev", moments.deviation);
+    write("lowerQuartile", moments.lowerQuartile);
+    write("upperQuartile", moments.upperQuartile);
+}
+
+// What is hidden is left out.
+void DdiWriter::writeSummary(const tessel::VariableStatistics& figures)
+{
+    const tessel::StatisticsCell& valid = figures.of(tessel::StatisticsKind::Valid);
+    if (valid.count() && figures.total.count()) {
+        summary("vald", QString::number(*valid.count()), false);
+        summary("invd", QString::number(*figures.total.count() - *valid.count()), false);
+        if (figures.isWeighted)
+            summary("vald", numberText(*valid.weight()), true);
+    }
+    if (!figures.hasNumbers || !figures.isQuantity)
+        return;
+    if (!figures.lowest.isNull())
+        summary("min", figures.lowest, false);
+    if (!figures.highest.isNull())
+        summary("max", figures.highest, false);
+    writeMoments(figures.moments, false);
+    if (figures.isWeighted)
+        writeMoments(figures.weightedMoments, true);
+}
+
+void DdiWriter::frequency(
+    const tessel::StatisticsCell& cell, const tessel::VariableStatistics& figures)
+{
+    if (cell.isHidden())
+        return;
+    open("catStat");
+    attribute("type", QStringLiteral("freq"));
+    m_xml.writeCharacters(QString::number(*cell.count()));
+    close();
+    if (!figures.isWeighted)
+        return;
+    open("catStat");
+    attribute("type", QStringLiteral("freq"));
+    attribute("wgtd", QStringLiteral("wgtd"));
+    if (!m_weight.isEmpty())
+        attribute("wgt-var", m_weight);
+    m_xml.writeCharacters(numberText(*cell.weight()));
+    close();
+}
+
+// Null where the data were read with other value sets.
+const tessel::StatisticsCell* DdiWriter::cellOf(
+    const tessel::VariableStatistics* figures, const ListedField& field, int set, int code) const
+{
+    if (!figures || figures->valueSets.size() != std::size_t(field.valueSets.size()))
+        return nullptr;
+    const auto& cells = figures->valueSets[std::size_t(set)].codes;
+    const bool isSame = cells.size() == std::size_t(field.valueSets.at(set).codes.size());
+    return isSame ? &cells[std::size_t(code)] : nullptr;
+}
+
 } // namespace
 
-QByteArray writeDdi(const Listing& listing)
+QByteArray writeDdi(const QVector<Listing>& languages, const DdiOptions& options)
 {
-    return DdiWriter(listing).write();
+    return DdiWriter(languages, options).write();
 }

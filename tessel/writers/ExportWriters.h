@@ -1,6 +1,6 @@
 #pragma once
 
-#include "listing/Listing.h"
+#include "listing/DataFigures.h"
 
 #include <tessel_data/SqlNotes.h>
 #include <tessel_data/SqlTypes.h>
@@ -14,8 +14,17 @@ struct SqlOptions {
     bool hasUniqueKeys = false; /*!< where a case has one row, no two rows have the same keys */
 };
 
-/*! The listing as an XML document of DDI-Codebook 2.5. */
-QByteArray writeDdi(const Listing& listing);
+/*! What a document of DDI tells besides a dictionary. */
+struct DdiOptions {
+    QStringList tags; /*!< of the languages; empty when there is only one */
+    const DataFigures* figures = nullptr; /*!< of the data; null: none */
+};
+
+/*!
+ * A dictionary as an XML document of DDI-Codebook 2.5.
+ * \param languages it in each of its languages; one listing at least
+ */
+QByteArray writeDdi(const QVector<Listing>& languages, const DdiOptions& options = {});
 
 /*!
  * The listing as SQL statements that make its tables.

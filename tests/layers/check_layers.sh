@@ -13,6 +13,7 @@ allowed=(
     "reading: reading listing process text"
     "checking: checking reading listing process writers text"
     "building: building checking reading listing process writers text"
+    "figures: figures checking reading listing process writers text"
     "converting: converting checking reading listing process writers text"
     "lookups: lookups reading listing process writers text"
 )
