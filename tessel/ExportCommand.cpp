@@ -194,11 +194,13 @@ QByteArray makeSql(const Listing& listing, const ExportOptions& options)
     return bytes;
 }
 
-void write(const Listing& listing, const ExportOptions& options, const ByteSink& sink)
+// All of them for DDI, which has texts of several languages; else there is one.
+void write(const QVector<Listing>& languages, const ExportOptions& options, const ByteSink& sink)
 {
+    const Listing& listing = languages.constFirst();
     switch (options.target) {
     case Target::Ddi:
-        return sink(writeDdi({ listing }));
+        return sink(writeDdi(languages));
     case Target::Sql:
         return sink(makeSql(listing, options));
     case Target::Html:
@@ -234,8 +236,12 @@ QByteArray makeProgram(const tessel::DataDictionary& dictionary, const ExportOpt
 }
 
 // False, and told, when nothing can be exported.
-bool readExported(const ExportOptions& options, Listing& listing)
+bool readExported(const ExportOptions& options, QVector<Listing>& languages)
 {
+    if (options.target == Target::Ddi)
+        return readLanguages(options.file, options.input, languages);
+    languages.resize(1);
+    Listing& listing = languages.first();
     if (!readListing(options.file, options.input, listing))
         return false;
     if (options.target == Target::Sql && !findListedValues(listing)) {
@@ -262,14 +268,14 @@ int exportFile(const ExportOptions& options, Supervisor& supervisor)
 {
     if (!supervisor.beginFile(0))
         return InputFailed;
-    Listing listing;
-    const bool isRead = readExported(options, listing);
+    QVector<Listing> languages;
+    const bool isRead = readExported(options, languages);
     supervisor.endFile();
     if (!isRead)
         return InputFailed;
     Output output(options.output);
-    write(listing, options, output.sink());
-    return output.finish() && !listing.isPartial ? AllRead : InputFailed;
+    write(languages, options, output.sink());
+    return output.finish() && !languages.constFirst().isPartial ? AllRead : InputFailed;
 }
 
 } // namespace

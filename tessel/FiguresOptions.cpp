@@ -28,7 +28,8 @@ QString suppress()
 
 QString readCrosses(const QCommandLineParser& parser, FiguresRequest& request)
 {
-    for (const QString& text : parser.values(cross())) {
+    const QStringList texts = parser.values(cross());
+    for (const QString& text : texts) {
         const QStringList names = text.split(QLatin1Char(','));
         const bool isPair = names.size() == 2 && !names.contains(QString());
         if (!isPair)

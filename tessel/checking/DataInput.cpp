@@ -36,6 +36,7 @@ DictionaryFile readDictionary(const QString& path, const DataInput& input)
 {
     InputOptions options;
     options.dictionary = input.reading;
+    options.isTold = input.isDictionaryTold;
     return readInputDictionary(path, options).file;
 }
 

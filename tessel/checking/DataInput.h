@@ -18,6 +18,7 @@ struct DataInput {
     QStringList data; /*!< text files that the dictionary describes; "-": standard input */
     QString dictionary; /*!< for a CSPro DB, in place of its own; empty: its own */
     DictionaryOptions reading; /*!< encoding and language of the dictionary */
+    bool isDictionaryTold = false; /*!< what is to be known of the dictionary was told before */
     DataKind kind = DataKind::Text; /*!< of the first file; checkDataInput() finds it */
     tessel::ValueSetChoice valueSets = tessel::ValueSetChoice::First;
     QString dataEncoding; /*!< of text data without a mark: see isDataEncoding(); empty: found */

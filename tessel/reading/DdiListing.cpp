@@ -522,6 +522,8 @@ void DdiReader::finish(Listing& listing)
         m_listing.fields.append(variable.field);
     }
     m_listing.languages = m_languages;
+    for (int i = 0; i < m_languages.size(); ++i)
+        m_listing.languageLabels.append(QString());
     listing = std::move(m_listing);
 }
 

@@ -167,6 +167,7 @@ InputDictionary readInputDictionary(const QString& path, const InputOptions& opt
     InputDictionary result { readDictionaryFile(path, how), QString() };
     if (needsDb(result.file))
         readDb(how, result);
-    tellProblems(result.file, options);
+    if (!options.isTold)
+        tellProblems(result.file, options);
     return result;
 }

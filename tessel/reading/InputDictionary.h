@@ -19,6 +19,7 @@ struct InputOptions {
     DictionaryFileKind kind = DictionaryFileKind::Unknown; /*!< Unknown: as the content says */
     DictionaryOptions dictionary;
     QString encodingOption = QStringLiteral("--encoding"); /*!< that messages name */
+    bool isTold = false; /*!< what is to be known of the file was told before */
 };
 
 /*! The dictionary of a file, and where in it it stood. */

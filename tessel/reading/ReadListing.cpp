@@ -15,11 +15,16 @@ void addReading(const InputDictionary& input, Listing& listing)
     listing.isPartial = !input.file.isWhole();
 }
 
+bool isDdi(const QString& path, const InputOptions& options)
+{
+    return options.kind == DictionaryFileKind::Unknown && isDdiFile(path);
+}
+
 } // namespace
 
 bool readListing(const QString& path, const InputOptions& options, Listing& listing)
 {
-    if (options.kind == DictionaryFileKind::Unknown && isDdiFile(path)) {
+    if (isDdi(path, options)) {
         QVector<Listing> languages;
         if (!listDdi(path, options.dictionary.language, languages))
             return false;
@@ -40,6 +45,8 @@ bool readListing(const QString& path, const InputOptions& options, Listing& list
 
 bool readLanguages(const QString& path, const InputOptions& options, QVector<Listing>& languages)
 {
+    if (isDdi(path, options))
+        return listDdi(path, options.dictionary.language, languages);
     const InputDictionary input = readInputDictionary(path, options);
     if (!input.file.hasDictionary())
         return false;

@@ -1,11 +1,13 @@
 #pragma once
 
-#include "listing/Listing.h"
+#include "listing/DataFigures.h"
 
 #include <QByteArray>
 #include <QHash>
 #include <QStringList>
 #include <QVector>
+
+#include <memory>
 
 /*! One variable of a codebook: an item with all of its occurrences. */
 struct BookEntry {
@@ -46,6 +48,12 @@ public:
         return m_languages.constFirst();
     }
 
+    /*! The dictionary in each of its languages. */
+    const QVector<Listing>& languages() const
+    {
+        return m_languages;
+    }
+
     const QVector<BookGroup>& groups() const
     {
         return m_groups;
@@ -60,6 +68,18 @@ public:
     const QStringList& tags() const
     {
         return m_tags;
+    }
+
+    /*! The figures of its data; null: none. */
+    const DataFigures* figures() const
+    {
+        return m_figures.get();
+    }
+
+    /*! Gives the book the figures of its data. */
+    void setFigures(const std::shared_ptr<const DataFigures>& figures)
+    {
+        m_figures = figures;
     }
 
     /*! A text in each language: what \a get makes of the listings. */
@@ -78,6 +98,7 @@ private:
     QByteArray contentOf(int field, int index) const;
 
     QVector<Listing> m_languages;
+    std::shared_ptr<const DataFigures> m_figures;
     QStringList m_tags;
     QVector<BookGroup> m_groups;
     QVector<BookValueSet> m_valueSets;

@@ -1,6 +1,7 @@
 #include "writers/ExportWriters.h"
 
 #include "writers/ExportText.h"
+#include "writers/LanguageTag.h"
 #include "writers/ListingNames.h"
 
 #include <QFileInfo>
@@ -88,9 +89,9 @@ QString numberText(double number)
 
 class DdiWriter {
 public:
-    DdiWriter(const QVector<Listing>& languages, const DdiOptions& options)
+    DdiWriter(const QVector<Listing>& languages, const DataFigures* figures)
         : m_languages(languages)
-        , m_options(options)
+        , m_data(figures)
         , m_listing(languages.constFirst())
         , m_groups(groupsOf(m_listing))
         , m_keys(m_listing)
@@ -100,8 +101,10 @@ public:
             if (!m_recordTypes.contains(record.name))
                 m_recordTypes.insert(record.name, record.recordType);
         }
-        if (options.figures)
-            m_figures.emplace(*options.figures);
+        if (languages.size() > 1)
+            m_tags = languageTags(m_listing.languages, m_listing.languageLabels);
+        if (figures)
+            m_figures.emplace(*figures);
     }
 
     QByteArray write();
@@ -145,7 +148,8 @@ private:
         const ListedField& field, int set, int code) const;
 
     const QVector<Listing>& m_languages;
-    const DdiOptions& m_options;
+    const DataFigures* m_data; // null: none
+    QStringList m_tags; // of the languages; empty: there is one
     const Listing& m_listing; // in the first language
     std::optional<FieldFigures> m_figures;
     QString m_weight; // id of the variable that weighs; empty: none
@@ -175,8 +179,8 @@ template <typename Get> void DdiWriter::texts(const char* name, const char* othe
 {
     for (int i = 0; i < m_languages.size(); ++i) {
         open(i == 0 ? name : otherName);
-        if (!m_options.tags.isEmpty())
-            m_xml.writeAttribute(QStringLiteral("xml:lang"), m_options.tags.at(i));
+        if (!m_tags.isEmpty())
+            m_xml.writeAttribute(QStringLiteral("xml:lang"), m_tags.at(i));
         m_xml.writeCharacters(xmlText(get(m_languages.at(i))));
         close();
     }
@@ -209,8 +213,8 @@ QByteArray DdiWriter::write()
     m_xml.writeDefaultNamespace(ddiNamespace());
     open("codeBook");
     attribute("version", QStringLiteral("2.5"));
-    if (!m_options.tags.isEmpty())
-        m_xml.writeAttribute(QStringLiteral("xml:lang"), m_options.tags.constFirst());
+    if (!m_tags.isEmpty())
+        m_xml.writeAttribute(QStringLiteral("xml:lang"), m_tags.constFirst());
     findWeight();
     writeStudy();
     writeFile();
@@ -263,9 +267,8 @@ void DdiWriter::writeFile()
 void DdiWriter::writeDimensions()
 {
     open("dimensns");
-    const auto cases = m_options.figures && m_options.figures->report.hasCases
-        ? m_options.figures->report.cases.count()
-        : std::nullopt;
+    const auto cases =
+        m_data && m_data->report.hasCases ? m_data->report.cases.count() : std::nullopt;
     if (m_listing.rowCount >= 0 || cases)
         element("caseQnty", QString::number(cases.value_or(m_listing.rowCount)));
     element("varQnty", QString::number(m_listing.fields.size()));
@@ -274,14 +277,14 @@ void DdiWriter::writeDimensions()
 
 std::optional<qint64> DdiWriter::rowsOf(const QString& record) const
 {
-    if (!m_options.figures)
+    if (!m_data)
         return std::nullopt;
-    const auto& records = m_options.figures->dictionary.records;
+    const auto& records = m_data->dictionary.records;
     const auto found = std::find_if(records.begin(), records.end(),
         [&](const tessel::DataRecord& one) { return one.name == record; });
     return found == records.end()
         ? std::nullopt
-        : m_options.figures->report.records[std::size_t(found - records.begin())].rows.count();
+        : m_data->report.records[std::size_t(found - records.begin())].rows.count();
 }
 
 void DdiWriter::writeRecordGroup(int index)
@@ -595,16 +598,16 @@ void DdiWriter::writeNotes(int index)
         for (int i = 0; i < m_languages.size(); ++i) {
             open("notes");
             attribute("type", QStringLiteral("occurrence"));
-            if (!m_options.tags.isEmpty())
-                m_xml.writeAttribute(QStringLiteral("xml:lang"), m_options.tags.at(i));
+            if (!m_tags.isEmpty())
+                m_xml.writeAttribute(QStringLiteral("xml:lang"), m_tags.at(i));
             m_xml.writeCharacters(xmlText(m_languages.at(i).fields.at(index).occurrenceLabel));
             close();
         }
     }
-    if (m_options.figures && m_options.figures->report.hiddenBelow > 1 && figuresOf(index)) {
+    if (m_data && m_data->report.hiddenBelow > 1 && figuresOf(index)) {
         note("hidden",
             QStringLiteral("figures of fewer than %1 values, and what would tell of them")
-                .arg(m_options.figures->report.hiddenBelow));
+                .arg(m_data->report.hiddenBelow));
     }
     if (!field.note.isNull())
         element("notes", field.note);
@@ -621,7 +624,7 @@ void DdiWriter::findWeight()
 {
     for (int i = 0; m_figures && i < m_listing.fields.size(); ++i) {
         const tessel::VariableStatistics* const figures = figuresOf(i);
-        if (figures && figures->variable == m_options.figures->report.weight)
+        if (figures && figures->variable == m_data->report.weight)
             m_weight = variableId(i);
     }
 }
@@ -709,7 +712,7 @@ const tessel::StatisticsCell* DdiWriter::cellOf(
 
 } // namespace
 
-QByteArray writeDdi(const QVector<Listing>& languages, const DdiOptions& options)
+QByteArray writeDdi(const QVector<Listing>& languages, const DataFigures* figures)
 {
-    return DdiWriter(languages, options).write();
+    return DdiWriter(languages, figures).write();
 }

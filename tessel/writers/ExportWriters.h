@@ -14,17 +14,12 @@ struct SqlOptions {
     bool hasUniqueKeys = false; /*!< where a case has one row, no two rows have the same keys */
 };
 
-/*! What a document of DDI tells besides a dictionary. */
-struct DdiOptions {
-    QStringList tags; /*!< of the languages; empty when there is only one */
-    const DataFigures* figures = nullptr; /*!< of the data; null: none */
-};
-
 /*!
  * A dictionary as an XML document of DDI-Codebook 2.5.
  * \param languages it in each of its languages; one listing at least
+ * \param figures of its data; null: none
  */
-QByteArray writeDdi(const QVector<Listing>& languages, const DdiOptions& options = {});
+QByteArray writeDdi(const QVector<Listing>& languages, const DataFigures* figures = nullptr);
 
 /*!
  * The listing as SQL statements that make its tables.
