@@ -93,8 +93,8 @@ void tst_DdiDocuments::sameListing()
         if (first.at(i).toObject().value("rangeFrom").toString() != "length")
             members += QStringList { "min", "max", "rangeValueSet" };
         for (const QString& member : qAsConst(members)) {
-            const QJsonValue before = first.at(i).toObject().value(member);
-            QVERIFY2(second.at(i).toObject().value(member) == before, qPrintable(member));
+            const QJsonValue expected = first.at(i).toObject().value(member);
+            QVERIFY2(second.at(i).toObject().value(member) == expected, qPrintable(member));
         }
     }
 }
