@@ -143,7 +143,6 @@ void tst_DataFiguresCompared::addRows() const
                                  << "P02_REL";
     QTest::newRow("popstan occupation") << popstan << "P15_OCC"
                                         << "P04_AGE";
-    QTest::newRow("popstan rooms") << popstan << "H05_ROOMS"
                                    << "H07_RENT";
 }
 
