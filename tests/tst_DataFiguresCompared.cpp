@@ -143,7 +143,8 @@ void tst_DataFiguresCompared::addRows() const
                                  << "P02_REL";
     QTest::newRow("popstan occupation") << popstan << "P15_OCC"
                                         << "P04_AGE";
-                                   << "H07_RENT";
+    QTest::newRow("popstan rooms") << popstan << "H05_ROOMS"
+                                   << "H02_WALL";
 }
 
 void tst_DataFiguresCompared::open(Census& census) const
