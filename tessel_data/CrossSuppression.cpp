@@ -154,7 +154,7 @@ std::vector<CrossSuppression::Place> CrossSuppression::cheapestWay(const Place& 
                            : Place { int(other), int(one - lines) };
     };
     costs[std::size_t(place.line)] = 0;
-    next.push({ 0, std::size_t(place.line) });
+    next.emplace(0, std::size_t(place.line));
     while (!next.empty()) {
         const auto [cost, node] = next.top();
         next.pop();
@@ -168,7 +168,7 @@ std::vector<CrossSuppression::Place> CrossSuppression::cheapestWay(const Place& 
                 continue;
             costs[other] = cost + step;
             from[other] = node;
-            next.push({ costs[other], other });
+            next.emplace(costs[other], other);
         }
     }
     std::vector<Place> way;

@@ -97,7 +97,7 @@ public:
     VariableSuppression(VariableStatistics& variable, qint64 fewest)
         : m_variable(variable)
         , m_fewest(fewest)
-        , m_isFew(*variable.of(StatisticsKind::Valid).count() < fewest)
+        , m_isFew(variable.of(StatisticsKind::Valid).count().value_or(0) < fewest)
     {
     }
 
@@ -113,7 +113,8 @@ private:
     void hideHistogram();
     bool isSmall(const StatisticsCell& cell) const
     {
-        return cell.isHidden() || (*cell.count() > 0 && *cell.count() < m_fewest);
+        const qint64 count = cell.count().value_or(1);
+        return cell.isHidden() || (count > 0 && count < m_fewest);
     }
     bool hasHidden(StatisticsKind kind) const;
 

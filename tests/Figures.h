@@ -4,6 +4,8 @@
 
 #include <tessel_data/DataStatistics.h>
 
+#include <limits>
+
 // The figures of text data.
 inline tessel::StatisticsReport figuresOf(const QByteArray& dictionary, const QByteArray& lines,
     const tessel::StatisticsOptions& options = {})
@@ -16,13 +18,30 @@ inline tessel::StatisticsReport figuresOf(const QByteArray& dictionary, const QB
     return statistics.report();
 }
 
+// -1 where it is hidden.
+inline qint64 countOf(const tessel::StatisticsCell& cell)
+{
+    return cell.count().value_or(-1);
+}
+
+inline double weightOf(const tessel::StatisticsCell& cell)
+{
+    return cell.weight().value_or(-1);
+}
+
+// No number where there is none.
+inline double numberOf(const std::optional<double>& number)
+{
+    return number.value_or(std::numeric_limits<double>::quiet_NaN());
+}
+
 // Count and weight; "#" where it is hidden.
 inline QString shownCell(const tessel::StatisticsCell& cell)
 {
-    if (!cell.count() || !cell.weight())
+    if (cell.isHidden())
         return QStringLiteral("#");
-    const QString count = QString::number(*cell.count());
-    const QString weight = QString::number(*cell.weight(), 'g', 12);
+    const QString count = QString::number(countOf(cell));
+    const QString weight = QString::number(weightOf(cell), 'g', 12);
     return weight == count ? count : count + QLatin1Char('/') + weight;
 }
 
@@ -36,7 +55,7 @@ template <typename Cells> QString shownCells(const Cells& cells)
 
 inline QString shownNumber(const std::optional<double>& number)
 {
-    return number ? QString::number(*number, 'g', 12) : QStringLiteral("-");
+    return number ? QString::number(numberOf(number), 'g', 12) : QStringLiteral("-");
 }
 
 // Mean, deviation and quartiles.

@@ -22,7 +22,7 @@ public:
 
     void know(const std::vector<int>& line)
     {
-        m_lines.push_back(std::vector<double>(line.begin(), line.end()));
+        m_lines.emplace_back(line.begin(), line.end());
     }
 
     std::vector<bool> determined()
@@ -124,9 +124,8 @@ int workedOut(const CrossTable& table)
 
 bool hasSmall(const std::vector<StatisticsCell>& cells, qint64 fewest)
 {
-    return std::any_of(cells.begin(), cells.end(), [&](const StatisticsCell& cell) {
-        return cell.count() && *cell.count() > 0 && *cell.count() < fewest;
-    });
+    return std::any_of(cells.begin(), cells.end(),
+        [&](const StatisticsCell& cell) { return countOf(cell) > 0 && countOf(cell) < fewest; });
 }
 
 // One record with a code, a second value set over it, an age and an amount.

@@ -662,11 +662,14 @@ void DdiWriter::writeMoments(const tessel::StatisticsMoments& moments, bool isWe
 void DdiWriter::writeSummary(const tessel::VariableStatistics& figures)
 {
     const tessel::StatisticsCell& valid = figures.of(tessel::StatisticsKind::Valid);
-    if (valid.count() && figures.total.count()) {
-        summary("vald", QString::number(*valid.count()), false);
-        summary("invd", QString::number(*figures.total.count() - *valid.count()), false);
+    const auto count = valid.count();
+    const auto weight = valid.weight();
+    const auto total = figures.total.count();
+    if (count && weight && total) {
+        summary("vald", QString::number(*count), false);
+        summary("invd", QString::number(*total - *count), false);
         if (figures.isWeighted)
-            summary("vald", numberText(*valid.weight()), true);
+            summary("vald", numberText(*weight), true);
     }
     if (!figures.hasNumbers || !figures.isQuantity)
         return;
@@ -682,11 +685,13 @@ void DdiWriter::writeSummary(const tessel::VariableStatistics& figures)
 void DdiWriter::frequency(
     const tessel::StatisticsCell& cell, const tessel::VariableStatistics& figures)
 {
-    if (cell.isHidden())
+    const auto count = cell.count();
+    const auto weight = cell.weight();
+    if (!count || !weight) // hidden
         return;
     open("catStat");
     attribute("type", QStringLiteral("freq"));
-    m_xml.writeCharacters(QString::number(*cell.count()));
+    m_xml.writeCharacters(QString::number(*count));
     close();
     if (!figures.isWeighted)
         return;
@@ -695,7 +700,7 @@ void DdiWriter::frequency(
     attribute("wgtd", QStringLiteral("wgtd"));
     if (!m_weight.isEmpty())
         attribute("wgt-var", m_weight);
-    m_xml.writeCharacters(numberText(*cell.weight()));
+    m_xml.writeCharacters(numberText(*weight));
     close();
 }
 
