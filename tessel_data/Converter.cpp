@@ -1,6 +1,7 @@
 #include <tessel_data/Converter.h>
 
 #include <tessel_data/DataError.h>
+#include <tessel_data/WholeCases_p.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -28,10 +29,9 @@ private:
     qint64 numberInCase(const DataBatch::Record& record);
     void append(const DataBatch& batch);
 
-    void takeMerged(const DataBatch& batch);
-    void keep(const DataBatch& batch, const DataBatch::Record& record);
+    void begin(const DataBatch& batch);
+    [[noreturn]] void failCase() const;
     void takeCase(const DataBatch& batch, std::size_t first, std::size_t end);
-    void takeKept();
 
     static void checkUnchanged(const DataSource& source);
     void checkCounts(const SourceCounts& read) const;
@@ -47,7 +47,7 @@ private:
     std::vector<qint64> m_numbers; // of records of the current case, by record
     qint64 m_case = -1;
     std::vector<quint32> m_once; // merged: first cells of the case's records, by record
-    DataBatch m_kept; // merged: records of a case that goes on in the next batch
+    WholeCases m_cases; // merged: records of a case may follow in any order
 };
 
 bool ConversionReport::hasLosses() const
@@ -69,6 +69,13 @@ Converter::Job::Job(const DataSource& source, ConversionTarget& conversionTarget
     , m_recordRows(m_dictionary.records.size())
     , m_numbers(m_dictionary.records.size())
     , m_once(m_dictionary.records.size(), ConversionRows::NoCell)
+    , m_cases(
+          m_dictionary,
+          [this](const DataBatch& batch, std::size_t first, std::size_t end) {
+              takeCase(batch, first, end);
+          },
+          [this] { failCase(); }, [this](const DataBatch& batch) { begin(batch); },
+          [this](const DataBatch& batch) { append(batch); })
 {
     for (std::size_t f = 0; f < m_plan.files.size(); ++f) {
         const ConversionFile& file = m_plan.files[f];
@@ -84,12 +91,17 @@ void Converter::Job::take(const DataBatch& batch)
     for (const DataBatch::Told& told : batch.told)
         report.rejects += isRejected(told.problem) ? 1 : 0;
     if (m_isMerged)
-        return takeMerged(batch);
-    for (ConversionRows& rows : m_rows)
-        rows.begin(batch);
+        return m_cases.add(batch);
+    begin(batch);
     for (const DataBatch::Record& record : batch.records)
         takeRecord(batch, record);
     append(batch);
+}
+
+void Converter::Job::begin(const DataBatch& batch)
+{
+    for (ConversionRows& rows : m_rows)
+        rows.begin(batch);
 }
 
 qint64 Converter::Job::numberInCase(const DataBatch::Record& record)
@@ -146,54 +158,11 @@ void Converter::Job::append(const DataBatch&)
     }
 }
 
-// Records may follow in any order, so that a case is complete only when the next one begins.
-void Converter::Job::takeMerged(const DataBatch& batch)
+void Converter::Job::failCase() const
 {
-    const auto& records = batch.records;
-    const std::size_t count = records.size();
-    std::size_t first = 0;
-    while (first < count && !m_kept.records.empty()
-        && records[first].caseNumber == m_kept.records.front().caseNumber)
-        keep(batch, records[first++]);
-    if (first == count)
-        return;
-    takeKept();
-    for (ConversionRows& rows : m_rows)
-        rows.begin(batch);
-    for (std::size_t end = first + 1; end < count; ++end) {
-        if (records[end].caseNumber == records[first].caseNumber)
-            continue;
-        takeCase(batch, first, end);
-        first = end;
-    }
-    append(batch);
-    for (; first < count; ++first)
-        keep(batch, records[first]);
-}
-
-void Converter::Job::keep(const DataBatch& batch, const DataBatch::Record& record)
-{
-    constexpr std::size_t mostCells = 20'000'000;
-    if (m_kept.states.size() > mostCells) {
-        throw DataError(DataError::Code::UnfitDictionary, m_target.name(),
-            QStringLiteral("nothing is made: a case has more records than can be merged; convert "
-                           "without merging"));
-    }
-    const int cells = m_dictionary.records[std::size_t(record.record)].columns.size();
-    DataBatch::Record kept = record;
-    kept.firstCell = m_kept.addCells(std::size_t(cells));
-    kept.text = {};
-    for (quint32 c = 0; c < quint32(cells); ++c) {
-        const ValueState state = batch.states[record.firstCell + c];
-        const bool hasText = state.kind() == ValueKind::Text
-            || state.kind() == ValueKind::NotANumber || state.kind() == ValueKind::Unfit;
-        if (hasText)
-            m_kept.setText(
-                kept.firstCell + c, state, m_kept.keep(batch.textOf(record.firstCell + c)));
-        else
-            m_kept.set(kept.firstCell + c, state, batch.numbers[record.firstCell + c]);
-    }
-    m_kept.records.push_back(kept);
+    throw DataError(DataError::Code::UnfitDictionary, m_target.name(),
+        QStringLiteral("nothing is made: a case has more records than can be merged; convert "
+                       "without merging"));
 }
 
 // Of records that should be there once, the first one counts.
@@ -213,20 +182,9 @@ void Converter::Job::takeCase(const DataBatch& batch, std::size_t first, std::si
         takeRecord(batch, batch.records[r]);
 }
 
-void Converter::Job::takeKept()
-{
-    if (m_kept.records.empty())
-        return;
-    for (ConversionRows& rows : m_rows)
-        rows.begin(m_kept);
-    takeCase(m_kept, 0, m_kept.records.size());
-    append(m_kept);
-    m_kept.clear();
-}
-
 void Converter::Job::finish(const DataSource& source)
 {
-    takeKept();
+    m_cases.finish();
     checkUnchanged(source);
     report.read = source.counts();
     report.files = source.files();

@@ -97,6 +97,7 @@ private slots:
     void occurrences();
     void stataKinds();
     void weightOfTheCase();
+    void casesAcrossBatches();
     void weightOfTheRecord();
     void unusableWeights();
     void crosses();
@@ -233,6 +234,29 @@ void tst_DataStatistics::weightOfTheCase()
     const StatisticsReport other = figuresOf(surveyDictionary(), swapped, options);
     QCOMPARE(shownCell(of(other, "AGE").total), QString("2/1.5"));
     QCOMPARE(other.records[1].absentWeights, 1LL);
+}
+
+// Enough cases for several batches; each household stands behind its persons.
+void tst_DataStatistics::casesAcrossBatches()
+{
+    QByteArray lines;
+    double weight = 0;
+    for (int house = 0; house < 10'000; ++house) {
+        const QByteArray key = QByteArray::number(house).rightJustified(4, '0');
+        for (int person = 0; person < 3; ++person)
+            lines += '2' + key + " 34ANNA  \n";
+        lines += '1' + key + " 3 " + QByteArray::number(house % 10) + ".50A \n";
+        weight += 3 * (house % 10 + 0.5);
+    }
+    StatisticsOptions options;
+    options.weight = "WEIGHT";
+    options.crosses = { { "KIND", "AGE" } };
+    const StatisticsReport report = figuresOf(surveyDictionary(), lines, options);
+    QVERIFY(report.addsUp);
+    QCOMPARE(report.records[1].withoutWeight(), 0LL);
+    QCOMPARE(shownCell(of(report, "AGE").total), QStringLiteral("30000/%1").arg(weight));
+    QCOMPARE(shownCell(report.crosses[0].cell(0, 0)), QStringLiteral("30000/%1").arg(weight));
+    QCOMPARE(shownCell(report.cases), QString("10000"));
 }
 
 // Households are not weighed by what their persons weigh.
