@@ -144,7 +144,8 @@ QVector<CrosswalkRow> makeCrosswalk(const Listing& before, const Listing& after)
 {
     QVector<CrosswalkRow> rows;
     const bool haveRecords = before.hasRecords() && after.hasRecords();
-    for (const VariablePair& pair : pairVariables(before, after))
+    const QVector<VariablePair> pairs = pairVariables(before, after);
+    for (const VariablePair& pair : pairs)
         VariableCrosswalk(pair, haveRecords, rows).addAll();
     return rows;
 }

@@ -118,17 +118,19 @@ void writeDiffText(const ComparedFiles& files, const ByteSink& sink)
 
 void writeDiffCsv(const ComparedFiles& files, bool forSpreadsheet, const ByteSink& sink)
 {
+    const QVector<Difference> told = toldOf(files);
     const CsvWriter csv(sink, forSpreadsheet);
     csv.addLine({ QStringLiteral("kind"), QStringLiteral("breaks"), QStringLiteral("record"),
         QStringLiteral("variable"), QStringLiteral("value_set"), QStringLiteral("code"),
         QStringLiteral("to"), QStringLiteral("property"), QStringLiteral("before"),
         QStringLiteral("after") });
-    for (const Difference& difference : toldOf(files))
+    for (const Difference& difference : told)
         csv.addLine(cellsOf(difference));
 }
 
 void writeDiffJson(const ComparedFiles& files, const ByteSink& sink)
 {
+    const QVector<Difference> told = toldOf(files);
     const int breaking = countBreaking(files.differences);
     JsonWriter json(sink);
     json.beginObject({ { QStringLiteral("tesselDiff"), JsonVersion },
@@ -136,7 +138,7 @@ void writeDiffJson(const ComparedFiles& files, const ByteSink& sink)
         { QStringLiteral("after"), jsonOf(files.after) }, { QStringLiteral("breaking"), breaking },
         { QStringLiteral("fitting"), files.differences.size() - breaking } });
     json.beginList("differences");
-    for (const Difference& difference : toldOf(files))
+    for (const Difference& difference : told)
         json.add(jsonOf(difference));
     json.endList();
     json.endObject();
