@@ -66,6 +66,10 @@ void tst_CodebookBrowser::initTestCase()
     m_browser.resize(1440);
     QVERIFY(!make("census", { TESSEL_EXAMPLES "/census.dcf" }).isEmpty());
     QVERIFY(!make("languages", { "written_household.dcf" }).isEmpty());
+    QVERIFY(!make("figures",
+        { TESSEL_EXAMPLES "/census.dcf", TESSEL_EXAMPLES "/census.dat", "--cross",
+            "SEX,RELATIONSHIP", "--weight", "PERSONS", "--suppress", "10" })
+                 .isEmpty());
     QVERIFY(!make("files", { TESSEL_EXAMPLES "/household.sav", TESSEL_EXAMPLES "/person.dta" })
                  .isEmpty());
 }
@@ -75,7 +79,7 @@ void tst_CodebookBrowser::fitsAndIsAccessible_data()
     QTest::addColumn<QString>("page");
     QTest::addColumn<int>("width");
     QTest::addColumn<QString>("scheme");
-    for (const char* page : { "census", "languages", "files" }) {
+    for (const char* page : { "census", "languages", "files", "figures" }) {
         for (const int width : { 360, 800, 1440 }) {
             for (const char* scheme : { "light", "dark" }) {
                 QTest::addRow("%s, %i pixels, %s", page, width, scheme)
@@ -201,7 +205,8 @@ void tst_CodebookBrowser::unfoldsRecords()
     QCOMPARE(text(state), QString("true"));
     QCOMPARE(number(item + ".querySelectorAll(':scope > ul a').length"),
         number("document.querySelectorAll('#record-HOUSEHOLD tbody tr').length"));
-    QCOMPARE(text(item + ".querySelector(':scope > ul a').textContent"), QString("AREA_CODE Area code"));
+    QCOMPARE(
+        text(item + ".querySelector(':scope > ul a').textContent"), QString("AREA_CODE Area code"));
     m_browser.evaluate(item + ".querySelector('button').click()");
     QVERIFY(m_browser.evaluate(item + ".querySelector('ul').hidden").toBool());
 }

@@ -1,8 +1,9 @@
-// Runs "tessel codebook" with data: the figures as JSON and in DDI.
+// Runs "tessel codebook" with data: the figures as JSON, in DDI and in the page.
 #include "ExportRun.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QLocale>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -90,6 +91,9 @@ private slots:
     void wrongUsage();
     void rejectedLines();
     void selection();
+    void page();
+    void pageHidesCells();
+    void pageIsWeighted();
 };
 
 void tst_CodebookFigures::frequencies()
@@ -293,6 +297,45 @@ void tst_CodebookFigures::selection()
             .toInt();
     };
     QVERIFY(rows(some) > 0 && rows(some) < rows(all));
+}
+
+void tst_CodebookFigures::page()
+{
+    const QByteArray page =
+        runTessel({ "codebook", census(), data(), "--cross", "SEX,URBAN_RURAL" }).output;
+    const QMap<QByteArray, qint64> counts = sliced('2', 47, 1);
+    const QByteArray sex = page.mid(page.indexOf("<h3 id=SEX>"), 2000);
+    QVERIFY2(sex.contains("<tr><th scope=row>1<td>Male<td class=number>"
+                 + QLocale(QLocale::English).toString(counts.value("1")).toUtf8()),
+        sex.constData());
+    QVERIFY(sex.contains("<b style=width:"));
+    QVERIFY(page.contains("<p>In the data: 4,299 rows"));
+    QVERIFY(page.contains("<th scope=col class=number>Lower quartile"));
+    QVERIFY(page.contains("aria-label=\"Histogram. "));
+    QVERIFY(page.contains("<h3>SEX by URBAN_RURAL</h3>"));
+    QVERIFY(page.contains("Data: census.dat; 1,000 cases"));
+    // Without data there are none.
+    QVERIFY(!runTessel({ "codebook", census() }).output.contains("class=figures"));
+}
+
+void tst_CodebookFigures::pageHidesCells()
+{
+    const QStringList arguments { "codebook", census(), data(), "--where", "PROVINCE=11",
+        "--variables", "RELATIONSHIP" };
+    QVERIFY(!runTessel(arguments).output.contains("<small>hidden</small>"));
+    const QByteArray page = runTessel(arguments + QStringList { "--suppress", "50" }).output;
+    QVERIFY(
+        page.contains("<td class=number><small>hidden</small><td class=number><td class=bar>\n"));
+    QVERIFY(page.contains("figures of fewer than 50 values are hidden"));
+}
+
+void tst_CodebookFigures::pageIsWeighted()
+{
+    const QByteArray page =
+        runTessel({ "codebook", census(), data(), "--weight", "PERSONS" }).output;
+    QVERIFY(page.contains("<th scope=col class=number>Weighted %"));
+    QVERIFY(page.contains("weighted by PERSONS"));
+    QVERIFY(page.contains("<tr><th scope=row>Weighted<td class=number>"));
 }
 
 QTEST_GUILESS_MAIN(tst_CodebookFigures)

@@ -5,6 +5,7 @@
 
 #include <QLocale>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -24,6 +25,7 @@ private:
     void writeContents();
     void writeSearch();
     void writeLanguages();
+    void writeCrosses();
     void writeValueSets();
     void writeFooter();
 
@@ -39,7 +41,7 @@ BookPage::BookPage(const QVector<Book>& books, const BookPageOptions& options)
     , m_options(options)
 {
     for (const char* own : { "contents", "book", "values", "find", "words", "language", "count",
-             "found", "records", "menu" })
+             "found", "records", "menu", "crosses" })
         m_ids.names.take(QLatin1String(own));
     for (const Book& book : books)
         m_parts.push_back(std::make_unique<HtmlBookPart>(book, m_ids, m_page));
@@ -57,6 +59,7 @@ QByteArray BookPage::write()
         add("<h1>Codebook</h1>\n");
     for (const auto& part : m_parts)
         part->writeText(m_parts.size() == 1);
+    writeCrosses();
     writeValueSets();
     add("</main>\n");
     writeFooter();
@@ -111,6 +114,17 @@ void BookPage::writeLanguages()
     m_page += QLatin1String("<p><label for=language>Language of the labels</label> "
                             "<select id=language>")
         + options + QLatin1String("<option value=\"\">All</select>\n");
+}
+
+void BookPage::writeCrosses()
+{
+    if (std::none_of(m_parts.cbegin(), m_parts.cend(),
+            [](const std::unique_ptr<HtmlBookPart>& part) { return part->hasCrosses(); }))
+        return;
+    add("<section id=crosses><h2>Variables by variables</h2>\n");
+    for (const auto& part : m_parts)
+        part->writeCrosses();
+    add("</section>\n");
 }
 
 void BookPage::writeValueSets()

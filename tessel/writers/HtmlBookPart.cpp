@@ -26,12 +26,6 @@ QString badges(const QStringList& texts)
     return badges.join(QLatin1Char(' '));
 }
 
-bool isBlank(const QStringList& texts)
-{
-    return std::all_of(
-        texts.cbegin(), texts.cend(), [](const QString& text) { return text.trimmed().isEmpty(); });
-}
-
 QString sentence(const QStringList& pieces)
 {
     QString text = pieces.join(QLatin1String("; "));
@@ -46,8 +40,11 @@ HtmlBookPart::HtmlBookPart(const Book& book, PageIds& ids, QString& page)
     : m_book(book)
     , m_listing(book.listing())
     , m_ids(book, ids)
+    , m_texts(book.tags(), page)
     , m_page(page)
 {
+    if (book.figures())
+        m_figures.emplace(*book.figures(), book.tags().size(), m_texts, page);
 }
 
 void HtmlBookPart::add(const char* html)
@@ -61,29 +58,6 @@ bool HtmlBookPart::isShared(int valueSet) const
 }
 
 // ---- texts
-
-// The first language's text, and each other that differs from it.
-void HtmlBookPart::writeTexts(const char* element, const QStringList& texts, const char* end)
-{
-    const QStringList& tags = m_book.tags();
-    for (int i = 0; i < texts.size(); ++i) {
-        if (i > 0 && (texts.at(i).isEmpty() || texts.at(i) == texts.constFirst()))
-            continue;
-        add(element);
-        if (!tags.isEmpty())
-            m_page += QLatin1String(" lang=") + tags.at(i);
-        m_page += QLatin1String(*element ? ">" : "") + htmlText(texts.at(i));
-        add(*element ? end : "");
-    }
-}
-
-void HtmlBookPart::writeLabel(const QStringList& texts)
-{
-    if (isBlank(texts))
-        return;
-    m_page += QLatin1Char(' ');
-    writeTexts("<i", texts, "</i>");
-}
 
 void HtmlBookPart::writeNote(const QString& text)
 {
@@ -105,7 +79,7 @@ void HtmlBookPart::writeGroupTitle(const BookGroup& group)
 {
     if (group.record >= 0) {
         m_page += asCode(m_listing.records.at(group.record).name);
-        writeLabel(m_book.texts(
+        m_texts.writeLabel(m_book.texts(
             [&group](const Listing& listing) { return listing.records.at(group.record).label; }));
     } else if (m_listing.hasRecords()) {
         add("Identification items");
@@ -125,7 +99,8 @@ void HtmlBookPart::writeContents()
 
 void HtmlBookPart::writeTitle()
 {
-    writeTexts("<i", m_book.texts([](const Listing& listing) { return titleOf(listing); }), "</i>");
+    m_texts.write(
+        "<i", m_book.texts([](const Listing& listing) { return titleOf(listing); }), "</i>");
 }
 
 // Of several files one without records has its title there.
@@ -153,6 +128,9 @@ void HtmlBookPart::writeGroup(int index)
         m_page += QLatin1String("<p>") + htmlText(sentence(recordFacts(m_listing, record)));
         writeNote(record.note);
     }
+    if (m_figures && (group.record >= 0 || !m_listing.hasRecords()))
+        m_figures->writeRows(
+            group.record >= 0 ? m_listing.records.at(group.record).name : QString());
     writeTable(group);
     writeEntries(group.entries);
     add("</section>\n");
@@ -187,7 +165,7 @@ void HtmlBookPart::writeRow(const BookEntry& entry, bool isPart)
     add(isPart ? " class=part><th scope=row>" : "><th scope=row>");
     m_page += isLinked ? linkTo(id, name) : name;
     add("<td>");
-    writeTexts(m_book.tags().isEmpty() ? "" : "<i", labelsOf(entry.first()), "</i>");
+    m_texts.write("", labelsOf(entry.first()), "");
     if (m_listing.hasRecords())
         m_page += QLatin1String("<td>") + columnsText(m_listing, entry);
     m_page += QLatin1String("<td>") + typeText(m_listing, entry);
@@ -227,8 +205,9 @@ bool HtmlBookPart::hasSection(const BookEntry& entry) const
 {
     const bool hasOwnValues = std::any_of(entry.valueSets.cbegin(), entry.valueSets.cend(),
         [this](int valueSet) { return valueSet >= 0 && !isShared(valueSet); });
-    return hasOwnValues || entry.valueSets.size() > 1 || entry.fields.size() > 1
-        || !m_listing.fields.at(entry.first()).note.isNull();
+    const ListedField& field = m_listing.fields.at(entry.first());
+    return hasOwnValues || (m_figures && m_figures->has(field)) || entry.valueSets.size() > 1
+        || entry.fields.size() > 1 || !field.note.isNull();
 }
 
 void HtmlBookPart::writeEntries(const QVector<BookEntry>& entries)
@@ -268,7 +247,7 @@ void HtmlBookPart::writeOccurrences(const BookEntry& entry)
     add("<ol>");
     for (const int field : entry.fields) {
         add("<li>");
-        writeTexts("<i", m_book.texts([field](const Listing& listing) {
+        m_texts.write("<i", m_book.texts([field](const Listing& listing) {
             return listing.fields.at(field).occurrenceLabel;
         }),
             "</i>");
@@ -278,6 +257,9 @@ void HtmlBookPart::writeOccurrences(const BookEntry& entry)
 
 void HtmlBookPart::writeEntryValues(const BookEntry& entry)
 {
+    const ListedField& field = m_listing.fields.at(entry.first());
+    if (m_figures && m_figures->has(field))
+        return m_figures->writeField(field);
     for (int i = 0; i < entry.valueSets.size(); ++i) {
         const int place = entry.valueSets.at(i);
         if (entry.valueSets.size() > 1)
@@ -297,7 +279,7 @@ void HtmlBookPart::writeSetTitle(int field, int index)
         return listing.fields.at(field).valueSets.at(index).label;
     });
     if (labels != labelsOf(field))
-        writeLabel(labels);
+        m_texts.writeLabel(labels);
     add("</h4>");
 }
 
@@ -325,7 +307,7 @@ void HtmlBookPart::writeCode(const BookValueSet& valueSet, int index)
     m_page += QLatin1String("<dt>") + htmlText(codeText(code));
     if (code.isSpecial())
         m_page += QLatin1String(" <small>") + nameOf(code.special) + QLatin1String("</small>");
-    writeTexts("<dd", m_book.texts([&](const Listing& listing) {
+    m_texts.write("<dd", m_book.texts([&](const Listing& listing) {
         return listedIn(listing).codes.at(index).label;
     }),
         "");
@@ -343,7 +325,7 @@ void HtmlBookPart::writeValueSets()
             continue;
         const BookValueSet& valueSet = m_book.valueSets().at(i);
         m_page += QStringLiteral("<h3 id=v-%1>Values %1").arg(m_ids.numberOf(i));
-        writeLabel(m_book.texts([&valueSet](const Listing& listing) {
+        m_texts.writeLabel(m_book.texts([&valueSet](const Listing& listing) {
             return listing.fields.at(valueSet.field).valueSets.at(valueSet.index).label;
         }));
         add("</h3>");
@@ -352,8 +334,22 @@ void HtmlBookPart::writeValueSets()
     }
 }
 
+void HtmlBookPart::writeCrosses()
+{
+    if (m_figures)
+        m_figures->writeCrosses();
+}
+
+bool HtmlBookPart::hasCrosses() const
+{
+    return m_book.figures() && !m_book.figures()->report.crosses.empty();
+}
+
 void HtmlBookPart::writeSource()
 {
-    m_page += QLatin1String("<li>") + htmlText(sourceFacts(m_listing).join(QLatin1String("; ")))
-        + QLatin1Char('\n');
+    m_page += QLatin1String("<li>") + htmlText(sourceFacts(m_listing).join(QLatin1String("; ")));
+    if (m_figures)
+        m_page +=
+            QLatin1String(". Data: ") + htmlText(m_figures->facts().join(QLatin1String("; ")));
+    m_page += QLatin1Char('\n');
 }

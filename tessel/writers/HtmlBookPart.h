@@ -2,8 +2,12 @@
 
 #include "writers/Book.h"
 #include "writers/BookIds.h"
+#include "writers/HtmlFigures.h"
+#include "writers/HtmlTexts.h"
 
 #include <QString>
+
+#include <optional>
 
 /*!
  * Writes what a page tells of one dictionary. HTML may leave out the ends of rows, cells,
@@ -20,14 +24,15 @@ public:
     void writeText(bool isOnly);
     /*! The value sets that several variables share. */
     void writeValueSets();
+    /*! The cross tables of its data. */
+    void writeCrosses();
+    bool hasCrosses() const;
     /*! A list item on the file. */
     void writeSource();
 
 private:
     void add(const char* html);
     bool isShared(int valueSet) const;
-    void writeTexts(const char* element, const QStringList& texts, const char* end);
-    void writeLabel(const QStringList& texts);
     void writeNote(const QString& text);
     void writeTitle();
     void writeFacts(const BookEntry& entry);
@@ -50,5 +55,7 @@ private:
     const Book& m_book;
     const Listing& m_listing;
     BookIds m_ids;
+    HtmlTexts m_texts;
+    std::optional<HtmlFigures> m_figures; // none without data
     QString& m_page;
 };
