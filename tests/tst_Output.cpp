@@ -418,7 +418,8 @@ void tst_Output::terminalShowsMarks()
 
     const QByteArray piped =
         runShell("cd \"$1\" && \"$0\" " + command + " hostile.dcf", m_folder->path()).output;
-    const bool isForPeople = !command.contains("-f ") && !command.startsWith("export");
+    const bool isForPeople =
+        command.contains("html") || (!command.contains("-f ") && !command.startsWith("export"));
     QVERIFY(piped.contains("B" + (isForPeople ? mark : turn) + "C"));
     const bool isMarkup = command.contains("ddi") || command.contains("html");
     const bool isJson = command.contains("json");
