@@ -41,7 +41,8 @@ need_axe() {
     [ -e "$root/build/npm/node_modules/axe-core/axe.min.js" ] && return
     command -v npm >/dev/null || need_packages npm
     mkdir -p "$root/build/npm"
-    npm install --silent --no-audit --no-fund --no-package-lock --prefix "$root/build/npm" axe-core@4.14.1 >&2 </dev/null \
+    npm install --silent --no-audit --no-fund --no-package-lock --fetch-retries=1 --fetch-timeout=60000 \
+        --prefix "$root/build/npm" axe-core@4.14.1 >&2 </dev/null \
         || say "axe-core could not be installed, so pages are not checked with it."
 }
 
