@@ -35,12 +35,12 @@ QString weightText(double weight)
 
 QString countText(const StatisticsCell& cell)
 {
-    return cell.isHidden() ? QLatin1String(hiddenText) : grouped(*cell.count());
+    return cell.isHidden() ? QLatin1String(hiddenText) : grouped(cell.count().value_or(0));
 }
 
 QString weightText(const StatisticsCell& cell)
 {
-    return cell.isHidden() ? QLatin1String(hiddenText) : weightText(*cell.weight());
+    return cell.isHidden() ? QLatin1String(hiddenText) : weightText(cell.weight().value_or(0));
 }
 
 // In hundredths of the whole; nothing where either is hidden.
@@ -53,14 +53,14 @@ std::optional<double> shareOf(const StatisticsCell& part, const StatisticsCell& 
 {
     if (part.isHidden() || whole.isHidden())
         return std::nullopt;
-    return shareOf(double(*part.count()), double(*whole.count()));
+    return shareOf(double(part.count().value_or(0)), double(whole.count().value_or(0)));
 }
 
 std::optional<double> weightedShareOf(const StatisticsCell& part, const StatisticsCell& whole)
 {
     if (part.isHidden() || whole.isHidden())
         return std::nullopt;
-    return shareOf(*part.weight(), *whole.weight());
+    return shareOf(part.weight().value_or(0), whole.weight().value_or(0));
 }
 
 QString percentText(const std::optional<double>& share)
@@ -155,7 +155,7 @@ QStringList HtmlFigures::facts() const
     for (const SourceFile& file : m_report.files)
         facts.append(QFileInfo(file.path).fileName());
     if (m_report.hasCases && !m_report.cases.isHidden())
-        facts.append(QStringLiteral("%1 cases").arg(grouped(*m_report.cases.count())));
+        facts.append(QStringLiteral("%1 cases").arg(grouped(m_report.cases.count().value_or(0))));
     if (m_report.weight >= 0)
         facts.append(QStringLiteral("weighted by %1").arg(nameOf(m_report.weight)));
     if (m_report.hiddenBelow > 0) {
@@ -349,10 +349,10 @@ void HtmlFigures::writeHistogram(const VariableStatistics& variable)
     for (std::size_t i = 0; i < bins.size(); ++i) {
         const StatisticsBin& bin = bins[i];
         const double height = Height * bin.cell.weight().value_or(0) / highest;
-        words.append(
-            QStringLiteral("%1 to %2: %3")
-                .arg(numberText(bin.low), numberText(bin.high),
-                    bin.cell.isHidden() ? QStringLiteral("hidden") : grouped(*bin.cell.count())));
+        words.append(QStringLiteral("%1 to %2: %3")
+                         .arg(numberText(bin.low), numberText(bin.high),
+                             bin.cell.isHidden() ? QStringLiteral("hidden")
+                                                 : grouped(bin.cell.count().value_or(0))));
         bars +=
             QStringLiteral("<rect x=%1 y=%2 width=%3 height=%4><title>%5</title></rect>")
                 .arg(QString::number(Width * int(i)), QString::number(Height - height, 'f', 1),

@@ -8,7 +8,7 @@
 #include <QStringList>
 
 // Resources of a static library are asked for, and not from within a namespace.
-static void openPageParts()
+static void openPageParts() // NOLINT(misc-use-anonymous-namespace)
 {
     Q_INIT_RESOURCE(page);
 }
