@@ -242,8 +242,8 @@ void tst_ConvertCodes::repeatedKind()
         { { 'a', "First" }, { 'a', "Second" } } } });
     QCOMPARE(found.labelsOf("Z"), (QMap<QString, QString> { { "102", "First" } }));
     QCOMPARE(plan().count(".a becomes"), 1);
-    QVERIFY2(plan().contains("1 code of Z_l without label: it has a label already"),
-        qPrintable(plan()));
+    QVERIFY2(
+        plan().contains("1 code of Z_l without label: it has a label already"), qPrintable(plan()));
 }
 
 // A text keeps its format, and only plain days are shown as they were.

@@ -391,8 +391,8 @@ void tst_ConvertLimits::mergedLevels()
             { "1", "2", "1", "1", "5" }, { "2", "1", "1", "4", "2" } }));
     const StatContents mid = StatContents::read(m_folder->filePath("out/MID.sav"));
     QCOMPARE(mid.rows,
-        (QVector<QStringList> { { "1", "1", "6", "5" }, { "1", "2", "9", "5" },
-            { "2", "1", "3", "2" } }));
+        (QVector<QStringList> {
+            { "1", "1", "6", "5" }, { "1", "2", "9", "5" }, { "2", "1", "3", "2" } }));
     const StatContents up = StatContents::read(m_folder->filePath("out/UP.sav"));
     QCOMPARE(up.rows, (QVector<QStringList> { { "1", "5" }, { "2", "2" } }));
 }

@@ -11,8 +11,8 @@
 bool readConfig(const QString& path, ConvertSettings& settings);
 
 /*!
- * Writes the settings to the file that they name; \a dictionary is that of the data. False, and told,
- * when that fails.
+ * Writes the settings to the file that they name; \a dictionary is that of the data. False, and
+ * told, when that fails.
  */
 bool writeConfig(const ConvertSettings& settings, const tessel::DataDictionary& dictionary);
 
