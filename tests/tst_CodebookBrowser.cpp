@@ -64,13 +64,14 @@ void tst_CodebookBrowser::initTestCase()
     qputenv("SOURCE_DATE_EPOCH", "1700000000");
     QVERIFY(m_browser.start());
     m_browser.resize(1440);
-    QVERIFY(!make("census", { TESSEL_EXAMPLES "/census.dcf" }).isEmpty());
+    const QDir examples(TESSEL_EXAMPLES);
+    QVERIFY(!make("census", { examples.filePath("census.dcf") }).isEmpty());
     QVERIFY(!make("languages", { "written_household.dcf" }).isEmpty());
     QVERIFY(!make("figures",
-        { TESSEL_EXAMPLES "/census.dcf", TESSEL_EXAMPLES "/census.dat", "--cross",
+        { examples.filePath("census.dcf"), examples.filePath("census.dat"), "--cross",
             "SEX,RELATIONSHIP", "--weight", "PERSONS", "--suppress", "10" })
                  .isEmpty());
-    QVERIFY(!make("files", { TESSEL_EXAMPLES "/household.sav", TESSEL_EXAMPLES "/person.dta" })
+    QVERIFY(!make("files", { examples.filePath("household.sav"), examples.filePath("person.dta") })
                  .isEmpty());
 }
 

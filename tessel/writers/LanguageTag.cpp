@@ -29,8 +29,9 @@ QHash<QString, QString> knownLanguages()
 
 QString privateTag(const QString& name)
 {
+    const QString lower = name.toLower();
     QString letters;
-    for (const QChar character : name.toLower()) {
+    for (const QChar character : lower) {
         if (character.unicode() < 0x80 && character.isLetterOrNumber())
             letters += character;
     }
