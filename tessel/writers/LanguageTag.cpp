@@ -43,7 +43,7 @@ QString privateTag(const QString& name)
 QString tagOf(const QString& name, const QString& label)
 {
     static const QHash<QString, QString> codes = knownLanguages();
-    const QString byLabel = codes.value(label.trimmed().toLower());
+    QString byLabel = codes.value(label.trimmed().toLower());
     if (!byLabel.isEmpty())
         return byLabel;
     const QString byName = name.size() == 2 ? codes.value(name.toLower()) : QString();
