@@ -50,7 +50,7 @@ bool tellsUniverse(const QString& line)
 
 QString decimalsText(const ListedField& field)
 {
-    const QString decimals = plural(field.decimals, QStringLiteral("decimal"));
+    QString decimals = plural(field.decimals, QStringLiteral("decimal"));
     switch (field.decimalPoint()) {
     case DecimalPoint::Implied:
         return decimals + QLatin1String(", implied: the point is in no column");

@@ -14,10 +14,32 @@ QString placeOf(const SetupNote& note)
                                 : QStringLiteral("%1 of %2").arg(note.thing, note.record);
 }
 
-QString labelsText(const SetupNote& note, const QString& what)
+// Why labels are left out.
+QString labelsReason(const SetupNote& note, const QString& program)
+{
+    switch (note.kind) {
+    case Kind::LabelsOfTexts:
+        return QStringLiteral("as %1 has none for texts").arg(program);
+    case Kind::LabelsOfDecimals:
+        return QStringLiteral("as %1 has none for numbers with decimals").arg(program);
+    case Kind::LabelsOfRanges:
+        return QStringLiteral("as %1 has none for ranges").arg(program);
+    case Kind::LabelOfBlank:
+        return QStringLiteral("as %1 has none for blank numbers").arg(program);
+    case Kind::LabelsTooLarge:
+        return QStringLiteral("as %1 has none for numbers so large").arg(program);
+    case Kind::RepeatedCodes:
+        return QStringLiteral("as an earlier one has the same value");
+    default:
+        return note.count == 1 ? QStringLiteral("as its code is no value of the variable")
+                               : QStringLiteral("as their codes are no values of the variable");
+    }
+}
+
+QString labelsText(const SetupNote& note, const QString& program)
 {
     return QStringLiteral("value set %1: %2 left out, %3")
-        .arg(note.thing, plural(note.count, QStringLiteral("label")), what);
+        .arg(note.thing, plural(note.count, QStringLiteral("label")), labelsReason(note, program));
 }
 
 } // namespace
@@ -40,22 +62,13 @@ QString noteText(const SetupNote& note, StatProgram program)
         return QStringLiteral("characters in labels of %1 that %2 does not take are replaced")
             .arg(placeOf(note), name);
     case Kind::LabelsOfTexts:
-        return labelsText(note, QStringLiteral("as %1 has none for texts").arg(name));
     case Kind::LabelsOfDecimals:
-        return labelsText(
-            note, QStringLiteral("as %1 has none for numbers with decimals").arg(name));
     case Kind::LabelsOfRanges:
-        return labelsText(note, QStringLiteral("as %1 has none for ranges").arg(name));
     case Kind::LabelOfBlank:
-        return labelsText(note, QStringLiteral("as %1 has none for blank numbers").arg(name));
     case Kind::LabelsTooLarge:
-        return labelsText(note, QStringLiteral("as %1 has none for numbers so large").arg(name));
     case Kind::RepeatedCodes:
-        return labelsText(note, QStringLiteral("as an earlier one has the same value"));
     case Kind::UnreadableCodes:
-        return labelsText(note,
-            note.count == 1 ? QStringLiteral("as its code is no value of the variable")
-                            : QStringLiteral("as their codes are no values of the variable"));
+        return labelsText(note, name);
     case Kind::FurtherSets:
         return QStringLiteral("%1 has %2 that the program does not have, as %3 takes one")
             .arg(placeOf(note), plural(note.count, QStringLiteral("further value set")), name);
