@@ -221,7 +221,7 @@ void tst_BuildCommand::problemsAndRejects()
     const QByteArray lines = "101xxa\n9xx\n102 1\n101 1\n~03 1\n\n";
     const Outcome outcome = build(surveyOf("SEX", "S"), lines);
     QCOMPARE(outcome.status, 0);
-    QVERIFY2(outcome.output.contains("6 lines read = 3 rows + 1 rejects + 1 deleted + 1 blank"),
+    QVERIFY2(outcome.output.contains("6 lines read = 3 rows + 1 reject + 1 deleted + 1 blank"),
         outcome.output.constData());
     const SqliteRows database(target());
     QCOMPARE(database.rows("SELECT line, reason, text FROM tessel_rejects"),

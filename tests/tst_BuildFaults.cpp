@@ -196,7 +196,7 @@ void tst_BuildFaults::endlessLine()
         writeFile(path("d.dat"), "101 1\n" + QByteArray("1 end").repeated(600'000) + "\n102 1\n"));
     const Outcome outcome = build();
     QVERIFY2(
-        outcome.output.contains("3 lines read = 2 rows + 1 rejects"), outcome.output.constData());
+        outcome.output.contains("3 lines read = 2 rows + 1 reject"), outcome.output.constData());
     const SqliteRows database(path("t.sqlite"));
     QCOMPARE(database.rows("SELECT line, reason, is_whole, length(text) BETWEEN 30000 AND 1048576, "
                            "substr(text, 1, 10) FROM tessel_rejects"),

@@ -90,6 +90,7 @@ private slots:
     void wrongUsage_data();
     void wrongUsage();
     void rejectedLines();
+    void rowsWithoutWeight();
     void selection();
     void page();
     void pageHidesCells();
@@ -275,11 +276,29 @@ void tst_CodebookFigures::rejectedLines()
     QVERIFY(writeFile(path, "9x\n" + readFile(data()).mid(3)));
     const Outcome outcome = figures({ census(), path });
     QCOMPARE(outcome.status, 0);
-    QVERIFY2(outcome.errors.contains("data.dat: warning: 1 line cannot be read"),
+    QVERIFY2(outcome.errors.contains("data.dat: warning: 1 line is in no figure"),
         outcome.errors.constData());
     const Outcome missing = figures({ census(), folder.filePath("none.dat") });
     QCOMPARE(missing.status, 1);
     QVERIFY(missing.output.isEmpty());
+}
+
+// Rows whose weight is of no use are told by its fault.
+void tst_CodebookFigures::rowsWithoutWeight()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("data.dat");
+    QByteArray lines;
+    for (const char* weight : { "00100", "-0100", "     ", "     ", "12x45" })
+        lines += QByteArray("211001000100101").leftJustified(57) + weight + '\n';
+    QVERIFY(writeFile(path, lines));
+    const Outcome outcome = figures({ census(), path, "--weight", "PERSON_WEIGHT" });
+    QCOMPARE(outcome.status, 0);
+    for (const char* told : { "1 row of PERSON without weight: it is negative\n",
+             "2 rows of PERSON without weight: it is missing\n",
+             "1 row of PERSON without weight: it is no number\n" })
+        QVERIFY2(outcome.errors.contains(QByteArray("data.dat: warning: ") + told),
+            outcome.errors.constData());
 }
 
 void tst_CodebookFigures::selection()

@@ -1,5 +1,6 @@
 #include "building/BuildTexts.h"
 
+#include "checking/CountsText.h"
 #include "text/ShownText.h"
 
 #include <tessel_data/SqlNames.h>
@@ -39,12 +40,6 @@ QString tableText(const DatabasePlan& plan, const DatabaseTable& table)
     return text;
 }
 
-// Ends a line of counts.
-QString leftOut(qint64 count)
-{
-    return count > 0 ? QStringLiteral(" + %1 left out\n").arg(count) : QStringLiteral("\n");
-}
-
 QString changesText(const QString& target, const DatabaseChanges& changes)
 {
     return QStringLiteral("%1: %2 new, %3 changed, %4 deleted (%5 as they were)\n")
@@ -77,34 +72,18 @@ QString planText(const DatabasePlan& plan)
 QString buildSummary(
     const DataSource& source, const BuildSettings& settings, const BuildReport& report)
 {
-    const SourceCounts& read = report.check.counts;
-    const QString unit = source.countsRows() && !source.hasCases() ? QStringLiteral("rows")
-                                                                   : QStringLiteral("lines");
     QString text = settings.addsToTarget
         ? changesText(targetName(settings), report.changes)
         : printable(targetName(settings)) + QLatin1String(" is made.\n");
     for (std::size_t r = 0; r < report.check.recordCounts.size(); ++r) {
-        text += QStringLiteral("  %1: %2 rows\n")
-                    .arg(printable(source.dictionary().records[r].name))
-                    .arg(report.check.recordCounts[r]);
+        text += QStringLiteral("  %1: %2\n")
+                    .arg(printable(source.dictionary().records[r].name),
+                        plural(report.check.recordCounts[r], QStringLiteral("row")));
     }
-    text += QStringLiteral("%1 %2 read = %3 rows + %4 rejects + %5 deleted + %6 blank")
-                .arg(read.lines)
-                .arg(unit)
-                .arg(read.records)
-                .arg(report.rejects)
-                .arg(read.deletedLines)
-                .arg(read.blankLines)
-        + leftOut(read.leftOutLines);
-    if (source.hasCases()) {
-        text += QStringLiteral("%1 cases read = %2 cases + %3 deleted")
-                    .arg(read.casesRead)
-                    .arg(read.cases)
-                    .arg(read.deletedCases)
-            + leftOut(read.leftOutCases);
-    }
+    text += countsText(source, report.check.counts, report.rejects);
     if (report.problems > 0)
-        text += QStringLiteral("%1 problems, in tessel_problems\n").arg(report.problems);
+        text += QStringLiteral("%1, in tessel_problems\n")
+                    .arg(plural(report.problems, QStringLiteral("problem")));
     if (report.nullCharacters > 0) {
         text += QStringLiteral("%1 texts hold a null character, which PostgreSQL does not; it is "
                                "written as U+2400, see tessel_problems\n")

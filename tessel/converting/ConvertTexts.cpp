@@ -1,5 +1,6 @@
 #include "converting/ConvertTexts.h"
 
+#include "checking/CountsText.h"
 #include "text/ShownText.h"
 
 #include <QMap>
@@ -411,7 +412,6 @@ void tellReport(
 QString conversionSummary(const DataSource& source, const ConvertSettings& settings,
     const ConversionPlan& plan, const ConversionReport& report)
 {
-    const SourceCounts& read = report.read;
     QString text = printable(settings.folder) + QLatin1String(" is made.\n");
     for (std::size_t f = 0; f < plan.files.size(); ++f) {
         int widened = 0;
@@ -425,21 +425,6 @@ QString conversionSummary(const DataSource& source, const ConvertSettings& setti
             text += QStringLiteral(", %1 of a wider type than planned").arg(widened);
         text += QLatin1Char('\n');
     }
-    const QString unit =
-        source.countsRows() && !source.hasCases() ? QStringLiteral("row") : QStringLiteral("line");
-    text += QStringLiteral("%1 read = %2 + %3 + %4 deleted + %5 blank%6\n")
-                .arg(plural(read.lines, unit), plural(read.records, QStringLiteral("row")),
-                    plural(report.rejects, QStringLiteral("reject")),
-                    QString::number(read.deletedLines), QString::number(read.blankLines),
-                    read.leftOutLines > 0 ? QStringLiteral(" + %1 left out").arg(read.leftOutLines)
-                                          : QString());
-    if (source.hasCases()) {
-        text +=
-            QStringLiteral("%1 read = %2 + %3 deleted%4\n")
-                .arg(plural(read.casesRead, QStringLiteral("case")),
-                    plural(read.cases, QStringLiteral("case")), QString::number(read.deletedCases),
-                    read.leftOutCases > 0 ? QStringLiteral(" + %1 left out").arg(read.leftOutCases)
-                                          : QString());
-    }
+    text += countsText(source, report.read, report.rejects);
     return text;
 }

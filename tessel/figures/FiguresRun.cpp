@@ -23,18 +23,22 @@ void tellRejected(const StatisticsReport& report)
     for (const SourceFile& file : report.files) {
         if (file.counts.rejectedLines > 0) {
             warn(file.path,
-                QStringLiteral("%1 cannot be read and are in no figure; 'tessel check' lists them")
-                    .arg(plural(file.counts.rejectedLines, QStringLiteral("line"))));
+                QStringLiteral(
+                    "%1 in no figure, as reading failed; 'tessel check' lists what is wrong")
+                    .arg(plural(file.counts.rejectedLines, QStringLiteral("line is"),
+                        QStringLiteral("lines are"))));
         }
     }
 }
 
 void tellWeights(const QString& file, const DataFigures& figures)
 {
+    const std::vector<SourceFile>& files = figures.report.files;
+    const QString data = files.size() == 1 ? files.front().path : file;
     const auto tell = [&](const DataRecord& record, qint64 count, const QString& why) {
         if (count > 0) {
-            warn(file,
-                QStringLiteral("%1 of %2 weigh nothing, as their weight is %3")
+            warn(data,
+                QStringLiteral("%1 of %2 without weight: it is %3")
                     .arg(plural(count, QStringLiteral("row")), record.name, why));
         }
     };
